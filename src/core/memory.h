@@ -1,0 +1,29 @@
+/* core/memory.h: checked allocation. Every array is named in a text for the error message; a
+ * request for 0 elements gives null; a failed one ends the process. */
+#ifndef ZORPEL_CORE_MEMORY_H
+#define ZORPEL_CORE_MEMORY_H
+
+#include <cstddef>
+
+/* size bytes, uninitialised. */
+void *QXmalloc__(size_t size, const char *text);
+
+/* n elements; the s-forms set each to value. */
+int *imalloc__(size_t n, const char *text);
+int *ismalloc__(size_t n, int value, const char *text);
+float *fmalloc__(size_t n, const char *text);
+float *fsmalloc__(size_t n, float value, const char *text);
+
+/* n records of type T, uninitialised; the size is never wrapped. */
+void *alloc_records(size_t n, size_t recordsize, const char *text);
+template <class T> T *alloc_array(size_t n, const char *text)
+{
+    return static_cast<T *>(alloc_records(n, sizeof(T), text));
+}
+
+/* Takes the addresses of pointer variables up to the sentinel LTERM; frees each array that is not
+ * null and nulls its variable. The first argument is always an address. */
+#define LTERM (reinterpret_cast<void *>(-1))
+void QXfree__(void *first, ...);
+
+#endif

@@ -1,0 +1,20 @@
+/* core/numbers.h: conversions whose rounding decides results. */
+#ifndef ZORPEL_CORE_NUMBERS_H
+#define ZORPEL_CORE_NUMBERS_H
+
+#include <climits>
+
+/* Truncates toward zero; what leaves the range of int saturates, not-a-number gives 0. */
+inline int trunc_int(double x)
+{
+    if (!(x < 2147483648.0)) return x != x ? 0 : INT_MAX;
+    return x > -2147483649.0 ? static_cast<int>(x) : INT_MIN;
+}
+
+/* |a - b| relative to the larger of the two. */
+inline float RelDiff__(float a, float b)
+{
+    return a > b ? (a - b) / a : (b - a) / b;
+}
+
+#endif

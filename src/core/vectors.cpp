@@ -1,0 +1,114 @@
+/* core/vectors.cpp: short loops over arrays. */
+#include "core/vectors.h"
+
+#include <cmath>
+
+template <class Sum, class T> static Sum sum_of(int n, const T *x)
+{
+    Sum sum = 0;
+    for (int i = 0; i < n; i++) sum += static_cast<Sum>(x[i]);
+    return sum;
+}
+
+template <bool Largest> static int index_of_extreme(int n, const int *x)
+{
+    int best = 0;
+    for (int i = 1; i < n; i++)
+        if (Largest ? x[i] > x[best] : x[i] < x[best]) best = i;
+    return best;
+}
+
+int iasum__(int n, const int *x)
+{
+    return static_cast<int>(sum_of<unsigned>(n, x)); // wraps rather than being undefined
+}
+
+long long sum_wide(int n, const int *x)
+{
+    return sum_of<long long>(n, x);
+}
+
+int *iset__(int n, int value, int *x)
+{
+    for (int i = 0; i < n; i++) x[i] = value;
+    return x;
+}
+
+int *icopy__(int n, const int *from, int *to)
+{
+    for (int i = 0; i < n; i++) to[i] = from[i];
+    return to;
+}
+
+int iamax__(int n, const int *x)
+{
+    return index_of_extreme<true>(n, x);
+}
+
+int iamin__(int n, const int *x)
+{
+    return index_of_extreme<false>(n, x);
+}
+
+void counts_to_starts(int n, int *ptr)
+{
+    int start = 0;
+    for (int i = 0; i < n; i++) {
+        const int count = ptr[i];
+        ptr[i] = start;
+        start += count;
+    }
+    ptr[n] = start;
+}
+
+void ends_to_starts(int n, int *ptr)
+{
+    for (int i = n; i > 0; i--) ptr[i] = ptr[i - 1];
+    ptr[0] = 0;
+}
+
+float sasum__(int n, const float *x)
+{
+    return sum_of<float>(n, x);
+}
+
+double dasum__(int n, const double *x)
+{
+    return sum_of<double>(n, x);
+}
+
+void daxpy__(int n, double alpha, const double *x, double *y)
+{
+    for (int i = 0; i < n; i++) y[i] += alpha * x[i];
+}
+
+void dcopy__(int n, const double *x, double *y)
+{
+    for (int i = 0; i < n; i++) y[i] = x[i];
+}
+
+double ddot__(int n, const double *x, const double *y)
+{
+    double sum = 0;
+    for (int i = 0; i < n; i++) sum += x[i] * y[i];
+    return sum;
+}
+
+double dnrm2__(int n, const double *x)
+{
+    return std::sqrt(ddot__(n, x, x));
+}
+
+void dscal__(int n, double alpha, double *x)
+{
+    for (int i = 0; i < n; i++) x[i] *= alpha;
+}
+
+void dswap__(int n, double *x, double *y)
+{
+    for (int i = 0; i < n; i++) {
+        const double kept = x[i];
+        x[i] = y[i];
+        y[i] = kept;
+    }
+}

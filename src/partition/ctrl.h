@@ -1,0 +1,92 @@
+/* partition/ctrl.h: the control record that every partitioning routine takes first.
+ *
+ * One record lives as long as one call of an entry point. Options and limits are plain fields;
+ * stages that change CoarsenTo, CType or RType restore them, while ubfactor, once replaced by the
+ * balance that recursive bisection reached, stays replaced on purpose.
+ */
+#ifndef ZORPEL_PARTITION_CTRL_H
+#define ZORPEL_PARTITION_CTRL_H
+
+/* Trace bits of dbglvl. */
+enum DebugBit {
+    DBG_COARSEN = 1,
+    DBG_INIT = 2,
+    DBG_PASS = 4,
+    DBG_BISECTION = 8,
+    DBG_RUN = 16,
+    DBG_TIME = 32,
+    DBG_DETAIL = 128,
+    DBG_MOVE = 256
+};
+
+/* Matching schemes; 6 and 7 are for library use only. Restricted coarsening has its own two. */
+enum MatchScheme {
+    CTYPE_HFC = 1,
+    CTYPE_FC = 2,
+    CTYPE_GFC = 3,
+    CTYPE_HEDGE = 4,
+    CTYPE_EDGE = 5,
+    CTYPE_HEDGE_ONLY = 6,
+    CTYPE_HEDGE_EDGE = 7
+};
+enum RestrictedScheme { RESTRICTED_STARS = 0, RESTRICTED_EDGES = 1 };
+
+/* Refinement schemes; 5 and 10 are for library use only. */
+enum RefineScheme {
+    RTYPE_FM = 1,
+    RTYPE_ONEWAY = 2,
+    RTYPE_EEFM = 3,
+    RTYPE_FM2 = 5,
+    RTYPE_NONE = 10
+};
+/* In k-way refinement the same field names the objective. */
+enum KwayObjective { RTYPE_CUT = 1, RTYPE_SOED = 2 };
+
+enum VCycleMode { VCYCLE_NO = 0, VCYCLE_END = 1, VCYCLE_FORMIN = 2, VCYCLE_ALL = 3 };
+
+/* Timers in the order in which InitTimers__ clears them. */
+enum Timer {
+    TIME_TOTAL,
+    TIME_COARSENING,
+    TIME_REFINEMENT,
+    TIME_INITIALIZE,
+    TIME_ITERATE,
+    TIME_WRAPUP,
+    TIME_MULTILEVEL,
+    TIME_INITPARTITION,
+    TIME_PROJECTION, // not reported
+    TIME_SPARE,      // not reported, not charged
+    TIME_UNCOARSENING,
+    TIME_AUX1,
+    TIME_AUX2,
+    TIME_AUX3,
+    TIME_AUX4,
+    NTIMERS
+};
+
+constexpr int COARSEN_TO = 100;         // coarsest size of an ordinary bisection
+constexpr int VCYCLE_COARSEN_TO = 1000; // and of a V-cycle
+constexpr int MAX_NET_SIZE = 50;        // larger hyperedges stay out of coarsening
+constexpr int KWAY_POLISH_PARTS = 65;   // from this many parts on there is no k-way polish
+
+struct PartCtrl {
+    int CoarsenTo;    // coarsening stops at about this many vertices
+    int CType;        // MatchScheme, or RestrictedScheme during a V-cycle
+    int RType;        // RefineScheme, or KwayObjective during k-way refinement
+    int Nruns;        // runs of each bisection, > 0
+    int maxnetsize;   // hyperedges with more pins are pruned before coarsening
+    float ubfactor;   // allowed imbalance: fraction of the weight, or ratio to the average (k-way)
+    int fixed;        // 1 when the part array carries pre-assignments
+    int seed;         // negative: seed from the clock
+    int dbglvl;       // sum of DebugBits
+    int Reconst;      // 1 keeps the pieces of cut hyperedges when splitting
+    int VCycle;       // VCycleMode
+    int nparts;       // parts wanted
+    int heavycells;   // 1 when some vertex outweighs the coarsening limit
+    int kwayrefine;   // 1: final k-way polish, and 20 initial trials instead of 10
+    float splitratio; // share of the weight meant for side 0 of the current bisection
+    int MaxCellWgt;   // most weight that a merged vertex may reach
+    double timers[NTIMERS]; // seconds, charged under DBG_TIME
+};
+
+#endif
