@@ -1,0 +1,179 @@
+/* coarsen/coarsen.cpp: the multilevel coarsening drivers.
+ *
+ * One loop serves ordinary and restricted coarsening: park the islands, match and contract, look at
+ * the progress. A scheme that stalls once is replaced by edge matching where it has a fallback, and
+ * the ratio asked for is relaxed; a second slow level ends coarsening, as the first one does for
+ * edge matching and in restricted coarsening.
+ */
+#include "coarsen/coarsen.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+
+#include "coarsen/match_edges.h"
+#include "coarsen/match_hedges.h"
+#include "coarsen/match_star.h"
+#include "core/errors.h"
+#include "core/memory.h"
+#include "core/timers.h"
+#include "core/vectors.h"
+#include "partition/islands.h"
+
+constexpr int STRENGTH_LEVELS = 4;         // levels that HFC visits by strength of connection
+constexpr float PROGRESS_RATIO = 0.8f;     // of the finer level's vertices: more is slow progress
+constexpr double RATIO_RELAXATION = 1.075; // after the first slow level
+constexpr int LARGE_NET = 4;               // pins, for the trace only
+
+int NumOfLargeNets__(int nnets, const int *netptr)
+{
+    int nlarge = 0;
+    for (int e = 0; e < nnets; e++) nlarge += netptr[e + 1] - netptr[e] >= LARGE_NET;
+    return nlarge;
+}
+
+/* Work arrays of all levels, sized by the finest: m = max(ncells, nnets). */
+struct CoarsenWork {
+    int *htable; // [2 m] all -1 between calls
+    int *perm;   // [m]
+    int *vpairs; // [2 m]
+};
+
+static CoarsenWork open_work(const HGraph *graph)
+{
+    const size_t m = static_cast<size_t>(std::max(graph->ncells, graph->nnets));
+    CoarsenWork work;
+    work.htable = ismalloc__(2 * m, -1, "Coarsen: htable");
+    work.perm = imalloc__(m, "Coarsen: perm");
+    work.vpairs = imalloc__(2 * m, "Coarsen: vpairs");
+    return work;
+}
+
+[[gnu::cold]] static void trace_level(const HGraph *graph)
+{
+    const double ncells = graph->ncells, nnets = graph->nnets;
+    const int netwgt = iasum__(graph->nnets, graph->netwgt);
+    printf("[%6d %6d %6.2f %6.2f %6.2f %6.2f, %6d %6d %6d %6.2f]\n", graph->ncells, graph->nnets,
+           graph->incptr[graph->ncells] / ncells, graph->netptr[graph->nnets] / nnets,
+           nnets / ncells, NumOfLargeNets__(graph->nnets, graph->netptr) / ncells, netwgt,
+           graph->removedwgt, netwgt + graph->removedwgt, netwgt / ncells);
+}
+
+/* level counts the contractions made so far in this call. */
+static void match_level(PartCtrl *ctrl, HGraph *graph, const CoarsenWork *work, int level,
+                        bool slow)
+{
+    int *const perm = work->perm, *const htable = work->htable, *const vpairs = work->vpairs;
+    switch (ctrl->CType) {
+    case CTYPE_HFC:
+        Match_EdgesStars__(ctrl, graph, perm, htable, vpairs, level < STRENGTH_LEVELS ? 1 : 0);
+        return;
+    case CTYPE_FC:
+        Match_EdgesStars__(ctrl, graph, perm, htable, vpairs, 0);
+        return;
+    case CTYPE_GFC:
+        Match_EdgesStars__(ctrl, graph, perm, htable, vpairs, 1);
+        return;
+    case CTYPE_HEDGE:
+    case CTYPE_HEDGE_ONLY:
+    case CTYPE_HEDGE_EDGE:
+        if (slow) break;
+        if (ctrl->CType == CTYPE_HEDGE)
+            Match_Hedges_PHedges_Edges__(ctrl, graph, perm, htable, vpairs);
+        else if (ctrl->CType == CTYPE_HEDGE_ONLY)
+            Match_Hedges__(ctrl, graph, perm, htable, vpairs);
+        else
+            Match_Hedges_Edges__(ctrl, graph, perm, htable, vpairs);
+        return;
+    case CTYPE_EDGE:
+        break;
+    default:
+        errexit__("Unknown matching type! %d\n", ctrl->CType);
+    }
+    Match_Edges__(ctrl, graph, perm, htable, vpairs);
+}
+
+/* Moves the partition of graph down to its coarser level. */
+static void carry_partition(HGraph *graph)
+{
+    HGraph *const coarser = graph->coarser;
+    int *const cwhere = imalloc__(static_cast<size_t>(coarser->ncells), "CCoarsen: cwhere");
+    for (int v = 0; v < graph->ncells; v++) cwhere[graph->cellmap[v]] = graph->where[v];
+    QXfree__(&graph->where, LTERM);
+    coarser->where = cwhere;
+}
+
+static void match_restricted(PartCtrl *ctrl, HGraph *graph, const CoarsenWork *work)
+{
+    if (ctrl->CType == RESTRICTED_STARS)
+        CMatch_EdgesStars__(ctrl, graph, graph->where, work->htable, work->perm, work->vpairs);
+    else if (ctrl->CType == RESTRICTED_EDGES)
+        CMatch_Edges__(ctrl, graph, graph->where, work->htable, work->perm, work->vpairs);
+    else
+        errexit__("Unknown matching type! %d\n", ctrl->CType);
+}
+
+/* Too few vertices of finer disappeared in coarser. */
+static bool slow_progress(const HGraph *finer, const HGraph *coarser, float ratio)
+{
+    return static_cast<float>(coarser->ncells) > static_cast<float>(finer->ncells) * ratio ||
+           coarser->ncells == finer->ncells;
+}
+
+/* Makes the next level of graph. */
+static HGraph *coarsen_level(PartCtrl *ctrl, HGraph *graph, const CoarsenWork *work, int level,
+                             bool slow, bool restricted)
+{
+    SeparateIslands__(graph);
+    start_timer(ctrl, TIME_AUX1);
+    if (restricted)
+        match_restricted(ctrl, graph, work);
+    else
+        match_level(ctrl, graph, work, level, slow);
+    stop_timer(ctrl, TIME_AUX1);
+    if (restricted) carry_partition(graph);
+    graph->coarser->level = level + 1;
+    return graph->coarser;
+}
+
+static HGraph *coarsen_chain(PartCtrl *ctrl, HGraph *graph, bool restricted)
+{
+    const bool trace = (ctrl->dbglvl & DBG_COARSEN) != 0;
+    start_timer(ctrl, TIME_COARSENING);
+    CoarsenWork work = open_work(graph);
+    graph->level = 0;
+    if (trace) {
+        printf("----------------------------------------------------------\n");
+        trace_level(graph);
+    }
+    float ratio = PROGRESS_RATIO;
+    bool slow = false, aborted = false;
+    for (int level = 0; graph->ncells > ctrl->CoarsenTo && !aborted; level++) {
+        graph = coarsen_level(ctrl, graph, &work, level, slow, restricted);
+        if (trace) trace_level(graph);
+        if (!slow_progress(graph->finer, graph, ratio)) continue;
+        aborted = restricted || slow || ctrl->CType == CTYPE_EDGE;
+        if (aborted) {
+            if (trace)
+                printf("\nSlow progress in coarsening. Aborted at %d nodes\n\n", graph->ncells);
+        } else {
+            if (trace) printf("-----------------------------------\n");
+            ratio = static_cast<float>(ratio * RATIO_RELAXATION);
+            slow = true;
+        }
+    }
+    if (trace && !aborted) printf("\n");
+    QXfree__(&work.htable, &work.perm, &work.vpairs, LTERM);
+    stop_timer(ctrl, TIME_COARSENING);
+    return graph;
+}
+
+HGraph *Coarsen__(PartCtrl *ctrl, HGraph *graph)
+{
+    return coarsen_chain(ctrl, graph, false);
+}
+
+HGraph *CCoarsen__(PartCtrl *ctrl, HGraph *graph)
+{
+    return coarsen_chain(ctrl, graph, true);
+}

@@ -1,0 +1,66 @@
+/* coarsen/grouping.h: groups of vertices under construction, and visiting orders (coarsen/ only).
+ */
+#ifndef ZORPEL_COARSEN_GROUPING_H
+#define ZORPEL_COARSEN_GROUPING_H
+
+#include <algorithm>
+
+#include "coarsen/partner.h"
+#include "core/random.h"
+#include "core/sort.h"
+
+/* Groups listed one after the other: those of coarse vertex c are mind[mptr[c]..mptr[c+1]-1]. The
+ * arrays belong to the level. */
+struct Grouping {
+    int *cellmap; // [ncells] coarse vertex, SINGLE while free
+    int *mptr;    // [ncells + 1]
+    int *mind;    // [ncells]
+    int ngroups;  // closed groups
+    int nlisted;  // vertices in mind
+};
+
+inline void list_vertex(Grouping *groups, int v)
+{
+    groups->cellmap[v] = groups->ngroups;
+    groups->mind[groups->nlisted++] = v;
+}
+
+inline void close_group(Grouping *groups)
+{
+    groups->mptr[++groups->ngroups] = groups->nlisted;
+}
+
+inline void group_alone(Grouping *groups, int v)
+{
+    list_vertex(groups, v);
+    close_group(groups);
+}
+
+/* Takes over the level's cellmap (all SINGLE), mptr and mind; the fixed vertices become groups of
+ * their own under their own numbers. */
+inline Grouping open_grouping(const HGraph *graph)
+{
+    Grouping groups = {graph->cellmap, graph->mptr, graph->mind, 0, 0};
+    groups.mptr[0] = 0;
+    for (int v = 0; v < graph->nfixed; v++) group_alone(&groups, v);
+    return groups;
+}
+
+/* Writes each vertex's degree, capped at maxnetsize, into keys. */
+inline void degree_keys(const PartCtrl *ctrl, const HGraph *graph, int *keys)
+{
+    for (int v = 0; v < graph->ncells; v++)
+        keys[v] = std::min(graph->incptr[v + 1] - graph->incptr[v], ctrl->maxnetsize);
+}
+
+/* Lists the vertices in order by increasing capped degree, at random among equals. random and keys
+ * are workspace of ncells entries; random may not be order. */
+inline void order_by_degree(const PartCtrl *ctrl, const HGraph *graph, int *random, int *keys,
+                            int *order)
+{
+    RandomPermute__(random, graph->ncells, 1);
+    degree_keys(ctrl, graph, keys);
+    BucketSortKeysInc(graph->ncells, ctrl->maxnetsize + 1, keys, random, order);
+}
+
+#endif

@@ -1,0 +1,92 @@
+/* coarsen/match_hedges.cpp: matching by whole hyperedges.
+ *
+ * Hyperedges are taken by decreasing weight, smaller ones first among equals. One routine serves
+ * the three schemes: the phases after the first are optional.
+ */
+#include "coarsen/match_hedges.h"
+
+#include "coarsen/contract.h"
+#include "coarsen/grouping.h"
+#include "coarsen/match_edges.h"
+
+/* Lists the hyperedges in perm by decreasing ncells x weight - size, which wraps. */
+static void order_hyperedges(const HGraph *graph, int *perm, int *vpairs)
+{
+    KeyValue *const pairs = reinterpret_cast<KeyValue *>(vpairs);
+    RandomPermute__(perm, graph->nnets, 1);
+    for (int i = 0; i < graph->nnets; i++) {
+        const int e = perm[i];
+        const unsigned key =
+            static_cast<unsigned>(graph->ncells) * static_cast<unsigned>(graph->netwgt[e]) -
+            static_cast<unsigned>(net_size(graph, e));
+        pairs[i] = {static_cast<int>(key), e};
+    }
+    dkeysort__(graph->nnets, pairs);
+    for (int i = 0; i < graph->nnets; i++) perm[i] = pairs[i].val;
+}
+
+/* Merges the free vertices of hyperedges in the order of perm: of those that are all free, or with
+ * partial of those more than half free, if their weight fits. */
+static void match_hyperedges(const PartCtrl *ctrl, const HGraph *graph, const int *perm,
+                             Grouping *groups, bool partial)
+{
+    for (int i = 0; i < graph->nnets; i++) {
+        const int e = perm[i], begin = graph->netptr[e], end = graph->netptr[e + 1];
+        int nfree = 0, weight = 0;
+        for (int j = begin; j < end; j++) {
+            const int v = graph->netind[j];
+            if (groups->cellmap[v] != SINGLE) {
+                if (partial) continue;
+                break;
+            }
+            nfree++;
+            weight += graph->cellwgt[v];
+        }
+        const int size = end - begin;
+        const bool enough = partial ? nfree > 0.5 * size : nfree == size && size > 0;
+        if (!enough || weight > ctrl->MaxCellWgt) continue;
+        for (int j = begin; j < end; j++)
+            if (groups->cellmap[graph->netind[j]] == SINGLE) list_vertex(groups, graph->netind[j]);
+        close_group(groups);
+    }
+}
+
+struct HedgePhases {
+    bool partial; // merge in hyperedges more than half free
+    bool pairs;   // pair the vertices left over
+};
+
+static void match_by_hyperedges(PartCtrl *ctrl, HGraph *graph, int *perm, int *htable, int *vpairs,
+                                HedgePhases phases)
+{
+    const size_t n = static_cast<size_t>(graph->ncells);
+    graph->cellmap = ismalloc__(n, SINGLE, "HGraphMatch: graph->cellmap");
+    graph->mptr = imalloc__(n + 1, "HGraphMatch: graph->mptr");
+    graph->mind = imalloc__(n, "HGraphMatch: graph->mind");
+    order_hyperedges(graph, perm, vpairs);
+    Grouping groups = open_grouping(graph);
+    match_hyperedges(ctrl, graph, perm, &groups, false);
+    if (phases.partial) match_hyperedges(ctrl, graph, perm, &groups, true);
+    if (phases.pairs)
+        match_free_vertices(ctrl, graph, perm, htable, vpairs, &groups);
+    else
+        for (int v = 0; v < graph->ncells; v++)
+            if (groups.cellmap[v] == SINGLE) group_alone(&groups, v);
+    CreateCoarseHGraph__(ctrl, graph, groups.ngroups);
+}
+
+void Match_Hedges__(PartCtrl *ctrl, HGraph *graph, int *perm, int *htable, int *vpairs)
+{
+    match_by_hyperedges(ctrl, graph, perm, htable, vpairs, {false, false});
+}
+
+void Match_Hedges_Edges__(PartCtrl *ctrl, HGraph *graph, int *perm, int *htable, int *vpairs)
+{
+    match_by_hyperedges(ctrl, graph, perm, htable, vpairs, {false, true});
+}
+
+void Match_Hedges_PHedges_Edges__(PartCtrl *ctrl, HGraph *graph, int *perm, int *htable,
+                                  int *vpairs)
+{
+    match_by_hyperedges(ctrl, graph, perm, htable, vpairs, {true, true});
+}

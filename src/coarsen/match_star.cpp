@@ -1,0 +1,165 @@
+/* coarsen/match_star.cpp: first-choice matching, whose groups grow into stars.
+ *
+ * A vertex may join a group formed earlier in the same pass if the group has room. Stopping at
+ * 40 % of the vertices keeps a level from shrinking too fast. Groups are listed afterwards, each
+ * in increasing vertex number.
+ */
+#include "coarsen/match_star.h"
+
+#include "coarsen/contract.h"
+#include "coarsen/grouping.h"
+#include "coarsen/partner.h"
+#include "core/numbers.h"
+#include "core/timers.h"
+#include "core/vectors.h"
+
+constexpr PartnerRules STAR = {true, false, false}, STAR_SAME_PART = {true, true, false};
+constexpr PartnerRules SURVEY = {false, false, true};
+constexpr double JOIN_QUOTA = 0.4; // of a level's vertices may join a partner
+
+int FindCellStar__(const PartCtrl *ctrl, int u, const int *incptr, const int *incind,
+                   const int *netptr, const int *netind, const int *cellwgt, const float *edgewgt,
+                   const int *cellmap, int *htable, const int *wgts, Candidates *list)
+{
+    return vertex_at(list, find_partner<STAR>(ctrl, u, incptr, incind, netptr, netind, cellwgt,
+                                              edgewgt, cellmap, htable, wgts, nullptr, list));
+}
+
+int CFindCellStar__(const PartCtrl *ctrl, int u, const int *incptr, const int *incind,
+                    const int *netptr, const int *netind, const int *cellwgt, const float *edgewgt,
+                    const int *cellmap, int *htable, const int *wgts, const int *where,
+                    Candidates *list)
+{
+    return vertex_at(list,
+                     find_partner<STAR_SAME_PART>(ctrl, u, incptr, incind, netptr, netind, cellwgt,
+                                                  edgewgt, cellmap, htable, wgts, where, list));
+}
+
+int ComputeAllWeights__(const PartCtrl *ctrl, const HGraph *graph, int *keys, int *htable)
+{
+    Candidates list;
+    open_candidates(&list, graph->ncells);
+    int largest = 0;
+    for (int v = 0; v < graph->ncells; v++) {
+        const int best = find_partner<SURVEY>(ctrl, v, graph->incptr, graph->incind, graph->netptr,
+                                              graph->netind, graph->cellwgt, graph->edgewgt,
+                                              nullptr, htable, nullptr, nullptr, &list);
+        keys[v] = best < 0 ? -1 : trunc_int(100.0 / static_cast<double>(list.cwgt[best]));
+        largest = std::max(largest, keys[v]);
+    }
+    close_candidates(&list);
+    for (int v = 0; v < graph->ncells; v++)
+        if (keys[v] == -1) keys[v] = largest + 1;
+    return largest + 1;
+}
+
+/* Lists the vertices in perm by decreasing strength of their best connection, equals by degree. */
+static void order_by_strength(const PartCtrl *ctrl, const HGraph *graph, int *perm, int *htable,
+                              int *vpairs)
+{
+    int *const keys = vpairs, *const bydegree = vpairs + graph->ncells;
+    order_by_degree(ctrl, graph, perm, keys, bydegree);
+    const int largest = ComputeAllWeights__(ctrl, graph, keys, htable);
+    BucketSortKeysInc(graph->ncells, largest + 1, keys, bydegree, perm);
+}
+
+/* Groups under construction. */
+struct Stars {
+    int *cellmap; // [ncells] coarse vertex, SINGLE while free
+    int *wgts;    // [ncells] weight of each group; wgts[-1] is 0
+    int ngroups;
+};
+
+/* Starts a group of v and perhaps of u (else -1). */
+static void start_group(Stars *stars, const int *cellwgt, int v, int u)
+{
+    const int c = stars->ngroups++;
+    stars->cellmap[v] = c;
+    stars->wgts[c] = cellwgt[v];
+    if (u < 0) return;
+    stars->cellmap[u] = c;
+    stars->wgts[c] += cellwgt[u];
+}
+
+template <bool Restricted>
+static void join_stars(const PartCtrl *ctrl, const HGraph *graph, const int *where, const int *perm,
+                       int *htable, Stars *stars)
+{
+    int *const cellmap = stars->cellmap, *const wgts = stars->wgts;
+    const int *const cellwgt = graph->cellwgt;
+    Candidates list;
+    open_candidates(&list, graph->ncells);
+    for (int i = 0, joined = 0; i < graph->ncells; i++) {
+        const int u = perm[i];
+        if (cellmap[u] != SINGLE) continue;
+        int v = -1;
+        if (JOIN_QUOTA * graph->ncells > joined)
+            v = Restricted ? CFindCellStar__(ctrl, u, graph->incptr, graph->incind, graph->netptr,
+                                             graph->netind, cellwgt, graph->edgewgt, cellmap,
+                                             htable, wgts, where, &list)
+                           : FindCellStar__(ctrl, u, graph->incptr, graph->incind, graph->netptr,
+                                            graph->netind, cellwgt, graph->edgewgt, cellmap, htable,
+                                            wgts, &list);
+        if (v >= 0) joined++;
+        if (v >= 0 && cellmap[v] != SINGLE) {
+            cellmap[u] = cellmap[v];
+            wgts[cellmap[v]] += cellwgt[u];
+        } else {
+            start_group(stars, cellwgt, u, v);
+        }
+    }
+    close_candidates(&list);
+}
+
+/* Lists the members of each group by counting. */
+static void list_groups(HGraph *graph, int ngroups)
+{
+    int *const mptr = graph->mptr;
+    iset__(ngroups + 1, 0, mptr);
+    for (int v = 0; v < graph->ncells; v++) mptr[graph->cellmap[v]]++;
+    counts_to_starts(ngroups, mptr);
+    for (int v = 0; v < graph->ncells; v++) graph->mind[mptr[graph->cellmap[v]]++] = v;
+    ends_to_starts(ngroups, mptr);
+}
+
+template <bool Restricted>
+static void match_stars(PartCtrl *ctrl, HGraph *graph, const int *where, int *perm, int *htable,
+                        int *vpairs, bool bystrength)
+{
+    const size_t n = static_cast<size_t>(graph->ncells);
+    graph->cellmap = ismalloc__(n, SINGLE, "Match_Edges: graph->cellmap");
+    graph->mptr = imalloc__(n + 1, "Match_Edges: graph->mptr");
+    graph->mind = imalloc__(n, "Match_Edges: graph->mind");
+    int *wgts = ismalloc__(n + 1, 0, "Match_EdgesStars: wgts");
+
+    start_timer(ctrl, TIME_AUX3);
+    if (bystrength)
+        order_by_strength(ctrl, graph, perm, htable, vpairs);
+    else
+        order_by_degree(ctrl, graph, vpairs + graph->ncells, vpairs, perm);
+    stop_timer(ctrl, TIME_AUX3);
+
+    start_timer(ctrl, TIME_AUX4);
+    Stars stars = {graph->cellmap, wgts + 1, 0};
+    for (int v = 0; v < graph->nfixed; v++) {
+        graph->cellmap[v] = stars.ngroups;
+        stars.wgts[stars.ngroups++] = 2 * ctrl->MaxCellWgt; // full: nobody joins
+    }
+    join_stars<Restricted>(ctrl, graph, where, perm, htable, &stars);
+    list_groups(graph, stars.ngroups);
+    stop_timer(ctrl, TIME_AUX4);
+    QXfree__(&wgts, LTERM);
+    CreateCoarseHGraph__(ctrl, graph, stars.ngroups);
+}
+
+void Match_EdgesStars__(PartCtrl *ctrl, HGraph *graph, int *perm, int *htable, int *vpairs,
+                        int flag)
+{
+    match_stars<false>(ctrl, graph, nullptr, perm, htable, vpairs, flag == 1);
+}
+
+void CMatch_EdgesStars__(PartCtrl *ctrl, HGraph *graph, const int *where, int *htable, int *perm,
+                         int *vpairs)
+{
+    match_stars<true>(ctrl, graph, where, perm, htable, vpairs, false);
+}

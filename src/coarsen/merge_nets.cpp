@@ -1,0 +1,62 @@
+/* coarsen/merge_nets.cpp: merging of identical hyperedges.
+ *
+ * Candidates for merging stand next to each other once the hyperedges are sorted by a key computed
+ * from their pins; only neighbours of equal key are compared pin by pin.
+ */
+#include "coarsen/merge_nets.h"
+
+#include <cstring>
+#include <utility>
+
+void sort_pins(int size, int *pins)
+{
+    if (size > 2)
+        iintsort__(size, pins);
+    else if (size == 2 && pins[0] > pins[1])
+        std::swap(pins[0], pins[1]);
+}
+
+static int size_of(const NetLists *nets, int e)
+{
+    return nets->netptr[e + 1] - nets->netptr[e];
+}
+
+static bool same_pins(const NetLists *nets, int e, int f, int size)
+{
+    const int *const a = nets->netind + nets->netptr[e], *const b = nets->netind + nets->netptr[f];
+    return size == 0 || memcmp(a, b, static_cast<size_t>(size) * sizeof *a) == 0;
+}
+
+/* Appends hyperedge e to merged; returns its number there. */
+static int append_net(const NetLists *nets, int e, NetLists *merged)
+{
+    const int d = merged->nnets++, start = merged->netptr[d], size = size_of(nets, e);
+    if (size > 0)
+        memcpy(merged->netind + start, nets->netind + nets->netptr[e],
+               static_cast<size_t>(size) * sizeof(int));
+    merged->netptr[d + 1] = start + size;
+    merged->netwgt[d] = nets->netwgt[e];
+    return d;
+}
+
+void merge_identical(const NetLists *nets, KeyValue *pairs, NetLists *merged, int *map, int *seen)
+{
+    ikeysort__(nets->nnets, pairs);
+    merged->nnets = 0;
+    merged->netptr[0] = 0;
+    for (int i = 0; i < nets->nnets; i++) {
+        const int e = pairs[i].val, size = size_of(nets, e);
+        if (seen[e] == 1) continue;
+        const int d = append_net(nets, e, merged);
+        if (map != nullptr) map[e] = d;
+        for (int j = i + 1; j < nets->nnets; j++) {
+            const int f = pairs[j].val;
+            if (seen[f] == 1) continue;
+            if (pairs[j].key != pairs[i].key || size_of(nets, f) != size) break;
+            if (!same_pins(nets, e, f, size)) continue;
+            seen[f] = 1;
+            merged->netwgt[d] += nets->netwgt[f];
+            if (map != nullptr) map[f] = d;
+        }
+    }
+}

@@ -1,0 +1,28 @@
+/* coarsen/merge_nets.h: merging of identical hyperedges (coarsen/ only). */
+#ifndef ZORPEL_COARSEN_MERGE_NETS_H
+#define ZORPEL_COARSEN_MERGE_NETS_H
+
+#include "core/sort.h"
+
+/* Hyperedges as flat lists. */
+struct NetLists {
+    int nnets;
+    int *netptr; // [nnets + 1]
+    int *netind; // [netptr[nnets]]
+    int *netwgt; // [nnets]
+};
+
+/* Sorts the pins of one hyperedge increasingly. */
+void sort_pins(int size, int *pins);
+
+/* Merges hyperedges of equal pins; pins are sorted within each.
+ *   nets    in   hyperedges to merge
+ *   pairs   in/out  [nets->nnets] (key, number) of each; sorted by key on return
+ *   merged  out  hyperedges in key order, weights summed; arrays large enough come with it
+ *   map     out  [nets->nnets] number in merged of each hyperedge, or null
+ *   seen    work [nets->nnets] all -1; 1 marks what was merged into an earlier one
+ * A hyperedge of equal key but other size ends the search for duplicates of the one before it,
+ * even if an identical one follows: kept on purpose. */
+void merge_identical(const NetLists *nets, KeyValue *pairs, NetLists *merged, int *map, int *seen);
+
+#endif

@@ -1,0 +1,71 @@
+/* kway/refine_kway.cpp: uncoarsening of a k-way partition, and its V-cycles. */
+#include "kway/refine_kway.h"
+
+#include "core/errors.h"
+#include "core/timers.h"
+#include "core/vectors.h"
+#include "kway/kway_gains.h"
+#include "kway/refine_random.h"
+#include "partition/islands.h"
+#include "partition/vcycle.h"
+
+void ProjectKwayPartition__(PartCtrl *ctrl, HGraph *cgraph)
+{
+    HGraph *const graph = cgraph->finer;
+    start_timer(ctrl, TIME_PROJECTION);
+    AllocateKwayRefinementMemory__(ctrl, graph);
+    for (int v = 0; v < graph->ncells; v++) graph->where[v] = cgraph->where[graph->cellmap[v]];
+    FreeHGraph__(cgraph);
+    graph->coarser = nullptr;
+    stop_timer(ctrl, TIME_PROJECTION);
+}
+
+void PartitionIslandsKway__(const PartCtrl *ctrl, HGraph *graph)
+{
+    for (int v = graph->ncells; v < graph->ncells + graph->nislands; v++) {
+        const int part = iamin__(ctrl->nparts, graph->kpwgts);
+        graph->where[v] = part;
+        graph->kpwgts[part] += graph->cellwgt[v];
+    }
+}
+
+bool refine_objective(PartCtrl *ctrl, HGraph *graph)
+{
+    if (ctrl->RType == RTYPE_CUT)
+        RefineCutKway_Random__(ctrl, graph, KWAY_PASSES);
+    else if (ctrl->RType == RTYPE_SOED)
+        RefineSOEDKway_Random__(ctrl, graph, KWAY_PASSES);
+    else
+        return false;
+    return true;
+}
+
+static void refine_kway_level(PartCtrl *ctrl, HGraph *graph)
+{
+    if (graph->ncells > 0 && refine_objective(ctrl, graph)) return;
+    if (graph->ncells > 0 && ctrl->RType != RTYPE_NONE)
+        errexit__("Unknown refinement type: %d\n", ctrl->RType);
+    ComputeInitKwayGains__(ctrl, graph); // for the part weights, which the islands need
+}
+
+void RefineKway__(PartCtrl *ctrl, HGraph *graph, HGraph *cgraph)
+{
+    start_timer(ctrl, TIME_UNCOARSENING);
+    while (cgraph->finer != nullptr && cgraph != graph) {
+        HGraph *const finer = cgraph->finer;
+        ProjectKwayPartition__(ctrl, cgraph);
+        cgraph = finer;
+        start_timer(ctrl, TIME_REFINEMENT);
+        refine_kway_level(ctrl, cgraph);
+        PartitionIslandsKway__(ctrl, cgraph);
+        stop_timer(ctrl, TIME_REFINEMENT);
+        if (cgraph == graph) CombineIslands__(graph);
+    }
+    stop_timer(ctrl, TIME_UNCOARSENING);
+}
+
+int VCycleRefinementKway__(PartCtrl *ctrl, HGraph *graph, int ncycles)
+{
+    static const VCycleKind kind = {&HGraph::objval, RefineKway__, true};
+    return run_vcycles(ctrl, graph, ncycles, &kind);
+}

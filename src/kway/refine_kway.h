@@ -1,0 +1,27 @@
+/* kway/refine_kway.h: uncoarsening of a k-way partition, and its V-cycles. */
+#ifndef ZORPEL_KWAY_REFINE_KWAY_H
+#define ZORPEL_KWAY_REFINE_KWAY_H
+
+#include "core/hgraph.h"
+#include "partition/ctrl.h"
+
+/* Carries the partition of cgraph, the coarsest level of a chain, to graph, its finest: projects,
+ * refines for the objective in ctrl->RType, and places the islands at every finer level. Levels
+ * above graph are freed; graph keeps its k-way arrays. A chain of one level is left as it is.
+ * Errors: an unknown RType ends the process. */
+void RefineKway__(PartCtrl *ctrl, HGraph *graph, HGraph *cgraph);
+
+/* Carries the partition of cgraph to its finer level, with fresh k-way arrays; frees cgraph. */
+void ProjectKwayPartition__(PartCtrl *ctrl, HGraph *cgraph);
+
+/* Gives each parked vertex, in order, the lightest part by kpwgts; the lowest number on ties. */
+void PartitionIslandsKway__(const PartCtrl *ctrl, HGraph *graph);
+
+/* At most ncycles V-cycles on graph (where, objval); returns objval. No k-way arrays are left. */
+int VCycleRefinementKway__(PartCtrl *ctrl, HGraph *graph, int ncycles);
+
+/* Refines one level for the objective in ctrl->RType: false, and nothing done, for another value.
+ */
+bool refine_objective(PartCtrl *ctrl, HGraph *graph);
+
+#endif

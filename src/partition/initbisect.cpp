@@ -1,0 +1,86 @@
+/* partition/initbisect.cpp: bisection of the coarsest level.
+ *
+ * Side 0 takes vertices in random order until it reaches its share of the weight; side 1 gets the
+ * rest. Fixed vertices are dealt out first, each side getting as many as it will have parts.
+ */
+#include "partition/initbisect.h"
+
+#include <cstdio>
+
+#include "core/memory.h"
+#include "core/numbers.h"
+#include "core/random.h"
+#include "core/timers.h"
+#include "core/vectors.h"
+#include "refine/balance.h"
+#include "refine/gains.h"
+#include "refine/refine.h"
+
+constexpr int TRIALS = 10;
+constexpr int TRIALS_BEFORE_POLISH = 20;
+constexpr double FIXED_BIAS = 0.4; // makes the truncated share the number of the side's parts
+
+int fixed_on_side0(const PartCtrl *ctrl, int nfixed)
+{
+    const float share = static_cast<float>(nfixed) * ctrl->splitratio;
+    return trunc_int(static_cast<double>(share) + FIXED_BIAS);
+}
+
+/* Fills where with a random bisection whose side 0 holds about goal0. */
+static void grow_bisection(HGraph *graph, int *perm, int goal0, int nfixed0)
+{
+    int wgt0 = 0;
+    if (graph->nfixed > 0) {
+        RandomPermuteFine__(perm, graph->nfixed, 1);
+        for (int i = 0; i < graph->nfixed; i++) {
+            const int v = perm[i];
+            graph->where[v] = i < nfixed0 ? 0 : 1;
+            if (i < nfixed0) wgt0 += graph->cellwgt[v];
+        }
+    }
+    RandomPermuteFine__(perm, graph->ncells, 1);
+    for (int i = 0; i < graph->ncells; i++) {
+        const int v = perm[i];
+        if (v < graph->nfixed) continue;
+        graph->where[v] = wgt0 < goal0 ? 0 : 1;
+        if (graph->where[v] == 0) wgt0 += graph->cellwgt[v];
+    }
+}
+
+void Random_FMPartition__(PartCtrl *ctrl, HGraph *graph)
+{
+    AllocateRefinementMemory__(graph);
+    if (graph->ncells == 0) return;
+    const size_t n = static_cast<size_t>(graph->ncells);
+    int *perm = imalloc__(n, "Random_FMPartition: perm");
+    int *bestwhere = imalloc__(n, "Random_FMPartition: graph->where");
+    const int total = iasum__(graph->ncells, graph->cellwgt);
+    const int goal0 = trunc_int(static_cast<float>(total) * ctrl->splitratio);
+    const int nfixed0 = fixed_on_side0(ctrl, graph->nfixed);
+    const int ntrials = ctrl->kwayrefine ? TRIALS_BEFORE_POLISH : TRIALS;
+    int bestcut = 0;
+    for (int trial = 0; trial < ntrials; trial++) {
+        grow_bisection(graph, perm, goal0, nfixed0);
+        Balance__(ctrl, graph);
+        refine_whole(ctrl, graph);
+        if (ctrl->dbglvl & DBG_INIT)
+            printf("%5d %5d %5d\n", graph->pwgts[0], graph->pwgts[1], graph->mincut);
+        if (trial > 0 && graph->mincut >= bestcut) continue;
+        bestcut = graph->mincut;
+        icopy__(graph->ncells, graph->where, bestwhere);
+    }
+    if (ctrl->dbglvl & DBG_INIT) printf("Bestcut Icut: %5d\n", bestcut);
+    icopy__(graph->ncells, bestwhere, graph->where);
+    graph->mincut = bestcut;
+    QXfree__(&perm, &bestwhere, LTERM);
+}
+
+void InitPartition__(PartCtrl *ctrl, HGraph *graph)
+{
+    const int dbglvl = ctrl->dbglvl;
+    ctrl->dbglvl &= ~(DBG_PASS | DBG_MOVE);
+    start_timer(ctrl, TIME_INITPARTITION);
+    Random_FMPartition__(ctrl, graph);
+    stop_timer(ctrl, TIME_INITPARTITION);
+    ctrl->dbglvl = dbglvl;
+}

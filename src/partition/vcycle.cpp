@@ -1,0 +1,42 @@
+/* partition/vcycle.cpp: the V-cycle loop of two-way and k-way partitions.
+ * Cycles alternate the two restricted matchings.
+ */
+#include "partition/vcycle.h"
+
+#include <cstdio>
+
+#include "coarsen/coarsen.h"
+
+int run_vcycles(PartCtrl *ctrl, HGraph *graph, int ncycles, const VCycleKind *kind)
+{
+    const int coarsento = ctrl->CoarsenTo, ctype = ctrl->CType;
+    const bool trace = (ctrl->dbglvl & DBG_DETAIL) != 0;
+    ctrl->CoarsenTo = VCYCLE_COARSEN_TO;
+    int best = graph->*kind->value, bestcycle = -1;
+    if (trace) {
+        if (kind->shows_start)
+            printf("          [%d ", best);
+        else
+            printf("          [");
+    }
+    for (int cycle = 0; cycle < ncycles; cycle++) {
+        ctrl->CType = cycle % 2 == 0 ? RESTRICTED_STARS : RESTRICTED_EDGES;
+        kind->uncoarsen(ctrl, graph, CCoarsen__(ctrl, graph));
+        if (trace) {
+            printf("%d ", graph->*kind->value);
+            fflush(stdout);
+        }
+        free_cycle_arrays(graph);
+        free_kway_arrays(graph);
+        if (graph->*kind->value < best) {
+            best = graph->*kind->value;
+            bestcycle = cycle;
+        } else if (cycle - bestcycle > 1) {
+            break;
+        }
+    }
+    if (trace) printf("(min = %d)]\n", graph->*kind->value);
+    ctrl->CoarsenTo = coarsento;
+    ctrl->CType = ctype;
+    return graph->*kind->value;
+}

@@ -1,0 +1,87 @@
+/* refine/gains.cpp: two-way refinement arrays, and gains, pin counts and cut from scratch. */
+#include "refine/gains.h"
+
+#include <cstdlib>
+
+#include "core/heavy_assert.h"
+#include "core/memory.h"
+#include "core/vectors.h"
+
+void AllocateRefinementMemory__(HGraph *graph)
+{
+    const size_t ncells = static_cast<size_t>(graph->ncells);
+    const size_t nnets = static_cast<size_t>(graph->nnets);
+    const size_t nislands = static_cast<size_t>(graph->nislands);
+    graph->where = imalloc__(ncells + nislands, "AllocateRefinementMemory: where");
+    graph->gain = imalloc__(ncells, "AllocateRefinementMemory: gain");
+    graph->ndeg[0] = imalloc__(nnets, "AllocateRefinementMemory: ndeg[0]");
+    graph->ndeg[1] = imalloc__(nnets, "AllocateRefinementMemory: ndeg[1]");
+}
+
+/* Counts the pins of each side of each hyperedge; returns the cut. */
+static int count_pins(const HGraph *graph, int *ndeg0, int *ndeg1)
+{
+    const int *const netptr = graph->netptr, *const netind = graph->netind;
+    const int *const where = graph->where;
+    int cut = 0;
+    for (int e = 0; e < graph->nnets; e++) {
+        int ones = 0;
+        for (int j = netptr[e]; j < netptr[e + 1]; j++) ones += where[netind[j]];
+        ndeg1[e] = ones;
+        ndeg0[e] = netptr[e + 1] - netptr[e] - ones;
+        if (ndeg0[e] != 0 && ndeg1[e] != 0) cut += graph->netwgt[e];
+    }
+    return cut;
+}
+
+/* Gain of a vertex from the pin counts of its own side and of the other. */
+static int gain_of(const HGraph *graph, int v, const int *own, const int *other)
+{
+    int gain = 0;
+    for (int j = graph->incptr[v]; j < graph->incptr[v + 1]; j++) {
+        const int e = graph->incind[j];
+        if (other[e] == 0)
+            gain -= graph->netwgt[e];
+        else if (own[e] == 1)
+            gain += graph->netwgt[e];
+    }
+    return gain;
+}
+
+static void compute_gains(const HGraph *graph, int *const ndeg[2], int *gain)
+{
+    for (int v = 0; v < graph->ncells; v++) {
+        const int side = graph->where[v];
+        gain[v] = gain_of(graph, v, ndeg[side], ndeg[1 - side]);
+    }
+}
+
+void ComputeInitGains__(HGraph *graph)
+{
+    graph->mincut = count_pins(graph, graph->ndeg[0], graph->ndeg[1]);
+    compute_gains(graph, graph->ndeg, graph->gain);
+    graph->pwgts[0] = graph->pwgts[1] = 0;
+    for (int v = 0; v < graph->ncells; v++) graph->pwgts[graph->where[v]] += graph->cellwgt[v];
+    HEAVY_ASSERT(hgraph_ok(graph, HG_LISTS | HG_INCIDENCE | HG_WHERE | HG_GAINS));
+}
+
+int ComputeCut__(const HGraph *graph)
+{
+    int cut = 0;
+    for (int e = 0; e < graph->nnets; e++)
+        if (graph->ndeg[0][e] != 0 && graph->ndeg[1][e] != 0) cut += graph->netwgt[e];
+    return cut;
+}
+
+int CheckDegrees(const HGraph *graph)
+{
+    const size_t ncells = static_cast<size_t>(graph->ncells);
+    const size_t nnets = static_cast<size_t>(graph->nnets);
+    int *gain = ismalloc__(ncells, 0, "ComputePartitionParams: gain");
+    int *ndeg[2] = {ismalloc__(nnets, 0, "ComputePartitionParams: ndeg[0]"),
+                    ismalloc__(nnets, 0, "ComputePartitionParams: ndeg[1]")};
+    count_pins(graph, ndeg[0], ndeg[1]);
+    compute_gains(graph, ndeg, gain);
+    QXfree__(&gain, &ndeg[0], &ndeg[1], LTERM);
+    return 1;
+}

@@ -1,0 +1,94 @@
+/* refine/refine.cpp: uncoarsening of one multilevel bisection.
+ *
+ * True between levels: where is a bisection of the current level, islands included, and no coarser
+ * level exists. The coarsest level itself is not refined here; the initial bisection, or the
+ * V-cycle that brought it, has done so.
+ */
+#include "refine/refine.h"
+
+#include "core/errors.h"
+#include "core/timers.h"
+#include "partition/islands.h"
+#include "refine/balance.h"
+#include "refine/fm.h"
+#include "refine/gains.h"
+#include "refine/oneway.h"
+
+constexpr int FM_PASSES = 10;
+constexpr int EEFM_PASSES = 3;
+constexpr float EEFM_FRACTION = 0.1f; // of the vertices moved above the best cut
+constexpr int EEFM_FULL_LEVELS = 2;   // levels next to the coarsest that get full FM instead
+
+void refine_whole(PartCtrl *ctrl, HGraph *graph)
+{
+    if (ctrl->heavycells)
+        Refine_FM2__(ctrl, graph, FM_PASSES);
+    else
+        Refine_FM__(ctrl, graph, FM_PASSES);
+}
+
+static void refine_early_exit(PartCtrl *ctrl, HGraph *graph)
+{
+    if (ctrl->heavycells)
+        Refine_EEFM2__(ctrl, graph, EEFM_PASSES, EEFM_FRACTION);
+    else
+        Refine_EEFM__(ctrl, graph, EEFM_PASSES, EEFM_FRACTION);
+}
+
+static void refine_level(PartCtrl *ctrl, HGraph *graph, int coarsest)
+{
+    Balance__(ctrl, graph);
+    switch (ctrl->RType) {
+    case RTYPE_FM:
+        refine_whole(ctrl, graph);
+        break;
+    case RTYPE_ONEWAY:
+        Refine_OneWayFM__(ctrl, graph, FM_PASSES);
+        refine_whole(ctrl, graph);
+        break;
+    case RTYPE_EEFM:
+        if (graph->level >= coarsest - EEFM_FULL_LEVELS)
+            refine_whole(ctrl, graph);
+        else
+            refine_early_exit(ctrl, graph);
+        break;
+    case RTYPE_FM2:
+        Refine_FM2__(ctrl, graph, FM_PASSES);
+        break;
+    case RTYPE_NONE:
+        break;
+    default:
+        errexit__("Unknown refinement type: %d\n", ctrl->RType);
+    }
+}
+
+void Refine__(PartCtrl *ctrl, HGraph *orggraph, HGraph *graph)
+{
+    const int coarsest = graph->level;
+    start_timer(ctrl, TIME_UNCOARSENING);
+    while (graph->finer != nullptr && graph != orggraph) {
+        HGraph *const finer = graph->finer;
+        ProjectPartition__(ctrl, graph);
+        graph = finer;
+        start_timer(ctrl, TIME_REFINEMENT);
+        if (graph->ncells > 0)
+            refine_level(ctrl, graph, coarsest);
+        else
+            ComputeInitGains__(graph);
+        PartitionIslands__(graph);
+        stop_timer(ctrl, TIME_REFINEMENT);
+        if (graph == orggraph) CombineIslands__(orggraph);
+    }
+    stop_timer(ctrl, TIME_UNCOARSENING);
+}
+
+void ProjectPartition__(PartCtrl *ctrl, HGraph *cgraph)
+{
+    HGraph *const graph = cgraph->finer;
+    start_timer(ctrl, TIME_PROJECTION);
+    AllocateRefinementMemory__(graph);
+    for (int v = 0; v < graph->ncells; v++) graph->where[v] = cgraph->where[graph->cellmap[v]];
+    FreeHGraph__(cgraph);
+    graph->coarser = nullptr;
+    stop_timer(ctrl, TIME_PROJECTION);
+}
