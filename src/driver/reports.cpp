@@ -1,0 +1,167 @@
+/* driver/reports.cpp: what the program prints before and after partitioning. */
+#include "driver/reports.h"
+
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+
+#include "core/memory.h"
+#include "core/vectors.h"
+#include "driver/version.h"
+#include "zorpel.h"
+
+/* The name of an option's value: names[value - first], "??" outside. */
+static const char *option_name(const char *const *names, int count, int first, int value)
+{
+    return value < first || value - first >= count ? "??" : names[value - first];
+}
+
+static void print_options(const int *options, int mode)
+{
+    static const char *const ctypes[] = {"HFC", "FC", "GFC", "HEDGE", "EDGE"};
+    static const char *const rtypes[] = {"FM", "1WayFM", "EEFM"};
+    static const char *const objectives[] = {"Cut-minimization", "SOED-minimization"};
+    static const char *const reconsts[] = {"Reconst-False", "Reconst-True"};
+    static const char *const vcycles[] = {"No V-cycles", "V-cycles @ End", "V-cycle for Min",
+                                          "Always V-cycle"};
+    static const char *const fixeds[] = {"No Fixed Vertices", "With Fixed Vertices"};
+    const int rtype = options[ZORPEL_OPT_RTYPE];
+    printf(" Options: %s, ", option_name(ctypes, 5, 1, options[ZORPEL_OPT_CTYPE]));
+    if (mode == MODE_RECURSIVE)
+        printf("%s, %s, ", option_name(rtypes, 3, 1, rtype),
+               option_name(reconsts, 2, 0, options[ZORPEL_OPT_RECONST]));
+    else
+        printf("%s, ", option_name(objectives, 2, 1, rtype));
+    printf("%s", option_name(vcycles, 4, 0, options[ZORPEL_OPT_VCYCLE]));
+    if (mode == MODE_RECURSIVE)
+        printf(", %s", option_name(fixeds, 2, 0, options[ZORPEL_OPT_FIXED]));
+    printf("\n");
+}
+
+void PrintInfo(const HGraph *graph, int nparts, int ubfactor, const int *options, const char *name,
+               int mode)
+{
+    const double share = ubfactor / 100.0;
+    puts("*******************************************************************************");
+    printf(" ZORPEL %s  Copyright (c) 2026 the ZORPEL authors\n\n", ZORPEL_VERSION);
+    puts("HyperGraph Information -----------------------------------------------------");
+    printf(" Name: %s, #Vtxs: %5d, #Hedges: %5d, #Parts: %d, UBfactor: %1.2f\n", name,
+           graph->ncells, graph->nnets, nparts, mode == MODE_RECURSIVE ? share : share + 1.0);
+    if (options != nullptr) print_options(options, mode);
+    printf("\n");
+    if (mode == MODE_RECURSIVE)
+        puts("Recursive Partitioning... --------------------------------------------------");
+    else
+        puts("K-way Partitioning... ------------------------------------------------------");
+}
+
+static int weight_of(const int *wgts, int i)
+{
+    return wgts != nullptr ? wgts[i] : 1;
+}
+
+void ComputePartWeights(int n, const int *vwgts, const int *part, int *pwgts)
+{
+    for (int v = 0; v < n; v++) pwgts[part[v]] += weight_of(vwgts, v);
+}
+
+/* Counts the vertices of e in each part into pdegrees; true if they are in several. An empty
+ * hyperedge is not cut. */
+static bool count_pins(int e, const int *eptr, const int *eind, const int *part, int *pdegrees)
+{
+    for (int j = eptr[e]; j < eptr[e + 1]; j++) pdegrees[part[eind[j]]]++;
+    const int size = eptr[e + 1] - eptr[e];
+    return size > 0 && pdegrees[part[eind[eptr[e]]]] != size;
+}
+
+static void clear_pins(int e, const int *eptr, const int *eind, const int *part, int *pdegrees)
+{
+    for (int j = eptr[e]; j < eptr[e + 1]; j++) pdegrees[part[eind[j]]] = 0;
+}
+
+void ComputePartCuts(int nhedges, int nparts, const int *eptr, const int *eind, const int *hewgts,
+                     const int *part, int *pcuts)
+{
+    int *pdegrees = ismalloc__(static_cast<size_t>(nparts), 0, "ComputePartCuts: pdegrees");
+    iset__(nparts, 0, pcuts);
+    for (int e = 0; e < nhedges; e++) {
+        const bool cut = count_pins(e, eptr, eind, part, pdegrees);
+        for (int j = eptr[e]; j < eptr[e + 1]; j++) {
+            const int p = part[eind[j]];
+            if (cut && pdegrees[p] > 0) pcuts[p] += weight_of(hewgts, e);
+            pdegrees[p] = 0;
+        }
+    }
+    QXfree__(&pdegrees, LTERM);
+}
+
+/* Quality of a partition. */
+struct Quality {
+    int cut;
+    long long soed;
+    float scaled_cost;
+    float absorption; // rounded to single at each addition, parts in order
+};
+
+static float absorb(float absorption, double share)
+{
+    return static_cast<float>(static_cast<double>(absorption) + share);
+}
+
+/* pcuts [nparts] gets each part's external degree. */
+static Quality measure(int nvtxs, int nhedges, int nparts, const int *eptr, const int *eind,
+                       const int *hewgts, const int *part, const int *pwgts, int *pcuts)
+{
+    Quality quality = {0, 0, 0, 0};
+    int *pdegrees = ismalloc__(static_cast<size_t>(nparts), 0, "ComputePartCuts: pdegrees");
+    for (int e = 0; e < nhedges; e++) {
+        const bool cut = count_pins(e, eptr, eind, part, pdegrees);
+        const int size = eptr[e + 1] - eptr[e], weight = weight_of(hewgts, e);
+        if (cut) {
+            quality.cut += weight;
+            for (int p = 0; p < nparts; p++) {
+                if (pdegrees[p] == 0) continue;
+                pcuts[p] += weight;
+                quality.absorption = absorb(quality.absorption, (pdegrees[p] - 1.0) / (size - 1));
+            }
+        } else {
+            quality.absorption = absorb(quality.absorption, 1.0);
+        }
+        clear_pins(e, eptr, eind, part, pdegrees);
+    }
+    for (int p = 0; p < nparts; p++) {
+        quality.soed += pcuts[p];
+        quality.scaled_cost = absorb(quality.scaled_cost, static_cast<double>(pcuts[p]) / pwgts[p]);
+    }
+    quality.scaled_cost = static_cast<float>(static_cast<double>(quality.scaled_cost) /
+                                             (static_cast<double>(nvtxs) * (nparts - 1)));
+    QXfree__(&pdegrees, LTERM);
+    return quality;
+}
+
+void PrintPartStatistics(int nvtxs, int nhedges, int nparts, const int *eptr, const int *eind,
+                         const int *hewgts, const int *vwgts, const int *part)
+{
+    int *pwgts = ismalloc__(static_cast<size_t>(nparts), 0, "ComputePartCuts: pwgts");
+    int *pcuts = ismalloc__(static_cast<size_t>(nparts), 0, "ComputePartCuts: pcuts");
+    ComputePartWeights(nvtxs, vwgts, part, pwgts);
+    const Quality quality = measure(nvtxs, nhedges, nparts, eptr, eind, hewgts, part, pwgts, pcuts);
+    printf("\n --------------------------------------------------------------------------");
+    printf("\n  Summary for the %d-way partition:", nparts);
+    printf("\n                Hyperedge Cut:%10d\t\t(minimize)", quality.cut);
+    if (quality.soed <= INT_MAX)
+        printf("\n      Sum of External Degrees:%10d\t\t(minimize)",
+               static_cast<int>(quality.soed));
+    else
+        printf("\n      Sum of External Degrees:%10lld\t\t(minimize)", quality.soed);
+    printf("\n                  Scaled Cost:%10.2e\t\t(minimize)",
+           static_cast<double>(quality.scaled_cost));
+    printf("\n                   Absorption:%10.2f\t\t(maximize)",
+           static_cast<double>(quality.absorption));
+    printf("\n\n      Partition Sizes & External Degrees:\n\t");
+    for (int p = 0; p < nparts; p++) {
+        printf("%6d[%4d] ", pwgts[p], pcuts[p]);
+        if (p % 5 == 4) printf("\n\t");
+    }
+    QXfree__(&pwgts, &pcuts, LTERM);
+}
