@@ -1,0 +1,72 @@
+# scripts/needs.sh: what the scripts beside it need, read by them with '.'.
+#
+# need_tools checks for the compiler, CMake and Ninja, need_tests also for GoogleTest and Python.
+# On Debian, as root, the missing ones are installed; elsewhere they are named and the script ends.
+
+MISSING=
+
+# at_least VERSION LEAST: is VERSION no older than LEAST?
+at_least() {
+    [ "$(printf '%s\n%s\n' "$1" "$2" | sort -V | head -n 1)" = "$2" ]
+}
+
+lacks() {
+    ! command -v "$1" >/dev/null 2>&1
+}
+
+note_missing_tools() {
+    if lacks "${CXX:-g++}"; then
+        MISSING="$MISSING g++"
+    fi
+    if lacks cmake || ! at_least "$(cmake --version | sed -n 's/^cmake version //p')" 3.25; then
+        MISSING="$MISSING cmake"
+    fi
+    if lacks ninja; then
+        MISSING="$MISSING ninja-build"
+    fi
+}
+
+note_missing_for_tests() {
+    if lacks python3; then
+        MISSING="$MISSING python3"
+    fi
+    if ! [ -e /usr/include/gtest/gtest.h ] && ! [ -e /usr/local/include/gtest/gtest.h ]; then
+        MISSING="$MISSING libgtest-dev"
+    fi
+}
+
+install_missing() {
+    [ -n "$MISSING" ] || return 0
+    if lacks apt-get || [ "$(id -u)" -ne 0 ]; then
+        echo "Needed and not found:$MISSING (names of Debian packages; g++ 12, CMake 3.25)." >&2
+        echo "As root on Debian: apt-get install$MISSING" >&2
+        exit 1
+    fi
+    echo "Installing:$MISSING"
+    export DEBIAN_FRONTEND=noninteractive
+    # shellcheck disable=SC2086 # a list of names
+    { apt-get -qq update && apt-get -qq -y install --no-install-recommends $MISSING; } \
+        </dev/null >/dev/null
+}
+
+# g++ 12 is the oldest compiler the sources are kept clean with; another one named by CXX is the
+# user's choice.
+check_compiler() {
+    if [ -z "${CXX:-}" ] && ! at_least "$(g++ -dumpversion)" 12; then
+        echo "g++ 12 or later is needed, this is $(g++ -dumpversion); CXX names another." >&2
+        exit 1
+    fi
+}
+
+need_tools() {
+    note_missing_tools
+    install_missing
+    check_compiler
+}
+
+need_tests() {
+    note_missing_tools
+    note_missing_for_tests
+    install_missing
+    check_compiler
+}
