@@ -1,0 +1,94 @@
+/* tests/unit/memory_test.cpp: checked allocation and release of arrays in groups. */
+#include "core/memory.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <cstdint>
+
+#include "support.h"
+
+TEST(Memory, a_request_for_0_elements_gives_null)
+{
+    EXPECT_EQ(QXmalloc__(0, "none"), nullptr);
+    EXPECT_EQ(imalloc__(0, "none"), nullptr);
+    EXPECT_EQ(ismalloc__(0, 5, "none"), nullptr);
+    EXPECT_EQ(fmalloc__(0, "none"), nullptr);
+    EXPECT_EQ(fsmalloc__(0, 5.0f, "none"), nullptr);
+    EXPECT_EQ(alloc_array<HGraph>(0, "none"), nullptr);
+}
+
+TEST(Memory, the_s_forms_set_every_entry)
+{
+    int *ints = ismalloc__(5, -7, "ints");
+    float *floats = fsmalloc__(3, 0.25f, "floats");
+    EXPECT_EQ(entries(5, ints), std::vector<int>(5, -7));
+    for (int i = 0; i < 3; i++) EXPECT_EQ(floats[i], 0.25f);
+    QXfree__(&ints, &floats, LTERM);
+}
+
+TEST(Memory, every_entry_asked_for_can_be_written)
+{
+    int *ints = imalloc__(1000, "ints");
+    float *floats = fmalloc__(1000, "floats");
+    for (int i = 0; i < 1000; i++) ints[i] = i, floats[i] = static_cast<float>(i);
+    EXPECT_EQ(ints[999], 999);
+    EXPECT_EQ(floats[999], 999.0f);
+    QXfree__(&ints, &floats, LTERM);
+}
+
+TEST(Memory, freeing_nulls_every_variable_up_to_the_sentinel_and_none_behind_it)
+{
+    int *a = imalloc__(4, "a"), *b = imalloc__(4, "b"), *behind = imalloc__(4, "behind");
+    char *c = alloc_array<char>(3, "c");
+    QXfree__(&a, &c, &b, LTERM, &behind, LTERM);
+    EXPECT_EQ(a, nullptr);
+    EXPECT_EQ(b, nullptr);
+    EXPECT_EQ(c, nullptr);
+    EXPECT_NE(behind, nullptr);
+    QXfree__(&behind, LTERM);
+}
+
+TEST(Memory, freeing_a_null_pointer_does_nothing)
+{
+    int *none = nullptr, *some = imalloc__(2, "some");
+    QXfree__(&none, &some, LTERM);
+    QXfree__(&none, LTERM);
+    EXPECT_EQ(none, nullptr);
+    EXPECT_EQ(some, nullptr);
+}
+
+TEST(Memory, a_request_beyond_the_address_space_names_the_array_and_ends_with_status_0)
+{
+    const Outcome end = run_in_child([] { QXmalloc__(SIZE_MAX, "test: huge"); });
+    EXPECT_EQ(end.err,
+              "Memory allocation failed for test: huge. Requested size: 2147483647 bytes\n\n");
+    EXPECT_EQ(end.out, "");
+    EXPECT_EQ(end.status, 0);
+}
+
+TEST(Memory, a_size_that_would_wrap_when_multiplied_is_refused)
+{
+    const size_t wraps_to_8 = SIZE_MAX / sizeof(int) + 3;
+    const std::string message =
+        "Memory allocation failed for test: wraps. Requested size: 2147483647 bytes\n\n";
+    EXPECT_EQ(run_in_child([=] { imalloc__(wraps_to_8, "test: wraps"); }).err, message);
+    EXPECT_EQ(run_in_child([=] { fmalloc__(wraps_to_8, "test: wraps"); }).err, message);
+    EXPECT_EQ(run_in_child([=] { ismalloc__(wraps_to_8, 0, "test: wraps"); }).err, message);
+    EXPECT_EQ(run_in_child([=] { fsmalloc__(wraps_to_8, 0, "test: wraps"); }).err, message);
+}
+
+TEST(Memory, a_refused_request_of_ordinary_size_is_reported_in_bytes)
+{
+#ifdef ZORPEL_TEST_ASAN
+    GTEST_SKIP() << "the sanitizer needs the address space that this test takes away";
+#endif
+    const Outcome end = run_in_child([] {
+        const rlimit limit = {size_t{1} << 28, size_t{1} << 28};
+        setrlimit(RLIMIT_AS, &limit);
+        imalloc__(250000000, "test: large");
+    });
+    EXPECT_EQ(end.err,
+              "Memory allocation failed for test: large. Requested size: 1000000000 bytes\n\n");
+    EXPECT_EQ(end.status, 0);
+}

@@ -1,0 +1,83 @@
+/* tests/unit/timers_test.cpp: the CPU clock and the timers of a run. */
+#include "core/timers.h"
+
+#include <gtest/gtest.h>
+
+#include "support.h"
+
+static PartCtrl numbered_timers()
+{
+    PartCtrl ctrl = {};
+    for (int t = 0; t < NTIMERS; t++) ctrl.timers[t] = t + 0.125;
+    return ctrl;
+}
+
+static const char HEAD[] =
+    "\nTiming Information ---------------------------------------------------------"
+    "\n Multilevel: \t\t   6.125"
+    "\n     Coarsening: \t\t   1.125"
+    "\n     Initial Partition: \t   7.125"
+    "\n     Uncoarsening: \t\t  10.125"
+    "\n             Aux1: \t\t  11.125"
+    "\n             Aux2: \t\t  12.125"
+    "\n             Aux3: \t\t  13.125"
+    "\n             Aux4: \t\t  14.125";
+static const char BREAKDOWN[] = "\n        Refinement: \t\t\t   2.125"
+                                "\n            Initialize: \t\t\t   3.125"
+                                "\n            Iterate: \t\t\t\t   4.125"
+                                "\n            Wrap Up: \t\t\t\t   5.125";
+static const char TAIL[] =
+    "\n Total: \t\t   0.125"
+    "\n----------------------------------------------------------------------------";
+
+TEST(Timers, the_report_shows_each_timer_under_its_name)
+{
+    const PartCtrl ctrl = numbered_timers();
+    EXPECT_EQ(capture_stdout([&] { PrintTimers__(&ctrl, 0); }), std::string(HEAD) + TAIL);
+}
+
+TEST(Timers, the_full_report_adds_the_breakdown_of_refinement)
+{
+    const PartCtrl ctrl = numbered_timers();
+    EXPECT_EQ(capture_stdout([&] { PrintTimers__(&ctrl, 1); }),
+              std::string(HEAD) + BREAKDOWN + TAIL);
+}
+
+TEST(Timers, there_are_fifteen_and_starting_clears_them_all)
+{
+    PartCtrl ctrl = numbered_timers();
+    EXPECT_EQ(sizeof ctrl.timers / sizeof ctrl.timers[0], 15u);
+    InitTimers__(&ctrl);
+    for (double timer : ctrl.timers) EXPECT_EQ(timer, 0.0);
+}
+
+TEST(Timers, nothing_is_charged_without_the_timing_bit)
+{
+    PartCtrl ctrl = numbered_timers();
+    ctrl.dbglvl = ~DBG_TIME;
+    start_timer(&ctrl, TIME_TOTAL);
+    stop_timer(&ctrl, TIME_AUX3);
+    for (int t = 0; t < NTIMERS; t++) EXPECT_EQ(ctrl.timers[t], t + 0.125);
+}
+
+TEST(Timers, with_the_timing_bit_the_clock_is_taken_off_at_the_start_and_added_at_the_end)
+{
+    PartCtrl ctrl = {};
+    ctrl.dbglvl = DBG_TIME;
+    const double before = seconds__();
+    start_timer(&ctrl, TIME_AUX1);
+    EXPECT_LE(ctrl.timers[TIME_AUX1], -before);
+    stop_timer(&ctrl, TIME_AUX1);
+    EXPECT_GE(ctrl.timers[TIME_AUX1], 0.0);
+    EXPECT_LE(ctrl.timers[TIME_AUX1], seconds__() - before);
+    EXPECT_EQ(ctrl.timers[TIME_AUX2], 0.0);
+}
+
+TEST(Timers, the_clock_advances_with_the_work_of_the_process)
+{
+    const double before = seconds__();
+    EXPECT_GE(before, 0.0);
+    volatile unsigned work = 0;
+    while (seconds__() <= before) work = work + 1;
+    EXPECT_GT(seconds__(), before);
+}
