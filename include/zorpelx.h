@@ -1,0 +1,248 @@
+/* zorpelx.h: the public interface of libzorpelx, the safe way to partition hypergraphs from inside
+ * another program.
+ *
+ * Every argument is checked before anything is done, and nothing ends the caller's process: a
+ * routine returns a status, and a sentence naming the place at fault. The work runs in child
+ * processes, so the caller's heap, random generator, standard streams and signal handlers stay as
+ * they are, whatever happens to the engine.
+ *
+ * Use:
+ *     zorpelx_options options;
+ *     zorpelx_result result;
+ *     zorpelx_options_init(&options, sizeof options);
+ *     zorpelx_result_init(&result, sizeof result);
+ *     options.nparts = 4;
+ *     if (zorpelx_partition(&hypergraph, &options, part, &result) != ZORPELX_OK)
+ *         fprintf(stderr, "%s\n", result.message);
+ *
+ * Threads: every routine may be called from any number of threads at once, as long as no two calls
+ * write to the same arrays. Callbacks run in the thread that called zorpelx_partition(), before it
+ * returns. The arrays of a running call must not change.
+ *
+ * Processes: zorpelx_partition() calls fork() in the calling thread, so handlers registered with
+ * pthread_atfork() run. Children are waited for by their ids. A program that reaps all children by
+ * wait(), or ignores SIGCHLD, is served too, but the reason why a child died may then be lost. A
+ * child has no signal handler of the caller, keeps none of its files open, ignores the
+ * terminal's interrupt, and dies with the calling thread. The routine must not be called from a
+ * signal handler.
+ *
+ * Records start with their size, set by their init routine: later versions add fields at the end
+ * and go on serving programs built with this header.
+ */
+#ifndef ZORPELX_H
+#define ZORPELX_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include "zorpel.h" /* ZORPEL_CTYPE_*, ZORPEL_RTYPE_*, ZORPEL_VCYCLE_*, ZORPEL_DBG_* */
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+#if defined(__GNUC__)
+#define ZORPELX_API __attribute__((visibility("default")))
+#else
+#define ZORPELX_API
+#endif
+
+/* What a routine returns. The zorpelx program ends with the same numbers (and with 4 for a
+ * partition outside its limits, which is a success here: see zorpelx_result.valid). */
+enum {
+    ZORPELX_OK = 0,
+    ZORPELX_FAILED = 1,      /* no start gave a result: the engine stopped or was killed */
+    ZORPELX_BAD_OPTION = 2,  /* an option, a missing array or a wrong record size */
+    ZORPELX_BAD_INPUT = 3,   /* the hypergraph, the pre-assignments or the partition to evaluate */
+    ZORPELX_SYSTEM = 5,      /* the system refused a process, a mapping or a file */
+    ZORPELX_NO_MEMORY = 6,   /* memory ran out, or the cap was reached */
+    ZORPELX_TIMEOUT = 124,   /* the deadline came first; the best finished start is delivered */
+    ZORPELX_CANCELLED = 130, /* cancelled; the best finished start is delivered */
+
+    ZORPELX_MESSAGE_SIZE = 512 /* bytes of a message, its end included; longer ones are cut */
+};
+
+/* A hypergraph as flat arrays, read only. Vertices and hyperedges are numbered from 0. */
+typedef struct zorpelx_hypergraph {
+    int nvtxs;         /* vertices */
+    int nhedges;       /* hyperedges */
+    const int *eptr;   /* [nhedges + 1] start of each hyperedge in eind; eptr[0] is 0 */
+    const int *eind;   /* [eptr[nhedges]] vertices of each hyperedge, each at most once in it */
+    const int *vwgts;  /* [nvtxs] vertex weights, 0 or more; or NULL: every weight is 1 */
+    const int *hewgts; /* [nhedges] hyperedge weights, 0 or more; or NULL: every weight is 1 */
+} zorpelx_hypergraph;
+
+/* How far the work is. Counts of runs, levels and the cut of the last run are drawn from the
+ * engine's traces; they stay at their first values when traces are requested for the caller. */
+typedef struct zorpelx_progress {
+    size_t size;     /* bytes of this record */
+    int starts;      /* wanted */
+    int running;     /* at work now */
+    int finished;    /* ended with a partition */
+    int failed;      /* ended without */
+    int64_t runs;    /* runs of bisections made, over all starts */
+    int64_t allruns; /* and in all: starts x (nparts - 1) x nruns */
+    int64_t levels;  /* levels of coarsening made, over all starts */
+    int level_vtxs;  /* vertices of the last of them, or -1 */
+    int run_cut;     /* cut of the last run, of its bisection alone, or -1 */
+    int64_t cut;     /* cut of the best start so far, or -1 */
+    double seconds;  /* since the call began */
+} zorpelx_progress;
+
+/* Returns 0 to go on, anything else to cancel. */
+typedef int (*zorpelx_progress_fn)(void *user, const zorpelx_progress *progress);
+
+/* Receives the whole trace of one start when it ends; start counts from 0. The text [length] has
+ * no 0 byte at its end and is gone when the callback returns. */
+typedef void (*zorpelx_trace_fn)(void *user, int start, const char *text, size_t length);
+
+/* What to do. Set every field by zorpelx_options_init(), then change what is to differ. The
+ * default is in parentheses. */
+typedef struct zorpelx_options {
+    size_t size;  /* bytes of this record, set by zorpelx_options_init() */
+    int nparts;   /* parts wanted, at least 2 (2) */
+    int ubfactor; /* percent, 1 to 49: a side of a bisection may miss its share by it (5) */
+    int nruns;    /* runs of each bisection, at least 1 (10) */
+    int ctype;    /* matching scheme, ZORPEL_CTYPE_* (HFC) */
+    int rtype;    /* refinement scheme, ZORPEL_RTYPE_* (FM) */
+    int vcycle;   /* V-cycles, ZORPEL_VCYCLE_* (END) */
+    int reconst;  /* 1 keeps the pieces of cut hyperedges when splitting (0) */
+    int polish;   /* 1: k-way refinement at the end if 2 < nparts < 65; 0: none (1) */
+    int trace;    /* sum of ZORPEL_DBG_*, for on_trace (0) */
+
+    int seed;   /* of the first start, then seed + 1 and so on; negative: drawn by chance, and told
+                 * in the result (1). 0 and 1 give the same random numbers. */
+    int starts; /* independent starts, at least 1; the best is delivered (1) */
+    int jobs;   /* starts at work at once; 0: one for each processor (0) */
+
+    double timeout; /* seconds for the whole call; 0: no deadline (0) */
+    size_t memory;  /* most bytes that one start may add to the process; 0: no cap (0) */
+
+    const int *fixed; /* [nvtxs] part of each pre-assigned vertex, -1 for a free one; or NULL */
+
+    const volatile int *cancel; /* polled: the call ends soon after it is not 0; or NULL. May be set
+                                 * by another thread or a signal handler. */
+
+    zorpelx_progress_fn on_progress; /* a few times a second and after each start; or NULL */
+    zorpelx_trace_fn on_trace;       /* or NULL: no trace is kept */
+    void *user;                      /* handed to both */
+} zorpelx_options;
+
+/* What came out. */
+typedef struct zorpelx_result {
+    size_t size;      /* bytes of this record, set by zorpelx_result_init() */
+    int status;       /* what zorpelx_partition() returned */
+    int finished;     /* starts that gave a partition; 0: the fields down to imbalance are unset */
+    int failed;       /* starts that gave none; those cut off by a deadline count as neither */
+    int seed;         /* of the start delivered; options with it and one start give it again */
+    int valid;        /* 1: pre-assignments kept, every part within zorpelx_part_limits() */
+    int dropped;      /* hyperedges of less than two vertices, kept from the engine */
+    int64_t cut;      /* total weight of the hyperedges cut */
+    int64_t soed;     /* sum of external degrees */
+    double imbalance; /* heaviest part over the average part, less 1 */
+    double seconds;   /* time of the whole call */
+    char message[ZORPELX_MESSAGE_SIZE]; /* empty; or why the status is not OK, the result is not
+                                         * valid or some start failed (the first one, by seed) */
+} zorpelx_result;
+
+/* Quality of a partition; every sum is exact in 64 bits. A hyperedge that touches d > 1 parts is
+ * cut. */
+typedef struct zorpelx_quality {
+    size_t size;           /* bytes of this record, set by zorpelx_quality_init() */
+    int cut_hedges;        /* hyperedges cut */
+    int empty_parts;       /* parts without a vertex */
+    int64_t cut;           /* their weight */
+    int64_t soed;          /* sum of external degrees: weight x d over the hyperedges cut */
+    int64_t connectivity;  /* connectivity minus one: weight x (d - 1) over the hyperedges cut */
+    int64_t total_weight;  /* of the vertices */
+    int64_t lightest_part; /* weight of the lightest part */
+    int64_t heaviest_part; /* and of the heaviest */
+    double absorption;     /* (pins - d) / (pins - 1) summed over the hyperedges, weights aside; one
+                            * of less than two vertices counts 1 */
+    double scaled_cost;    /* external degree / weight summed over the parts, divided by
+                            * nvtxs x (nparts - 1); 0/0 counts 0, a weightless part with an
+                            * external degree makes it infinite, nparts = 1 or no vertices 0 */
+    double imbalance;      /* heaviest part over the average part, less 1; 0 without weight */
+} zorpelx_quality;
+
+/* The library's version, such as "1.0.0". */
+ZORPELX_API const char *zorpelx_version(void);
+
+/* A few words on a status, such as "deadline reached"; never NULL. */
+ZORPELX_API const char *zorpelx_status_string(int status);
+
+/* Set a record to its defaults. size is its sizeof where the caller was compiled; returns
+ * ZORPELX_BAD_OPTION, and does nothing, for a null record or a size that this library does not
+ * know. */
+ZORPELX_API int zorpelx_options_init(zorpelx_options *options, size_t size);
+ZORPELX_API int zorpelx_result_init(zorpelx_result *result, size_t size);
+ZORPELX_API int zorpelx_quality_init(zorpelx_quality *quality, size_t size);
+
+/* Checks everything that zorpelx_partition() checks, in O(nvtxs + pins): records, null pointers,
+ * options, sizes, offsets, vertex numbers, repeated vertices, weights and their totals (each kind
+ * at most 2147483646), pre-assignments.
+ *   message  [ZORPELX_MESSAGE_SIZE] out: the first fault found, empty if none; or NULL
+ * Returns ZORPELX_OK, _BAD_OPTION, _BAD_INPUT or _NO_MEMORY.
+ */
+ZORPELX_API int zorpelx_check(const zorpelx_hypergraph *hypergraph, const zorpelx_options *options,
+                              char *message);
+
+/* Partitions a hypergraph, see ZORPEL_PartRecursive(): with one start and a seed, the same
+ * partition, but that hyperedges of less than two vertices, which no partition can cut, are kept
+ * from the engine.
+ *   part    [nvtxs] out: the part of every vertex, 0 to nparts - 1; untouched if no start finished
+ *   result  in: its size; out: the rest
+ * Of several starts the best is delivered: a valid one before the others, then the least cut, then
+ * the least sum of external degrees, then the least imbalance, then the least seed. Every start
+ * is made and compared, so neither jobs nor timing changes the result, unless the deadline or a
+ * cancellation cuts some off, or some fail for want of memory.
+ * Cost    each job takes the engine's memory in a process of its own and nvtxs ints in this one.
+ * Returns any status. With ZORPELX_TIMEOUT and ZORPELX_CANCELLED a partition is delivered if
+ *         result->finished is not 0; with every other failure none is.
+ */
+ZORPELX_API int zorpelx_partition(const zorpelx_hypergraph *hypergraph,
+                                  const zorpelx_options *options, int *part,
+                                  zorpelx_result *result);
+
+/* Evaluate a partition of any origin. The hypergraph is checked as zorpelx_check() does, but that
+ * totals of weights may exceed 32 bits.
+ *   nparts   parts, at least 1
+ *   part     [nvtxs] the part of every vertex, 0 to nparts - 1
+ *   message  [ZORPELX_MESSAGE_SIZE] out: the first fault found, empty if none; or NULL
+ * Return ZORPELX_OK, _BAD_OPTION, _BAD_INPUT or _NO_MEMORY; on a fault nothing else is written.
+ */
+
+/*   quality  in: its size; out: the rest
+ *   pwgts    [nparts] out: weight of each part; or NULL
+ *   pcuts    [nparts] out: external degree of each part, the weight of the cut hyperedges that
+ *            touch it; or NULL */
+ZORPELX_API int zorpelx_evaluate(const zorpelx_hypergraph *hypergraph, int nparts, const int *part,
+                                 zorpelx_quality *quality, int64_t *pwgts, int64_t *pcuts,
+                                 char *message);
+
+/*   hedges   [nhedges] out: the hyperedges cut, increasing
+ *   count    out: how many they are */
+ZORPELX_API int zorpelx_cut_hyperedges(const zorpelx_hypergraph *hypergraph, int nparts,
+                                       const int *part, int *hedges, int *count, char *message);
+
+/*   matrix   [nparts x nparts] out: at [p x nparts + q] the weight of the hyperedges that touch
+ *            both p and q, at [p x nparts + p] of those that lie within p */
+ZORPELX_API int zorpelx_cut_matrix(const zorpelx_hypergraph *hypergraph, int nparts,
+                                   const int *part, int64_t *matrix, char *message);
+
+/* The weights that recursive bisection allows each part: the factor compounds over the bisections,
+ * rounded as the engine rounds, and the final refinement may spread what they leave evenly.
+ *   ubfactor, polish  as in zorpelx_options
+ *   total             weight of all vertices, 0 to 2147483646
+ *   least, most       [nparts] out: the limits of each part; either may be NULL
+ * A single heavy vertex, or pre-assignments, can make it impossible to keep them.
+ * Returns ZORPELX_OK or ZORPELX_BAD_OPTION.
+ */
+ZORPELX_API int zorpelx_part_limits(int nparts, int ubfactor, int polish, int64_t total,
+                                    int64_t *least, int64_t *most);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
