@@ -1,0 +1,97 @@
+/* tests/unit/matchings.h: every matching under one signature, with its work arrays, for tests. */
+#ifndef ZORPEL_TESTS_MATCHINGS_H
+#define ZORPEL_TESTS_MATCHINGS_H
+
+#include "coarsen/match_edges.h"
+#include "coarsen/match_hedges.h"
+#include "coarsen/match_star.h"
+#include "levels.h"
+
+struct MatchingWork {
+    int *perm, *htable, *vpairs;
+};
+
+struct Matching {
+    const char *name;
+    bool restricted; // needs where, keeps its parts apart
+    bool star;
+    bool hedges;
+    void (*run)(PartCtrl *ctrl, HGraph *graph, const MatchingWork &work);
+};
+
+inline const std::vector<Matching> &all_matchings()
+{
+    using Work = const MatchingWork &;
+    static const std::vector<Matching> all = {
+        {"Edges", false, false, false,
+         [](PartCtrl *c, HGraph *g, Work w) { Match_Edges__(c, g, w.perm, w.htable, w.vpairs); }},
+        {"EdgesStars0", false, true, false,
+         [](PartCtrl *c, HGraph *g, Work w) {
+             Match_EdgesStars__(c, g, w.perm, w.htable, w.vpairs, 0);
+         }},
+        {"EdgesStars1", false, true, false,
+         [](PartCtrl *c, HGraph *g, Work w) {
+             Match_EdgesStars__(c, g, w.perm, w.htable, w.vpairs, 1);
+         }},
+        {"Hedges", false, false, true,
+         [](PartCtrl *c, HGraph *g, Work w) { Match_Hedges__(c, g, w.perm, w.htable, w.vpairs); }},
+        {"HedgesEdges", false, false, true,
+         [](PartCtrl *c, HGraph *g, Work w) {
+             Match_Hedges_Edges__(c, g, w.perm, w.htable, w.vpairs);
+         }},
+        {"HedgesPHedgesEdges", false, false, true,
+         [](PartCtrl *c, HGraph *g, Work w) {
+             Match_Hedges_PHedges_Edges__(c, g, w.perm, w.htable, w.vpairs);
+         }},
+        {"CEdges", true, false, false,
+         [](PartCtrl *c, HGraph *g, Work w) {
+             CMatch_Edges__(c, g, g->where, w.htable, w.perm, w.vpairs);
+         }},
+        {"CEdgesStars", true, true, false,
+         [](PartCtrl *c, HGraph *g, Work w) {
+             CMatch_EdgesStars__(c, g, g->where, w.htable, w.perm, w.vpairs);
+         }},
+    };
+    return all;
+}
+
+inline const Matching &matching(const std::string &name)
+{
+    for (const Matching &row : all_matchings())
+        if (row.name == name) return row;
+    std::abort();
+}
+
+/* Matches and contracts one level; htable must come back as it was. */
+inline HGraph *run_matching(const Matching &row, PartCtrl *ctrl, HGraph *graph)
+{
+    const size_t m = at(std::max(graph->ncells, graph->nnets));
+    Ints perm(m), htable(2 * m, -1), vpairs(2 * m);
+    row.run(ctrl, graph, {perm.data(), htable.data(), vpairs.data()});
+    EXPECT_EQ(htable, Ints(2 * m, -1));
+    return graph->coarser;
+}
+
+inline HGraph *run_matching(const std::string &name, PartCtrl *ctrl, HGraph *graph)
+{
+    return run_matching(matching(name), ctrl, graph);
+}
+
+/* The groups of a matched level, in coarse order. */
+inline Nets groups_of(const HGraph *graph)
+{
+    Nets groups;
+    for (int c = 0; c < graph->coarser->ncells; c++) groups.push_back(group_of(graph, c));
+    return groups;
+}
+
+/* The same with each group and the list of groups in increasing order. */
+inline Nets sorted_groups_of(const HGraph *graph)
+{
+    Nets groups = groups_of(graph);
+    for (Ints &group : groups) std::sort(group.begin(), group.end());
+    std::sort(groups.begin(), groups.end());
+    return groups;
+}
+
+#endif
