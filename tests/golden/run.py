@@ -18,8 +18,9 @@ from os import cpu_count
 from pathlib import Path
 
 HERE = Path(__file__).resolve().parent
+sys.dont_write_bytecode = True
 sys.path.insert(0, str(HERE.parent))
-import harness  # noqa: E402 (the folder above is no package)
+import harness  # noqa: E402 (found by the path above)
 
 SOURCES = (HERE / "inputs", HERE.parent.parent / "examples")
 
