@@ -1,0 +1,200 @@
+/* zorpelx/lib/check.cpp: checks of everything that a caller hands over.
+ *
+ * The order matters: sizes before the arrays they measure, offsets before what they point to. A
+ * sentence names the array and the place as the caller wrote them, counted from 0.
+ */
+#include "check.h"
+
+#include <climits>
+#include <cmath>
+#include <cstdint>
+#include <vector>
+
+constexpr int64_t MOST_WEIGHT = 2147483646; // total of a kind of weights in the engine
+constexpr int MOST_THINGS = INT_MAX - 1;    // arrays have one more place than there are things
+constexpr int ALL_TRACES = ZORPEL_DBG_COARSEN | ZORPEL_DBG_INIT | ZORPEL_DBG_PASS |
+                           ZORPEL_DBG_BISECTION | ZORPEL_DBG_RUN | ZORPEL_DBG_TIME |
+                           ZORPEL_DBG_DETAIL | ZORPEL_DBG_MOVE;
+
+static Fault check_sizes(const zorpelx_hypergraph &h)
+{
+    if (h.nvtxs < 0 || h.nvtxs > MOST_THINGS)
+        return fault(ZORPELX_BAD_INPUT, "nvtxs is %d; it should be between 0 and %d.", h.nvtxs,
+                     MOST_THINGS);
+    if (h.nhedges < 0 || h.nhedges > MOST_THINGS)
+        return fault(ZORPELX_BAD_INPUT, "nhedges is %d; it should be between 0 and %d.", h.nhedges,
+                     MOST_THINGS);
+    return {};
+}
+
+static Fault check_offsets(const zorpelx_hypergraph &h)
+{
+    if (h.eptr == nullptr)
+        return fault(ZORPELX_BAD_OPTION, "eptr is null; it should hold nhedges + 1 offsets.");
+    if (h.eptr[0] != 0)
+        return fault(ZORPELX_BAD_INPUT, "eptr[0] is %d; the first hyperedge starts at 0.",
+                     h.eptr[0]);
+    for (int e = 0; e < h.nhedges; e++)
+        if (h.eptr[e + 1] < h.eptr[e])
+            return fault(ZORPELX_BAD_INPUT,
+                         "eptr[%d] is %d, less than eptr[%d], which is %d: hyperedge %d ends "
+                         "before it starts.",
+                         e + 1, h.eptr[e + 1], e, h.eptr[e], e);
+    if (h.eind == nullptr && h.eptr[h.nhedges] > 0)
+        return fault(ZORPELX_BAD_OPTION, "eind is null; it should hold %d vertices.",
+                     h.eptr[h.nhedges]);
+    return {};
+}
+
+static Fault repeated_pin(const zorpelx_hypergraph &h, int e, int second)
+{
+    int first = h.eptr[e];
+    while (h.eind[first] != h.eind[second]) first++;
+    return fault(ZORPELX_BAD_INPUT, "Hyperedge %d lists vertex %d twice, at eind[%d] and eind[%d].",
+                 e, h.eind[second], first, second);
+}
+
+static Fault check_pins(const zorpelx_hypergraph &h)
+{
+    std::vector<int> last(static_cast<size_t>(h.nvtxs), -1); // hyperedge that listed each vertex
+    for (int e = 0; e < h.nhedges; e++) {
+        for (int j = h.eptr[e]; j < h.eptr[e + 1]; j++) {
+            const int v = h.eind[j];
+            if (v < 0 || v >= h.nvtxs)
+                return fault(ZORPELX_BAD_INPUT,
+                             "eind[%d] is %d, in hyperedge %d; the vertices are numbered from 0 "
+                             "to %d.",
+                             j, v, e, h.nvtxs - 1);
+            int &seen = last[static_cast<size_t>(v)];
+            if (seen == e) return repeated_pin(h, e, j);
+            seen = e;
+        }
+    }
+    return {};
+}
+
+/* name is the array's, things what it weighs. */
+static Fault check_weights(const int *weights, int n, Totals totals, const char *name,
+                           const char *things)
+{
+    if (weights == nullptr) return {};
+    int64_t total = 0;
+    for (int i = 0; i < n; i++) {
+        if (weights[i] < 0)
+            return fault(ZORPELX_BAD_INPUT, "%s[%d] is %d; weights are not negative.", name, i,
+                         weights[i]);
+        total += weights[i];
+        if (totals == Totals::Bounded && total > MOST_WEIGHT)
+            return fault(ZORPELX_BAD_INPUT,
+                         "The weights of the %s total more than %lld from %s[%d] on.", things,
+                         static_cast<long long>(MOST_WEIGHT), name, i);
+    }
+    return {};
+}
+
+Fault check_hypergraph(const zorpelx_hypergraph *hypergraph, Totals totals)
+{
+    if (hypergraph == nullptr) return fault(ZORPELX_BAD_OPTION, "The hypergraph is null.");
+    const zorpelx_hypergraph &h = *hypergraph;
+    if (Fault found = check_sizes(h)) return found;
+    if (Fault found = check_offsets(h)) return found;
+    if (Fault found = check_pins(h)) return found;
+    if (Fault found = check_weights(h.vwgts, h.nvtxs, totals, "vwgts", "vertices")) return found;
+    return check_weights(h.hewgts, h.nhedges, totals, "hewgts", "hyperedges");
+}
+
+static Fault check_range(const char *name, int value, int least, int most)
+{
+    if (value >= least && value <= most) return {};
+    if (most == INT_MAX)
+        return fault(ZORPELX_BAD_OPTION, "%s is %d; it should be at least %d.", name, value, least);
+    return fault(ZORPELX_BAD_OPTION, "%s is %d; it should be between %d and %d.", name, value,
+                 least, most);
+}
+
+static Fault check_numbers(const zorpelx_options &o)
+{
+    const struct {
+        const char *name;
+        int value, least, most;
+    } ranges[] = {
+        {"nparts", o.nparts, 2, MOST_THINGS},
+        {"ubfactor", o.ubfactor, 1, 49},
+        {"nruns", o.nruns, 1, INT_MAX},
+        {"ctype", o.ctype, 1, 5},
+        {"rtype", o.rtype, 1, 3},
+        {"vcycle", o.vcycle, 0, 3},
+        {"reconst", o.reconst, 0, 1},
+        {"polish", o.polish, 0, 1},
+        {"starts", o.starts, 1, INT_MAX},
+        {"jobs", o.jobs, 0, INT_MAX},
+    };
+    for (const auto &range : ranges)
+        if (Fault found = check_range(range.name, range.value, range.least, range.most))
+            return found;
+    return {};
+}
+
+Fault check_options(const zorpelx_options *options)
+{
+    if (options == nullptr) return fault(ZORPELX_BAD_OPTION, "The options are null.");
+    const zorpelx_options &o = *options;
+    if (o.size != sizeof o)
+        return fault(ZORPELX_BAD_OPTION,
+                     "The size of the options is %zu instead of %zu; set them by "
+                     "zorpelx_options_init().",
+                     o.size, sizeof o);
+    if (Fault found = check_numbers(o)) return found;
+    if ((o.trace & ~ALL_TRACES) != 0)
+        return fault(ZORPELX_BAD_OPTION, "trace is %d; it should be a sum of ZORPEL_DBG_* values.",
+                     o.trace);
+    if (o.seed >= 0 && o.starts - 1 > INT_MAX - o.seed)
+        return fault(ZORPELX_BAD_OPTION, "seed is %d; with %d starts it should be at most %d.",
+                     o.seed, o.starts, INT_MAX - (o.starts - 1));
+    if (std::isnan(o.timeout) || o.timeout < 0)
+        return fault(ZORPELX_BAD_OPTION, "timeout is %g; it should be 0 or more seconds.",
+                     o.timeout);
+    return {};
+}
+
+static Fault check_fixed(const zorpelx_hypergraph &h, const zorpelx_options &o)
+{
+    if (o.fixed == nullptr) return {};
+    if (h.nvtxs > MOST_THINGS - o.nparts) // the engine adds a vertex for each part
+        return fault(ZORPELX_BAD_INPUT,
+                     "With pre-assignments nvtxs and nparts should total at most %d; they are %d "
+                     "and %d.",
+                     MOST_THINGS, h.nvtxs, o.nparts);
+    for (int v = 0; v < h.nvtxs; v++)
+        if (o.fixed[v] < -1 || o.fixed[v] >= o.nparts)
+            return fault(ZORPELX_BAD_INPUT, "fixed[%d] is %d; it should be between -1 and %d.", v,
+                         o.fixed[v], o.nparts - 1);
+    return {};
+}
+
+Fault check_call(const zorpelx_hypergraph *hypergraph, const zorpelx_options *options)
+{
+    if (Fault found = check_options(options)) return found;
+    if (Fault found = check_hypergraph(hypergraph, Totals::Bounded)) return found;
+    return check_fixed(*hypergraph, *options);
+}
+
+Fault check_partition(const zorpelx_hypergraph *hypergraph, int nparts, const int *part)
+{
+    if (Fault found = check_range("nparts", nparts, 1, INT_MAX)) return found;
+    const int nvtxs = hypergraph->nvtxs;
+    if (part == nullptr && nvtxs > 0)
+        return fault(ZORPELX_BAD_OPTION, "part is null; it should hold the parts of %d vertices.",
+                     nvtxs);
+    for (int v = 0; v < nvtxs; v++)
+        if (part[v] < 0 || part[v] >= nparts)
+            return fault(ZORPELX_BAD_INPUT, "part[%d] is %d; it should be between 0 and %d.", v,
+                         part[v], nparts - 1);
+    return {};
+}
+
+int zorpelx_check(const zorpelx_hypergraph *hypergraph, const zorpelx_options *options,
+                  char *message)
+{
+    return reporting_to(message, [&] { return check_call(hypergraph, options); });
+}

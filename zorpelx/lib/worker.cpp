@@ -1,0 +1,324 @@
+/* zorpelx/lib/worker.cpp: the engine at work in a child process.
+ *
+ * The child is a copy of the caller's process with this thread only. Before the engine runs it
+ * drops all that could reach back: signal handlers, open files, the caller's streams with what
+ * they have buffered. It leaves by _exit(), so no handler of the caller's runs there. What it has
+ * to say goes to two files in memory, its partition to shared memory; the done flag is set last,
+ * so a partition is either whole or not there.
+ */
+#include "worker.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+constexpr rlim_t MOST_TRACE = rlim_t{256} << 20; // bytes of a trace kept for the caller
+constexpr int SETUP_FAILED = 71;                 // status of a child that never ran the engine
+
+SharedMemory::SharedMemory(size_t bytes) : size(bytes)
+{
+    start = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    if (start == MAP_FAILED) throw std::bad_alloc();
+}
+
+SharedMemory::~SharedMemory()
+{
+    munmap(start, size);
+}
+
+Bell::Bell() : memory(sizeof(sem_t)), semaphore(static_cast<sem_t *>(memory.data()))
+{
+    sem_init(semaphore, 1, 0);
+}
+
+Bell::~Bell()
+{
+    sem_destroy(semaphore);
+}
+
+void Bell::ring()
+{
+    sem_post(semaphore);
+}
+
+void Bell::wait(double seconds)
+{
+    timespec until;
+    clock_gettime(CLOCK_MONOTONIC, &until);
+    const long nanoseconds = until.tv_nsec + static_cast<long>(std::max(0.0, seconds) * 1e9);
+    until.tv_sec += nanoseconds / 1000000000;
+    until.tv_nsec = nanoseconds % 1000000000;
+    sem_clockwait(semaphore, CLOCK_MONOTONIC, &until); // a signal may end it early: no harm
+}
+
+/* Above the standard descriptors, which the child replaces even if the caller has closed them. */
+Scratch::Scratch()
+{
+    const int low = memfd_create("zorpelx", MFD_CLOEXEC);
+    descriptor = low < 0 ? -1 : fcntl(low, F_DUPFD_CLOEXEC, 3);
+    if (low >= 0) close(low);
+}
+
+Scratch::~Scratch()
+{
+    if (descriptor >= 0) close(descriptor);
+}
+
+size_t Scratch::size() const
+{
+    struct stat status;
+    return fstat(descriptor, &status) == 0 ? static_cast<size_t>(status.st_size) : 0;
+}
+
+void Scratch::clear()
+{
+    if (ftruncate(descriptor, 0) == 0) lseek(descriptor, 0, SEEK_SET);
+}
+
+Worker::Worker(Bell &ring, int nvtxs)
+    : bell(ring), memory((static_cast<size_t>(nvtxs) + 1) * sizeof(int)),
+      done(static_cast<int *>(memory.data())), parts(done + 1)
+{
+}
+
+Worker::~Worker()
+{
+    stop();
+}
+
+/* Blocks every signal in this thread while it lives. */
+class SignalPause
+{
+  public:
+    SignalPause()
+    {
+        sigset_t all;
+        sigfillset(&all);
+        pthread_sigmask(SIG_SETMASK, &all, &before);
+    }
+    ~SignalPause() { pthread_sigmask(SIG_SETMASK, &before, nullptr); }
+    SignalPause(const SignalPause &) = delete;
+    SignalPause &operator=(const SignalPause &) = delete;
+
+  private:
+    sigset_t before;
+};
+
+Fault Worker::start(const Task &what)
+{
+    if (out.fd() < 0 || err.fd() < 0)
+        return fault(ZORPELX_SYSTEM, "No file in memory for a start: too many open files?");
+    work = what;
+    out.clear();
+    err.clear();
+    scanner.restart();
+    *done = 0;
+    const pid_t parent = getpid();
+    const SignalPause pause; // no handler of the caller's may run in the child
+    pid = fork();
+    if (pid == 0) run_child(parent);
+    if (pid < 0) return fault(ZORPELX_SYSTEM, "No process for a start: %s.", strerror(errno));
+    now = State::Busy;
+    return {};
+}
+
+/* The rest of this file up to poll() runs in the child. */
+
+static void forget_signals()
+{
+    for (int number = 1; number < NSIG; number++) signal(number, SIG_DFL);
+    for (const int number : {SIGINT, SIGQUIT, SIGHUP, SIGPIPE, SIGXFSZ}) signal(number, SIG_IGN);
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
+static void die_with(pid_t parent)
+{
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (getppid() != parent) _exit(SETUP_FAILED); // it went before the line above
+}
+
+static void lower_limit(int resource, rlim_t value)
+{
+    rlimit limit;
+    if (getrlimit(resource, &limit) != 0) return;
+    limit.rlim_cur = std::min(limit.rlim_cur, value);
+    setrlimit(resource, &limit);
+}
+
+/* Keeps nothing open but out and err, as standard output and error. */
+static void replace_files(int out, int err)
+{
+    const int null = open("/dev/null", O_RDONLY);
+    if (null > 0) dup2(null, 0);
+    if (null < 0) close(0);
+    dup2(out, 1);
+    dup2(err, 2);
+    closefrom(3);
+    stdout = fdopen(1, "w"); // new streams: the caller's hold text of the caller
+    stderr = fdopen(2, "w");
+    if (stdout == nullptr || stderr == nullptr) _exit(SETUP_FAILED);
+}
+
+/* Bytes of address space in use, or 0 if the system does not tell. */
+static size_t address_space()
+{
+    FILE *const file = fopen("/proc/self/statm", "r");
+    if (file == nullptr) return 0;
+    unsigned long pages = 0;
+    if (fscanf(file, "%lu", &pages) != 1) pages = 0;
+    fclose(file);
+    return pages * static_cast<size_t>(sysconf(_SC_PAGESIZE));
+}
+
+static void cap_memory(size_t most)
+{
+    if (most == 0) return;
+    const size_t used = address_space();
+    if (used == 0) {
+        fprintf(stderr, "The memory cap needs /proc.\n");
+        fflush(stderr);
+        _exit(SETUP_FAILED);
+    }
+    lower_limit(RLIMIT_AS, most > RLIM_INFINITY - used ? RLIM_INFINITY : used + most);
+}
+
+static void call_engine(const Task &task, int trace, int *part)
+{
+    const zorpelx_hypergraph &h = *task.hypergraph;
+    const zorpelx_options &o = *task.options;
+    const int options[ZORPEL_NOPTIONS] = {
+        1, o.nruns, o.ctype, o.rtype, o.vcycle, o.reconst, o.fixed != nullptr, task.seed, trace};
+    const auto entry = o.polish != 0 ? ZORPEL_PartRecursive : ZORPEL_PartRecursiveInternal;
+    if (o.fixed != nullptr) std::copy(o.fixed, o.fixed + h.nvtxs, part);
+    int cut;
+    entry(h.nvtxs, h.nhedges, h.vwgts, h.eptr, h.eind, h.hewgts, o.nparts, o.ubfactor, options,
+          part, &cut);
+}
+
+/* The traces that the caller gets. */
+static int wanted_traces(const zorpelx_options &options)
+{
+    return options.on_trace != nullptr ? options.trace : 0;
+}
+
+static bool reads_progress(const zorpelx_options &options)
+{
+    return options.on_progress != nullptr && wanted_traces(options) == 0;
+}
+
+void Worker::run_child(pid_t parent)
+{
+    const zorpelx_options &options = *work.options;
+    const bool progress = reads_progress(options);
+    die_with(parent);
+    forget_signals();
+    replace_files(out.fd(), err.fd());
+    if (progress) setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
+    if (!progress) lower_limit(RLIMIT_FSIZE, MOST_TRACE);
+    lower_limit(RLIMIT_CORE, 0);
+    cap_memory(options.memory);
+    call_engine(work, progress ? PROGRESS_TRACES : wanted_traces(options), parts);
+    fflush(stdout);
+    __atomic_store_n(done, 1, __ATOMIC_RELEASE);
+    bell.ring();
+    _exit(0);
+}
+
+/* From here on the caller's process again. */
+
+/* What the child wrote on its error stream, as one line. */
+static std::string last_words(const Scratch &err)
+{
+    char text[ZORPELX_MESSAGE_SIZE / 2];
+    const ssize_t got = pread(err.fd(), text, sizeof text, 0);
+    std::string words(text, got > 0 ? static_cast<size_t>(got) : 0);
+    std::replace_if(
+        words.begin(), words.end(), [](char c) { return c == '\n' || c == '\0'; }, ' ');
+    while (!words.empty() && words.front() == ' ') words.erase(0, 1);
+    while (!words.empty() && words.back() == ' ') words.pop_back();
+    return words;
+}
+
+static Fault explain(const Task &task, int wait_status, bool known, const std::string &words)
+{
+    const int seed = task.seed;
+    const char *const text = words.c_str();
+    if (words.rfind("Memory allocation failed", 0) == 0)
+        return fault(ZORPELX_NO_MEMORY, "Memory ran out in the start with seed %d: %s", seed, text);
+    if (!known)
+        return fault(ZORPELX_FAILED,
+                     "The start with seed %d ended without a partition, and the caller reaped its "
+                     "process. %s",
+                     seed, text);
+    if (WIFSIGNALED(wait_status))
+        return fault(ZORPELX_FAILED, "The start with seed %d was ended by signal %d (%s). %s", seed,
+                     WTERMSIG(wait_status), strsignal(WTERMSIG(wait_status)), text);
+    if (WEXITSTATUS(wait_status) == SETUP_FAILED)
+        return fault(ZORPELX_SYSTEM, "The start with seed %d could not be set up. %s", seed, text);
+    return fault(ZORPELX_FAILED, "The engine stopped in the start with seed %d: %s", seed, text);
+}
+
+void Worker::reap(int wait_status, bool known)
+{
+    pid = -1;
+    now = __atomic_load_n(done, __ATOMIC_ACQUIRE) != 0 ? State::Done : State::Failed;
+    if (now == State::Failed) why = explain(work, wait_status, known, last_words(err));
+}
+
+void Worker::poll()
+{
+    int wait_status = 0;
+    pid_t found = waitpid(pid, &wait_status, WNOHANG);
+    if (found == 0 && __atomic_load_n(done, __ATOMIC_ACQUIRE) != 0) { // on its way out
+        kill(pid, SIGKILL);
+        do {
+            found = waitpid(pid, &wait_status, 0);
+        } while (found < 0 && errno == EINTR);
+    }
+    if (found == 0 || (found < 0 && errno == EINTR)) return;
+    reap(wait_status, found > 0);
+}
+
+void Worker::stop()
+{
+    if (now == State::Busy) {
+        int wait_status;
+        if (waitpid(pid, &wait_status, WNOHANG) == 0) {
+            kill(pid, SIGKILL);
+            while (waitpid(pid, &wait_status, 0) < 0 && errno == EINTR) continue;
+        }
+        pid = -1;
+    }
+    now = State::Idle;
+}
+
+void Worker::scan(Counts *counts)
+{
+    if (reads_progress(*work.options)) scanner.scan(out.fd(), counts);
+}
+
+void Worker::deliver_trace() const
+{
+    const zorpelx_options &options = *work.options;
+    if (options.on_trace == nullptr) return;
+    const size_t size = reads_progress(options) ? 0 : out.size();
+    void *const text =
+        size > 0 ? mmap(nullptr, size, PROT_READ, MAP_PRIVATE, out.fd(), 0) : MAP_FAILED;
+    const bool mapped = text != MAP_FAILED;
+    options.on_trace(options.user, work.start, mapped ? static_cast<const char *>(text) : "",
+                     mapped ? size : 0);
+    if (mapped) munmap(text, size);
+}

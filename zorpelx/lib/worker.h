@@ -1,0 +1,112 @@
+/* zorpelx/lib/worker.h: the engine at work in a child process. */
+#ifndef ZORPELX_LIB_WORKER_H
+#define ZORPELX_LIB_WORKER_H
+
+#include <cstddef>
+#include <semaphore.h>
+#include <sys/types.h>
+
+#include "fault.h"
+#include "progress.h"
+
+/* Memory shared with child processes, all 0 at first. */
+class SharedMemory
+{
+  public:
+    explicit SharedMemory(size_t size); // throws std::bad_alloc
+    ~SharedMemory();
+    SharedMemory(const SharedMemory &) = delete;
+    SharedMemory &operator=(const SharedMemory &) = delete;
+
+    void *data() const { return start; }
+
+  private:
+    void *start;
+    size_t size;
+};
+
+/* The bell that children ring when they are done. */
+class Bell
+{
+  public:
+    Bell();
+    ~Bell();
+    void ring();
+    void wait(double seconds); // until it rings or the time is over
+
+  private:
+    SharedMemory memory;
+    sem_t *semaphore;
+};
+
+/* A file in memory, without a name. */
+class Scratch
+{
+  public:
+    Scratch();
+    ~Scratch();
+    Scratch(const Scratch &) = delete;
+    Scratch &operator=(const Scratch &) = delete;
+
+    int fd() const { return descriptor; } // negative: the system gave none
+    size_t size() const;
+    void clear();
+
+  private:
+    int descriptor;
+};
+
+/* What a start is to do. */
+struct Task {
+    const zorpelx_hypergraph *hypergraph; // checked, and without small hyperedges
+    const zorpelx_options *options;       // checked
+    int start;                            // from 0
+    int seed;
+};
+
+/* A place where one start after the other can be at work. The child is killed and reaped before
+ * the place goes away. */
+class Worker
+{
+  public:
+    enum class State {
+        Idle,   // no child
+        Busy,   // the child is at work
+        Done,   // it is gone and left a partition
+        Failed, // it is gone and left none
+    };
+
+    Worker(Bell &ring, int nvtxs);
+    ~Worker();
+
+    /* Starts a child; needs Idle. Gives a fault if there can be none: then nothing happened. */
+    Fault start(const Task &what);
+    /* Looks at the child of a busy worker. */
+    void poll();
+    /* Ends the child, if any, and makes the worker idle. */
+    void stop();
+
+    State state() const { return now; }
+    const Task &task() const { return work; }
+    const int *part() const { return parts; } // [nvtxs], if Done
+    Fault failure() const { return why; }     // if Failed
+    void scan(Counts *counts);                // brings the counts up to the trace written so far
+    void deliver_trace() const;               // to the caller's on_trace
+
+  private:
+    [[noreturn]] void run_child(pid_t parent);
+    void reap(int wait_status, bool known);
+
+    Bell &bell;
+    SharedMemory memory; // a done flag and the partition
+    int *done;
+    int *parts;
+    Scratch out, err;
+    TraceScanner scanner;
+    State now = State::Idle;
+    Task work = {};
+    pid_t pid = -1;
+    Fault why;
+};
+
+#endif
