@@ -133,7 +133,9 @@ def show_difference(name, want, got):
     def lines(text):
         return text.decode(errors="backslashreplace").splitlines()
 
-    shown = list(difflib.unified_diff(lines(want), lines(got), f"{name} expected", name, lineterm=""))
+    shown = list(
+        difflib.unified_diff(lines(want), lines(got), f"{name} expected", name, lineterm="")
+    )
     if len(shown) > 60:
         shown = shown[:60] + [f"... and {len(shown) - 60} more lines"]
     if not shown:

@@ -44,18 +44,22 @@ def jobs_of(instance):
     jobs += [f"recursive 2 {ub} {nruns} {DEFAULT} {SEED} -" for ub in (1, 20, 49)]
     jobs += [f"internal 5 5 {nruns} {DEFAULT} {SEED} -", f"refine 2 5 1 {DEFAULT} {SEED} -"]
     if instance == "mult16":
-        jobs += [f"recursive 4 5 {nruns} {s} {SEED} mult16.fix4" for s in (DEFAULT, "2 3 3 1", "5 2 2 0")]
+        jobs += [
+            f"recursive 4 5 {nruns} {s} {SEED} mult16.fix4" for s in (DEFAULT, "2 3 3 1", "5 2 2 0")
+        ]
     return jobs
 
 
 def check_partition(tools, instance, job, answer, path):
-    """The checker's complaint about a partition, if any. The cut it finds must be the counted one."""
+    """The checker's complaint about a partition, or None. It must find the cut that was counted."""
     fields = dict(zip(JOB, job.split()))
     cut = answer.split(",")[ANSWER.index("cut")]
     words = [tools.checker, EXAMPLES / f"{instance}.hgr", path, fields["nparts"], "--cut", cut]
     if fields["fix"] != "-":
         words += ["--fix", EXAMPLES / fields["fix"]]
-    done = subprocess.run(words, capture_output=True, text=True, timeout=harness.TIMEOUT, check=False)
+    done = subprocess.run(
+        words, capture_output=True, text=True, timeout=harness.TIMEOUT, check=False
+    )
     return f"{instance}, {job}: {done.stderr.strip()}" if done.returncode != 0 else None
 
 

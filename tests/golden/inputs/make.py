@@ -76,7 +76,9 @@ def make_wide():
 
 def make_twins():
     nets = cluster_nets(draws(7), 120, 60)
-    return hypergraph("every hyperedge twice, the second reversed", 120, nets + [n[::-1] for n in nets])
+    return hypergraph(
+        "every hyperedge twice, the second reversed", 120, nets + [n[::-1] for n in nets]
+    )
 
 
 def make_pads():
@@ -86,7 +88,9 @@ def make_pads():
 
 
 def make_tiny():
-    return hypergraph("ten vertices", 10, [[0, 1, 2], [2, 3], [3, 4, 5], [5, 6], [6, 7, 8, 9], [9, 0]])
+    return hypergraph(
+        "ten vertices", 10, [[0, 1, 2], [2, 3], [3, 4, 5], [5, 6], [6, 7, 8, 9], [9, 0]]
+    )
 
 
 def fix_lines(vertices, part_of):
