@@ -1,0 +1,49 @@
+/* zorpelx/cli/app.cpp: the command line, parsed by the table of options. */
+#include "app.h"
+
+#include "version.h"
+
+static void add_option(CLI::App *command, size_t index, Settings *settings)
+{
+    const OptionRow &row = OPTIONS[index];
+    const auto take = [index, settings](const std::string &word) {
+        const std::string why = set_field(OPTIONS[index], word, settings);
+        if (!why.empty()) throw CLI::ValidationError(long_name(OPTIONS[index]), why);
+        settings->given[index] = true;
+    };
+    if (is_switch(row)) {
+        command->add_flag_function(
+            row.names, [take](int64_t) { take("yes"); }, full_help(row));
+        return;
+    }
+    CLI::Option *const option =
+        command->add_option_function<std::string>(row.names, take, full_help(row));
+    option->type_name(is_place(row) ? "" : row.value);
+    if (row.fallback == nullptr) option->required();
+}
+
+static void add_options(CLI::App *app, unsigned command, Settings *settings)
+{
+    for (size_t i = 0; i < OPTIONS.size(); i++)
+        if (OPTIONS[i].commands & command) add_option(app, i, settings);
+}
+
+std::unique_ptr<CLI::App> make_app(Settings *settings)
+{
+    auto app =
+        std::make_unique<CLI::App>("Partition hypergraphs and check what came out.", "zorpelx");
+    app->set_version_flag("--version", "zorpelx " ZORPELX_CLI_VERSION);
+    app->require_subcommand(0, 1);
+    app->footer("zorpelx COMMAND --help tells the options of a command.");
+    add_options(app.get(), GLOBAL, settings);
+    for (const CommandRow &row : COMMANDS)
+        add_options(app->add_subcommand(row.name, row.summary), row.command, settings);
+    return app;
+}
+
+const CommandRow *chosen_command(const CLI::App &app)
+{
+    for (const CommandRow &row : COMMANDS)
+        if (app.got_subcommand(row.name)) return &row;
+    return nullptr;
+}

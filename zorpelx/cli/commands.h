@@ -1,0 +1,19 @@
+/* zorpelx/cli/commands.h: the commands; each returns the exit status. */
+#ifndef ZORPELX_CLI_COMMANDS_H
+#define ZORPELX_CLI_COMMANDS_H
+
+#include "failure.h"
+#include "options.h"
+
+/* All throw Failure, and what the libraries throw. */
+Status run_partition(const Settings &settings);
+Status run_verify(const Settings &settings);
+Status run_lint(const Settings &settings);
+Status run_stats(const Settings &settings);
+
+/* What the table of options becomes besides the parser. */
+std::string manual_page();
+std::string bash_completion();
+std::string zsh_completion();
+
+#endif

@@ -1,0 +1,30 @@
+/* zorpelx/cli/failure.h: exit statuses of zorpelx, and how a command gives up. */
+#ifndef ZORPELX_CLI_FAILURE_H
+#define ZORPELX_CLI_FAILURE_H
+
+#include <string>
+
+enum Status {
+    STATUS_OK = 0,
+    STATUS_FAILED = 1,     // the run failed, or what was to be verified is not so
+    STATUS_USAGE = 2,      // the command line is wrong
+    STATUS_BAD_INPUT = 3,  // a file does not hold what it should
+    STATUS_INFEASIBLE = 4, // no partition can be within the balance asked for, or none was found
+    STATUS_IO = 5,         // a file cannot be opened, read or written
+    STATUS_MEMORY = 6,     // out of memory, or past the cap
+    STATUS_TIMEOUT = 124   // the deadline passed; the best finished start was delivered if any
+};
+
+/* Thrown to give up: caught by main alone, which prints the text and ends with the status. */
+struct Failure {
+    Status status;
+    std::string text;
+};
+
+/* Text as printf would write it. */
+std::string text_of(const char *format, ...) __attribute__((format(printf, 1, 2)));
+
+[[noreturn]] void fail(Status status, const char *format, ...)
+    __attribute__((format(printf, 2, 3)));
+
+#endif

@@ -1,0 +1,324 @@
+/* zorpelx/cli/lint.cpp: the lint command: findings, the clean file, and advice on balance. */
+#include <cstdio>
+
+#include <nlohmann/json.hpp>
+
+#include "advice.h"
+#include "commands.h"
+#include "hypergraph.h"
+#include "input.h"
+#include "output.h"
+
+using Json = nlohmann::ordered_json;
+
+constexpr size_t MOST_HEAVY = 10; // heavy vertices shown
+
+static long long ll(int64_t number)
+{
+    return number;
+}
+
+/* What was found in the files of one call. */
+struct Lint {
+    Hypergraph graph;
+    std::vector<int64_t> fix;
+    Findings findings, fixfindings;
+};
+
+static void explain(const Rule &rule)
+{
+    printf("%s %s (%s): %s.\n  %s\n", rule.id, rule.name, severity_name(rule.severity), rule.title,
+           rule.explanation);
+}
+
+static Status explain_rules(const std::string &word)
+{
+    if (word == "all") {
+        for (const Rule &rule : RULES) explain(rule);
+        return STATUS_OK;
+    }
+    const Rule *const rule = find_rule(word);
+    if (rule == nullptr) fail(STATUS_USAGE, "there is no rule '%s'", word.c_str());
+    explain(*rule);
+    return STATUS_OK;
+}
+
+static int64_t found(const Lint &lint, Severity severity)
+{
+    return lint.findings.severities[severity] + lint.fixfindings.severities[severity];
+}
+
+static bool are_bad(const Findings &findings, bool strict)
+{
+    return findings.severities[ERROR] > 0 || (strict && findings.severities[WARNING] > 0);
+}
+
+static bool is_bad(const Lint &lint, bool strict)
+{
+    return are_bad(lint.findings, strict) || are_bad(lint.fixfindings, strict);
+}
+
+static void print_findings(const std::string &file, const Findings &findings)
+{
+    for (const Finding &finding : findings.listed)
+        puts(finding_line(shown_name(file), finding).c_str());
+    for (int rule = 0; rule < NRULES; rule++)
+        if (findings.most > 0 && findings.count[rule] > findings.most)
+            printf("%s: %s %s: %lld more (--limit 0 shows them)\n", shown_name(file).c_str(),
+                   RULES[rule].id, RULES[rule].name, ll(findings.count[rule] - findings.most));
+}
+
+static const char *ending(int64_t count)
+{
+    return count == 1 ? "" : "s";
+}
+
+static void print_summary(const Lint &lint)
+{
+    const int64_t errors = found(lint, ERROR), warnings = found(lint, WARNING),
+                  notes = found(lint, NOTE);
+    printf("%lld error%s, %lld warning%s, %lld note%s\n", ll(errors), ending(errors), ll(warnings),
+           ending(warnings), ll(notes), ending(notes));
+}
+
+static Json findings_json(const std::string &file, const Findings &findings)
+{
+    Json list = Json::array();
+    for (const Finding &finding : findings.listed)
+        list.push_back({{"file", file},
+                        {"line", finding.place.line},
+                        {"column", finding.place.column},
+                        {"severity", severity_name(finding.severity)},
+                        {"rule", RULES[finding.rule].id},
+                        {"name", RULES[finding.rule].name},
+                        {"text", finding.text}});
+    return list;
+}
+
+/* Rules that were broken, with how often. */
+static Json counts_json(const Lint &lint)
+{
+    Json counts = Json::object();
+    for (int rule = 0; rule < NRULES; rule++) {
+        const int64_t count = lint.findings.count[rule] + lint.fixfindings.count[rule];
+        if (count > 0) counts[RULES[rule].id] = count;
+    }
+    return counts;
+}
+
+static const char *verdict_name(Verdict verdict)
+{
+    static const char *const names[] = {"feasible", "infeasible", "undecided"};
+    return names[verdict];
+}
+
+static double share_percent(int64_t weight, int64_t total)
+{
+    return total == 0 ? 0 : 100 * static_cast<double>(weight) / static_cast<double>(total);
+}
+
+static void print_limits(const Limits &limits, int64_t total)
+{
+    printf("\n  part      least     most   share of the weight\n");
+    const size_t nparts = limits.least.size();
+    for (size_t p = 0; p < nparts; p++)
+        if (nparts <= 64 || p < 8)
+            printf("  %4zu %10lld %8lld   %6.2f %% to %.2f %%\n", p, ll(limits.least[p]),
+                   ll(limits.most[p]), share_percent(limits.least[p], total),
+                   share_percent(limits.most[p], total));
+    if (nparts > 64) printf("   ... %zu parts more\n", nparts - 8);
+    printf("  all  %10lld %8lld   %s\n", ll(limits.lightest), ll(limits.heaviest),
+           nparts > 2 && nparts <= MOST_POLISHED ? "with the refinement of all parts at the end"
+                                                 : "");
+}
+
+static void print_heavy(const std::vector<int64_t> &weights, int64_t first)
+{
+    const std::vector<int64_t> heavy = heavy_vertices(weights);
+    if (heavy.empty()) return;
+    printf("\n  %zu vertices are heavier than a fiftieth of all, and are never merged:\n",
+           heavy.size());
+    for (size_t i = 0; i < heavy.size() && i < MOST_HEAVY; i++)
+        printf("    vertex %lld weighs %lld\n", ll(heavy[i] + first),
+               ll(weights[static_cast<size_t>(heavy[i])]));
+    if (heavy.size() > MOST_HEAVY) puts("    ...");
+}
+
+/* The factor that keeps the parts within --keep, or why there is none. */
+static std::string keep_text(const Settings &settings, int64_t total)
+{
+    const int factor = largest_factor(settings.nparts, total, settings.keep);
+    const double got =
+        worst_excess(part_limits(settings.nparts, factor > 0 ? factor : 1, total), total);
+    if (factor > 0)
+        return text_of("--imbalance %d keeps %lld parts within %g %% of the average (%.2f %%)",
+                       factor, ll(settings.nparts), settings.keep, got);
+    return text_of("no imbalance keeps %lld parts within %g %% of the average for certain: with "
+                   "--imbalance 1 a part can be %.2f %% above it",
+                   ll(settings.nparts), settings.keep, got);
+}
+
+static void print_advice(const Settings &settings, const Lint &lint, const Advice &advice)
+{
+    const int64_t total = total_weight(lint.graph.vertexwgt);
+    printf("\n%lld parts with --imbalance %lld, all vertices weigh %lld, a part %.1f on average:\n",
+           ll(settings.nparts), ll(settings.imbalance), ll(total),
+           static_cast<double>(total) / static_cast<double>(settings.nparts));
+    print_limits(advice.limits, total);
+    printf("  the heaviest part can be %.2f %% above the average\n",
+           worst_excess(advice.limits, total));
+    print_heavy(lint.graph.vertexwgt, settings.from);
+    if (settings.keep > 0) printf("\n  %s\n", keep_text(settings, total).c_str());
+    printf("\n  %s: %s\n", verdict_name(advice.verdict), advice.reason.c_str());
+}
+
+static Json advice_json(const Settings &settings, const Lint &lint, const Advice &advice)
+{
+    const int64_t total = total_weight(lint.graph.vertexwgt);
+    Json json = {{"nparts", settings.nparts},
+                 {"imbalance", settings.imbalance},
+                 {"total_weight", total},
+                 {"least", advice.limits.least},
+                 {"most", advice.limits.most},
+                 {"lightest", advice.limits.lightest},
+                 {"heaviest", advice.limits.heaviest},
+                 {"excess_percent", worst_excess(advice.limits, total)},
+                 {"heavy_vertices", heavy_vertices(lint.graph.vertexwgt)},
+                 {"verdict", verdict_name(advice.verdict)},
+                 {"reason", advice.reason}};
+    if (settings.keep > 0) {
+        json["keep_percent"] = settings.keep;
+        json["keep_imbalance"] = largest_factor(settings.nparts, total, settings.keep);
+    }
+    return json;
+}
+
+/* Worth keeping in the clean file: it can be cut, and it matters. */
+static bool worth(const Hypergraph &graph, int64_t e)
+{
+    return net_size(graph, e) > 1 && graph.netwgt[static_cast<size_t>(e)] > 0;
+}
+
+static std::string clean_text(const Hypergraph &graph, int64_t nkept)
+{
+    const int code = (graph.vertexweights ? 10 : 0) + (graph.netweights ? 1 : 0);
+    std::string text = text_of("%lld %lld", ll(nkept), ll(graph.nvertices));
+    if (code > 0) text += text_of(" %d", code);
+    text += '\n';
+    for (int64_t e = 0; e < graph.nnets; e++) {
+        if (!worth(graph, e)) continue;
+        const size_t begin = text.size();
+        if (graph.netweights) text += std::to_string(graph.netwgt[static_cast<size_t>(e)]) + ' ';
+        for (int64_t j = graph.start[static_cast<size_t>(e)];
+             j < graph.start[static_cast<size_t>(e) + 1]; j++)
+            text += std::to_string(graph.pins[static_cast<size_t>(j)] + 1) + ' ';
+        text.back() = '\n';
+        if (static_cast<int64_t>(text.size() - begin) > PIECE)
+            fprintf(stderr,
+                    "zorpelx: hyperedge %lld needs more than %lld characters in the clean file "
+                    "too: zorpel cannot read it\n",
+                    ll(e + 1), ll(PIECE));
+    }
+    if (graph.vertexweights)
+        for (const int64_t weight : graph.vertexwgt) text += std::to_string(weight) + '\n';
+    return text;
+}
+
+static std::string map_name(const Settings &settings)
+{
+    if (!settings.map.empty()) return settings.map;
+    return settings.clean == "-" ? "" : settings.clean + ".map";
+}
+
+/* Errors that leave nothing sensible to write. Empty hyperedges are left out, long lines are
+ * joined, a byte order mark goes. */
+static const Finding *beyond_mending(const Findings &findings)
+{
+    for (const Finding &finding : findings.listed)
+        if (finding.severity == ERROR && finding.rule != RULE_EMPTY_NET &&
+            finding.rule != RULE_LONG_LINE && finding.rule != RULE_MARK)
+            return &finding;
+    return nullptr;
+}
+
+/* The clean file and the map back. */
+static void write_clean(const Settings &settings, const Lint &lint)
+{
+    const Finding *const bad = beyond_mending(lint.findings);
+    if (bad != nullptr)
+        fail(STATUS_BAD_INPUT, "no clean file is written: %s",
+             finding_line(shown_name(settings.hypergraph), *bad).c_str());
+    std::string map;
+    int64_t nkept = 0;
+    for (int64_t e = 0; e < lint.graph.nnets; e++) {
+        if (!worth(lint.graph, e)) continue;
+        map += std::to_string(e + 1) + '\n';
+        nkept++;
+    }
+    write_whole(settings.clean, clean_text(lint.graph, nkept));
+    const std::string name = map_name(settings);
+    if (!name.empty()) write_whole(name, map);
+    if (!settings.quiet)
+        fprintf(stderr, "zorpelx: %s: %lld of %lld hyperedges; vertices keep their order\n",
+                settings.clean.c_str(), ll(nkept), ll(lint.graph.nnets));
+}
+
+static Lint scan_files(const Settings &settings)
+{
+    Lint lint;
+    lint.findings.most = lint.fixfindings.most = settings.limit;
+    const Reading reading = {static_cast<LineMode>(settings.lines), settings.from};
+    lint.graph = scan_hypergraph(read_whole(settings.hypergraph), reading, &lint.findings);
+    if (settings.fix.empty() || lint.graph.nvertices == 0) return lint;
+    lint.fix = scan_fix(read_whole(settings.fix), lint.graph.nvertices, settings.nparts,
+                        &lint.fixfindings);
+    return lint;
+}
+
+static void print_answer(const Settings &settings, const Lint &lint, const Advice *advice)
+{
+    if (settings.clean == "-") return; // the clean file goes there
+    if (settings.format == FORMAT_JSON) {
+        Json json = {{"hypergraph", settings.hypergraph},
+                     {"errors", found(lint, ERROR)},
+                     {"warnings", found(lint, WARNING)},
+                     {"notes", found(lint, NOTE)},
+                     {"counts", counts_json(lint)},
+                     {"findings", findings_json(settings.hypergraph, lint.findings)}};
+        for (Json &finding : findings_json(settings.fix, lint.fixfindings))
+            json["findings"].push_back(finding);
+        if (advice != nullptr) json["advice"] = advice_json(settings, lint, *advice);
+        puts(json.dump(2, ' ', false, Json::error_handler_t::replace).c_str());
+        return;
+    }
+    if (!settings.quiet || is_bad(lint, settings.strict)) {
+        print_findings(settings.hypergraph, lint.findings);
+        print_findings(settings.fix, lint.fixfindings);
+    }
+    if (!settings.quiet) print_summary(lint);
+    if (advice != nullptr) print_advice(settings, lint, *advice);
+}
+
+Status run_lint(const Settings &settings)
+{
+    if (!settings.explain.empty()) return explain_rules(settings.explain);
+    if (settings.hypergraph.empty())
+        fail(STATUS_USAGE, "lint needs a hypergraph file or --explain");
+    if (settings.nparts == 0 && settings.keep > 0) fail(STATUS_USAGE, "--keep needs -k");
+    if (!settings.map.empty() && settings.clean.empty()) fail(STATUS_USAGE, "--map needs --fix");
+    if (settings.clean == "-" && settings.format == FORMAT_JSON)
+        fail(STATUS_USAGE, "--fix - and --format json both want standard output");
+    const Lint lint = scan_files(settings);
+    const bool readable =
+        first_error(lint.findings) == nullptr && first_error(lint.fixfindings) == nullptr;
+    const bool asked = settings.nparts > 0 && readable;
+    Advice advice = {};
+    if (asked)
+        advice = advise(lint.graph.vertexwgt, lint.fix, settings.nparts,
+                        static_cast<int>(settings.imbalance));
+    print_answer(settings, lint, asked ? &advice : nullptr);
+    if (!settings.clean.empty()) write_clean(settings, lint);
+    const bool mended = !settings.clean.empty() && !are_bad(lint.fixfindings, settings.strict);
+    if (is_bad(lint, settings.strict) && !mended) return STATUS_BAD_INPUT;
+    return asked && advice.verdict == INFEASIBLE ? STATUS_INFEASIBLE : STATUS_OK;
+}

@@ -1,0 +1,280 @@
+/* zorpelx/cli/options.cpp: the commands and their options, in one table. */
+#include "options.h"
+
+#include <cerrno>
+#include <climits>
+#include <cmath>
+#include <cstdlib>
+
+#include "failure.h"
+
+constexpr int64_t BY_NUMBER = 1; // as the `most` of a list of choices: zorpel knows their numbers
+
+static const Choice MATCHINGS[] = {{"hfc", 1},   {"fc", 2},   {"gfc", 3},
+                                   {"hedge", 4}, {"edge", 5}, {nullptr, 0}};
+static const Choice REFINEMENTS[] = {{"fm", 1}, {"1wayfm", 2}, {"eefm", 3}, {nullptr, 0}};
+static const Choice VCYCLES[] = {{"no", 0}, {"end", 1}, {"min", 2}, {"all", 3}, {nullptr, 0}};
+static const Choice NO_YES[] = {{"no", 0}, {"yes", 1}, {nullptr, 0}};
+static const Choice PRESETS[] = {
+    {"fast", PRESET_FAST}, {"default", PRESET_DEFAULT}, {"best", PRESET_BEST}, {nullptr, 0}};
+static const Choice WHEN[] = {
+    {"auto", PROGRESS_AUTO}, {"always", PROGRESS_ALWAYS}, {"never", PROGRESS_NEVER}, {nullptr, 0}};
+static const Choice LINES[] = {{"refuse", 0}, {"whole", 1}, {"pieces", 2}, {nullptr, 0}};
+static const Choice FORMATS[] = {
+    {"text", FORMAT_TEXT}, {"json", FORMAT_JSON}, {"csv", FORMAT_CSV}, {nullptr, 0}};
+static const Choice SHELLS[] = {{"bash", SHELL_BASH}, {"zsh", SHELL_ZSH}, {nullptr, 0}};
+static const Choice TEXT_OR_JSON[] = {{"text", FORMAT_TEXT}, {"json", FORMAT_JSON}, {nullptr, 0}};
+
+const PresetRow PRESET_ROWS[] = {
+    {"fast", 1, 1, 3, 0, 1}, {"default", 10, 1, 1, 1, 1}, {"best", 20, 1, 1, 3, 4}};
+
+const std::vector<CommandRow> COMMANDS = {
+    {PARTITION, "partition", "Divide a hypergraph into parts.",
+     "The partition file holds the part of each vertex, from 0, one a line. It is written beside "
+     "its place, synced and renamed over it, so that whatever happens the old file or the new one "
+     "is there.\n"
+     "With a deadline or an interrupt the best start that is finished is delivered, and the status "
+     "tells that it was cut short. Without --timeout the result depends only on the hypergraph and "
+     "the options, not on the number of processors."},
+    {VERIFY, "verify", "Recompute every figure of a partition.",
+     "The files are read and everything is counted in 64 bits by code that shares nothing with the "
+     "partitioner. Status 1 if anything claimed is not so: a fixed vertex elsewhere, another cut "
+     "than --expect, a part beyond --imbalance, a report that differs.\n"
+     "With --report the statistics in what zorpel printed are compared byte for byte."},
+    {LINT, "lint", "Find what is wrong or surprising in hypergraph and fix files.",
+     "Each finding names a rule, a line and a column; --explain tells more about a rule. With -k, "
+     "lint also tells which weights each part can get at this imbalance and whether the vertices "
+     "can be divided so."},
+    {STATS, "stats", "Describe a hypergraph.",
+     "Counts, histograms of sizes and degrees, connected components, heavy vertices, and an "
+     "estimate of the memory that partitioning takes."},
+};
+
+constexpr unsigned READERS = PARTITION | VERIFY | LINT | STATS;
+
+const std::vector<OptionRow> OPTIONS = {
+    {GLOBAL, "--man", "", &Settings::man, "", 0, 0, nullptr, "print the manual page and end"},
+    {GLOBAL, "--completion", "SHELL", &Settings::completion, "", 0, 0, SHELLS,
+     "print the completion of a shell and end"},
+    {PARTITION | VERIFY | STATS, "HYPERGRAPH", "FILE", &Settings::hypergraph, nullptr, 0, 0,
+     nullptr, "hypergraph file, plain, .gz or .zst; - for standard input"},
+    {LINT, "HYPERGRAPH", "FILE", &Settings::hypergraph, "", 0, 0, nullptr,
+     "hypergraph file, plain, .gz or .zst; - for standard input"},
+    {VERIFY, "PARTITION", "FILE", &Settings::partition, nullptr, 0, 0, nullptr,
+     "partition file: the part of each vertex"},
+    {VERIFY | LINT, "FIX", "FILE", &Settings::fix, "", 0, 0, nullptr,
+     "fix file: the part of each vertex, or -1"},
+    {PARTITION | VERIFY | LINT, "-k,--nparts", "K", &Settings::nparts, "0", 2, 1000000, nullptr,
+     "number of parts"},
+    {PARTITION | VERIFY | LINT, "-b,--imbalance", "PERCENT", &Settings::imbalance, "5", 1, 49,
+     nullptr, "each side of a bisection may miss its share of the weight by so much"},
+    {PARTITION, "--preset", "NAME", &Settings::preset, "default", 0, 0, PRESETS,
+     "runs, schemes and starts at once"},
+    {PARTITION, "-r,--runs", "N", &Settings::runs, "10", 1, INT_MAX, nullptr,
+     "runs of each bisection"},
+    {PARTITION, "--matching", "SCHEME", &Settings::matching, "hfc", 0, BY_NUMBER, MATCHINGS,
+     "matching scheme of coarsening"},
+    {PARTITION, "--refine", "SCHEME", &Settings::refine, "fm", 0, BY_NUMBER, REFINEMENTS,
+     "refinement scheme"},
+    {PARTITION, "--vcycle", "WHEN", &Settings::vcycle, "end", 0, BY_NUMBER, VCYCLES,
+     "V-cycles: on the best runs at the end, on each new minimum, on all good runs"},
+    {PARTITION, "--reconst", "YESNO", &Settings::reconst, "no", 0, BY_NUMBER, NO_YES,
+     "keep the pieces of cut hyperedges for the bisections to come"},
+    {PARTITION, "--polish", "YESNO", &Settings::polish, "yes", 0, BY_NUMBER, NO_YES,
+     "refine 3 to 64 parts together at the end"},
+    {PARTITION, "-f,--fix", "FILE", &Settings::fix, "", 0, 0, nullptr,
+     "fix file: the part of each vertex, or -1"},
+    {PARTITION, "-s,--seed", "N", &Settings::seed, "1", -1, INT_MAX, nullptr,
+     "seed of the first start; -1 draws one"},
+    {PARTITION, "--starts", "N", &Settings::starts, "1", 1, INT_MAX, nullptr,
+     "independent starts, with seeds one after another; the best is taken"},
+    {PARTITION, "-j,--jobs", "N", &Settings::jobs, "0", 0, INT_MAX, nullptr,
+     "starts at work at once; 0 for one on each processor"},
+    {PARTITION, "--timeout", "SECONDS", &Settings::timeout, "0", 0, 1000000000, nullptr,
+     "stop then and deliver the best finished start; 0 for no deadline"},
+    {PARTITION, "--memory", "MIB", &Settings::memory, "0", 0, INT_MAX, nullptr,
+     "memory that one start may take; 0 for no cap"},
+    {PARTITION, "-o,--output", "FILE", &Settings::output, "", 0, 0, nullptr,
+     "partition file; - for standard output; otherwise HYPERGRAPH.part.K without .gz or .zst, and "
+     "standard output if the hypergraph comes from standard input"},
+    {PARTITION, "--json", "FILE", &Settings::json, "", 0, 0, nullptr,
+     "write options and figures there as JSON; - for standard output"},
+    {PARTITION, "--force", "", &Settings::force, "", 0, 0, nullptr,
+     "go on if no partition can be within the imbalance"},
+    {PARTITION, "--progress", "WHEN", &Settings::progress, "auto", 0, 0, WHEN,
+     "a progress line on standard error; auto: if that is a terminal"},
+    {PARTITION, "--trace", "BITS", &Settings::trace, "0", 0, INT_MAX, nullptr,
+     "print the engine's traces on standard error: 1 coarsening, 2 initial bisections, 4 passes, "
+     "8 bisections, 16 runs, 32 timers, 128 details, 256 moves, or a sum of these"},
+    {VERIFY, "--expect", "CUT", &Settings::expect, "-1", 0, INT64_MAX, nullptr,
+     "the cut must be this"},
+    {VERIFY, "--report", "FILE", &Settings::report, "", 0, 0, nullptr,
+     "compare with what zorpel printed; implies --lines pieces"},
+    {VERIFY, "--list-cut", "", &Settings::list_cut, "", 0, 0, nullptr, "list the cut hyperedges"},
+    {LINT, "--fix", "FILE", &Settings::clean, "", 0, 0, nullptr,
+     "write a clean hypergraph file, and end with status 0 if that mends it; - for standard "
+     "output, "
+     "where then nothing else is printed"},
+    {LINT, "--map", "FILE", &Settings::map, "", 0, 0, nullptr,
+     "with --fix: write the number that each hyperedge of the clean file has in the old one; "
+     "otherwise the clean file's name with .map, and none for standard output"},
+    {LINT, "--explain", "RULE", &Settings::explain, "", 0, 0, nullptr,
+     "explain a rule by its number or name, or 'all', and end"},
+    {LINT, "--keep", "PERCENT", &Settings::keep, "0", 0, 1000000000, nullptr,
+     "with -k: tell the imbalance that keeps every part within so much of the average"},
+    {LINT, "--limit", "N", &Settings::limit, "20", 0, INT_MAX, nullptr,
+     "show so many findings of each rule; 0 for all"},
+    {VERIFY, "--format", "FORMAT", &Settings::format, "text", 0, 0, FORMATS, "form of the answer"},
+    {LINT | STATS, "--format", "FORMAT", &Settings::format, "text", 0, 0, TEXT_OR_JSON,
+     "form of the answer"},
+    {READERS, "--lines", "HOW", &Settings::lines, "refuse", 0, 0, LINES,
+     "lines of more than 131071 characters: refuse them, read them whole, or in pieces as zorpel"},
+    {READERS, "--from", "NUMBER", &Settings::from, "1", 0, 1, nullptr,
+     "number of the first vertex in the hypergraph file"},
+    {PARTITION | LINT, "--strict", "", &Settings::strict, "", 0, 0, nullptr,
+     "take warnings for errors"},
+    {PARTITION | VERIFY | LINT, "-q,--quiet", "", &Settings::quiet, "", 0, 0, nullptr,
+     "print nothing but errors and what was asked for"},
+};
+
+bool is_place(const OptionRow &row)
+{
+    return row.names[0] != '-';
+}
+
+bool is_switch(const OptionRow &row)
+{
+    return row.value[0] == '\0';
+}
+
+std::string long_name(const OptionRow &row)
+{
+    const std::string names = row.names;
+    const size_t comma = names.find(',');
+    return comma == std::string::npos ? names : names.substr(comma + 1);
+}
+
+std::string choice_names(const OptionRow &row, const char *separator)
+{
+    std::string names;
+    for (const Choice *choice = row.choices; choice != nullptr && choice->name != nullptr; choice++)
+        names.append(names.empty() ? "" : separator).append(choice->name);
+    return names;
+}
+
+std::string choice_name(const Field &field, int64_t value)
+{
+    for (const OptionRow &row : OPTIONS)
+        for (const Choice *choice = row.choices; choice != nullptr && choice->name != nullptr;
+             choice++)
+            if (row.field == field && choice->value == value) return choice->name;
+    return std::to_string(value);
+}
+
+static bool known_by_number(const OptionRow &row)
+{
+    return row.choices != nullptr && row.most == BY_NUMBER;
+}
+
+/* "hfc (1), fc (2)" */
+static std::string numbered_choices(const OptionRow &row)
+{
+    if (!known_by_number(row)) return choice_names(row, ", ");
+    std::string names;
+    for (const Choice *choice = row.choices; choice->name != nullptr; choice++)
+        names += text_of("%s%s (%lld)", names.empty() ? "" : ", ", choice->name,
+                         static_cast<long long>(choice->value));
+    return names;
+}
+
+std::string full_help(const OptionRow &row)
+{
+    std::string help = row.help;
+    if (row.choices != nullptr) help += ": " + numbered_choices(row);
+    const std::string fallback = row.fallback != nullptr ? row.fallback : "";
+    const bool shown = !fallback.empty() && !is_switch(row) && fallback != "-1" &&
+                       !(row.field == Field(&Settings::nparts));
+    if (shown) help += " [" + fallback + "]";
+    return help;
+}
+
+static std::string set_number(const OptionRow &row, const std::string &word, int64_t *number)
+{
+    for (const Choice *choice = row.choices; choice != nullptr && choice->name != nullptr; choice++)
+        if (word == choice->name ||
+            (known_by_number(row) && word == std::to_string(choice->value))) {
+            *number = choice->value;
+            return "";
+        }
+    if (row.choices != nullptr)
+        return text_of("'%s' is none of %s", word.c_str(), choice_names(row, ", ").c_str());
+    char *end = nullptr;
+    errno = 0;
+    const long long value = strtoll(word.c_str(), &end, 10);
+    if (word.empty() || *end != '\0' || errno != 0)
+        return text_of("'%s' is not a whole number", word.c_str());
+    if (value < row.least || value > row.most)
+        return text_of("%lld is not between %lld and %lld", value,
+                       static_cast<long long>(row.least), static_cast<long long>(row.most));
+    *number = value;
+    return "";
+}
+
+static std::string set_real(const OptionRow &row, const std::string &word, double *number)
+{
+    char *end = nullptr;
+    const double value = strtod(word.c_str(), &end);
+    if (word.empty() || *end != '\0' || !std::isfinite(value))
+        return text_of("'%s' is not a number", word.c_str());
+    if (value < static_cast<double>(row.least) || value > static_cast<double>(row.most))
+        return text_of("%s is not between %lld and %lld", word.c_str(),
+                       static_cast<long long>(row.least), static_cast<long long>(row.most));
+    *number = value;
+    return "";
+}
+
+std::string set_field(const OptionRow &row, const std::string &word, Settings *settings)
+{
+    if (const auto *field = std::get_if<bool Settings::*>(&row.field)) {
+        settings->*(*field) = !word.empty();
+        return "";
+    }
+    if (const auto *field = std::get_if<int64_t Settings::*>(&row.field))
+        return set_number(row, word, &(settings->*(*field)));
+    if (const auto *field = std::get_if<double Settings::*>(&row.field))
+        return set_real(row, word, &(settings->*(*field)));
+    settings->*std::get<std::string Settings::*>(row.field) = word;
+    return "";
+}
+
+/* Fallbacks need not be in range: -1 and 0 may stand for "not given". */
+Settings fallback_settings()
+{
+    Settings settings = {};
+    for (OptionRow row : OPTIONS) {
+        if (row.choices == nullptr) {
+            row.least = INT64_MIN;
+            row.most = INT64_MAX;
+        }
+        if (row.fallback != nullptr) set_field(row, row.fallback, &settings);
+    }
+    settings.given.assign(OPTIONS.size(), false);
+    return settings;
+}
+
+void apply_preset(Settings *settings)
+{
+    const PresetRow &row = PRESET_ROWS[settings->preset];
+    if (!was_given(*settings, &Settings::runs)) settings->runs = row.runs;
+    if (!was_given(*settings, &Settings::matching)) settings->matching = row.matching;
+    if (!was_given(*settings, &Settings::refine)) settings->refine = row.refine;
+    if (!was_given(*settings, &Settings::vcycle)) settings->vcycle = row.vcycle;
+    if (!was_given(*settings, &Settings::starts)) settings->starts = row.starts;
+}
+
+bool was_given(const Settings &settings, const Field &field)
+{
+    for (size_t i = 0; i < OPTIONS.size(); i++)
+        if (settings.given[i] && OPTIONS[i].field == field) return true;
+    return false;
+}

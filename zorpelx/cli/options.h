@@ -1,0 +1,98 @@
+/* zorpelx/cli/options.h: the commands and their options, in one table.
+ *
+ * The parser, its help, the manual page and the completions are all made from it.
+ */
+#ifndef ZORPELX_CLI_OPTIONS_H
+#define ZORPELX_CLI_OPTIONS_H
+
+#include <cstdint>
+#include <string>
+#include <variant>
+#include <vector>
+
+/* What the command line says; each field starts at the table's fallback. */
+struct Settings {
+    std::string hypergraph, partition, fix; // files
+    int64_t nparts, imbalance, runs, matching, refine, vcycle, reconst, polish, trace;
+    int64_t seed, starts, jobs, memory;
+    double timeout, keep;
+    int64_t preset, progress, lines, from, format, expect;
+    std::string output, json, report, clean, map, explain;
+    int64_t limit;
+    bool quiet, strict, force, list_cut, man;
+    int64_t completion;
+    std::vector<bool> given; // by row of the table: the command line has it
+};
+
+enum Command { PARTITION = 1, VERIFY = 2, LINT = 4, STATS = 8, GLOBAL = 16 };
+
+struct CommandRow {
+    Command command;
+    const char *name;
+    const char *summary;     // a sentence
+    const char *description; // paragraphs for the manual page, separated by newlines
+};
+
+/* A value that an option takes by name or by number; the last of a list has no name. */
+struct Choice {
+    const char *name;
+    int64_t value;
+};
+
+using Field = std::variant<bool Settings::*, int64_t Settings::*, double Settings::*,
+                           std::string Settings::*>;
+
+struct OptionRow {
+    unsigned commands; // sum of the commands that take it; GLOBAL: without a command
+    const char *names; // "-k,--nparts"; a name without dashes is a place on the line
+    const char *value; // what the value is called; empty for a switch
+    Field field;
+    const char *fallback;  // value if it is not given; null if it must be, empty for none
+    int64_t least, most;   // of numbers; of choices: whether they are known by number too
+    const Choice *choices; // or null
+    const char *help;      // without a full stop
+};
+
+extern const std::vector<CommandRow> COMMANDS;
+extern const std::vector<OptionRow> OPTIONS;
+
+/* What a preset says of the options that the command line leaves open. */
+enum Preset { PRESET_FAST, PRESET_DEFAULT, PRESET_BEST, NPRESETS };
+struct PresetRow {
+    const char *name;
+    int64_t runs, matching, refine, vcycle, starts;
+};
+extern const PresetRow PRESET_ROWS[NPRESETS];
+
+enum Progress { PROGRESS_AUTO, PROGRESS_ALWAYS, PROGRESS_NEVER };
+enum Shell { SHELL_NONE, SHELL_BASH, SHELL_ZSH };
+enum Format { FORMAT_TEXT, FORMAT_JSON, FORMAT_CSV };
+
+bool is_place(const OptionRow &row);
+bool is_switch(const OptionRow &row);
+
+/* The long name of an option with its dashes, or the name of a place. */
+std::string long_name(const OptionRow &row);
+
+/* "hfc, fc, gfc" */
+std::string choice_names(const OptionRow &row, const char *separator);
+
+/* The name of one of the values of an option. */
+std::string choice_name(const Field &field, int64_t value);
+
+/* The help, with the fallback in parentheses. */
+std::string full_help(const OptionRow &row);
+
+/* Settings at their fallbacks. */
+Settings fallback_settings();
+
+/* Sets the field of a row from a word; returns why that cannot be, empty if it can. */
+std::string set_field(const OptionRow &row, const std::string &word, Settings *settings);
+
+/* Sets what the preset says and the command line does not. */
+void apply_preset(Settings *settings);
+
+/* Whether the command line gave the option that sets this field. */
+bool was_given(const Settings &settings, const Field &field);
+
+#endif

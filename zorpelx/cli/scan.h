@@ -1,0 +1,63 @@
+/* zorpelx/cli/scan.h: lines and tokens of a text, with their places. */
+#ifndef ZORPELX_CLI_SCAN_H
+#define ZORPELX_CLI_SCAN_H
+
+#include <cstdint>
+#include <string>
+
+#include "rules.h"
+
+constexpr int64_t PIECE = 131071; // characters that zorpel reads at a time
+
+/* How a line longer than a piece is read. */
+enum LineMode { LINES_REFUSE, LINES_WHOLE, LINES_PIECES };
+
+/* A text being read line by line.
+ *   number  of the line last begun, from 1; column: of the character at place, from 1 */
+struct Text {
+    const char *bytes;
+    int64_t size;
+    int64_t place;
+    int64_t number;
+    int64_t column;
+    bool pieces;
+};
+
+/* A line or, with pieces, a piece of one; its newline is part of it. */
+struct Line {
+    const char *begin, *next, *end;
+    int64_t number;
+    int64_t column; // of begin
+};
+
+enum TokenKind { TOKEN_END, TOKEN_NUMBER, TOKEN_RUBBISH };
+
+struct Token {
+    TokenKind kind;
+    int64_t value; // of a number; held at the ends of 64 bits
+    bool fits;     // the number fits 32 bits
+    Place place;
+    const char *begin, *end; // its characters
+};
+
+Text text_over(const std::string &bytes, bool pieces);
+bool at_end(const Text &text);
+
+/* The next line, up to and with its newline, or the next piece of it. */
+Line take_line(Text *text);
+
+bool is_comment(const Line &line);
+
+/* More characters than zorpel reads at a time. */
+bool is_long(const Line &line);
+
+bool is_blank(const Line &line);
+
+/* The next token: a decimal number with an optional sign, which ends before the first character
+ * that is no digit; or anything else up to white space. */
+Token take_token(Line *line);
+
+/* The token as a message shows it: shortened, unprintable characters as dots. */
+std::string shown(const Token &token);
+
+#endif

@@ -1,0 +1,324 @@
+/* zorpelx/cli/verify.cpp: the verify command: every figure of a partition, and what was claimed. */
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+
+#include <nlohmann/json.hpp>
+
+#include "advice.h"
+#include "commands.h"
+#include "figures.h"
+#include "hypergraph.h"
+#include "input.h"
+
+using Json = nlohmann::ordered_json;
+
+/* Something that should be so. */
+struct Claim {
+    const char *name;
+    bool holds;
+    std::string text;
+};
+
+static long long ll(int64_t number)
+{
+    return number;
+}
+
+struct Verified {
+    Hypergraph graph;
+    std::vector<int64_t> part;
+    Figures figures;
+    std::vector<Claim> claims;
+};
+
+static const char *const STATISTICS = "\n  Summary for the ";
+
+/* The number of parts in a report's statistics; 0 if it has none. */
+static int64_t parts_in_report(const std::string &report)
+{
+    const size_t place = report.find(STATISTICS);
+    return place == std::string::npos
+               ? 0
+               : strtoll(report.c_str() + place + strlen(STATISTICS), nullptr, 10);
+}
+
+/* "-nan" and "nan" are the same figure, in the same width. */
+static std::string without_sign_of_nan(std::string text)
+{
+    for (size_t place; (place = text.find("-nan")) != std::string::npos;)
+        text.replace(place, 4, " nan");
+    return text;
+}
+
+static std::string line_around(const std::string &text, size_t place)
+{
+    const size_t from = place == 0 ? 0 : text.rfind('\n', place - 1) + 1; // npos + 1 is 0
+    return text.substr(from, text.find('\n', place) - from);
+}
+
+/* Compares wanted with what stands in the report from place. */
+static Claim compare_report(const std::string &report, size_t place, const std::string &wanted)
+{
+    const std::string found = report.substr(place, wanted.size());
+    const size_t least = std::min(found.size(), wanted.size());
+    const size_t same = static_cast<size_t>(
+        std::mismatch(wanted.begin(), wanted.begin() + static_cast<std::ptrdiff_t>(least),
+                      found.begin())
+            .first -
+        wanted.begin());
+    if (same == wanted.size())
+        return {"report", true, text_of("%zu bytes of statistics are the same", wanted.size())};
+    const size_t line =
+        1 + static_cast<size_t>(std::count(
+                report.begin(), report.begin() + static_cast<std::ptrdiff_t>(place + same), '\n'));
+    return {"report", false,
+            text_of("line %zu reads '%s', and should read '%s'", line,
+                    line_around(found, same).c_str(), line_around(wanted, same).c_str())};
+}
+
+/* The sizes that the report's head must tell. */
+static std::string report_sizes(const Hypergraph &graph, int64_t nparts)
+{
+    return text_of(", #Vtxs: %5lld, #Hedges: %5lld, #Parts: %lld, UBfactor: ", ll(graph.nvertices),
+                   ll(graph.nnets), ll(nparts));
+}
+
+static Claim check_report(const std::string &saved, const Verified &verified)
+{
+    const std::string report = without_sign_of_nan(saved);
+    const std::string statistics = without_sign_of_nan(
+        tool_statistics(verified.graph, verified.part, verified.figures.nparts));
+    const std::string rule = statistics.substr(0, statistics.find(STATISTICS));
+    const size_t place = report.find(rule + STATISTICS);
+    if (place == std::string::npos) return {"report", false, "it holds no statistics"};
+    const std::string sizes = report_sizes(verified.graph, verified.figures.nparts);
+    if (report.find(sizes) == std::string::npos)
+        return {"report", false, text_of("its head does not say '%s'", sizes.c_str() + 2)};
+    return compare_report(report, place, statistics + "\n\nTiming Information ");
+}
+
+static Claim check_fix(const std::vector<int64_t> &part, const std::vector<int64_t> &fix)
+{
+    int64_t nfixed = 0, nwrong = 0, first = 0;
+    for (size_t v = 0; v < fix.size(); v++) {
+        if (fix[v] < 0) continue;
+        nfixed++;
+        if (fix[v] == part[v]) continue;
+        if (nwrong++ == 0) first = static_cast<int64_t>(v);
+    }
+    if (nwrong == 0)
+        return {"fixed", true, text_of("%lld vertices are where they are fixed", ll(nfixed))};
+    return {"fixed", false,
+            text_of("%lld of %lld fixed vertices are elsewhere; the first is vertex %lld, in part "
+                    "%lld instead of %lld",
+                    ll(nwrong), ll(nfixed), ll(first + 1), ll(part[static_cast<size_t>(first)]),
+                    ll(fix[static_cast<size_t>(first)]))};
+}
+
+/* Fixed vertices may exchange the numbers of parts, and the final refinement their weights; then
+ * the limits of all parts hold for each. */
+static Claim check_balance(const Settings &settings, const Verified &verified)
+{
+    const std::vector<int64_t> &weight = verified.figures.weight;
+    const Limits limits = part_limits(verified.figures.nparts, static_cast<int>(settings.imbalance),
+                                      total_weight(weight));
+    const bool own = settings.fix.empty() &&
+                     (weight.size() == 2 || weight.size() > static_cast<size_t>(MOST_POLISHED));
+    for (size_t p = 0; p < weight.size(); p++) {
+        const int64_t least = own ? limits.least[p] : limits.lightest;
+        const int64_t most = own ? limits.most[p] : limits.heaviest;
+        if (weight[p] < least || weight[p] > most)
+            return {"balance", false,
+                    text_of("part %zu weighs %lld, not between %lld and %lld", p, ll(weight[p]),
+                            ll(least), ll(most))};
+    }
+    return {"balance", true,
+            text_of("every part is within --imbalance %lld", ll(settings.imbalance))};
+}
+
+static Claim check_cut(int64_t expected, int64_t cut)
+{
+    if (cut == expected) return {"cut", true, text_of("it is %lld", ll(cut))};
+    return {"cut", false, text_of("it is %lld, not %lld", ll(cut), ll(expected))};
+}
+
+/* As many parts as asked for, or as the report says, or as the largest part number tells. */
+static int64_t count_parts(const Settings &settings, const std::vector<int64_t> &part,
+                           const std::string &report)
+{
+    const auto largest = std::max_element(part.begin(), part.end());
+    int64_t nparts = settings.nparts > 0 ? settings.nparts : parts_in_report(report);
+    const bool asked = nparts > 0;
+    if (!asked) nparts = std::min(*largest + 1, static_cast<int64_t>(part.size()));
+    if (*largest < nparts) return nparts;
+    fail(STATUS_BAD_INPUT, "%s: vertex %lld is in part %lld%s", settings.partition.c_str(),
+         ll(largest - part.begin() + 1), ll(*largest),
+         asked ? text_of(", and there are %lld parts", ll(nparts)).c_str()
+               : ": more parts than vertices; -k allows them");
+}
+
+static Verified verify_files(const Settings &settings)
+{
+    const bool reported = !settings.report.empty();
+    const LineMode lines = reported ? LINES_PIECES : static_cast<LineMode>(settings.lines);
+    Findings findings;
+    Verified verified;
+    verified.graph = read_hypergraph(settings.hypergraph, {lines, settings.from}, false, &findings);
+    verified.part = read_partition(settings.partition, verified.graph.nvertices);
+    const std::string report = reported ? read_whole(settings.report) : "";
+    const int64_t nparts = count_parts(settings, verified.part, report);
+    verified.figures = figures_of(verified.graph, verified.part, nparts);
+    if (!settings.fix.empty())
+        verified.claims.push_back(
+            check_fix(verified.part, read_fix(settings.fix, verified.graph.nvertices, nparts)));
+    if (was_given(settings, &Settings::expect))
+        verified.claims.push_back(check_cut(settings.expect, verified.figures.cut));
+    if (was_given(settings, &Settings::imbalance))
+        verified.claims.push_back(check_balance(settings, verified));
+    if (reported) verified.claims.push_back(check_report(report, verified));
+    return verified;
+}
+
+/* Absorption with six decimals; the whole part may have more digits than a double. */
+static std::string absorption_text(const Figures &figures)
+{
+    constexpr long double MILLION = 1000000;
+    const int64_t millionths = static_cast<int64_t>(std::roundl(figures.fraction * MILLION));
+    return text_of("%lld.%06lld", ll(figures.whole + millionths / 1000000),
+                   ll(millionths % 1000000));
+}
+
+static double absorption_number(const Figures &figures)
+{
+    return static_cast<double>(static_cast<long double>(figures.whole) + figures.fraction);
+}
+
+static void print_figures(const Verified &verified)
+{
+    const Figures &figures = verified.figures;
+    printf("  Hyperedge cut            %12lld   (%lld of %lld hyperedges)\n", ll(figures.cut),
+           ll(figures.ncut), ll(verified.graph.nnets));
+    printf("  Sum of external degrees  %12lld\n", ll(figures.soed));
+    printf("  Connectivity minus one   %12lld\n", ll(figures.km1));
+    printf("  Scaled cost              %12.6Le\n", figures.scaled_cost);
+    printf("  Absorption               %12s\n", absorption_text(figures).c_str());
+    printf("  Imbalance                %10.3f %%\n\n", imbalance_percent(figures));
+    printf("  part   vertices     weight  external degree\n");
+    for (size_t p = 0; p < figures.weight.size(); p++)
+        printf("  %4zu %10lld %10lld %16lld\n", p, ll(figures.vertices[p]), ll(figures.weight[p]),
+               ll(figures.external[p]));
+}
+
+static void print_cut(const Verified &verified)
+{
+    printf("\n  cut hyperedge     weight   vertices  parts\n");
+    for (const int64_t e : cut_hyperedges(verified.graph, verified.part))
+        printf("  %13lld %10lld %10lld %6lld\n", ll(e + 1),
+               ll(verified.graph.netwgt[static_cast<size_t>(e)]), ll(net_size(verified.graph, e)),
+               ll(parts_of_net(verified.graph, verified.part, e)));
+}
+
+static void print_text(const Settings &settings, const Verified &verified)
+{
+    const Hypergraph &graph = verified.graph;
+    if (!settings.quiet) {
+        printf("%s: %lld vertices, %lld hyperedges, %zu pins\n%s: %lld parts\n\n",
+               shown_name(settings.hypergraph).c_str(), ll(graph.nvertices), ll(graph.nnets),
+               graph.pins.size(), shown_name(settings.partition).c_str(),
+               ll(verified.figures.nparts));
+        print_figures(verified);
+    }
+    if (settings.list_cut) print_cut(verified);
+    if (!settings.quiet && !verified.claims.empty()) puts("");
+    for (const Claim &claim : verified.claims)
+        if (!settings.quiet || !claim.holds)
+            printf("  %s: %s: %s\n", claim.holds ? "true" : "FALSE", claim.name,
+                   claim.text.c_str());
+}
+
+static Json parts_json(const Figures &figures)
+{
+    Json parts = Json::array();
+    for (size_t p = 0; p < figures.weight.size(); p++)
+        parts.push_back({{"part", p},
+                         {"vertices", figures.vertices[p]},
+                         {"weight", figures.weight[p]},
+                         {"external_degree", figures.external[p]}});
+    return parts;
+}
+
+static Json cut_json(const Verified &verified)
+{
+    Json list = Json::array();
+    for (const int64_t e : cut_hyperedges(verified.graph, verified.part))
+        list.push_back({{"hyperedge", e + 1},
+                        {"weight", verified.graph.netwgt[static_cast<size_t>(e)]},
+                        {"vertices", net_size(verified.graph, e)},
+                        {"parts", parts_of_net(verified.graph, verified.part, e)}});
+    return list;
+}
+
+/* A scaled cost that is not finite becomes null: JSON has no infinity. */
+static Json figures_json(const Settings &settings, const Verified &verified)
+{
+    const Figures &figures = verified.figures;
+    Json json = {{"hypergraph", settings.hypergraph},
+                 {"partition", settings.partition},
+                 {"vertices", verified.graph.nvertices},
+                 {"hyperedges", verified.graph.nnets},
+                 {"pins", verified.graph.pins.size()},
+                 {"nparts", figures.nparts},
+                 {"cut", figures.cut},
+                 {"cut_hyperedges", figures.ncut},
+                 {"soed", figures.soed},
+                 {"connectivity", figures.km1},
+                 {"scaled_cost", static_cast<double>(figures.scaled_cost)},
+                 {"absorption", absorption_number(figures)},
+                 {"imbalance_percent", imbalance_percent(figures)},
+                 {"parts", parts_json(figures)}};
+    if (settings.list_cut) json["cut_list"] = cut_json(verified);
+    Json claims = Json::array();
+    for (const Claim &claim : verified.claims)
+        claims.push_back({{"claim", claim.name}, {"holds", claim.holds}, {"text", claim.text}});
+    json["claims"] = claims;
+    return json;
+}
+
+/* A row for each figure: no column is ever left empty. */
+static void print_csv(const Settings &settings, const Verified &verified)
+{
+    const Figures &figures = verified.figures;
+    printf("figure,value\nvertices,%lld\nhyperedges,%lld\npins,%zu\nnparts,%lld\n",
+           ll(verified.graph.nvertices), ll(verified.graph.nnets), verified.graph.pins.size(),
+           ll(figures.nparts));
+    printf("cut,%lld\ncut_hyperedges,%lld\nsoed,%lld\nconnectivity,%lld\n", ll(figures.cut),
+           ll(figures.ncut), ll(figures.soed), ll(figures.km1));
+    printf("scaled_cost,%.17Lg\nabsorption,%s\nimbalance_percent,%.17g\n", figures.scaled_cost,
+           absorption_text(figures).c_str(), imbalance_percent(figures));
+    for (size_t p = 0; p < figures.weight.size(); p++)
+        printf("part_%zu_vertices,%lld\npart_%zu_weight,%lld\npart_%zu_external_degree,%lld\n", p,
+               ll(figures.vertices[p]), p, ll(figures.weight[p]), p, ll(figures.external[p]));
+    if (settings.list_cut)
+        for (const int64_t e : cut_hyperedges(verified.graph, verified.part))
+            printf("cut_hyperedge,%lld\n", ll(e + 1));
+    for (const Claim &claim : verified.claims)
+        printf("claim_%s,%s\n", claim.name, claim.holds ? "true" : "false");
+}
+
+Status run_verify(const Settings &settings)
+{
+    const Verified verified = verify_files(settings);
+    if (settings.format == FORMAT_JSON)
+        puts(figures_json(settings, verified)
+                 .dump(2, ' ', false, Json::error_handler_t::replace)
+                 .c_str());
+    else if (settings.format == FORMAT_CSV)
+        print_csv(settings, verified);
+    else
+        print_text(settings, verified);
+    const auto holds = [](const Claim &claim) { return claim.holds; };
+    return std::all_of(verified.claims.begin(), verified.claims.end(), holds) ? STATUS_OK
+                                                                              : STATUS_FAILED;
+}
