@@ -96,7 +96,8 @@ struct Gathering {
 /* Appends the vertices of hyperedge e. */
 static void read_pins(TextLine *line, const Header *header, int e, Gathering *lists)
 {
-    for (int v; (v = int_or_zero(line) - 1) >= 0;) {
+    for (int number; (number = int_or_zero(line)) > 0;) {
+        const int v = number - 1;
         if (v >= header->ncells)
             errexit__("Mismatch between the provided and actual value of num_cells\n");
         if (lists->last[v] == e) continue;
