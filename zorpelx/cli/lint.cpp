@@ -136,7 +136,7 @@ static void print_heavy(const std::vector<int64_t> &weights, int64_t first)
 {
     const std::vector<int64_t> heavy = heavy_vertices(weights);
     if (heavy.empty()) return;
-    printf("\n  %zu vertices are heavier than a fiftieth of all, and are never merged:\n",
+    printf("\n  Vertices heavier than a fiftieth of all, which are never merged: %zu\n",
            heavy.size());
     for (size_t i = 0; i < heavy.size() && i < MOST_HEAVY; i++)
         printf("    vertex %lld weighs %lld\n", ll(heavy[i] + first),

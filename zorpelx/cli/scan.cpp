@@ -70,9 +70,11 @@ static const char *take_digits(const char *s, const char *end, int64_t *value)
 Token take_token(Line *line)
 {
     const char *s = line->next, *const end = line->end;
-    while (s < end && is_space(*s)) s++;
     Token token = {TOKEN_END, 0, true, {line->number, line->column + (s - line->begin)}, s, s};
+    while (s < end && is_space(*s)) s++;
     if (s < end) {
+        token.place.column += s - token.begin;
+        token.begin = s;
         const bool sign = *s == '+' || *s == '-', negative = *s == '-';
         const char *const digits = sign ? s + 1 : s;
         if (digits < end && is_digit(*digits)) {

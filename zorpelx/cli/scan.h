@@ -54,7 +54,7 @@ bool is_long(const Line &line);
 bool is_blank(const Line &line);
 
 /* The next token: a decimal number with an optional sign, which ends before the first character
- * that is no digit; or anything else up to white space. */
+ * that is no digit; or anything else up to white space. The end is where the last token ended. */
 Token take_token(Line *line);
 
 /* The token as a message shows it: shortened, unprintable characters as dots. */
