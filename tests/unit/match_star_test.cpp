@@ -1,0 +1,146 @@
+/* tests/unit/match_star_test.cpp: first-choice matching. On fewer than 16 vertices the random order
+ * is the order of numbers.
+ */
+#include "coarsen/match_star.h"
+
+#include "levels.h"
+#include "matchings.h"
+
+static Nets match(const std::string &name, HGraph *graph, int maxweight = 1000, int maxnetsize = 50)
+{
+    PartCtrl ctrl = make_ctrl();
+    ctrl.MaxCellWgt = maxweight;
+    ctrl.maxnetsize = maxnetsize;
+    run_matching(name, &ctrl, graph);
+    return groups_of(graph);
+}
+
+/* Vertex 0 joined to each of the others. */
+static Nets star(int leaves)
+{
+    Nets nets;
+    for (int v = 1; v <= leaves; v++) nets.push_back({0, v});
+    return nets;
+}
+
+TEST(MatchStarTest, four_of_ten_vertices_join_a_partner_and_no_more)
+{
+    for (const std::string name : {"EdgesStars0", "EdgesStars1", "CEdgesStars"}) {
+        Ints all(10);
+        std::iota(all.begin(), all.end(), 0);
+        const Level level = make_level(10, {all});
+        level->where = engine_array(Ints(10, 0));
+        EXPECT_EQ(match(name, level.get()).size(), 6u);
+    }
+}
+
+TEST(MatchStarTest, group_grows_while_the_quota_lasts)
+{
+    const Level level = make_level(6, star(5)); // 2.4: three may join
+    EXPECT_EQ(match("EdgesStars0", level.get()), (Nets{{0, 1, 2, 3}, {4}, {5}}));
+}
+
+TEST(MatchStarTest, full_group_is_not_offered)
+{
+    const Level level = make_level(6, star(5));
+    EXPECT_EQ(match("EdgesStars0", level.get(), 3), (Nets{{0, 1, 2}, {3}, {4}, {5}}));
+}
+
+TEST(MatchStarTest, single_vertex_weighs_as_a_group_when_others_join_it)
+{
+    // 0 (weight 5) finds nobody light enough and stays single; 1 would make its group 7
+    const Level level =
+        make_level(4, {{0, 1}, {1, 2}, {2, 3}, {0, 1, 3}}, {9, 1, 1, 1}, {5, 2, 1, 1});
+    const Nets groups = match("EdgesStars0", level.get(), 6);
+    for (size_t c = 0; c < groups.size(); c++) EXPECT_LE(level->coarser->cellwgt[c], 6);
+}
+
+TEST(MatchStarTest, fixed_vertices_never_receive_members)
+{
+    for (const std::string name : {"EdgesStars0", "EdgesStars1", "CEdgesStars"}) {
+        const Level level = make_level(6, star(5), {}, {}, 1);
+        level->where = engine_array(Ints(6, 0));
+        EXPECT_EQ(match(name, level.get()).size(), 6u);
+        EXPECT_EQ(level->cellmap[0], 0);
+    }
+}
+
+TEST(MatchStarTest, on_ties_a_later_candidate_replaces_a_grouped_one)
+{
+    // 0 takes 1 for 9; 4 sees 1 (grouped) and 5 (free) alike, the later one wins
+    const Level level =
+        make_level(7, {{0, 1}, {4, 1, 5}, {1, 6}, {5, 6}, {1, 5, 6}, {2, 3}}, {9, 2, 1, 1, 1, 1});
+    const Nets groups = match("EdgesStars0", level.get());
+    EXPECT_NE(std::find(groups.begin(), groups.end(), Ints{4, 5}), groups.end());
+}
+
+TEST(MatchStarTest, on_ties_the_first_candidate_stays_if_it_is_free)
+{
+    const Level level = make_level(3, {{0, 1, 2}}, {}, {1, 5, 2});
+    EXPECT_EQ(match("EdgesStars0", level.get(), 6), (Nets{{0, 1}, {2}})); // weight does not matter
+}
+
+TEST(MatchStarTest, members_are_listed_in_increasing_order)
+{
+    const Level level = make_level(6, {{5, 0}, {5, 1}, {5, 2}, {5, 3}, {5, 4}});
+    for (const Ints &group : match("EdgesStars0", level.get()))
+        EXPECT_TRUE(std::is_sorted(group.begin(), group.end()));
+}
+
+/* Vertices 0 and 1 are joined by 2 strong hyperedges; the others by a weak one of 12 pins only. */
+static Level weakly_joined()
+{
+    Ints pins = {0, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
+    return make_level(13, {pins, {0, 1}, {0, 1}}, {1, 1, 1});
+}
+
+TEST(MatchStarTest, weak_hyperedges_do_not_count_for_the_order_but_for_the_partner)
+{
+    const Level level = weakly_joined();
+    PartCtrl ctrl = make_ctrl();
+    Ints keys(13), htable(26, -1);
+    EXPECT_EQ(ComputeAllWeights__(&ctrl, level.get(), keys.data(), htable.data()), 51);
+    EXPECT_EQ(keys[0], 50); // 100 / 2
+    EXPECT_EQ(keys[1], 50);
+    EXPECT_EQ(Ints(keys.begin() + 2, keys.end()), Ints(11, 51)); // last
+    EXPECT_EQ(htable, Ints(26, -1));
+    // 1 and 0 first; the weak ones still pair up among themselves, up to the quota of 6
+    EXPECT_EQ(match("EdgesStars1", level.get()),
+              (Nets{{0, 1}, {2, 3}, {4, 5}, {6, 7}, {8, 9}, {10, 11}, {12}}));
+}
+
+TEST(MatchStarTest, strength_of_exactly_a_tenth_counts)
+{
+    Ints pins(11);
+    std::iota(pins.begin(), pins.end(), 0);
+    const Level level = make_level(11, {pins}); // 1 / 10 in single precision is above 0.1
+    PartCtrl ctrl = make_ctrl();
+    Ints keys(11), htable(22, -1);
+    EXPECT_EQ(ComputeAllWeights__(&ctrl, level.get(), keys.data(), htable.data()), 1000);
+    EXPECT_EQ(keys[0], 999);
+}
+
+TEST(MatchStarTest, vertex_with_no_partner_light_enough_comes_last)
+{
+    const Level level = make_level(3, {{0, 1}, {1, 2}}, {4, 2}, {9, 1, 1});
+    PartCtrl ctrl = make_ctrl();
+    ctrl.MaxCellWgt = 8;
+    Ints keys(3), htable(6, -1);
+    EXPECT_EQ(ComputeAllWeights__(&ctrl, level.get(), keys.data(), htable.data()), 51);
+    EXPECT_EQ(keys, (Ints{51, 50, 50}));
+}
+
+TEST(RestrictedMatchStarTest, vertex_with_all_neighbours_in_other_parts_stays_single)
+{
+    const Level level = make_level(6, star(5));
+    level->where = engine_array({0, 1, 1, 1, 1, 0});
+    match("CEdgesStars", level.get());
+    EXPECT_EQ(sorted_groups_of(level.get()), (Nets{{0, 5}, {1}, {2}, {3}, {4}}));
+}
+
+TEST(RestrictedMatchStarTest, large_hyperedges_contribute_nothing)
+{
+    const Level level = make_level(5, {{0, 1, 2}, {3, 4}});
+    level->where = engine_array(Ints(5, 0));
+    EXPECT_EQ(match("CEdgesStars", level.get(), 1000, 2), (Nets{{0}, {1}, {2}, {3, 4}}));
+}
