@@ -16,6 +16,8 @@
 
 constexpr int64_t MOST_SUM_STEPS = 200000000; // words touched while all sums are made
 
+constexpr int SINGLE_PRECISION = 20; // it errs by less than this power of a half
+
 static long long ll(int64_t number)
 {
     return number;
@@ -39,46 +41,61 @@ static Bounds bisection_bounds(int64_t nparts, int ubfactor, int64_t total)
             std::max(static_cast<int64_t>(least1), int64_t{0})};
 }
 
-static void compound_least(int64_t nparts, int ubfactor, int64_t total, int64_t *least)
+/* Weights that a part, or several together, can have. */
+struct Range {
+    int64_t least, most;
+};
+
+/* In single precision a bound does not quite grow with the weight: where the weight is only known
+ * to be in a range, this much is added on both sides. */
+static int64_t rounding(Range range)
 {
-    if (nparts == 1) {
-        *least = total;
-        return;
-    }
-    const Bounds bounds = bisection_bounds(nparts, ubfactor, total);
-    compound_least(nparts / 2, ubfactor, bounds.side0, least);
-    compound_least(nparts - nparts / 2, ubfactor, bounds.side1, least + nparts / 2);
+    return range.least == range.most ? 0 : range.most >> SINGLE_PRECISION;
 }
 
-static void compound_most(int64_t nparts, int ubfactor, int64_t total, int64_t *most)
+static Range widened(int64_t least, int64_t most, int64_t by)
 {
-    if (nparts == 1) {
-        *most = total;
-        return;
-    }
-    const Bounds bounds = bisection_bounds(nparts, ubfactor, total);
-    compound_most(nparts / 2, ubfactor, total - bounds.side1, most);
-    compound_most(nparts - nparts / 2, ubfactor, total - bounds.side0, most + nparts / 2);
+    return {std::max(least - by, int64_t{0}), most + by};
 }
 
-/* The refinement of all parts together lets a part fall to the average times average / heaviest. */
-static int64_t polished_least(int64_t nparts, int64_t total, int64_t heaviest)
+/* Limits of nparts parts that weigh range together, into least and most. */
+static void compound(int64_t nparts, int ubfactor, Range range, int64_t *least, int64_t *most)
 {
-    if (heaviest == 0) return 0;
-    const double average = static_cast<double>(total) / static_cast<double>(nparts);
-    return static_cast<int64_t>(average * average / static_cast<double>(heaviest));
+    if (nparts == 1) {
+        *least = range.least;
+        *most = range.most;
+        return;
+    }
+    const int64_t half = nparts / 2, error = rounding(range);
+    const Bounds low = bisection_bounds(nparts, ubfactor, range.least);
+    const Bounds high = bisection_bounds(nparts, ubfactor, range.most);
+    compound(half, ubfactor, widened(low.side0, range.most - high.side1, error), least, most);
+    compound(nparts - half, ubfactor, widened(low.side1, range.most - high.side0, error),
+             least + half, most + half);
+}
+
+/* The refinement of all parts together bounds them all by the ratio of the heaviest to the
+ * average, which is at most what the bisections leave. */
+static Range polished(int64_t nparts, int64_t total, Range all)
+{
+    const float weight = static_cast<float>(total), count = static_cast<float>(nparts);
+    const float ratio = static_cast<float>(
+        static_cast<double>(nparts) * static_cast<double>(all.most) / static_cast<double>(total));
+    const int64_t least = static_cast<int64_t>(weight / (count * ratio));
+    const int64_t most = static_cast<int64_t>(ratio * weight / count);
+    return widened(std::min(all.least, least), std::max(all.most, most), rounding(all));
 }
 
 Limits part_limits(int64_t nparts, int ubfactor, int64_t total)
 {
     const size_t size = static_cast<size_t>(nparts);
     Limits limits = {std::vector<int64_t>(size), std::vector<int64_t>(size), 0, 0};
-    compound_least(nparts, ubfactor, total, limits.least.data());
-    compound_most(nparts, ubfactor, total, limits.most.data());
-    limits.lightest = *std::min_element(limits.least.begin(), limits.least.end());
-    limits.heaviest = *std::max_element(limits.most.begin(), limits.most.end());
-    if (nparts > 2 && nparts <= MOST_POLISHED)
-        limits.lightest = std::min(limits.lightest, polished_least(nparts, total, limits.heaviest));
+    compound(nparts, ubfactor, {total, total}, limits.least.data(), limits.most.data());
+    Range all = {*std::min_element(limits.least.begin(), limits.least.end()),
+                 *std::max_element(limits.most.begin(), limits.most.end())};
+    if (nparts > 2 && nparts <= MOST_POLISHED && total > 0) all = polished(nparts, total, all);
+    limits.lightest = all.least;
+    limits.heaviest = all.most;
     return limits;
 }
 

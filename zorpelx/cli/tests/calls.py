@@ -1,0 +1,60 @@
+"""Calls of the programs under test, in a folder of their own."""
+
+import json
+import os
+import pathlib
+import shutil
+import subprocess
+import tempfile
+import unittest
+
+ZORPELX = os.environ["ZORPELX"]
+ZORPEL = os.environ["ZORPEL"]
+EXAMPLES = pathlib.Path(os.environ["ZORPEL_SOURCE"]) / "examples"
+
+
+class Case(unittest.TestCase):
+    """A test case with a folder that holds nothing but what it makes."""
+
+    def setUp(self):
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="zorpelx-"))
+        self.addCleanup(shutil.rmtree, self.folder)
+
+    def file(self, name, content):
+        path = self.folder / name
+        if isinstance(content, str):
+            content = content.encode()
+        path.write_bytes(content)
+        return name
+
+    def example(self, name):
+        shutil.copy(EXAMPLES / name, self.folder / name)
+        return name
+
+    def text(self, name):
+        return (self.folder / name).read_text()
+
+    def call(self, *words, **more):
+        """Runs zorpelx; returns the finished process, its output as text."""
+        words = [ZORPELX, *map(str, words)]
+        return subprocess.run(words, cwd=self.folder, capture_output=True, text=True, **more)
+
+    def run_ok(self, *words, **more):
+        done = self.call(*words, **more)
+        self.assertEqual(done.returncode, 0, done.stderr + done.stdout)
+        return done
+
+    def fails(self, status, sentence, *words, **more):
+        """Runs zorpelx and expects the status, with the sentence in what it prints."""
+        done = self.call(*words, **more)
+        self.assertEqual(done.returncode, status, done.stderr + done.stdout)
+        self.assertIn(sentence, done.stderr + done.stdout)
+        return done
+
+    def json_of(self, *words, status=0):
+        done = self.call(*words)
+        self.assertEqual(done.returncode, status, done.stderr)
+        return json.loads(done.stdout)
+
+    def names(self):
+        return sorted(path.name for path in self.folder.iterdir())

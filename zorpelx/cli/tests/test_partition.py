@@ -1,0 +1,371 @@
+"""partition: options, statuses, what is left behind when a run is cut short."""
+
+import errno
+import gzip
+import json
+import os
+import pty
+import random
+import resource
+import select
+import signal
+import subprocess
+import time
+import unittest
+
+from calls import ZORPELX, Case
+
+
+def random_hypergraph(nvertices, nnets, seed=1):
+    numbers = random.Random(seed)
+    lines = [f"{nnets} {nvertices}"]
+    for _ in range(nnets):
+        pins = numbers.sample(range(1, nvertices + 1), numbers.randint(2, 5))
+        lines.append(" ".join(map(str, pins)))
+    return "\n".join(lines) + "\n"
+
+
+def zstd(content):
+    return subprocess.run(["zstd", "-c"], input=content, capture_output=True, check=True).stdout
+
+
+class Options(Case):
+    def setUp(self):
+        super().setUp()
+        self.example("mult16.hgr")
+
+    def cut_of(self, *words):
+        self.run_ok("partition", "mult16.hgr", "--json", "j", "-o", "out", *words)
+        return json.loads(self.text("j"))
+
+    def test_names_and_numbers_mean_the_same(self):
+        for name, number in {
+            "--matching": ("gfc", 3),
+            "--refine": ("eefm", 3),
+            "--vcycle": ("all", 3),
+            "--reconst": ("yes", 1),
+            "--polish": ("no", 0),
+        }.items():
+            by_name = self.cut_of("-k", 5, name, number[0], "-r", 2)
+            part = self.text("out")
+            by_number = self.cut_of("-k", 5, name, number[1], "-r", 2)
+            self.assertEqual(part, self.text("out"), name)
+            self.assertEqual(by_name["options"], by_number["options"])
+            plain = self.cut_of("-k", 5, "-r", 2)
+            self.assertNotEqual(plain["options"], by_name["options"])
+
+    def test_schemes_reach_the_engine(self):
+        """Each value of each scheme gives a partition of its own on this hypergraph."""
+        for name, values in {
+            "--matching": ("hfc", "fc", "gfc", "hedge", "edge"),
+            "--refine": ("fm", "1wayfm", "eefm"),
+            "--runs": (1, 9),
+        }.items():
+            found = set()
+            for value in values:
+                self.cut_of("-k", 7, "-r", 1, name, value) if name != "--runs" else self.cut_of(
+                    "-k", 7, name, value
+                )
+                found.add(self.text("out"))
+            self.assertEqual(len(found), len(values), name)
+
+    def test_presets_and_what_overrides_them(self):
+        fast = self.cut_of("-k", 2, "--preset", "fast")["options"]
+        self.assertEqual((fast["runs"], fast["refine"], fast["vcycle"]), (1, "eefm", "no"))
+        best = self.cut_of("-k", 2, "--preset", "best", "--runs", 3, "--starts", 2)["options"]
+        self.assertEqual((best["runs"], best["starts"], best["vcycle"]), (3, 2, "all"))
+
+    def test_the_result_is_what_verify_counts(self):
+        answer = self.cut_of("-k", 6, "--starts", 3, "--runs", 2)
+        again = self.json_of(
+            "verify",
+            "mult16.hgr",
+            "out",
+            "--format",
+            "json",
+            "-k",
+            6,
+            "--imbalance",
+            5,
+            "--expect",
+            answer["cut"],
+        )
+        for figure in ("cut", "soed", "connectivity", "cut_hyperedges", "parts"):
+            self.assertEqual(answer[figure], again[figure])
+
+    def test_jobs_do_not_change_the_result(self):
+        parts = set()
+        for jobs in (1, 2, 4):
+            self.cut_of("-k", 4, "--starts", 4, "--runs", 1, "--jobs", jobs)
+            parts.add(self.text("out"))
+        self.assertEqual(len(parts), 1)
+
+    def test_more_starts_are_never_worse(self):
+        one = self.cut_of("-k", 4, "--runs", 1)
+        many = self.cut_of("-k", 4, "--runs", 1, "--starts", 8)
+        self.assertLessEqual(many["cut"], one["cut"])
+        again = self.cut_of("-k", 4, "--runs", 1, "--seed", many["seed"])
+        self.assertEqual(again["cut"], many["cut"])
+
+    def test_fixed_vertices(self):
+        self.example("mult16.fix4")
+        self.cut_of("-k", 4, "--fix", "mult16.fix4", "--runs", 2)
+        self.run_ok("verify", "mult16.hgr", "out", "mult16.fix4")
+
+    def test_trace_goes_to_standard_error(self):
+        done = self.run_ok("partition", "mult16.hgr", "-k", 2, "-r", 2, "--trace", 16)
+        self.assertEqual(done.stderr.count("Cut of trial"), 2)
+        self.assertNotIn("Cut of trial", done.stdout)
+
+
+class Input(Case):
+    def test_compressed_input_gives_the_same_partition(self):
+        plain = self.text(self.example("fifo.hgr")).encode()
+        self.file("a.hgr.gz", gzip.compress(plain))
+        self.file("b.hgr.gz", gzip.compress(plain[:1000]) + gzip.compress(plain[1000:]))
+        self.file("c.hgr.zst", zstd(plain))
+        self.file("d.hgr.zst", zstd(plain[:1000]) + zstd(plain[1000:]))
+        self.run_ok("partition", "fifo.hgr", "-k", 3)
+        wanted = self.text("fifo.hgr.part.3")
+        for name in ("a.hgr.gz", "b.hgr.gz", "c.hgr.zst", "d.hgr.zst"):
+            self.run_ok("partition", name, "-k", 3)
+            self.assertEqual(self.text(name[:5] + ".part.3"), wanted)
+
+    def test_standard_input_and_output(self):
+        self.example("fifo.hgr")
+        self.run_ok("partition", "fifo.hgr", "-k", 3)
+        done = self.run_ok("partition", "-", "-k", 3, input=self.text("fifo.hgr"))
+        self.assertEqual(done.stdout, self.text("fifo.hgr.part.3"))
+        self.assertEqual(self.names(), ["fifo.hgr", "fifo.hgr.part.3"])
+
+    def test_damaged_compression(self):
+        for name, content in {
+            "a.gz": gzip.compress(b"1 2\n1 2\n")[:-6],
+            "b.gz": gzip.compress(b"1 2\n1 2\n") + b"rest",
+            "c.gz": gzip.compress(random.Random(1).randbytes(99))[:30] + b"xx",
+            "d.zst": zstd(b"1 2\n1 2\n" * 50)[:-3],
+        }.items():
+            self.fails(3, f"{name}: ", "partition", self.file(name, content), "-k", 2)
+        self.assertEqual(self.names(), ["a.gz", "b.gz", "c.gz", "d.zst"])
+
+
+class Statuses(Case):
+    def setUp(self):
+        super().setUp()
+        self.example("fifo.hgr")
+
+    def test_usage(self):
+        for words, sentence in {
+            (): "a command is needed",
+            ("partition", "fifo.hgr"): "-k K",
+            ("partition", "-k", "2"): "HYPERGRAPH is required",
+            ("partition", "fifo.hgr", "-k", "1"): "1 is not between 2 and",
+            ("partition", "fifo.hgr", "-k", "2x"): "'2x' is not a whole number",
+            ("partition", "fifo.hgr", "-k", "2", "-b", "50"): "50 is not between 1 and 49",
+            ("partition", "fifo.hgr", "-k", "2", "--matching", "6"): "'6' is none of hfc, fc",
+            ("partition", "fifo.hgr", "-k", "2", "--timeout", "soon"): "is not a number",
+            ("partition", "fifo.hgr", "-k", "2", "--nonsense"): "--nonsense",
+            ("partition", "fifo.hgr", "-k", "2", "-o", "-", "--json", "-"): "standard output",
+            ("lint",): "lint needs",
+            ("lint", "fifo.hgr", "--keep", "3"): "--keep needs -k",
+            ("lint", "fifo.hgr", "--map", "m"): "--map needs --fix",
+            ("verify", "fifo.hgr"): "PARTITION is required",
+            ("nonsense",): "nonsense",
+        }.items():
+            self.fails(2, sentence, *words)
+        self.assertEqual(self.names(), ["fifo.hgr"])
+
+    def test_input_and_output_that_cannot_be(self):
+        self.fails(5, "absent.hgr: No such file", "partition", "absent.hgr", "-k", 2)
+        self.fails(5, "No such file", "partition", "fifo.hgr", "-k", 2, "-o", "no/where")
+        self.fails(5, "Is a directory", "partition", ".", "-k", 2)
+
+    def test_memory_cap(self):
+        self.file("big.hgr", random_hypergraph(20000, 40000))
+        self.file("out", "old\n")
+        done = self.call("partition", "big.hgr", "-k", 2, "--memory", 1, "-r", 1, "-o", "out")
+        self.assertEqual(done.returncode, 6, done.stderr)
+        self.assertEqual(self.text("out"), "old\n")
+
+    def test_out_of_memory_while_reading(self):
+        def cap():
+            resource.setrlimit(resource.RLIMIT_AS, (192 << 20, 192 << 20))
+
+        self.file("big.hgr", "1 30000000\n1 2\n" + "% \n" * 1000000)
+        done = self.call("stats", "big.hgr", preexec_fn=cap)
+        if done.returncode < 0 or "Sanitizer" in done.stderr:
+            self.skipTest("the sanitizer needs the address space")
+        self.assertEqual((done.returncode, done.stderr), (6, "zorpelx: out of memory\n"))
+
+    def test_full_devices(self):
+        self.fails(5, "No space left", "partition", "fifo.hgr", "-k", 2, "-o", "/dev/full")
+        with open("/dev/full", "w") as full:
+            done = subprocess.run([ZORPELX, "--man"], stdout=full, stderr=subprocess.PIPE)
+        self.assertEqual(done.returncode, 5)
+
+    def test_help_and_version(self):
+        self.assertRegex(self.run_ok("--version").stdout, r"^zorpelx \d+\.\d+\.\d+\n$")
+        self.assertIn("--matching", self.run_ok("partition", "--help").stdout)
+
+
+class Whole(Case):
+    """The output file is the old one or the new one, whatever happens."""
+
+    def setUp(self):
+        super().setUp()
+        self.file("out", "old\n")
+
+    def test_disk_full(self):
+        def cap():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (1000, 1000))
+
+        self.example("mult16.hgr")
+        words = ("partition", "mult16.hgr", "-k", 2, "-o", "out")
+        self.fails(5, os.strerror(errno.EFBIG), *words, preexec_fn=cap)
+        self.assertEqual(self.text("out"), "old\n")
+        self.assertEqual(self.names(), ["mult16.hgr", "out"])
+
+    def test_killed(self):
+        self.file("g.hgr", random_hypergraph(3000, 6000))
+        words = [ZORPELX, "partition", "g.hgr", "-k", "8", "-o", "out", "--runs", "1000"]
+        run = subprocess.Popen(words, cwd=self.folder)
+        time.sleep(0.3)
+        run.kill()
+        run.wait()
+        self.assertEqual(self.text("out"), "old\n")
+
+    def test_killed_at_any_moment_of_writing(self):
+        """Stopped by a limit on its processor time at ever later moments."""
+        self.file("g.hgr", "1 300000\n1 2\n")
+        whole = None
+        for hundredths in range(0, 60, 3):
+            run = subprocess.Popen(
+                [ZORPELX, "lint", "g.hgr", "--fix", "out", "-q"],
+                cwd=self.folder,
+                stderr=subprocess.DEVNULL,
+            )
+            time.sleep(hundredths / 100)
+            run.kill()
+            run.wait()
+            content = self.text("out")
+            self.assertIn(content, ("old\n", "1 300000\n1 2\n"))
+            whole = whole or content != "old\n"
+        self.assertTrue(whole)
+
+    def test_permissions_and_links_stay(self):
+        self.example("fifo.hgr")
+        (self.folder / "out").chmod(0o640)
+        (self.folder / "link").symlink_to("out")
+        self.run_ok("partition", "fifo.hgr", "-k", 2, "-o", "link")
+        self.assertTrue((self.folder / "link").is_symlink())
+        self.assertEqual((self.folder / "out").stat().st_mode & 0o777, 0o640)
+        self.assertEqual(len(self.text("out").split()), 385)
+
+    def test_new_files_obey_the_umask(self):
+        self.example("fifo.hgr")
+        self.run_ok("partition", "fifo.hgr", "-k", 2, "-o", "new", umask=0o027)
+        self.assertEqual((self.folder / "new").stat().st_mode & 0o777, 0o640)
+
+
+class CutShort(Case):
+    def setUp(self):
+        super().setUp()
+        self.example("fifo.hgr")
+        self.file("big.hgr", random_hypergraph(3000, 6000))
+
+    def test_a_deadline_delivers_the_best_finished_start(self):
+        done = self.call(
+            "partition",
+            "fifo.hgr",
+            "-k",
+            2,
+            "--starts",
+            1000000,
+            "-r",
+            1,
+            "--timeout",
+            2,
+            "--json",
+            "j",
+        )
+        self.assertEqual(done.returncode, 124, done.stderr)
+        answer = json.loads(self.text("j"))
+        self.assertGreater(answer["finished"], 0)
+        self.assertEqual(answer["status"], 124)
+        self.run_ok("verify", "fifo.hgr", "fifo.hgr.part.2", "--expect", answer["cut"])
+
+    def test_a_deadline_before_any_start_delivers_nothing(self):
+        done = self.call("partition", "big.hgr", "-k", 64, "--runs", 100000, "--timeout", 0.2)
+        self.assertEqual(done.returncode, 124, done.stderr)
+        self.assertEqual(self.names(), ["big.hgr", "fifo.hgr"])
+
+    def interrupt(self, number, status):
+        words = [
+            ZORPELX,
+            "partition",
+            "fifo.hgr",
+            "-k",
+            "2",
+            "--starts",
+            "1000000",
+            "-r",
+            "1",
+            "--progress",
+            "always",
+        ]
+        run = subprocess.Popen(
+            words, cwd=self.folder, stdout=subprocess.PIPE, stderr=subprocess.PIPE
+        )
+        seen = b""
+        while b", cut " not in seen:  # a start is finished
+            seen += os.read(run.stderr.fileno(), 4096)
+        run.send_signal(number)
+        output = run.communicate()[0].decode()
+        self.assertEqual(run.returncode, status)
+        self.assertIn("fifo.hgr.part.2: 2 parts, cut", output)
+        self.run_ok("verify", "fifo.hgr", "fifo.hgr.part.2", "--imbalance", 5)
+
+    def test_an_interrupt_delivers_the_best_finished_start(self):
+        self.interrupt(signal.SIGINT, 130)
+
+    def test_termination_delivers_the_best_finished_start(self):
+        self.interrupt(signal.SIGTERM, 143)
+
+
+class Progress(Case):
+    def on_terminal(self, *words):
+        """What zorpelx writes on standard error when that is a terminal."""
+        main, side = pty.openpty()
+        run = subprocess.Popen(
+            [ZORPELX, *words], cwd=self.folder, stdout=subprocess.PIPE, stderr=side
+        )
+        os.close(side)
+        seen = b""
+        while select.select([main], [], [], 60)[0]:
+            try:
+                got = os.read(main, 4096)
+            except OSError:  # the other side is closed
+                break
+            if not got:
+                break
+            seen += got
+        output = run.communicate()[0].decode()
+        self.assertEqual(run.returncode, 0)
+        os.close(main)
+        return seen.decode(), output
+
+    def test_a_line_on_a_terminal_only(self):
+        self.example("mult16.hgr")
+        words = ("partition", "mult16.hgr", "-k", "4", "--starts", "3")
+        seen, output = self.on_terminal(*words)
+        self.assertRegex(seen, r"\d of 3 starts, \d+ of 90 runs, \d+ levels.* s\x1b\[K")
+        self.assertTrue(seen.endswith("\r\x1b[K"))
+        self.assertEqual(output.count("\n"), 1)
+        self.assertEqual(self.run_ok(*words).stderr, "")
+        self.assertEqual(self.on_terminal(*words, "--quiet"), ("", ""))
+        self.assertEqual(self.on_terminal(*words, "--progress", "never")[0], "")
+
+
+if __name__ == "__main__":
+    unittest.main()

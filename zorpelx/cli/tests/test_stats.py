@@ -1,0 +1,50 @@
+"""stats: counts of small hypergraphs by hand, and the picture in the terminal."""
+
+import unittest
+
+from calls import Case
+
+
+class Stats(Case):
+    def test_counts_by_hand(self):
+        big = " ".join(str(v) for v in range(1, 52))
+        self.file("g.hgr", f"4 60 10\n{big}\n52 53\n53 54\n55\n" + "1\n" * 59 + "40\n")
+        answer = self.json_of("stats", "g.hgr", "--format", "json")
+        self.assertEqual(answer["pins"], 51 + 2 + 2 + 1)
+        self.assertEqual(answer["islands"], 5)  # 56 to 60
+        self.assertEqual(answer["components"], 1 + 1 + 1 + 5)
+        self.assertEqual(answer["largest_component"], 51)
+        self.assertEqual(answer["large_hyperedges"], 1)
+        self.assertEqual(answer["single_vertex_hyperedges"], 1)
+        self.assertEqual(answer["parked"], 60 - 3)
+        self.assertEqual(answer["total_vertex_weight"], 99)
+        self.assertEqual(answer["heavy_vertices"], [{"vertex": 60, "weight": 40}])
+        bins = {(b["least"], b["most"]): b["count"] for b in answer["sizes"]["bins"]}
+        self.assertEqual(bins[(1, 1)], 1)
+        self.assertEqual(bins[(2, 2)], 2)
+        self.assertEqual(bins[(33, 64)], 1)
+        self.assertEqual(sum(bins.values()), 4)
+
+    def test_longest_bar_is_forty(self):
+        self.file("g.hgr", "81 3\n" + "1 2\n" * 80 + "1 2 3\n")
+        lines = self.run_ok("stats", "g.hgr").stdout.splitlines()
+        self.assertIn("                2        80 " + "#" * 40, lines)
+        self.assertIn("                3         1 #", lines)
+
+    def test_no_hyperedges(self):
+        self.file("g.hgr", "0 3\n")
+        answer = self.json_of("stats", "g.hgr", "--format", "json")
+        self.assertEqual((answer["components"], answer["islands"]), (3, 3))
+        self.assertIn("Hyperedge sizes: 0 to 0", self.run_ok("stats", "g.hgr").stdout)
+
+    def test_memory_estimate_grows_with_the_hypergraph(self):
+        small = self.json_of("stats", self.example("fifo.hgr"), "--format", "json")
+        large = self.json_of("stats", self.example("cpu32.hgr"), "--format", "json")
+        self.assertGreater(large["memory_bytes"], 5 * small["memory_bytes"])
+
+    def test_bad_file(self):
+        self.fails(3, "g.hgr:2:3: error H09", "stats", self.file("g.hgr", "1 2\n1 3\n"))
+
+
+if __name__ == "__main__":
+    unittest.main()
