@@ -12,3 +12,20 @@ target_link_libraries(zorpel-torture PRIVATE torture_cases)
 # A bounded dose; --n and --seed of any size find what this one does not.
 add_test(NAME torture.dose COMMAND zorpel-torture --n 4000 --seed 20 --jobs 2)
 set_tests_properties(torture.dose PROPERTIES LABELS model TIMEOUT 600)
+
+add_executable(torture_edges ${torture_dir}/torture_edges_test.cpp)
+target_link_libraries(torture_edges PRIVATE torture_cases GTest::gtest)
+add_test(NAME torture.edges_of_32_bits COMMAND torture_edges)
+
+add_executable(torture_exhaustive ${torture_dir}/torture_exhaustive.cpp)
+target_link_libraries(torture_exhaustive PRIVATE torture_cases)
+add_test(NAME torture.all_hypergraphs_of_3_vertices COMMAND torture_exhaustive 3 1)
+add_test(NAME torture.all_hypergraphs_of_5_vertices COMMAND torture_exhaustive 5 3)
+
+add_executable(torture_optimum ${torture_dir}/torture_optimum.cpp)
+target_link_libraries(torture_optimum PRIVATE torture_cases)
+add_test(NAME torture.no_result_beats_the_optimum COMMAND torture_optimum 100 1)
+
+set_tests_properties(torture.edges_of_32_bits torture.all_hypergraphs_of_3_vertices
+  torture.no_result_beats_the_optimum PROPERTIES LABELS model TIMEOUT 600)
+set_tests_properties(torture.all_hypergraphs_of_5_vertices PROPERTIES LABELS slow TIMEOUT 3600)

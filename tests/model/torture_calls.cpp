@@ -25,23 +25,28 @@ extern "C" time_t time(time_t *place)
     return now;
 }
 
-static int output = -1; // the file behind standard output
+/* Standard output goes to a file in memory between the two. */
+struct Output {
+    int file, kept;
+};
 
-void begin_output()
+static Output begin_output()
 {
-    if (output >= 0) return;
+    static const int file = memfd_create("output", 0);
     fflush(stdout);
-    output = memfd_create("output", 0);
-    if (output < 0 || dup2(output, STDOUT_FILENO) < 0) abort();
+    const Output output = {file, dup(STDOUT_FILENO)};
+    if (file < 0 || output.kept < 0 || dup2(file, STDOUT_FILENO) < 0) abort();
+    return output;
 }
 
-static std::string take_output()
+static std::string end_output(const Output *output)
 {
     fflush(stdout);
-    const off_t size = lseek(output, 0, SEEK_CUR);
+    const off_t size = lseek(output->file, 0, SEEK_CUR);
     std::string text(static_cast<size_t>(size), '\0');
-    if (pread(output, text.data(), text.size(), 0) != size) abort();
-    if (ftruncate(output, 0) != 0 || lseek(output, 0, SEEK_SET) != 0) abort();
+    if (pread(output->file, text.data(), text.size(), 0) != size) abort();
+    if (ftruncate(output->file, 0) != 0 || lseek(output->file, 0, SEEK_SET) != 0) abort();
+    if (dup2(output->kept, STDOUT_FILENO) < 0 || close(output->kept) != 0) abort();
     return text;
 }
 
@@ -142,12 +147,13 @@ Outcome make_call(const Case &c)
 {
     Outcome outcome = {c.part, -1, {}};
     int *const part = copy_of(c.part);
+    const Output output = begin_output();
     if (c.entry == ENTRY_SHALLOW || c.entry == ENTRY_DIRECT)
         call_by_record(c, part, &outcome.edgecut);
     else
         call_entry(c, part, &outcome.edgecut);
+    outcome.output = end_output(&output);
     if (part != nullptr) outcome.part.assign(part, part + c.nvtxs);
     free(part);
-    outcome.output = take_output();
     return outcome;
 }

@@ -336,7 +336,6 @@ static std::string check_again(const Case &c, const Outcome &outcome)
 
 std::string check_case(const Case &c)
 {
-    begin_output();
     const Outcome outcome = make_call(c);
     const std::string why = check_outcome(c, outcome);
     return why.empty() ? check_again(c, outcome) : why;

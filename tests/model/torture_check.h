@@ -27,11 +27,8 @@ struct Figures {
 
 Figures count_figures(const Case &c, const std::vector<int> &part, int nparts);
 
-/* Makes the call; what it prints is collected (begin_output must have been called). */
+/* Makes the call and collects what it prints. */
 Outcome make_call(const Case &c);
-
-/* Sends standard output to a file in memory for the rest of the process. */
-void begin_output();
 
 /* Makes the calls that a case needs and judges them; an empty text when all is well. */
 std::string check_case(const Case &c);
