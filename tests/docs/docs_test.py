@@ -15,7 +15,7 @@ import unittest
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
-PAGES = sorted((ROOT / "docs" / "man").glob("zorpel*.[135]"))
+PAGES = [ROOT / "docs" / "man" / name for name in ("zorpel.1", "zorpel.3", "zorpel_hgr.5")]
 DOCUMENTS = [ROOT / "README.md", ROOT / "CONTRIBUTING.md", ROOT / "CHANGELOG.md"]
 DOCUMENTS += sorted((ROOT / "docs").glob("*.md"))
 BUILD = ROOT / "build" / "release"
