@@ -29,3 +29,10 @@ add_test(NAME torture.no_result_beats_the_optimum COMMAND torture_optimum 100 1)
 set_tests_properties(torture.edges_of_32_bits torture.all_hypergraphs_of_3_vertices
   torture.no_result_beats_the_optimum PROPERTIES LABELS model TIMEOUT 600)
 set_tests_properties(torture.all_hypergraphs_of_5_vertices PROPERTIES LABELS slow TIMEOUT 3600)
+
+# Results on 1000 cases, the same on every compiler, level and allocator (same_results.py). A change
+# of results on purpose changes this number.
+add_test(NAME torture.results_are_unchanged
+  COMMAND zorpel-torture --checksum --n 1000 --seed 20)
+set_tests_properties(torture.results_are_unchanged PROPERTIES LABELS model TIMEOUT 600
+  PASS_REGULAR_EXPRESSION "1000 cases of seed 20: ca28e183e7d4261e")
