@@ -5,6 +5,8 @@
 #include <ctime>
 
 #include "calls.h"
+#include "refine/fm.h"
+#include "refine/gains.h"
 
 static Problem random_problem(unsigned seed, int nvtxs, int nhedges)
 {
@@ -68,17 +70,16 @@ static std::pair<Result, int> with_next_draw(const Problem &problem, const Optio
 
 TEST(Entry, slot_0_equal_to_0_takes_every_default_whatever_the_others_hold)
 {
-    const Problem problem = random_problem(6, 60, 90);
-    const Options defaults = {1, 10, 1, 1, 1, 0, 0, -1, 0};
-    Options ignored = {0, -5, 99, -1, 44, 7, 12, 3, -1};
-    for (;;) { // the default seed is the clock: until both calls fall into one second
-        const time_t start = time(nullptr);
-        const auto by_default = with_next_draw(problem, ignored);
-        const auto spelt_out = with_next_draw(problem, defaults);
-        if (time(nullptr) != start) continue;
-        EXPECT_EQ(by_default, spelt_out);
-        break;
-    }
+    const Problem problem = random_problem(6, 1500, 1600); // enough that V-cycles coarsen and draw
+    const Options ignored = {0, -5, 99, -1, 44, 7, 12, 3, -1};
+    const time_t start = time(nullptr);
+    const auto by_default = with_next_draw(problem, ignored);
+    const time_t end = time(nullptr);
+    bool found = false; // the default seed is the clock, read somewhere between start and end
+    for (time_t seed = start; seed <= end && !found; seed++)
+        found = with_next_draw(problem, {1, 10, 1, 1, 1, 0, 0, static_cast<int>(seed), 0}) ==
+                by_default;
+    EXPECT_TRUE(found);
 }
 
 TEST(Entry, slot_0_other_than_0_takes_the_options_as_passed)
@@ -309,6 +310,25 @@ TEST(Entry, refining_seeds_nothing_and_looks_at_no_option_but_the_traces)
     srand(2);
     refine(problem, 5, quick_options(), sides);
     EXPECT_NE(rand(), next); // so the draws did come from the caller's seed
+}
+
+TEST(Entry, refining_is_ten_passes_of_fm_around_halves)
+{
+    const Problem problem = random_problem(24, 400, 500);
+    for (unsigned seed = 1; seed <= 5; seed++) {
+        const std::vector<int> sides = random_ints(seed, 400, 0, 1);
+        PartCtrl ctrl = default_ctrl();
+        ctrl.ubfactor = static_cast<float>(0.03);
+        const HGraphPtr twin = make_incident(400, problem.nets);
+        AllocateRefinementMemory__(twin.get());
+        for (int v = 0; v < 400; v++) twin->where[v] = sides[static_cast<size_t>(v)];
+        srand(seed);
+        Refine_FM__(&ctrl, twin.get(), 10);
+        srand(seed);
+        const Result result = refine(problem, 3, quick_options(), sides);
+        EXPECT_EQ(result.part, entries(400, twin->where));
+        EXPECT_EQ(result.cut, twin->mincut);
+    }
 }
 
 TEST(Entry, refining_accepts_any_ubfactor)
