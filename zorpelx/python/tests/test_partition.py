@@ -1,0 +1,251 @@
+"""Partitioning from Python."""
+
+import doctest
+import os
+import random
+import signal
+import sys
+import threading
+import unittest
+from array import array
+
+import zorpel
+import zorpel.api
+
+
+def random_hyperedges(nvtxs, nhedges, seed):
+    chance = random.Random(seed)
+    return [
+        sorted({(chance.randrange(nvtxs) + i * i) % nvtxs for i in range(chance.randint(2, 5))})
+        for _ in range(nhedges)
+    ]
+
+
+def local_hyperedges(nvtxs, nhedges, seed):
+    chance = random.Random(seed)
+    starts = [chance.randrange(nvtxs) for _ in range(nhedges)]
+    return [sorted({(v + d) % nvtxs for d in (0, 1, chance.randint(2, 9))}) for v in starts]
+
+
+SMALL = local_hyperedges(200, 300, 1)
+
+
+class PartitionTest(unittest.TestCase):
+    def test_every_vertex_gets_a_part_and_the_figures_agree(self):
+        partition = zorpel.partition(SMALL, 5, nvtxs=200, runs=2)
+        quality = zorpel.evaluate(SMALL, partition)
+        self.assertEqual(len(partition), 200)
+        self.assertEqual(set(partition.part), {0, 1, 2, 3, 4})
+        self.assertEqual((partition.cut, partition.soed), (quality.cut, quality.soed))
+        self.assertEqual(partition.imbalance, quality.imbalance)
+        self.assertTrue(partition.valid and partition.complete)
+        self.assertEqual(partition.message, "")
+
+    def test_equal_arguments_give_equal_partitions_whatever_the_jobs(self):
+        results = [
+            zorpel.partition(SMALL, 4, runs=1, seed=9, starts=4, jobs=jobs) for jobs in (1, 2, 4)
+        ]
+        self.assertEqual(results[0].part, results[1].part)
+        self.assertEqual(results[0].part, results[2].part)
+        self.assertEqual(results[0].seed, results[2].seed)
+        again = zorpel.partition(SMALL, 4, runs=1, seed=results[0].seed)
+        self.assertEqual(again.part, results[0].part)
+
+    def test_a_seed_of_none_is_drawn_and_told(self):
+        drawn = zorpel.partition(SMALL, 3, runs=1, seed=None)
+        again = zorpel.partition(SMALL, 3, runs=1, seed=drawn.seed)
+        self.assertEqual(drawn.part, again.part)
+
+    def test_schemes_are_taken_by_name_and_by_number(self):
+        for matching, number in zorpel.api.MATCHINGS.items():
+            by_name = zorpel.partition(SMALL, 2, runs=1, matching=matching.upper())
+            by_number = zorpel.partition(SMALL, 2, runs=1, matching=number)
+            self.assertEqual(by_name.part, by_number.part)
+        zorpel.partition(SMALL, 2, runs=1, refine="eefm", vcycle="all", reconst=True, polish=False)
+
+    def test_weights_and_pre_assignments_are_kept(self):
+        weights = [1 + v % 3 for v in range(200)]
+        fixed = [-1] * 200
+        fixed[3], fixed[150] = 1, 0
+        partition = zorpel.partition(
+            SMALL, 2, runs=1, vertex_weights=weights, fixed=fixed, nvtxs=200
+        )
+        self.assertEqual((partition.part[3], partition.part[150]), (1, 0))
+        quality = zorpel.evaluate(SMALL, partition, vertex_weights=weights)
+        self.assertEqual(sum(quality.part_weights), sum(weights))
+
+    def test_hyperedges_that_cannot_be_cut_are_dropped(self):
+        partition = zorpel.partition(SMALL + [[5], []], 2, runs=1)
+        self.assertEqual(partition.dropped, 2)
+        self.assertEqual(partition.part, zorpel.partition(SMALL, 2, runs=1).part)
+
+    def test_traces_are_kept_for_each_start(self):
+        traces = zorpel.partition(SMALL, 2, runs=1, starts=3, trace=8).traces
+        self.assertEqual(len(traces), 3)
+        for text in traces:
+            self.assertIn("Bisecting a hgraph of size [vertices=200, hedges=300", text)
+
+    def test_parallel_calls_equal_sequential_ones(self):
+        def call(seed):
+            return zorpel.partition(SMALL, 3, runs=1, seed=seed).part
+
+        sequential = [call(seed) for seed in range(8)]
+        parallel = [None] * 8
+
+        def store(seed):
+            parallel[seed] = call(seed)
+
+        threads = [threading.Thread(target=store, args=(seed,)) for seed in range(8)]
+        for thread in threads:
+            thread.start()
+        for thread in threads:
+            thread.join()
+        self.assertEqual(sequential, parallel)
+
+    def test_python_prints_nothing_twice(self):
+        reader, writer = os.pipe()
+        child = os.fork()
+        if child == 0:
+            os.dup2(writer, 1)
+            sys.stdout = os.fdopen(1, "w", buffering=4096)
+            print("once")
+            zorpel.partition(SMALL, 2, runs=1, trace=511 & ~64)
+            sys.stdout.flush()
+            os._exit(0)
+        os.close(writer)
+        with os.fdopen(reader) as file:
+            self.assertEqual(file.read(), "once\n")
+        self.assertEqual(os.waitpid(child, 0)[1], 0)
+
+
+class FaultTest(unittest.TestCase):
+    def check(self, kind, sentence, *arguments, **options):
+        with self.assertRaises(kind) as caught:
+            zorpel.partition(*arguments, **options)
+        self.assertIn(sentence, str(caught.exception))
+
+    def test_faults_are_exceptions_with_a_sentence(self):
+        fault = self.check
+        fault(zorpel.InputError, "nparts is 1; it should be", SMALL, 1)
+        fault(zorpel.InputError, "nparts is 2.5; it should be an integer", SMALL, 2.5)
+        fault(zorpel.InputError, "ubfactor is 77; it should be", SMALL, 2, 77)
+        fault(
+            zorpel.InputError,
+            "matching is 'best'; it should be one of hfc",
+            SMALL,
+            2,
+            matching="best",
+        )
+        fault(zorpel.InputError, "ctype is 9; it should be", SMALL, 2, matching=9)
+        fault(zorpel.InputError, "seed is 4294967296; it should be", SMALL, 2, seed=2**32)
+        fault(zorpel.InputError, "memory is -1; it should be", SMALL, 2, memory=-1)
+        fault(zorpel.InputError, "timeout is -3; it should be", SMALL, 2, timeout=-3)
+        fault(zorpel.InputError, "starts is 0; it should be", SMALL, 2, starts=0)
+        fault(zorpel.InputError, "fixed has 2 entries instead of 200", SMALL, 2, fixed=[0, 1])
+        fault(zorpel.InputError, "fixed[1] is 2; it should be", [[0, 1]], 2, fixed=[0, 2])
+        fault(zorpel.InputError, "eind[1] is -1, in hyperedge 0", [[0, -1]], 2)
+        fault(zorpel.InputError, "eind[2] is 7, in hyperedge 1", [[0], [1, 7]], 2, nvtxs=3)
+        fault(zorpel.InputError, "Hyperedge 1 lists vertex 4 twice", [[0, 1], [4, 2, 4]], 2)
+        fault(zorpel.InputError, "vwgts[1] is -5", [[0, 1]], 2, vertex_weights=[1, -5])
+
+    def test_faults_are_value_errors_with_a_status(self):
+        with self.assertRaises(ValueError) as caught:
+            zorpel.partition([[0, 0]], 2)
+        self.assertEqual(caught.exception.status, 3)
+
+    def test_a_memory_cap_is_a_memory_error(self):
+        if os.environ.get("ZORPEL_SANITIZED"):
+            self.skipTest("the sanitizer's allocator ends the process by itself")
+        size = 1000000
+        large = (array("i", range(0, 2 * size + 1, 2)), array("i", range(2 * size)))
+        with self.assertRaises(MemoryError) as caught:
+            zorpel.partition(large, 2, memory=1 << 20)
+        self.assertIn("Memory ran out in the start with seed 1", str(caught.exception))
+
+    def test_a_deadline_without_a_result_is_a_timeout_error(self):
+        with self.assertRaises(TimeoutError):
+            zorpel.partition(SMALL, 2, timeout=1e-9)
+
+
+class CancelTest(unittest.TestCase):
+    def test_progress_can_cancel_and_the_best_start_is_kept(self):
+        seen = []
+
+        def enough(progress):
+            seen.append(progress)
+            return progress.finished >= 2
+
+        partition = zorpel.partition(SMALL, 2, runs=1, starts=10000, progress=enough)
+        self.assertFalse(partition.complete)
+        self.assertGreaterEqual(partition.finished, 2)
+        self.assertEqual(seen[-1].cut, partition.cut)
+        self.assertIn("Cancelled after", partition.message)
+
+    def test_what_progress_throws_comes_out(self):
+        def fail(_progress):
+            raise KeyError("from the callback")
+
+        with self.assertRaisesRegex(KeyError, "from the callback"):
+            zorpel.partition(SMALL, 2, runs=1, starts=100, progress=fail)
+
+    def test_an_interrupt_of_the_keyboard_comes_out(self):
+        before = signal.getsignal(signal.SIGINT)
+        timer = threading.Timer(0.3, os.kill, (os.getpid(), signal.SIGINT))
+        timer.start()
+        self.addCleanup(timer.cancel)
+        with self.assertRaises(KeyboardInterrupt):
+            zorpel.partition(SMALL, 2, runs=1, starts=10**6)
+        timer.join()
+        self.assertIs(signal.getsignal(signal.SIGINT), before)
+
+    def test_no_child_is_left(self):
+        with self.assertRaises(ChildProcessError):
+            os.waitpid(-1, os.WNOHANG)
+
+
+class EvaluateTest(unittest.TestCase):
+    def test_figures_agree_with_a_naive_count(self):
+        for seed in range(20):
+            hyperedges = random_hyperedges(40, 60, seed)
+            chance = random.Random(seed)
+            part = [chance.randrange(4) for _ in range(40)]
+            weights = [chance.randint(0, 9) for _ in hyperedges]
+            spans = [len({part[v] for v in vertices}) for vertices in hyperedges]
+            cut = [e for e, span in enumerate(spans) if span > 1]
+            quality = zorpel.evaluate(hyperedges, part, 4, hyperedge_weights=weights)
+            self.assertEqual(quality.cut, sum(weights[e] for e in cut))
+            self.assertEqual(quality.soed, sum(weights[e] * spans[e] for e in cut))
+            self.assertEqual(quality.connectivity, quality.soed - quality.cut)
+            self.assertEqual(quality.cut_hyperedges, len(cut))
+            self.assertEqual(quality.part_weights, [part.count(p) for p in range(4)])
+            self.assertEqual(zorpel.cut_hyperedges(hyperedges, part), cut)
+            matrix = zorpel.cut_matrix(hyperedges, part, 4, hyperedge_weights=weights)
+            inside = sum(w for w, span in zip(weights, spans) if span == 1)
+            self.assertEqual(sum(matrix[p][p] for p in range(4)), inside)
+            self.assertEqual(matrix[1][2], matrix[2][1])
+
+    def test_vertices_without_hyperedges_count(self):
+        quality = zorpel.evaluate([[0, 1]], [0, 1, 1, 1])
+        self.assertEqual(quality.part_weights, [1, 3])
+        self.assertEqual(quality.imbalance, 0.5)
+
+    def test_faults_have_a_sentence(self):
+        graph = zorpel.as_hypergraph([[0, 1]])
+        with self.assertRaisesRegex(ValueError, "part has 3 entries instead of 2"):
+            zorpel.evaluate(graph, [0, 1, 1])
+        with self.assertRaisesRegex(ValueError, r"part\[1\] is 2; it should be between 0 and 1"):
+            zorpel.evaluate(graph, [0, 2], 2)
+        with self.assertRaisesRegex(ValueError, r"part\[0\] is -1"):
+            zorpel.evaluate(graph, [-1, -1])
+        with self.assertRaisesRegex(ValueError, "No limits for nparts 2, ubfactor 50"):
+            zorpel.part_limits(2, 50, 100)
+
+
+def load_tests(_loader, tests, _pattern):
+    tests.addTests(doctest.DocTestSuite(zorpel))
+    tests.addTests(doctest.DocTestSuite(zorpel.api))
+    return tests
+
+
+if __name__ == "__main__":
+    unittest.main()

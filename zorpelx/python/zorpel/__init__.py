@@ -1,0 +1,60 @@
+"""Hypergraph partitioning by multilevel recursive bisection.
+
+>>> import zorpel
+>>> two_triangles = [[0, 1], [1, 2], [0, 2], [3, 4], [4, 5], [3, 5], [2, 3]]
+>>> partition = zorpel.partition(two_triangles, 2)
+>>> partition.cut
+1
+>>> zorpel.evaluate(two_triangles, partition).part_weights
+[3, 3]
+
+The work is done by the library libzorpelx, in child processes; numpy arrays and scipy sparse
+matrices are taken where they are used, and needed nowhere.
+"""
+
+from .api import (
+    Partition,
+    Progress,
+    Quality,
+    cut_hyperedges,
+    cut_matrix,
+    evaluate,
+    part_limits,
+    partition,
+)
+from .errors import (
+    CancelledError,
+    DeadlineError,
+    Error,
+    InputError,
+    LibraryError,
+    OutOfMemoryError,
+)
+from .files import read, read_partition, write, write_partition
+from .hypergraph import Hypergraph, HypergraphLike, as_hypergraph
+
+__version__ = "1.0.0"
+
+__all__ = [
+    "CancelledError",
+    "DeadlineError",
+    "Error",
+    "Hypergraph",
+    "HypergraphLike",
+    "InputError",
+    "LibraryError",
+    "OutOfMemoryError",
+    "Partition",
+    "Progress",
+    "Quality",
+    "as_hypergraph",
+    "cut_hyperedges",
+    "cut_matrix",
+    "evaluate",
+    "part_limits",
+    "partition",
+    "read",
+    "read_partition",
+    "write",
+    "write_partition",
+]

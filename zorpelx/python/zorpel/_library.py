@@ -1,0 +1,161 @@
+"""The C library: its records, as declared in zorpelx.h, and where to find it."""
+
+from __future__ import annotations
+
+import ctypes
+import functools
+import os
+from ctypes import POINTER, c_char, c_char_p, c_double, c_int, c_int64, c_size_t, c_void_p
+from pathlib import Path
+
+from .errors import LibraryError
+
+NAME = "libzorpelx.so.1"
+MESSAGE_SIZE = 512
+OK, TIMEOUT, CANCELLED = 0, 124, 130
+int_p = POINTER(c_int)
+int64_p = POINTER(c_int64)
+
+
+class CHypergraph(ctypes.Structure):
+    _fields_ = [
+        ("nvtxs", c_int),
+        ("nhedges", c_int),
+        ("eptr", int_p),
+        ("eind", int_p),
+        ("vwgts", int_p),
+        ("hewgts", int_p),
+    ]
+
+
+class CProgress(ctypes.Structure):
+    _fields_ = [
+        ("size", c_size_t),
+        ("starts", c_int),
+        ("running", c_int),
+        ("finished", c_int),
+        ("failed", c_int),
+        ("runs", c_int64),
+        ("allruns", c_int64),
+        ("levels", c_int64),
+        ("level_vtxs", c_int),
+        ("run_cut", c_int),
+        ("cut", c_int64),
+        ("seconds", c_double),
+    ]
+
+
+ProgressFunction = ctypes.CFUNCTYPE(c_int, c_void_p, POINTER(CProgress))
+TraceFunction = ctypes.CFUNCTYPE(None, c_void_p, c_int, POINTER(c_char), c_size_t)
+
+
+class COptions(ctypes.Structure):
+    _fields_ = [
+        ("size", c_size_t),
+        ("nparts", c_int),
+        ("ubfactor", c_int),
+        ("nruns", c_int),
+        ("ctype", c_int),
+        ("rtype", c_int),
+        ("vcycle", c_int),
+        ("reconst", c_int),
+        ("polish", c_int),
+        ("trace", c_int),
+        ("seed", c_int),
+        ("starts", c_int),
+        ("jobs", c_int),
+        ("timeout", c_double),
+        ("memory", c_size_t),
+        ("fixed", int_p),
+        ("cancel", int_p),
+        ("on_progress", ProgressFunction),
+        ("on_trace", TraceFunction),
+        ("user", c_void_p),
+    ]
+
+
+class CResult(ctypes.Structure):
+    _fields_ = [
+        ("size", c_size_t),
+        ("status", c_int),
+        ("finished", c_int),
+        ("failed", c_int),
+        ("seed", c_int),
+        ("valid", c_int),
+        ("dropped", c_int),
+        ("cut", c_int64),
+        ("soed", c_int64),
+        ("imbalance", c_double),
+        ("seconds", c_double),
+        ("message", c_char * MESSAGE_SIZE),
+    ]
+
+
+class CQuality(ctypes.Structure):
+    _fields_ = [
+        ("size", c_size_t),
+        ("cut_hedges", c_int),
+        ("empty_parts", c_int),
+        ("cut", c_int64),
+        ("soed", c_int64),
+        ("connectivity", c_int64),
+        ("total_weight", c_int64),
+        ("lightest_part", c_int64),
+        ("heaviest_part", c_int64),
+        ("absorption", c_double),
+        ("scaled_cost", c_double),
+        ("imbalance", c_double),
+    ]
+
+
+_ROUTINES = {
+    "zorpelx_options_init": [POINTER(COptions), c_size_t],
+    "zorpelx_result_init": [POINTER(CResult), c_size_t],
+    "zorpelx_quality_init": [POINTER(CQuality), c_size_t],
+    "zorpelx_partition": [POINTER(CHypergraph), POINTER(COptions), int_p, POINTER(CResult)],
+    "zorpelx_evaluate": [
+        POINTER(CHypergraph),
+        c_int,
+        int_p,
+        POINTER(CQuality),
+        int64_p,
+        int64_p,
+        c_char_p,
+    ],
+    "zorpelx_cut_hyperedges": [POINTER(CHypergraph), c_int, int_p, int_p, int_p, c_char_p],
+    "zorpelx_cut_matrix": [POINTER(CHypergraph), c_int, int_p, int64_p, c_char_p],
+    "zorpelx_part_limits": [c_int, c_int, c_int, c_int64, int64_p, int64_p],
+}
+
+
+def _load() -> ctypes.CDLL:
+    chosen = os.environ.get("ZORPELX_LIBRARY")
+    beside = Path(__file__).with_name(NAME)
+    path = chosen or (str(beside) if beside.exists() else NAME)
+    try:
+        return ctypes.CDLL(path)
+    except OSError as reason:
+        raise LibraryError(
+            f"Cannot load {path}: {reason}. The variable ZORPELX_LIBRARY may tell its path."
+        ) from reason
+
+
+@functools.lru_cache(maxsize=None)
+def library() -> ctypes.CDLL:
+    """The library, loaded on first use: from ZORPELX_LIBRARY, beside this file or the system."""
+    loaded = _load()
+    for name, arguments in _ROUTINES.items():
+        routine = getattr(loaded, name)
+        routine.argtypes = arguments
+        routine.restype = c_int
+    loaded.zorpelx_version.restype = c_char_p
+    return loaded
+
+
+def new_record(kind: type, init: str) -> ctypes.Structure:
+    """A record of this kind, set to its defaults."""
+    record = kind()
+    if getattr(library(), init)(ctypes.byref(record), ctypes.sizeof(kind)) != OK:
+        version = library().zorpelx_version().decode()
+        raise LibraryError(f"{NAME} is of version {version}, which this package does not know.")
+    return record

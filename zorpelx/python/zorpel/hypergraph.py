@@ -1,0 +1,178 @@
+"""Hypergraphs: flat arrays of 32-bit integers, made from whatever a program has at hand."""
+
+from __future__ import annotations
+
+import ctypes
+from array import array
+from dataclasses import dataclass
+from typing import Any, Iterable, Iterator, List, Optional, Sequence, Tuple, Union
+
+from ._library import CHypergraph, int_p
+from .errors import InputError
+
+#: What partition(), evaluate() and write() take for a hypergraph, see as_hypergraph().
+HypergraphLike = Union["Hypergraph", Sequence[Iterable[int]], Tuple[Any, Any], Any]
+
+_LEAST, _MOST = -(2**31), 2**31 - 1
+
+
+def _is_array(values: Any) -> bool:
+    """Whether this is a numpy array, without a need for numpy."""
+    return hasattr(values, "dtype") and hasattr(values, "tobytes")
+
+
+def _too_large(name: str, place: int, value: int) -> InputError:
+    return InputError(f"{name}[{place}] is {value}, which does not fit 32 bits.")
+
+
+def _ints_of_array(values: Any, name: str) -> array:
+    if values.ndim != 1:
+        raise InputError(f"{name} has {values.ndim} dimensions instead of 1.")
+    if values.dtype.kind not in "iub":
+        raise InputError(f"{name} holds {values.dtype} instead of integers.")
+    if values.size and values.dtype.kind != "b":
+        for place in (int(values.argmin()), int(values.argmax())):
+            if not _LEAST <= int(values[place]) <= _MOST:
+                raise _too_large(name, place, int(values[place]))
+    return array("i", values.astype("i").tobytes())
+
+
+def to_ints(values: Any, name: str) -> array:
+    """values as an array of C ints; name is for the sentence if that cannot be."""
+    if isinstance(values, array) and values.typecode == "i":
+        return values
+    if _is_array(values):
+        return _ints_of_array(values, name)
+    values = list(values)
+    try:
+        return array("i", values)
+    except (TypeError, OverflowError):
+        for place, value in enumerate(values):
+            if not hasattr(value, "__index__"):
+                raise InputError(f"{name}[{place}] is {value!r} instead of an integer.") from None
+            if not _LEAST <= value.__index__() <= _MOST:
+                raise _too_large(name, place, value) from None
+        raise
+
+
+def pointer(ints: Optional[array]) -> Any:
+    """ints for the library; None is NULL. Good as long as ints lives."""
+    if ints is None:
+        return None
+    if not ints:  # an empty array has no buffer
+        return ctypes.cast((ctypes.c_int * 1)(), int_p)
+    return ctypes.cast((ctypes.c_int * len(ints)).from_buffer(ints), int_p)
+
+
+@dataclass(frozen=True)
+class Hypergraph:
+    """A hypergraph of nvtxs vertices, numbered from 0.
+
+    The vertices of hyperedge e are eind[eptr[e]:eptr[e + 1]]; weights of None are all 1. The
+    arrays are of type array('i'); numpy.asarray() shows one without a copy.
+    """
+
+    nvtxs: int
+    eptr: array
+    eind: array
+    vertex_weights: Optional[array] = None
+    hyperedge_weights: Optional[array] = None
+
+    def __post_init__(self) -> None:
+        if not isinstance(self.nvtxs, int) or not 0 <= self.nvtxs <= _MOST:
+            raise InputError(f"nvtxs is {self.nvtxs}; it should be between 0 and {_MOST}.")
+        for name in ("eptr", "eind", "vertex_weights", "hyperedge_weights"):
+            values = getattr(self, name)
+            if values is not None:
+                object.__setattr__(self, name, to_ints(values, name))
+        if not self.eptr:
+            raise InputError("eptr is empty; it should hold an offset more than hyperedges.")
+        if self.eptr[-1] != len(self.eind):
+            raise InputError(f"eptr ends with {self.eptr[-1]}, but eind has {len(self.eind)}.")
+        self._check_length("vertex_weights", self.nvtxs)
+        self._check_length("hyperedge_weights", len(self))
+
+    def _check_length(self, name: str, wanted: int) -> None:
+        weights = getattr(self, name)
+        if weights is not None and len(weights) != wanted:
+            raise InputError(f"{name} has {len(weights)} entries instead of {wanted}.")
+
+    def __len__(self) -> int:
+        """The number of hyperedges."""
+        return len(self.eptr) - 1
+
+    def __iter__(self) -> Iterator[List[int]]:
+        """The hyperedges, each a list of vertices."""
+        for e in range(len(self)):
+            yield self.eind[self.eptr[e] : self.eptr[e + 1]].tolist()
+
+    def record(self) -> CHypergraph:
+        """The record of the library. It borrows the arrays."""
+        return CHypergraph(
+            self.nvtxs,
+            len(self),
+            pointer(self.eptr),
+            pointer(self.eind),
+            pointer(self.vertex_weights),
+            pointer(self.hyperedge_weights),
+        )
+
+
+def _lists(hyperedges: Iterable[Iterable[int]]) -> Tuple[array, array]:
+    eptr, eind = array("i", [0]), array("i")
+    for e, vertices in enumerate(hyperedges):
+        if isinstance(vertices, (str, bytes)) or not hasattr(vertices, "__iter__"):
+            raise InputError(f"Hyperedge {e} is {vertices!r} instead of a list of vertices.")
+        eind.extend(to_ints(vertices, f"hyperedge {e}: vertices"))
+        eptr.append(len(eind))
+    return eptr, eind
+
+
+def _sparse(matrix: Any) -> Tuple[Any, Any, int]:
+    """Rows are hyperedges, columns vertices; what is not zero belongs."""
+    rows = matrix.tocsr(copy=True)
+    rows.sum_duplicates()
+    rows.eliminate_zeros()
+    return rows.indptr, rows.indices, int(rows.shape[1])
+
+
+def as_hypergraph(
+    source: HypergraphLike,
+    nvtxs: Optional[int] = None,
+    vertex_weights: Optional[Iterable[int]] = None,
+    hyperedge_weights: Optional[Iterable[int]] = None,
+) -> Hypergraph:
+    """A hypergraph from any of these:
+
+    - a Hypergraph, whose weights the arguments may replace;
+    - a list of hyperedges, each a list of vertices: [[0, 1, 2], [2, 3]];
+    - a tuple of two flat arrays (eptr, eind), of numpy or not: ([0, 3, 5], [0, 1, 2, 2, 3]);
+    - a scipy sparse matrix: rows are hyperedges, columns vertices, any value but 0 belongs.
+
+    Without nvtxs there are as many vertices as the largest number (or the matrix) needs.
+    """
+    if isinstance(source, Hypergraph):
+        eptr, eind, columns = source.eptr, source.eind, source.nvtxs
+        vertex_weights = source.vertex_weights if vertex_weights is None else vertex_weights
+        if hyperedge_weights is None:
+            hyperedge_weights = source.hyperedge_weights
+    elif hasattr(source, "tocsr"):
+        eptr, eind, columns = _sparse(source)
+    elif isinstance(source, tuple):
+        if len(source) != 2:
+            raise InputError(f"A tuple of {len(source)} is no hypergraph; (eptr, eind) would be.")
+        eptr, eind, columns = source[0], source[1], None
+    else:
+        eptr, eind = _lists(source)
+        columns = None
+    eptr, eind = to_ints(eptr, "eptr"), to_ints(eind, "eind")
+    if nvtxs is None:
+        nvtxs = max(eind, default=-1) + 1 if columns is None else columns
+    return Hypergraph(nvtxs, eptr, eind, vertex_weights, hyperedge_weights)
+
+
+def wants_numpy(source: HypergraphLike) -> bool:
+    """Whether results for this hypergraph should be numpy arrays: those given in them."""
+    if isinstance(source, tuple):
+        return any(_is_array(values) for values in source)
+    return hasattr(source, "tocsr")
