@@ -322,7 +322,7 @@ static void scan_rest(Scan *scan, const Hypergraph &graph)
     const bool weights = nlines == graph.nvertices && !graph.vertexweights;
     add_finding(
         scan->findings, RULE_TRAILING, place,
-        text_of("%lld lines too many%s", ll(nlines),
+        text_of("%lld line%s too many%s", ll(nlines), nlines == 1 ? "" : "s",
                 weights ? ", as many as vertices: the format code may lack vertex weights" : ""));
 }
 

@@ -317,6 +317,7 @@ Status run_lint(const Settings &settings)
         advice = advise(lint.graph.vertexwgt, lint.fix, settings.nparts,
                         static_cast<int>(settings.imbalance));
     print_answer(settings, lint, asked ? &advice : nullptr);
+    fflush(stdout); // before what is said about the clean file
     if (!settings.clean.empty()) write_clean(settings, lint);
     const bool mended = !settings.clean.empty() && !are_bad(lint.fixfindings, settings.strict);
     if (is_bad(lint, settings.strict) && !mended) return STATUS_BAD_INPUT;

@@ -5,7 +5,7 @@ import shutil
 import subprocess
 import unittest
 
-from calls import ZORPELX, Case
+from calls import EXAMPLES, Case
 
 COMMANDS = ("partition", "verify", "lint", "stats")
 
@@ -118,6 +118,16 @@ class Table(Case):
         self.assertEqual(done.stderr, "")
         for section in ("PRESETS", "EXIT STATUS", "RULES"):
             self.assertIn(f"\n{section}\n", done.stdout)
+
+    def test_the_copies_in_the_source_are_up_to_date(self):
+        """Made again by the target zorpelx_texts."""
+        for words, name in {
+            ("--man",): "docs/man/zorpelx.1",
+            ("--completion", "bash"): "completions/zorpelx",
+            ("--completion", "zsh"): "completions/_zorpelx",
+        }.items():
+            copy = (EXAMPLES.parent / name).read_text()
+            self.assertEqual(self.run_ok(*words).stdout, copy, name)
 
     def test_every_status_of_the_manual_is_a_number(self):
         page = self.run_ok("--man").stdout
