@@ -8,7 +8,7 @@ set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME zorpel)
 set(CPACK_PACKAGE_VENDOR "the ZORPEL authors")
 set(CPACK_PACKAGE_CONTACT "ZORPEL authors <zorpel@users.noreply.invalid>")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # each package has its own
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
@@ -21,8 +21,8 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
-string(CONCAT method "It coarsens a hypergraph by merging vertices, bisects the smallest one and "
-  "refines the bisection back to the whole, and so on for each half.")
+set(method "It coarsens a hypergraph by merging vertices, bisects the smallest one and
+refines the bisection back to the whole, and so on for each half.")
 
 function(zorpel_package component name section summary text)
   string(TOUPPER ${component} key)
@@ -40,20 +40,26 @@ function(zorpel_package component name section summary text)
 endfunction()
 
 zorpel_package(tool zorpel science "partition hypergraphs by multilevel recursive bisection"
-  "zorpel divides the vertices of a hypergraph into parts of about equal weight such that few hyperedges join several parts. ${method}
- .
- zorpelx is the program for daily use: it reads compressed files, has named options, exit statuses and JSON, verifies partitions and finds what is wrong in hypergraph files.")
+"zorpel divides the vertices of a hypergraph into parts of about equal
+weight such that few hyperedges join several parts.
+${method}
+.
+zorpelx is the program for daily use: it reads compressed files, has named
+options, exit statuses and JSON, verifies partitions and finds what is wrong
+in hypergraph files.")
 zorpel_package(library libzorpel1 libs "hypergraph partitioning - shared libraries"
-  "${method}
- .
- libzorpel is the engine, libzorpelx checks all that it is given and runs the engine in processes of its own.")
+"${method}
+.
+libzorpel is the engine, libzorpelx checks all that it is given and runs the
+engine in processes of its own.")
 zorpel_package(development libzorpel-dev libdevel "hypergraph partitioning - development files"
-  "Headers, the static library and the files for CMake and pkg-config.")
+"Headers, the static library and the files for CMake and pkg-config.")
+set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "libzorpel1 (= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libzorpel1 (= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
 
-set(CPACK_DEBIAN_LIBRARY_PACKAGE_GENERATE_SHLIBS ON)
-set(CPACK_DEBIAN_LIBRARY_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/debian/triggers)
 # The programs need the libraries of this very build, which is not installed yet.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
@@ -62,9 +68,9 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
 if(ZORPEL_X AND EXISTS ${PROJECT_SOURCE_DIR}/zorpelx/python/CMakeLists.txt)
   list(APPEND CPACK_COMPONENTS_ALL python)
   zorpel_package(python python3-zorpel python "hypergraph partitioning - Python package"
-    "${method}
- .
- The package zorpel partitions lists, NumPy arrays and SciPy matrices.")
+"${method}
+.
+The package zorpel partitions lists, NumPy arrays and SciPy matrices.")
   set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
   set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS OFF)
   set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3:any, libzorpel1 (>= ${PROJECT_VERSION})")
@@ -72,4 +78,5 @@ if(ZORPEL_X AND EXISTS ${PROJECT_SOURCE_DIR}/zorpelx/python/CMakeLists.txt)
 endif()
 
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/compress_docs.cmake)
+set(CPACK_POST_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/finish_packages.cmake)
 include(CPack)
