@@ -91,9 +91,9 @@ void complain(const char *format, ...)
 {
     va_list args;
     va_start(args, format);
-    vprintf(format, args);
+    vfprintf(stderr, format, args);
     va_end(args);
-    printf("\n");
+    fprintf(stderr, "\n");
     complaints++;
 }
 
