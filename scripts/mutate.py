@@ -31,6 +31,7 @@ SWAPS = {
     "+=": ("-=",), "-=": ("+=",), "++": ("--",), "--": ("++",), "&&": ("||",), "||": ("&&",),
     "!": ("",), "continue": ("break",), "true": ("false",), "false": ("true",),
 }  # fmt: skip
+CHECKER = re.compile(r"^(?:static )?bool \w+_ok\(.*?^}", re.S | re.M)
 TOKEN = re.compile(
     r"""(?P<skip>//[^\n]*|/\*.*?\*/|"(?:[^"\\\n]|\\.)*"|'(?:[^'\\]|\\.)'|^\s*\#[^\n]*
         |\btemplate\s*<[^<>]*>|_(?:cast|array|element)<[^;()]*?>(?=\()|\bassert\([^;]*;
@@ -67,9 +68,7 @@ def find_mutants(patterns):
                 continue
             text = source.read_text()
             # checkers of records serve the tests and are no part of the engine
-            body = re.sub(
-                r"^bool \w+_ok\(.*?^}", lambda m: re.sub(r"\S", " ", m[0]), text, flags=re.S | re.M
-            )
+            body = CHECKER.sub(lambda checker: re.sub(r"\S", " ", checker[0]), text)
             mutants += [(name, *place) for place in places_in(body)]
     return mutants
 
