@@ -167,7 +167,10 @@ static bool end_job(const Request &request, Job *job, int status, Progress *prog
     const Board *const board = job->board;
     if (WIFEXITED(status) && WEXITSTATUS(status) == CLEAN) return false;
     const bool judged = WIFEXITED(status) && WEXITSTATUS(status) == FAILED;
-    progress->failures.emplace_back(board->next, judged ? board->why : describe_status(status));
+    const std::string why = judged ? board->why : describe_status(status);
+    progress->failures.emplace_back(board->next, why);
+    printf("case %" PRIu64 ": %s\n", board->next, why.c_str()); // now: a run may be cut short
+    fflush(stdout);
     if (board->next + 1 >= job->end) return false;
     start_job(request, job, board->next + 1, job->end);
     return true;
