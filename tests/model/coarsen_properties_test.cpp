@@ -50,6 +50,11 @@ struct Scheme {
     int ctype;
 };
 
+static void PrintTo(const Scheme &row, std::ostream *out)
+{
+    *out << row.name;
+}
+
 static const Scheme SCHEMES[] = {
     {"HFC", false, CTYPE_HFC},
     {"FC", false, CTYPE_FC},

@@ -301,6 +301,11 @@ struct Case {
     int (*twin)(Twin &twin, int npasses);
 };
 
+static void PrintTo(const Case &row, std::ostream *out)
+{
+    *out << row.name;
+}
+
 constexpr float SHARE = 0.1f;
 constexpr Variant FM = {"FM", false, false}, FM2 = {"FM2", true, false};
 constexpr Variant EEFM = {"EEFM", false, true}, EEFM2 = {"EEFM2", true, true};

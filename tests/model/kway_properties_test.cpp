@@ -95,6 +95,11 @@ struct KwayRefiner {
     void (*run)(PartCtrl *ctrl, HGraph *graph, int npasses);
 };
 
+static void PrintTo(const KwayRefiner &row, std::ostream *out)
+{
+    *out << row.name;
+}
+
 static const KwayRefiner KWAY_REFINERS[] = {
     {"Cut", false, RefineCutKway_Random__},
     {"SOED", true, RefineSOEDKway_Random__},

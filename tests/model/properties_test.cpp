@@ -31,6 +31,11 @@ struct Refiner {
     void (*run)(PartCtrl *ctrl, HGraph *graph);
 };
 
+static void PrintTo(const Refiner &row, std::ostream *out)
+{
+    *out << row.name;
+}
+
 static const std::vector<Refiner> REFINERS = {
     {"FM", false, false, [](PartCtrl *c, HGraph *g) { Refine_FM__(c, g, 10); }},
     {"FM2", false, false, [](PartCtrl *c, HGraph *g) { Refine_FM2__(c, g, 10); }},

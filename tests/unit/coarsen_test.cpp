@@ -100,6 +100,14 @@ TEST(CoarsenTest, hyperedge_schemes_get_a_relaxed_ratio_after_the_first_slow_lev
     }
 }
 
+TEST(CoarsenTest, relaxed_ratio_is_86_of_a_hundred)
+{
+    const Level level = stars(20, 8); // 7/8 is slow; 6/7, or 0.857, then is not
+    const std::string trace = coarsen(traced_ctrl(CTYPE_HEDGE, 110), level.get());
+    EXPECT_EQ(sizes(trace), (Ints{160, 140, 120, 100}));
+    EXPECT_EQ(trace.find("Slow"), std::string::npos);
+}
+
 TEST(CoarsenTest, second_slow_level_ends_coarsening)
 {
     for (const int ctype : {CTYPE_HEDGE, CTYPE_HEDGE_ONLY, CTYPE_HEDGE_EDGE}) {

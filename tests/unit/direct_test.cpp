@@ -183,6 +183,21 @@ TEST(DirectRunsTest, mode_3_gives_cycles_to_runs_near_the_best_and_to_no_others)
     RecordProperty("runs_without_cycles", static_cast<int>(without));
 }
 
+TEST(DirectRunsTest, first_run_is_near_the_best_though_soed_exceeds_the_total_weight)
+{
+    Draw draw(9);
+    Nets nets;
+    for (int e = 0; e < 150; e++) nets.push_back(random_net(draw, UNIFORM, 150, 12));
+    for (Ints &net : nets) // every hyperedge in all corners
+        for (int v = 0; v < 150; v += 30)
+            if (std::find(net.begin(), net.end(), v) == net.end()) net.push_back(v);
+    const Level level = make_level(150, nets);
+    const auto runs = traced_runs(direct_ctrl(8, RTYPE_SOED, VCYCLE_ALL, 1), level.get());
+    ASSERT_EQ(runs.size(), 1u);
+    EXPECT_GT(runs[0].value, 180 + 19);
+    EXPECT_EQ(runs[0].cycles.size(), 1u);
+}
+
 TEST(DirectRunsTest, mode_2_gives_cycles_to_new_bests_only)
 {
     const Level level = example("cpu32_bus");

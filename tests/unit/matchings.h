@@ -19,6 +19,11 @@ struct Matching {
     void (*run)(PartCtrl *ctrl, HGraph *graph, const MatchingWork &work);
 };
 
+inline void PrintTo(const Matching &row, std::ostream *out)
+{
+    *out << row.name;
+}
+
 inline const std::vector<Matching> &all_matchings()
 {
     using Work = const MatchingWork &;

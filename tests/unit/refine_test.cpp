@@ -4,6 +4,7 @@
 #include "coarsen/coarsen.h"
 #include "levels.h"
 #include "matchings.h"
+#include "refine/fm.h"
 #include "traces.h"
 
 /* A ring of hyperedges coarsened nlevels times by pairs; the coarsest is bisected evenly. */
@@ -109,6 +110,58 @@ TEST(RefineTest, early_exit_levels_get_three_passes_at_most)
         most = std::max(most, count_lines(trace.substr(last), "\tMinimum Cut"));
     }
     EXPECT_EQ(most, 3u);
+}
+
+TEST(RefineTest, early_exit_comes_after_a_tenth_of_the_vertices)
+{
+    Nets nets; // two groups of 32, each joined pairwise: every move makes the cut worse
+    for (int u = 0; u < 64; u++)
+        for (int v = u + 1; v < 64; v++)
+            if (u / 32 == v / 32) nets.push_back({u, v});
+    Chain chain = {make_level(64, nets), nullptr};
+    PartCtrl ctrl = loose_ctrl(RTYPE_EEFM);
+    ctrl.dbglvl = DBG_PASS | DBG_MOVE;
+    HGraph *graph = chain.level.get();
+    Ints sides(64);
+    for (int v = 0; v < 64; v++) sides[at(v)] = v / 32;
+    for (int i = 1; i <= 3; i++) {
+        graph = run_matching("Edges", &ctrl, graph);
+        graph->level = i;
+        Ints coarse(at(graph->ncells));
+        for (int v = 0; v < graph->finer->ncells; v++)
+            coarse[at(graph->finer->cellmap[v])] = sides[at(v)];
+        sides = coarse;
+    }
+    chain.level->level = 0;
+    set_sides(graph, sides);
+    chain.coarsest = graph;
+    const std::string trace = refine(ctrl, chain);
+    EXPECT_EQ(moved_vertices(trace.substr(trace.rfind("Partitions"))).size(), 6u);
+}
+
+TEST(RefineTest, full_refinement_gets_ten_passes_at_most)
+{
+    size_t most = 0;
+    for (unsigned seed = 95; seed < 110; seed++) {
+        size_t npasses[2];
+        for (const bool limited : {false, true}) {
+            Draw draw(seed);
+            LevelLimits limits;
+            limits.mincells = 100;
+            limits.maxcells = 300;
+            const Level level = random_level(draw, limits);
+            PartCtrl ctrl = loose_ctrl(RTYPE_FM);
+            set_sides(level.get(), random_parts(draw, level->ncells, 2));
+            srand(seed);
+            const std::string trace = printed_by([&] {
+                limited ? refine_whole(&ctrl, level.get()) : Refine_FM__(&ctrl, level.get(), 100);
+            });
+            npasses[limited] = count_lines(trace, "\tMinimum Cut");
+        }
+        EXPECT_EQ(npasses[1], std::min<size_t>(npasses[0], 10));
+        most = std::max(most, npasses[0]);
+    }
+    EXPECT_GT(most, 10u);
 }
 
 TEST(RefineTest, heavy_levels_get_the_constrained_form)
