@@ -30,9 +30,7 @@ def without_times(text):
 
 def commands_of(document):
     return [
-        command
-        for block in BLOCK.finditer(document)
-        for command in COMMAND.findall(block.group(2))
+        command for block in BLOCK.finditer(document) for command in COMMAND.findall(block.group(2))
     ]
 
 
