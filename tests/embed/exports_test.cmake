@@ -1,7 +1,7 @@
 # LIBRARY exports routines of the zorpelx_ family and its version node, nothing else; and its soname
 # carries the major version.
-execute_process(COMMAND ${NM} -D --defined-only ${LIBRARY} OUTPUT_VARIABLE text COMMAND_ERROR_IS_FATAL
-  ANY)
+execute_process(COMMAND ${NM} -D --defined-only ${LIBRARY} OUTPUT_VARIABLE text
+  COMMAND_ERROR_IS_FATAL ANY)
 string(REGEX MATCHALL "[^\n]+" lines "${text}")
 list(LENGTH lines count)
 if(count LESS 10)

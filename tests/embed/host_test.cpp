@@ -337,6 +337,7 @@ TEST_F(Host, children_keep_no_file_of_the_caller_open)
     ASSERT_EQ(0, pipe(ends));
     const zorpelx::Hypergraph large = random_hypergraph(20000, 30000, 1);
     zorpelx::Options options = options_for(2, 100, 1);
+    options.nruns = 100000; // the child will not end before it is looked at
     bool seen_end = false;
     options.progress = [&](const zorpelx_progress &) {
         if (ends[1] >= 0) close(ends[1]);
