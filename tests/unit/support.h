@@ -155,7 +155,7 @@ inline PartCtrl default_ctrl()
     ctrl.VCycle = VCYCLE_NO;
     ctrl.nparts = 2;
     ctrl.splitratio = 0.5f;
-    ctrl.MaxCellWgt = 1 << 30;
+    ctrl.MaxCellWgt = 1 << 29; // above any that a bisection computes, and twice it fits
     return ctrl;
 }
 
