@@ -82,7 +82,7 @@ std::string bash_completion()
     return text;
 }
 
-/* Text in brackets inside single quotes of a zsh specification. */
+/* Text in brackets inside single quotes, as _arguments takes it. */
 static std::string zsh_text(const std::string &text)
 {
     std::string out;
@@ -105,7 +105,7 @@ static std::string zsh_action(const OptionRow &row)
     return text_of(":%s:%s", row.value, values.c_str());
 }
 
-/* One specification of _arguments for each name of an option. */
+/* One argument of _arguments for each name of an option. */
 static std::string zsh_option(const OptionRow &row)
 {
     const std::string rest =
