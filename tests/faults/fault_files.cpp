@@ -114,7 +114,7 @@ static void write_inputs()
 
 int main()
 {
-    char place[] = "/tmp/zorpel-faults-XXXXXX";
+    char place[] = "faults-XXXXXX";
     if (mkdtemp(place) == nullptr || chdir(place) != 0) return 2;
     write_inputs();
     const int kept = dup(STDOUT_FILENO);
@@ -134,7 +134,7 @@ int main()
     }
     unlink("f.hgr");
     unlink("f.fix");
-    if (chdir("/") != 0 || rmdir(place) != 0) complain("files left over in %s", place);
+    if (chdir("..") != 0 || rmdir(place) != 0) complain("files left over in %s", place);
     dprintf(kept, "openings %d, reads %d, writes %d, closings %d failed; %d complaints\n",
             points_of[0], points_of[1], points_of[2], points_of[3], count_complaints());
     for (const int points : points_of)

@@ -171,7 +171,7 @@ static void try_entries(bool all_later)
 }
 
 /* Routines that the program does not call. */
-static void try_helpers(bool all_later)
+static void try_others(bool all_later)
 {
     HGraph *const graph = small_record();
     graph->nislands = 0;
@@ -241,7 +241,7 @@ int main(int argc, char **argv)
         try_direct(all_later, RTYPE_CUT);
         try_direct(all_later, RTYPE_SOED);
         try_entries(all_later);
-        try_helpers(all_later);
+        try_others(all_later);
         try_vcycle(all_later);
         try_program(all_later);
     }
