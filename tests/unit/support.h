@@ -104,7 +104,8 @@ inline PinLists random_nets(unsigned seed, int ncells, int nnets, int maxsize)
     PinLists nets(static_cast<size_t>(nnets));
     std::vector<int> last(static_cast<size_t>(ncells), -1);
     for (int e = 0; e < nnets; e++) {
-        const unsigned size = 2 + static_cast<unsigned>(random() % (maxsize - 1u));
+        const unsigned size =
+            2 + static_cast<unsigned>(random() % static_cast<unsigned>(maxsize - 1));
         std::vector<int> &net = nets[static_cast<size_t>(e)];
         while (net.size() < size) {
             const int v = static_cast<int>(random() % static_cast<unsigned>(ncells));
