@@ -24,6 +24,16 @@ note_missing_tools() {
     if lacks ninja; then
         MISSING="$MISSING ninja-build"
     fi
+    note_missing_for_zorpelx
+}
+
+# The zorpelx program is left out of the build without these.
+note_missing_for_zorpelx() {
+    lacks pkg-config && MISSING="$MISSING pkg-config"
+    [ -e /usr/include/CLI/CLI.hpp ] || MISSING="$MISSING libcli11-dev"
+    [ -e /usr/include/nlohmann/json.hpp ] || MISSING="$MISSING nlohmann-json3-dev"
+    [ -e /usr/include/zlib.h ] || MISSING="$MISSING zlib1g-dev"
+    [ -e /usr/include/zstd.h ] || MISSING="$MISSING libzstd-dev"
 }
 
 note_missing_for_tests() {
@@ -32,6 +42,9 @@ note_missing_for_tests() {
     fi
     if ! [ -e /usr/include/gtest/gtest.h ] && ! [ -e /usr/local/include/gtest/gtest.h ]; then
         MISSING="$MISSING libgtest-dev"
+    fi
+    if lacks zstd; then
+        MISSING="$MISSING zstd"
     fi
 }
 
