@@ -169,7 +169,7 @@ TEST(DirectRunsTest, mode_3_gives_cycles_to_runs_near_the_best_and_to_no_others)
     size_t without = 0;
     for (const bool soed : {false, true}) {
         const Level level = example("cpu32_bus");
-        PartCtrl ctrl = direct_ctrl(2, soed ? RTYPE_SOED : RTYPE_CUT, VCYCLE_ALL, 30);
+        PartCtrl ctrl = direct_ctrl(2, soed ? RTYPE_SOED : RTYPE_CUT, VCYCLE_ALL, 16);
         ctrl.ubfactor = 1.02f;
         long long best = 10LL * sum(level->netwgt, level->nnets) + 1;
         for (const TracedRun &run : traced_runs(ctrl, level.get())) {
@@ -192,6 +192,7 @@ TEST(DirectRunsTest, first_run_is_near_the_best_though_soed_exceeds_the_total_we
         for (int v = 0; v < 150; v += 30)
             if (std::find(net.begin(), net.end(), v) == net.end()) net.push_back(v);
     const Level level = make_level(150, nets);
+    QXfree__(&level->incptr, &level->incind, &level->adjwgt, &level->edgewgt, LTERM); // built anew
     const auto runs = traced_runs(direct_ctrl(8, RTYPE_SOED, VCYCLE_ALL, 1), level.get());
     ASSERT_EQ(runs.size(), 1u);
     EXPECT_GT(runs[0].value, 180 + 19);
@@ -204,7 +205,7 @@ TEST(DirectRunsTest, mode_2_gives_cycles_to_new_bests_only)
     long long best = 10LL * sum(level->netwgt, level->nnets) + 1, besttrial = best;
     size_t without = 0;
     for (const TracedRun &run :
-         traced_runs(direct_ctrl(4, RTYPE_CUT, VCYCLE_FORMIN, 20), level.get())) {
+         traced_runs(direct_ctrl(4, RTYPE_CUT, VCYCLE_FORMIN, 12), level.get())) {
         const bool deserves = run.value <= best || run.trial < besttrial;
         EXPECT_EQ(run.cycles.size(), deserves ? 1u : 0u);
         best = std::min<long long>(best, final_value(run));
