@@ -141,9 +141,10 @@ static void match_stars(PartCtrl *ctrl, HGraph *graph, const int *where, int *pe
 
     start_timer(ctrl, TIME_AUX4);
     Stars stars = {graph->cellmap, wgts + 1, 0};
+    const int full = clamp_int(2LL * ctrl->MaxCellWgt); // nobody joins
     for (int v = 0; v < graph->nfixed; v++) {
         graph->cellmap[v] = stars.ngroups;
-        stars.wgts[stars.ngroups++] = 2 * ctrl->MaxCellWgt; // full: nobody joins
+        stars.wgts[stars.ngroups++] = full;
     }
     join_stars<Restricted>(ctrl, graph, where, perm, htable, &stars);
     list_groups(graph, stars.ngroups);

@@ -136,6 +136,7 @@ static bool incidence_ok(const HGraph *graph)
         ismalloc__(static_cast<size_t>(ncells + graph->nislands), 0, "hgraph_ok: npins");
     for (int j = 0; j < graph->netptr[nnets]; j++) npins[graph->netind[j]]++;
     bool ok = true;
+    for (int v = 0; v < ncells && ok; v++) ok = graph->incptr[v] <= graph->incptr[v + 1];
     for (int v = 0; v < ncells && ok; v++) {
         int sum = 0;
         for (int j = graph->incptr[v]; j < graph->incptr[v + 1] && ok; j++) {

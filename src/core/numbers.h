@@ -11,6 +11,12 @@ inline int trunc_int(double x)
     return x > -2147483649.0 ? static_cast<int>(x) : INT_MIN;
 }
 
+/* The nearest int. */
+inline int clamp_int(long long x)
+{
+    return x > INT_MAX ? INT_MAX : x < INT_MIN ? INT_MIN : static_cast<int>(x);
+}
+
 /* |a - b| relative to the larger of the two. */
 inline float RelDiff__(float a, float b)
 {

