@@ -5,7 +5,6 @@
  */
 #include "coarsen/contract.h"
 
-#include <algorithm>
 #include <cstdlib>
 
 #include "coarsen/merge_nets.h"
@@ -13,17 +12,41 @@
 #include "core/memory.h"
 #include "core/timers.h"
 #include "core/vectors.h"
+#include "core/work_counts.h"
 
-/* Maps the pins of finer hyperedge e to coarse vertices, each once; returns their number. */
-static int map_pins(const HGraph *graph, int e, int *pins, int *mark)
+constexpr int FEW_PINS = 12; // inserting them one by one beats marking and sorting
+
+/* Maps few pins of a finer hyperedge to coarse vertices, in order and each once. */
+static int map_few_pins(const int *cellmap, int n, const int *finepins, int *pins)
 {
     int size = 0;
-    for (int j = graph->netptr[e]; j < graph->netptr[e + 1]; j++) {
+    for (int j = 0; j < n; j++) {
+        const int c = cellmap[finepins[j]];
+        int i = size;
+        while (i > 0 && pins[i - 1] > c) i--;
+        if (i > 0 && pins[i - 1] == c) continue;
+        for (int k = size++; k > i; k--) pins[k] = pins[k - 1];
+        pins[i] = c;
+    }
+    return size;
+}
+
+/* Maps the pins of finer hyperedge e to coarse vertices, in order and each once; returns their
+ * number. */
+static int map_pins(const HGraph *graph, int e, int *pins, int *mark)
+{
+    const int begin = graph->netptr[e], end = graph->netptr[e + 1];
+    count_work(WORK_CONTRACT_PINS, end - begin);
+    if (end - begin <= FEW_PINS)
+        return map_few_pins(graph->cellmap, end - begin, graph->netind + begin, pins);
+    int size = 0;
+    for (int j = begin; j < end; j++) {
         const int c = graph->cellmap[graph->netind[j]];
         if (mark[c] == e) continue;
         mark[c] = e;
         pins[size++] = c;
     }
+    sort_pins(size, pins);
     return size;
 }
 
@@ -51,7 +74,6 @@ static int map_hyperedges(HGraph *graph, NetLists *nets, KeyValue *pairs, int *m
             continue;
         }
         const int t = nets->nnets++;
-        sort_pins(size, pins);
         graph->netmap[e] = t;
         nets->netwgt[t] = graph->netwgt[e];
         nets->netptr[t + 1] = nets->netptr[t] + size;
@@ -94,22 +116,35 @@ static void make_hyperedges(HGraph *graph, HGraph *coarser, int *mark)
         coarser->edgewgt[e] = edge_weight(merged.netwgt[e], net_size(coarser, e));
 }
 
+/* A coarse hyperedge as its vertices' incidence is built: both are read together. */
+struct MetNet {
+    int last; // coarse vertex that met it last, -1 at first
+    int wgt;
+};
+
 /* Appends to the incidence at used the coarse hyperedges of finer vertex v that c has not met;
  * returns the end. */
-static int append_incidence(const HGraph *graph, int v, HGraph *coarser, int c, int used, int *mark)
+static int append_incidence(const HGraph *graph, int v, HGraph *coarser, int c, int used,
+                            MetNet *met)
 {
+    int adjwgt = 0;
+    count_work(WORK_CONTRACT_PINS, graph->incptr[v + 1] - graph->incptr[v]);
     for (int j = graph->incptr[v]; j < graph->incptr[v + 1]; j++) {
         const int d = graph->netmap[graph->incind[j]];
-        if (d == -1 || mark[d] == c) continue;
-        mark[d] = c;
+        if (d == -1 || met[d].last == c) continue;
+        met[d].last = c;
         coarser->incind[used++] = d;
-        coarser->adjwgt[c] += coarser->netwgt[d];
+        adjwgt += met[d].wgt;
     }
+    coarser->adjwgt[c] += adjwgt;
     return used;
 }
 
-static void make_vertices(const HGraph *graph, HGraph *coarser, int *mark)
+static void make_vertices(const HGraph *graph, HGraph *coarser)
 {
+    MetNet *met =
+        alloc_array<MetNet>(static_cast<size_t>(coarser->nnets), "CreateCoarseHGraph: htable");
+    for (int d = 0; d < coarser->nnets; d++) met[d] = {-1, coarser->netwgt[d]};
     const size_t n = static_cast<size_t>(coarser->ncells);
     coarser->cellwgt = ismalloc__(n, 0, "CreateCoarseHGraph: coarser->cellwgt");
     coarser->adjwgt = ismalloc__(n, 0, "CreateCoarseHGraph: coarser->adjwgt");
@@ -122,10 +157,32 @@ static void make_vertices(const HGraph *graph, HGraph *coarser, int *mark)
         for (int i = graph->mptr[c]; i < graph->mptr[c + 1]; i++) {
             const int v = graph->mind[i];
             coarser->cellwgt[c] += graph->cellwgt[v];
-            used = append_incidence(graph, v, coarser, c, used, mark);
+            used = append_incidence(graph, v, coarser, c, used, met);
         }
         coarser->incptr[c + 1] = used;
     }
+    QXfree__(&met, LTERM);
+}
+
+/* Coarse numbers follow the order of matching, which scatters neighbours. The order in which the
+ * coarse vertices are met on a walk along the finer level's nearby order keeps them together. */
+static void order_nearby(const HGraph *graph, HGraph *coarser, int *mark)
+{
+    const int n = graph->ncells + graph->nislands;
+    int met = 0;
+    coarser->nearby =
+        imalloc__(static_cast<size_t>(coarser->ncells), "CreateCoarseHGraph: coarser->nearby");
+    iset__(coarser->ncells, -1, mark);
+    for (int i = 0; i < n && met < coarser->ncells; i++) {
+        const int v = graph->nearby != nullptr ? graph->nearby[i] : i;
+        if (v >= graph->ncells) continue; // an island
+        const int c = graph->cellmap[v];
+        if (mark[c] != -1) continue;
+        mark[c] = met;
+        coarser->nearby[met++] = c;
+    }
+    for (int c = 0; met < coarser->ncells; c++) // groups without a vertex
+        if (mark[c] == -1) coarser->nearby[met++] = c;
 }
 
 void CreateCoarseHGraph__(PartCtrl *ctrl, HGraph *graph, int cnvtxs)
@@ -137,11 +194,10 @@ void CreateCoarseHGraph__(PartCtrl *ctrl, HGraph *graph, int cnvtxs)
     coarser->finer = graph;
     graph->coarser = coarser;
 
-    const int nmarks = std::max(cnvtxs, graph->nnets); // coarse vertices, then coarse hyperedges
-    int *mark = ismalloc__(static_cast<size_t>(nmarks), -1, "CreateCoarseHGraph: htable");
+    int *mark = ismalloc__(static_cast<size_t>(cnvtxs), -1, "CreateCoarseHGraph: htable");
     make_hyperedges(graph, coarser, mark);
-    iset__(nmarks, -1, mark);
-    make_vertices(graph, coarser, mark);
+    make_vertices(graph, coarser);
+    order_nearby(graph, coarser, mark);
     QXfree__(&mark, LTERM);
     HEAVY_ASSERT(hgraph_ok(coarser, HG_LISTS | HG_INCIDENCE));
     stop_timer(ctrl, TIME_AUX2);

@@ -8,6 +8,7 @@
 #include "coarsen/contract.h"
 #include "coarsen/grouping.h"
 #include "coarsen/partner.h"
+#include "core/vectors.h"
 
 constexpr PartnerRules FREE = {false, false, false}, FREE_SAME_PART = {false, true, false};
 
@@ -15,17 +16,18 @@ int FindCell__(const PartCtrl *ctrl, int u, const int *incptr, const int *incind
                const int *netind, const int *cellwgt, const float *edgewgt, const int *cellmap,
                int *htable, Candidates *list)
 {
-    return vertex_at(list, find_partner<FREE>(ctrl, u, incptr, incind, netptr, netind, cellwgt,
-                                              edgewgt, cellmap, htable, nullptr, nullptr, list));
+    float most;
+    return find_partner<FREE>(ctrl, u, incptr, incind, netptr, netind, cellwgt, edgewgt, cellmap,
+                              htable, nullptr, nullptr, list, &most);
 }
 
 int CFindCell__(const PartCtrl *ctrl, int u, const int *incptr, const int *incind,
                 const int *netptr, const int *netind, const int *cellwgt, const float *edgewgt,
                 const int *cellmap, int *htable, const int *where, Candidates *list)
 {
-    return vertex_at(list,
-                     find_partner<FREE_SAME_PART>(ctrl, u, incptr, incind, netptr, netind, cellwgt,
-                                                  edgewgt, cellmap, htable, nullptr, where, list));
+    float most;
+    return find_partner<FREE_SAME_PART>(ctrl, u, incptr, incind, netptr, netind, cellwgt, edgewgt,
+                                        cellmap, htable, nullptr, where, list, &most);
 }
 
 template <bool Restricted>
@@ -34,9 +36,12 @@ static void match_pairs(PartCtrl *ctrl, HGraph *graph, const int *where, int *pe
 {
     order_by_degree(ctrl, graph, vpairs + graph->ncells, vpairs, perm);
     Candidates list;
-    open_candidates(&list, graph->ncells);
+    open_candidates(&list, graph, where);
+    for (int v = 0; v < graph->ncells; v++)
+        if (groups->cellmap[v] != SINGLE) htable[v] = BARRED;
     for (int i = 0; i < graph->ncells; i++) {
         const int u = perm[i];
+        prefetch_partners(graph, perm, i);
         if (groups->cellmap[u] != SINGLE) continue;
         const int v =
             Restricted
@@ -45,9 +50,14 @@ static void match_pairs(PartCtrl *ctrl, HGraph *graph, const int *where, int *pe
                 : FindCell__(ctrl, u, graph->incptr, graph->incind, graph->netptr, graph->netind,
                              graph->cellwgt, graph->edgewgt, groups->cellmap, htable, &list);
         list_vertex(groups, u);
-        if (v >= 0) list_vertex(groups, v);
+        htable[u] = BARRED;
+        if (v >= 0) {
+            list_vertex(groups, v);
+            htable[v] = BARRED;
+        }
         close_group(groups);
     }
+    iset__(graph->ncells, UNSEEN, htable);
     close_candidates(&list);
 }
 

@@ -21,8 +21,9 @@ int FindCellStar__(const PartCtrl *ctrl, int u, const int *incptr, const int *in
                    const int *netptr, const int *netind, const int *cellwgt, const float *edgewgt,
                    const int *cellmap, int *htable, const int *wgts, Candidates *list)
 {
-    return vertex_at(list, find_partner<STAR>(ctrl, u, incptr, incind, netptr, netind, cellwgt,
-                                              edgewgt, cellmap, htable, wgts, nullptr, list));
+    float most;
+    return find_partner<STAR>(ctrl, u, incptr, incind, netptr, netind, cellwgt, edgewgt, cellmap,
+                              htable, wgts, nullptr, list, &most);
 }
 
 int CFindCellStar__(const PartCtrl *ctrl, int u, const int *incptr, const int *incind,
@@ -30,21 +31,22 @@ int CFindCellStar__(const PartCtrl *ctrl, int u, const int *incptr, const int *i
                     const int *cellmap, int *htable, const int *wgts, const int *where,
                     Candidates *list)
 {
-    return vertex_at(list,
-                     find_partner<STAR_SAME_PART>(ctrl, u, incptr, incind, netptr, netind, cellwgt,
-                                                  edgewgt, cellmap, htable, wgts, where, list));
+    float most;
+    return find_partner<STAR_SAME_PART>(ctrl, u, incptr, incind, netptr, netind, cellwgt, edgewgt,
+                                        cellmap, htable, wgts, where, list, &most);
 }
 
 int ComputeAllWeights__(const PartCtrl *ctrl, const HGraph *graph, int *keys, int *htable)
 {
     Candidates list;
-    open_candidates(&list, graph->ncells);
+    open_candidates(&list, graph, nullptr);
     int largest = 0;
     for (int v = 0; v < graph->ncells; v++) {
+        float most;
         const int best = find_partner<SURVEY>(ctrl, v, graph->incptr, graph->incind, graph->netptr,
                                               graph->netind, graph->cellwgt, graph->edgewgt,
-                                              nullptr, htable, nullptr, nullptr, &list);
-        keys[v] = best < 0 ? -1 : trunc_int(100.0 / static_cast<double>(list.cwgt[best]));
+                                              nullptr, htable, nullptr, nullptr, &list, &most);
+        keys[v] = best < 0 ? -1 : trunc_int(100.0 / static_cast<double>(most));
         largest = std::max(largest, keys[v]);
     }
     close_candidates(&list);
@@ -88,9 +90,11 @@ static void join_stars(const PartCtrl *ctrl, const HGraph *graph, const int *whe
     int *const cellmap = stars->cellmap, *const wgts = stars->wgts;
     const int *const cellwgt = graph->cellwgt;
     Candidates list;
-    open_candidates(&list, graph->ncells);
+    open_candidates(&list, graph, where);
+    for (int c = 0; c < stars->ngroups; c++) list.heaviest = std::max(list.heaviest, wgts[c]);
     for (int i = 0, joined = 0; i < graph->ncells; i++) {
         const int u = perm[i];
+        prefetch_partners(graph, perm, i);
         if (cellmap[u] != SINGLE) continue;
         int v = -1;
         if (JOIN_QUOTA * graph->ncells > joined)
@@ -107,6 +111,7 @@ static void join_stars(const PartCtrl *ctrl, const HGraph *graph, const int *whe
         } else {
             start_group(stars, cellwgt, u, v);
         }
+        list.heaviest = std::max(list.heaviest, wgts[cellmap[u]]);
     }
     close_candidates(&list);
 }

@@ -2,36 +2,54 @@
 #ifndef ZORPEL_COARSEN_PARTNER_H
 #define ZORPEL_COARSEN_PARTNER_H
 
+#include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdlib>
+#include <limits>
 
 #include "core/hgraph.h"
 #include "core/memory.h"
+#include "core/vectors.h"
+#include "core/work_counts.h"
 #include "partition/ctrl.h"
 
 /* Neighbours of the vertex in search, in the order in which they were met. */
 struct Candidates {
-    int *cand;   // [vertices of the level] vertices
-    float *cwgt; // [vertices of the level] their connectivity: sum of edgewgt over shared nets
-    int ncand;   // in use
+    int *cand;     // [vertices of the level] vertices
+    int ncand;     // in use
+    int heaviest;  // no vertex and no group outweighs this
+    bool *cutnets; // [nnets] restricted: the hyperedge has pins in several parts; else null
 };
 
-inline void open_candidates(Candidates *list, int n)
+/* Marks the hyperedges that the partition cuts: at all others a pin's part need not be looked at.
+ */
+inline bool *mark_cut_nets(const HGraph *graph, const int *where)
 {
+    bool *const cutnets =
+        alloc_array<bool>(static_cast<size_t>(graph->nnets), "Candidates: cutnets");
+    for (int e = 0; e < graph->nnets; e++) {
+        const int begin = graph->netptr[e], end = graph->netptr[e + 1];
+        int j = begin;
+        while (j < end && where[graph->netind[j]] == where[graph->netind[begin]]) j++;
+        cutnets[e] = j < end;
+    }
+    return cutnets;
+}
+
+/* where is null for searches that are not restricted. */
+inline void open_candidates(Candidates *list, const HGraph *graph, const int *where)
+{
+    const int n = graph->ncells;
     list->cand = imalloc__(static_cast<size_t>(n), "Candidates: cand");
-    list->cwgt = fmalloc__(static_cast<size_t>(n), "Candidates: cwgt");
     list->ncand = 0;
+    list->heaviest = n > 0 ? graph->cellwgt[iamax__(n, graph->cellwgt)] : 0;
+    list->cutnets = where != nullptr ? mark_cut_nets(graph, where) : nullptr;
 }
 
 inline void close_candidates(Candidates *list)
 {
-    QXfree__(&list->cand, &list->cwgt, LTERM);
-}
-
-/* The vertex at a place of the list, -1 for no place. */
-inline int vertex_at(const Candidates *list, int place)
-{
-    return place < 0 ? -1 : list->cand[place];
+    QXfree__(&list->cand, &list->cutnets, LTERM);
 }
 
 /* Who may be a candidate. */
@@ -42,71 +60,123 @@ struct PartnerRules {
 };
 
 constexpr int SINGLE = -1;         // cellmap of a vertex that is not grouped yet
+constexpr int UNSEEN = -1;         // htable of a vertex that is not a candidate
 constexpr double STRONG_NET = 0.1; // least edgewgt that a survey looks at
 
-/* htable maps a vertex to its place in the list, -1 outside. */
+/* htable holds a candidate's connectivity as the bits of a float; UNSEEN are those of no number.
+ * Minus infinity keeps a vertex out of the list: it is not unseen, and adding leaves it so. Where
+ * only free vertices may be candidates the callers bar the grouped ones. */
+inline float connectivity(int bits)
+{
+    return std::bit_cast<float>(bits);
+}
+constexpr int BARRED = std::bit_cast<int>(-std::numeric_limits<float>::infinity());
+
+/* Adds the weight of a shared hyperedge to v's connectivity. */
 inline void add_candidate(Candidates *list, int v, float weight, int *htable)
 {
-    const int place = htable[v];
-    if (place != -1) {
-        list->cwgt[place] += weight;
-        return;
+    const int bits = htable[v];
+    if (bits == UNSEEN) {
+        list->cand[list->ncand++] = v;
+        htable[v] = std::bit_cast<int>(weight);
+    } else {
+        htable[v] = std::bit_cast<int>(connectivity(bits) + weight);
     }
-    htable[v] = list->ncand;
-    list->cand[list->ncand] = v;
-    list->cwgt[list->ncand++] = weight;
 }
 
-/* Place of the best candidate, -1 for an empty list; resets htable. The highest connectivity wins;
- * among equals the lighter one, then the first met, or in star form a later one if the best so far
- * is grouped. */
+/* The best candidate, -1 for an empty list, with its connectivity; resets htable. The highest
+ * connectivity wins; among equals the lighter one, then the first met, or in star form a later one
+ * if the best so far is grouped. */
 template <bool Star>
 inline int best_candidate(const Candidates *list, const int *cellwgt, const int *cellmap,
-                          int *htable)
+                          int *htable, float *most)
 {
     if (list->ncand == 0) return -1;
     const int *const cand = list->cand;
-    const float *const cwgt = list->cwgt;
-    int best = 0;
-    htable[cand[0]] = -1;
+    int best = cand[0];
+    float bestwgt = connectivity(htable[best]);
+    htable[best] = UNSEEN;
     for (int i = 1; i < list->ncand; i++) {
-        htable[cand[i]] = -1;
-        if (cwgt[i] < cwgt[best]) continue;
-        if (cwgt[i] > cwgt[best])
-            best = i;
-        else if (cwgt[i] == cwgt[best] &&
-                 (Star ? cellmap[cand[best]] != SINGLE : cellwgt[cand[best]] > cellwgt[cand[i]]))
-            best = i;
+        const int v = cand[i];
+        const float weight = connectivity(htable[v]);
+        htable[v] = UNSEEN;
+        if (weight < bestwgt) continue;
+        if (weight == bestwgt && !(Star ? cellmap[best] != SINGLE : cellwgt[best] > cellwgt[v]))
+            continue;
+        best = v;
+        bestwgt = weight;
     }
+    *most = bestwgt;
     return best;
 }
 
-/* Lists the candidates of u and returns the place of the best, -1 if there is none.
+/* Lists the candidates of u. With Light every vertex and group is known to fit. */
+template <PartnerRules R, bool Light>
+inline void list_candidates(const PartCtrl *ctrl, int u, const int *incptr, const int *incind,
+                            const int *netptr, const int *netind, const int *cellwgt,
+                            const float *edgewgt, const int *cellmap, int *htable, const int *wgts,
+                            const int *where, Candidates *list)
+{
+    const int limit = ctrl->MaxCellWgt - cellwgt[u];
+    const int maxnetsize = ctrl->maxnetsize;
+    Candidates found = {list->cand, 0, 0, nullptr};
+    const bool *const cutnets = list->cutnets;
+    for (int j = incptr[u]; j < incptr[u + 1]; j++) {
+        const int e = incind[j], begin = netptr[e], end = netptr[e + 1];
+        if (R.restricted && (end == begin || end - begin > maxnetsize)) continue;
+        const bool checked = R.restricted && cutnets[e];
+        const float weight = edgewgt[e];
+        if (R.survey && static_cast<double>(weight) < STRONG_NET) continue;
+        count_work(WORK_CANDIDATE_PINS, end - begin);
+        for (int i = begin; i < end; i++) {
+            const int v = netind[i];
+            if (!Light && cellwgt[v] > limit) continue;
+            if (checked && where[v] != where[u]) continue;
+            if (!Light && R.star && wgts[cellmap[v]] > limit) continue;
+            add_candidate(&found, v, weight, htable);
+        }
+    }
+    list->ncand = found.ncand;
+}
+
+/* The best candidate of u with its connectivity, -1 if there is none.
  *   wgts   star: weight of each group made so far, wgts[-1] == 0 for free vertices
  *   where  restricted: part of each vertex */
 template <PartnerRules R>
 inline int find_partner(const PartCtrl *ctrl, int u, const int *incptr, const int *incind,
                         const int *netptr, const int *netind, const int *cellwgt,
                         const float *edgewgt, const int *cellmap, int *htable, const int *wgts,
-                        const int *where, Candidates *list)
+                        const int *where, Candidates *list, float *most)
 {
-    const int limit = ctrl->MaxCellWgt - cellwgt[u];
-    const int maxnetsize = ctrl->maxnetsize;
-    list->ncand = 0;
-    for (int j = incptr[u]; j < incptr[u + 1]; j++) {
-        const int e = incind[j], size = netptr[e + 1] - netptr[e];
-        if (R.restricted && (size == 0 || size > maxnetsize)) continue;
-        const float weight = edgewgt[e];
-        if (R.survey && static_cast<double>(weight) < STRONG_NET) continue;
-        for (int i = netptr[e]; i < netptr[e + 1]; i++) {
-            const int v = netind[i];
-            if (v == u || cellwgt[v] > limit) continue;
-            if (R.restricted && where[v] != where[u]) continue;
-            if (!R.survey && (R.star ? wgts[cellmap[v]] > limit : cellmap[v] != SINGLE)) continue;
-            add_candidate(list, v, weight, htable);
-        }
+    htable[u] = BARRED;
+    if (list->heaviest <= ctrl->MaxCellWgt - cellwgt[u])
+        list_candidates<R, true>(ctrl, u, incptr, incind, netptr, netind, cellwgt, edgewgt, cellmap,
+                                 htable, wgts, where, list);
+    else
+        list_candidates<R, false>(ctrl, u, incptr, incind, netptr, netind, cellwgt, edgewgt,
+                                  cellmap, htable, wgts, where, list);
+    htable[u] = UNSEEN;
+    return best_candidate<R.star>(list, cellwgt, cellmap, htable, most);
+}
+
+/* Asks for what the search around coming vertices will read, each a step ahead of the next:
+ * order[i + 6] its list's start, order[i + 4] its list, order[i + 2] its hyperedges' starts,
+ * order[i + 1] their pins. */
+inline void prefetch_partners(const HGraph *graph, const int *order, int i)
+{
+    constexpr int most = 8; // hyperedges a vertex
+    const int n = graph->ncells;
+    const int *const incptr = graph->incptr, *const incind = graph->incind;
+    if (i + 6 >= n) return;
+    __builtin_prefetch(&incptr[order[i + 6]]);
+    __builtin_prefetch(&incind[incptr[order[i + 4]]]);
+    const int u = order[i + 2], v = order[i + 1];
+    for (int j = incptr[u], end = std::min(incptr[u + 1], j + most); j < end; j++) {
+        __builtin_prefetch(&graph->netptr[incind[j]]);
+        __builtin_prefetch(&graph->edgewgt[incind[j]]);
     }
-    return best_candidate<R.star>(list, cellwgt, cellmap, htable);
+    for (int j = incptr[v], end = std::min(incptr[v + 1], j + most); j < end; j++)
+        __builtin_prefetch(&graph->netind[graph->netptr[incind[j]]]);
 }
 
 #endif

@@ -31,7 +31,7 @@ void FreeHGraph__(HGraph *graph)
 {
     FreeRootHGraph__(graph);
     QXfree__(&graph->incptr, &graph->incind, &graph->netptr, &graph->netind, &graph->cellwgt,
-             &graph->netwgt, &graph->adjwgt, &graph->edgewgt, LTERM);
+             &graph->netwgt, &graph->adjwgt, &graph->edgewgt, &graph->nearby, LTERM);
     free(graph);
 }
 

@@ -13,6 +13,7 @@
 
 #include "core/memory.h"
 #include "core/vectors.h"
+#include "core/work_counts.h"
 
 void AllocateKwayRefinementMemory__(const PartCtrl *ctrl, HGraph *graph)
 {
@@ -76,6 +77,7 @@ static void compute_record(HGraph *graph, int v)
 {
     CellKwayInfo *const cell = &graph->crinfo[v];
     const int home = graph->where[v];
+    count_work(WORK_KWAY_RECORDS, 1);
     cell->ndegrees = cell->id = cell->ed = 0;
     for (int j = graph->incptr[v]; j < graph->incptr[v + 1]; j++) {
         const int e = graph->incind[j];
@@ -168,8 +170,7 @@ bool kway_ok(const PartCtrl *ctrl, const HGraph *graph)
     icopy__(graph->ncells, graph->where, fresh.where);
     ComputeInitKwayGains__(ctrl, &fresh);
     bool ok =
-        (has_single(graph) ||
-         (fresh.mincut == graph->mincut && fresh.minsoed == graph->minsoed)) &&
+        (has_single(graph) || (fresh.mincut == graph->mincut && fresh.minsoed == graph->minsoed)) &&
         memcmp(fresh.kpwgts, graph->kpwgts, static_cast<size_t>(ctrl->nparts) * sizeof(int)) == 0;
     for (int e = 0; e < graph->nnets && ok; e++) {
         const NetKwayInfo *const a = &graph->nrinfo[e], *const b = &fresh.nrinfo[e];

@@ -14,6 +14,7 @@
 #include "core/random.h"
 #include "core/timers.h"
 #include "core/vectors.h"
+#include "core/work_counts.h"
 #include "kway/kway_gains.h"
 
 enum class Objective { cut, soed };
@@ -98,6 +99,7 @@ static void make_move(const PartCtrl *ctrl, HGraph *graph, KwayWork *work, int v
 {
     const int from = graph->where[v], to = best->pid, weight = graph->cellwgt[v];
     const int cutgain = best->num - graph->crinfo[v].id;
+    count_work(WORK_KWAY_MOVES, 1);
     graph->mincut -= cutgain;
     graph->minsoed =
         static_cast<int>(static_cast<unsigned>(graph->minsoed) - static_cast<unsigned>(cutgain) -
