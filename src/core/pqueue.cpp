@@ -6,9 +6,11 @@
 #include "core/pqueue.h"
 
 #include <cassert>
+#include <climits>
 #include <cstddef>
 #include <cstdlib>
 
+#include "core/errors.h"
 #include "core/memory.h"
 
 /* Limits up to this are not worth a search for a vertex that fits. */
@@ -23,30 +25,45 @@ static void empty_buckets(PQueue *queue)
 {
     queue->maxgain = -queue->gainspan;
     for (int gain = -queue->gainspan; gain <= queue->gainspan; gain++)
-        queue->buckets[gain] = PQ_NONE;
+        queue->buckets[gain] = queue->maxnodes;
+}
+
+/* Initialises one queue, or two over the same vertices. */
+static void init_queues(PQueue *queues, int nqueues, int maxnodes, int gainspan)
+{
+    const size_t n = static_cast<size_t>(maxnodes);
+    for (PQueue *queue = queues; queue < queues + nqueues; queue++) {
+        *queue = {};
+        queue->maxnodes = maxnodes;
+        queue->type = 3LL * maxnodes < gainspan ? PQ_HEAP : PQ_BUCKETS;
+        if (queue->type == PQ_BUCKETS) continue;
+        queue->heap = alloc_array<HeapEntry>(n, "PQueueInit: queue->heap");
+        queue->locator = ismalloc__(n, PQ_NONE, "PQueueInit: queue->locator");
+    }
+    if (queues->type == PQ_HEAP) return;
+    queues->gainspan = gainspan;
+    const size_t nbuckets = bucket_count(queues);
+    const size_t nodeints = (n + 1) * (sizeof(BucketNode) / sizeof(int));
+    const size_t blockints = nodeints + static_cast<size_t>(nqueues) * nbuckets;
+    if (blockints > UINT_MAX) errexit__("Too many vertices for the gain queue: %d\n", maxnodes);
+    int *const block = imalloc__(blockints, "PQueueInit: queue->nodes");
+    for (int i = 0; i < nqueues; i++) {
+        PQueue *const queue = &queues[i];
+        queue->gainspan = gainspan;
+        queue->nodes = reinterpret_cast<BucketNode *>(block);
+        queue->buckets = block + nodeints + static_cast<size_t>(i) * nbuckets + gainspan;
+        empty_buckets(queue);
+    }
 }
 
 void PQueueInit__(PQueue *queue, int maxnodes, int gainspan)
 {
-    queue->nnodes = 0;
-    queue->maxnodes = maxnodes;
-    queue->nodes = nullptr;
-    queue->buckets = nullptr;
-    queue->heap = nullptr;
-    queue->locator = nullptr;
-    const size_t n = static_cast<size_t>(maxnodes);
-    if (3LL * maxnodes < gainspan) {
-        queue->type = PQ_HEAP;
-        queue->heap = alloc_array<HeapEntry>(n, "PQueueInit: queue->heap");
-        queue->locator = ismalloc__(n, PQ_NONE, "PQueueInit: queue->locator");
-        return;
-    }
-    queue->type = PQ_BUCKETS;
-    queue->gainspan = gainspan;
-    queue->nodes = alloc_array<BucketNode>(n, "PQueueInit: queue->nodes");
-    for (int i = 0; i < maxnodes; i++) queue->nodes[i].id = i;
-    queue->buckets = imalloc__(bucket_count(queue), "PQueueInit: queue->buckets") + gainspan;
-    empty_buckets(queue);
+    init_queues(queue, 1, maxnodes, gainspan);
+}
+
+void init_queue_pair(PQueue queues[2], int maxnodes, int gainspan)
+{
+    init_queues(queues, 2, maxnodes, gainspan);
 }
 
 void PQueueReset__(PQueue *queue)
@@ -61,50 +78,16 @@ void PQueueReset__(PQueue *queue)
 
 void PQueueFree__(PQueue *queue)
 {
-    if (queue->type == PQ_BUCKETS) {
-        queue->buckets -= queue->gainspan; // the base designates gain 0
-        QXfree__(&queue->nodes, &queue->buckets, LTERM);
-    } else {
-        QXfree__(&queue->heap, &queue->locator, LTERM);
-    }
+    QXfree__(&queue->nodes, &queue->heap, &queue->locator, LTERM);
+    queue->buckets = nullptr;
     queue->maxnodes = 0;
 }
 
-/* Lowers maxgain to the highest non-empty bucket. */
-static void settle_maxgain(PQueue *queue)
+void free_queue_pair(PQueue queues[2])
 {
-    if (queue->nnodes == 0) {
-        queue->maxgain = -queue->gainspan;
-        return;
-    }
-    while (queue->buckets[queue->maxgain] == PQ_NONE) queue->maxgain--;
-}
-
-static void bucket_insert(PQueue *queue, int vertex, int gain)
-{
-    assert(-queue->gainspan <= gain && gain <= queue->gainspan);
-    BucketNode *const nodes = queue->nodes;
-    const int head = queue->buckets[gain];
-    nodes[vertex].prev = PQ_NONE;
-    nodes[vertex].next = head;
-    if (head != PQ_NONE) nodes[head].prev = vertex;
-    queue->buckets[gain] = vertex;
-    queue->nnodes++;
-    if (gain > queue->maxgain) queue->maxgain = gain;
-}
-
-static void bucket_delete(PQueue *queue, int vertex, int gain)
-{
-    BucketNode *const nodes = queue->nodes;
-    const int prev = nodes[vertex].prev, next = nodes[vertex].next;
-    assert(prev != PQ_NONE || queue->buckets[gain] == vertex);
-    if (prev != PQ_NONE)
-        nodes[prev].next = next;
-    else
-        queue->buckets[gain] = next;
-    if (next != PQ_NONE) nodes[next].prev = prev;
-    queue->nnodes--;
-    if (gain == queue->maxgain && queue->buckets[gain] == PQ_NONE) settle_maxgain(queue);
+    queues[1].nodes = nullptr; // shared
+    PQueueFree__(&queues[0]);
+    PQueueFree__(&queues[1]);
 }
 
 /* Stores (key, vertex) at position i of the heap. */
@@ -160,6 +143,7 @@ static void heap_delete(PQueue *queue, int vertex)
 
 int PQueueInsert__(PQueue *queue, int vertex, int gain)
 {
+    assert(queue->type == PQ_HEAP || (-queue->gainspan <= gain && gain <= queue->gainspan));
     if (queue->type == PQ_BUCKETS) {
         bucket_insert(queue, vertex, gain);
         return 0;
@@ -182,8 +166,7 @@ int PQueueUpdate__(PQueue *queue, int vertex, int oldgain, int newgain)
 {
     if (oldgain == newgain) return 0;
     if (queue->type == PQ_BUCKETS) {
-        bucket_delete(queue, vertex, oldgain);
-        bucket_insert(queue, vertex, newgain);
+        bucket_move(queue, vertex, oldgain, newgain);
         return 0;
     }
     const int i = queue->locator[vertex];
@@ -205,14 +188,14 @@ int PQueueGetMax__(PQueue *queue)
 int PQueueSeeMax__(const PQueue *queue)
 {
     if (queue->nnodes == 0) return PQ_NONE;
-    if (queue->type == PQ_BUCKETS) return queue->nodes[queue->buckets[queue->maxgain]].id;
+    if (queue->type == PQ_BUCKETS) return queue->buckets[queue->maxgain];
     return queue->heap[0].val;
 }
 
 static int fitting_in_buckets(const PQueue *queue, int limit, const int *vwgt)
 {
     for (int gain = queue->maxgain; gain > 0; gain--)
-        for (int v = queue->buckets[gain]; v != PQ_NONE; v = queue->nodes[v].next)
+        for (int v = queue->buckets[gain]; v != queue->maxnodes; v = queue->nodes[v].next)
             if (vwgt[v] <= limit) return v;
     return queue->buckets[queue->maxgain];
 }
@@ -253,13 +236,13 @@ static bool heap_ok(const PQueue *queue)
 
 static bool buckets_ok(const PQueue *queue)
 {
+    const int *const base = reinterpret_cast<const int *>(queue->nodes);
     int listed = 0, highest = -queue->gainspan;
     for (int gain = -queue->gainspan; gain <= queue->gainspan; gain++) {
-        int prev = PQ_NONE;
-        for (int v = queue->buckets[gain]; v != PQ_NONE; v = queue->nodes[v].next) {
-            if (v < 0 || v >= queue->maxnodes || queue->nodes[v].id != v) return false;
-            if (queue->nodes[v].prev != prev || listed++ >= queue->nnodes) return false;
-            prev = v;
+        const int *slot = &queue->buckets[gain];
+        for (int v; (v = *slot) != queue->maxnodes; slot = &queue->nodes[v].next) {
+            if (v < 0 || v > queue->maxnodes || listed++ >= queue->nnodes) return false;
+            if (queue->nodes[v].slot != static_cast<unsigned>(slot - base)) return false;
             highest = gain;
         }
     }

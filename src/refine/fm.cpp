@@ -15,8 +15,7 @@
 
 #include "core/heavy_assert.h"
 #include "core/timers.h"
-#include "refine/fm_steps.h"
-#include "refine/gains.h"
+#include "refine/neighbours.h"
 
 struct FmRules {
     bool constrained; // candidates must fit
@@ -27,162 +26,222 @@ constexpr FmRules EEFM = {false, true}, EEFM2 = {true, true};
 
 template <FmRules R> [[gnu::cold]] static void trace_start(const HGraph *graph, const FmWork *work)
 {
-    const int *const pwgts = graph->pwgts;
     const int queued[2] = {work->queues[0].nnodes, work->queues[1].nnodes};
-    if (R.exact) {
+    const int cut = cut_of_counts(graph, work);
+    if (R.exact)
         printf("Partitions: [%6d,%8d]  [%6d,%8d], Initial Cut: %8d [%d] [%d]\n", queued[0],
-               pwgts[0], queued[1], pwgts[1], work->initcut, ComputeCut__(graph),
-               work->minpwgts[0]);
-        return;
-    }
-    if (R.constrained)
+               work->pwgts[0], queued[1], work->pwgts[1], work->initcut, cut, work->minpwgts[0]);
+    else if (R.constrained)
         printf("Partitions2: [%6d,%8d]  [%6d,%8d], Initial Cut: %8d [%d] [%d %d]\n", queued[0],
-               pwgts[0], queued[1], pwgts[1], work->initcut, ComputeCut__(graph), work->minpwgts[0],
+               work->pwgts[0], queued[1], work->pwgts[1], work->initcut, cut, work->minpwgts[0],
                work->minpwgts[1]);
     else
         printf("Partitions: [%6d,%8d]  [%6d,%8d], Initial Cut: %8d [%d] [%d %d]\n", queued[0],
-               pwgts[0], queued[1], pwgts[1], work->initcut, ComputeCut__(graph), work->minpwgts[0],
+               work->pwgts[0], queued[1], work->pwgts[1], work->initcut, cut, work->minpwgts[0],
                work->minpwgts[1]);
 }
 
-/* gain is the gain that v had before it moved. */
+/* gain is the one that v had before it moved. */
 template <FmRules R>
-[[gnu::cold]] static void trace_move(const HGraph *graph, int v, int from, int newcut)
+[[gnu::cold]] static void trace_move(const HGraph *graph, const FmWork *work, int v, int from,
+                                     int gain)
 {
-    const int *const pwgts = graph->pwgts;
+    const int *const pwgts = work->pwgts;
+    const int number = original_of(work, v);
     if (R.exact)
-        printf("Gains from moving %8d from %2d: %4d, \tNewcut: %d\n", v, from, graph->gain[v],
-               newcut);
+        printf("Gains from moving %8d from %2d: %4d, \tNewcut: %d\n", number, from, gain,
+               work->newcut);
     else if (R.constrained)
-        printf("Gains from moving %8d from %2d: %4d, \tNewcut: %d [%6d %6d %6d]\n", v, from,
-               graph->gain[v], newcut, graph->cellwgt[v], pwgts[0], pwgts[1]);
+        printf("Gains from moving %8d from %2d: %4d, \tNewcut: %d [%6d %6d %6d]\n", number, from,
+               gain, work->newcut, graph->cellwgt[v], pwgts[0], pwgts[1]);
     else
-        printf("Gains from moving %8d from %2d: %4d, \tNewcut: %d [%6d %6d]\n", v, from,
-               graph->gain[v], newcut, pwgts[0], pwgts[1]);
+        printf("Gains from moving %8d from %2d: %4d, \tNewcut: %d [%6d %6d]\n", number, from, gain,
+               work->newcut, pwgts[0], pwgts[1]);
 }
 
 template <FmRules R> [[gnu::cold]] static void trace_end(const HGraph *graph, const FmWork *work)
 {
-    const int *const pwgts = graph->pwgts;
+    const int *const pwgts = work->pwgts;
     if (R.exact)
-        printf("\tMinimum Cut: %8d [%8d] at %5d [%6d %6d]\n", work->mincut, ComputeCut__(graph),
-               work->mincutorder, pwgts[0], pwgts[1]);
+        printf("\tMinimum Cut: %8d [%8d] at %5d [%6d %6d]\n", work->mincut,
+               cut_of_counts(graph, work), work->mincutorder, pwgts[0], pwgts[1]);
     else
         printf("\tMinimum Cut: %8d at %5d [%6d %6d]\n", work->mincut, work->mincutorder, pwgts[0],
                pwgts[1]);
 }
 
-template <FmRules R>
-static void fm_begin_pass(PartCtrl *ctrl, HGraph *graph, FmWork *work, int pass)
+template <FmRules R, bool Heap>
+static void fm_begin_pass(PartCtrl *ctrl, const HGraph *original, const HGraph *graph, FmWork *work,
+                          int pass)
 {
     start_timer(ctrl, TIME_INITIALIZE);
-    if (!R.exact || pass == 0) ComputeInitGains__(graph);
-    set_weight_bounds(ctrl, graph->pwgts, work->minpwgts);
-    reset_pass(graph, work);
-    fill_queues(graph, work->queues, work->perm, work->moved, -1);
+    if (pass == 0 || (!R.exact && work->single)) {
+        load_sides(original, work);
+        compute_gains<Heap>(graph, work);
+    }
+    if (!R.exact && !work->single) save_start<Heap>(graph, work);
+    set_weight_bounds(ctrl, work->pwgts, work->minpwgts);
+    reset_pass(work, 2);
+    fill_queues<Heap>(graph, work, -1);
+    HEAVY_ASSERT(work_ok(graph, work, R.exact));
     if ((ctrl->dbglvl & DBG_PASS) && pass == 0) trace_start<R>(graph, work);
     stop_timer(ctrl, TIME_INITIALIZE);
 }
 
 /* A side's candidate, -1 when its queue is empty. */
-template <FmRules R> static int candidate(const HGraph *graph, const FmWork *work, int side)
+template <FmRules R, bool Heap>
+static int candidate(const HGraph *graph, const FmWork *work, int side)
 {
     const PQueue *const queue = &work->queues[side];
-    if (!R.constrained) return PQueueSeeMax__(queue);
-    return PQueueSeeConstraintMax(queue, room_of(graph->pwgts[side], work->minpwgts[side]),
-                                  graph->cellwgt);
+    if (R.constrained)
+        return PQueueSeeConstraintMax(queue, room_of(work->pwgts[side], work->minpwgts[side]),
+                                      graph->cellwgt);
+    if (Heap) return PQueueSeeMax__(queue);
+    return queue->nnodes == 0 ? PQ_NONE : queue->buckets[queue->maxgain];
 }
 
 /* The side that gives up its candidate when both have one: the better gain, unless that side would
  * fall below its bound; then the other, without a test of its own. Equal gains: the side with more
  * room, side 0 if neither has more. */
-static int choose_side(const HGraph *graph, const FmWork *work, int a0, int a1)
+static int choose_side(const HGraph *graph, const FmWork *work, const int a[2], const int gain[2])
 {
-    const int *const pwgts = graph->pwgts, *const minpwgts = work->minpwgts;
-    if (graph->gain[a0] > graph->gain[a1])
-        return pwgts[0] - graph->cellwgt[a0] < minpwgts[0] ? 1 : 0;
-    if (graph->gain[a0] < graph->gain[a1])
-        return pwgts[1] - graph->cellwgt[a1] < minpwgts[1] ? 0 : 1;
+    const int *const pwgts = work->pwgts, *const minpwgts = work->minpwgts;
+    if (gain[0] > gain[1]) return pwgts[0] - graph->cellwgt[a[0]] < minpwgts[0] ? 1 : 0;
+    if (gain[0] < gain[1]) return pwgts[1] - graph->cellwgt[a[1]] < minpwgts[1] ? 0 : 1;
     const long long room0 = static_cast<long long>(pwgts[0]) - minpwgts[0];
     const long long room1 = static_cast<long long>(pwgts[1]) - minpwgts[1];
     return room0 < room1 ? 1 : 0;
 }
 
 /* Takes the next vertex to move out of its queue; -1 when both are empty. */
-template <FmRules R> static int fm_take_next(const HGraph *graph, FmWork *work, int *from)
+template <FmRules R, bool Heap>
+static int fm_take_next(const HGraph *graph, FmWork *work, int *from)
 {
-    const int a0 = candidate<R>(graph, work, 0);
-    const int a1 = candidate<R>(graph, work, 1);
-    if (a0 < 0 && a1 < 0) return -1;
-    *from = a0 < 0 ? 1 : a1 < 0 ? 0 : choose_side(graph, work, a0, a1);
-    if (!R.constrained) return PQueueGetMax__(&work->queues[*from]);
-    const int v = *from == 0 ? a0 : a1;
-    PQueueDelete(&work->queues[*from], v, graph->gain[v]);
+    const int a[2] = {candidate<R, Heap>(graph, work, 0), candidate<R, Heap>(graph, work, 1)};
+    if (a[0] < 0 && a[1] < 0) return -1;
+    if (a[0] < 0 || a[1] < 0) {
+        *from = a[0] < 0 ? 1 : 0;
+    } else {
+        const int gain[2] = {gain_of<Heap>(work, a[0]), gain_of<Heap>(work, a[1])};
+        *from = choose_side(graph, work, a, gain);
+    }
+    const int v = a[*from];
+    if (Heap)
+        PQueueDelete(&work->queues[*from], v, gain_of<Heap>(work, v));
+    else
+        bucket_delete(&work->queues[*from], v, gain_of<Heap>(work, v));
+    work->state[v] = static_cast<uint8_t>(*from);
     return v;
 }
 
+/* The best vertices left on both sides are likely to move next. */
+template <bool Heap> static void prefetch_candidates(const HGraph *graph, const FmWork *work)
+{
+    for (const PQueue &queue : work->queues)
+        if (queue.nnodes > 0) prefetch_nets(graph, work, queue.buckets[queue.maxgain]);
+}
+
 /* limit: moves above the best cut after which a pass of exact gains is left. */
-template <FmRules R> static void fm_moves(PartCtrl *ctrl, HGraph *graph, FmWork *work, int limit)
+template <FmRules R, bool Heap>
+static void fm_moves(PartCtrl *ctrl, const HGraph *graph, FmWork *work, int limit)
 {
     constexpr UpdateRules updates = {R.exact, false, true};
     start_timer(ctrl, TIME_ITERATE);
-    for (int v, from; work->nswaps < graph->ncells; work->nswaps++) {
-        if ((v = fm_take_next<R>(graph, work, &from)) < 0) break;
-        work->newcut -= graph->gain[v];
-        work->moved[v] = work->nswaps;
+    for (int v, from; (v = fm_take_next<R, Heap>(graph, work, &from)) >= 0; work->nswaps++) {
+        const int gain = gain_of<Heap>(work, v);
+        work->newcut -= gain;
         work->swaps[work->nswaps] = v;
-        change_side(graph, v, from, 1 - from);
-        const bool best = note_best<!R.exact>(graph, work);
+        change_side(graph, work, v, from, 1 - from);
+        count_work(WORK_MOVES, 1);
+        const bool best = note_best<!R.exact>(work);
         if (R.exact && !best && work->mincut < work->newcut &&
             work->nswaps - work->mincutorder > limit) {
-            change_side(graph, v, 1 - from, from); // counts and gains were not touched yet
+            change_side(graph, work, v, 1 - from, from); // counts and gains were not touched yet
             break;
         }
-        if (ctrl->dbglvl & DBG_MOVE) trace_move<R>(graph, v, from, work->newcut);
-        if (R.exact) graph->gain[v] = -graph->gain[v];
-        update_neighbours<updates>(graph, work->queues, work->moved, v, from);
+        if (ctrl->dbglvl & DBG_MOVE) trace_move<R>(graph, work, v, from, gain);
+        if (R.exact) gain_of<Heap>(work, v) = -gain;
+        if (!Heap) prefetch_candidates<Heap>(graph, work);
+        update_neighbours<Heap, updates>(graph, work, v, from);
     }
-    HEAVY_ASSERT(pqueue_ok(&work->queues[0]) && pqueue_ok(&work->queues[1]));
+    HEAVY_ASSERT(work_ok(graph, work, R.exact));
     stop_timer(ctrl, TIME_ITERATE);
 }
 
-/* Takes back the moves after the best point; keeps gains and counts exact if R asks for it. */
-template <FmRules R> static void fm_undo_tail(HGraph *graph, FmWork *work)
+/* Takes back the moves after the best point and keeps gains and counts exact. */
+template <bool Heap> static void undo_tail(const HGraph *graph, FmWork *work)
 {
     constexpr UpdateRules updates = {true, false, false};
+    count_work(WORK_UNDONE, work->nswaps - 1 - work->mincutorder);
     for (int i = work->nswaps - 1; i > work->mincutorder; i--) {
-        const int v = work->swaps[i];
-        const int from = graph->where[v];
-        change_side(graph, v, from, 1 - from);
-        if (!R.exact) continue;
-        graph->gain[v] = -graph->gain[v];
-        update_neighbours<updates>(graph, work->queues, work->moved, v, from);
+        const int v = work->swaps[i], from = side_of(work, v);
+        change_side(graph, work, v, from, 1 - from);
+        gain_of<Heap>(work, v) = -gain_of<Heap>(work, v);
+        update_neighbours<Heap, updates>(graph, work, v, from);
     }
-    HEAVY_ASSERT(!R.exact || (graph->mincut = work->mincut, hgraph_ok(graph, HG_WHERE | HG_GAINS)));
+    HEAVY_ASSERT(work_ok(graph, work, true));
 }
 
-template <FmRules R> static void fm_end_pass(PartCtrl *ctrl, HGraph *graph, FmWork *work)
+/* Makes the moves up to the best point in the original's where, which still holds the start of the
+ * pass, and takes the weights back to that point. */
+static void keep_prefix(HGraph *original, const HGraph *graph, FmWork *work)
+{
+    for (int side = 0; side < 2; side++) work->pwgts[side] = work->initpwgts[side];
+    for (int i = 0; i <= work->mincutorder; i++) {
+        const int v = work->swaps[i];
+        int *const where = &original->where[original_of(work, v)];
+        work->pwgts[*where] -= graph->cellwgt[v];
+        *where ^= 1;
+        work->pwgts[*where] += graph->cellwgt[v];
+    }
+}
+
+template <FmRules R, bool Heap>
+static void fm_end_pass(PartCtrl *ctrl, HGraph *original, const HGraph *graph, FmWork *work,
+                        bool last)
 {
     start_timer(ctrl, TIME_WRAPUP);
-    fm_undo_tail<R>(graph, work);
+    if (R.exact) {
+        undo_tail<Heap>(graph, work);
+    } else {
+        if (!last && !work->single) restart_at_best<Heap>(original, graph, work);
+        keep_prefix(original, graph, work);
+    }
     if (ctrl->dbglvl & DBG_PASS) trace_end<R>(graph, work);
-    graph->mincut = work->mincut;
     stop_timer(ctrl, TIME_WRAPUP);
+}
+
+template <FmRules R, bool Heap>
+static void fm_passes(PartCtrl *ctrl, HGraph *original, const HGraph *graph, FmWork *work,
+                      int npasses, float fraction)
+{
+    const int limit = trunc_int(static_cast<float>(graph->ncells) * fraction);
+    for (int pass = 0; pass < npasses; pass++) {
+        fm_begin_pass<R, Heap>(ctrl, original, graph, work, pass);
+        fm_moves<R, Heap>(ctrl, graph, work, limit);
+        const bool last = work->mincut == work->initcut || pass + 1 == npasses;
+        fm_end_pass<R, Heap>(ctrl, original, graph, work, last);
+        if (last) break;
+    }
+    if (R.exact) {
+        store_sides(original, work);
+        store_gains<Heap>(original, work);
+    }
+    original->pwgts[0] = work->pwgts[0];
+    original->pwgts[1] = work->pwgts[1];
+    original->mincut = work->mincut;
 }
 
 template <FmRules R>
 static void fm_refine(PartCtrl *ctrl, HGraph *graph, int npasses, float fraction)
 {
-    const int limit = trunc_int(static_cast<float>(graph->ncells) * fraction);
+    if (npasses < 1) return;
     FmWork work;
-    open_work(graph, &work, 2);
-    for (int pass = 0; pass < npasses; pass++) {
-        fm_begin_pass<R>(ctrl, graph, &work, pass);
-        fm_moves<R>(ctrl, graph, &work, limit);
-        fm_end_pass<R>(ctrl, graph, &work);
-        if (work.mincut == work.initcut) break;
-    }
-    close_work(&work);
+    const HGraph *const refined = open_work(graph, &work, 2);
+    with_form(&work, [&]<bool Heap>() {
+        fm_passes<R, Heap>(ctrl, graph, refined, &work, npasses, fraction);
+    });
+    close_work(&work, 2);
 }
 
 void Refine_FM__(PartCtrl *ctrl, HGraph *graph, int npasses)

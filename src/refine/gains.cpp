@@ -6,6 +6,7 @@
 #include "core/heavy_assert.h"
 #include "core/memory.h"
 #include "core/vectors.h"
+#include "core/work_counts.h"
 
 void AllocateRefinementMemory__(HGraph *graph)
 {
@@ -24,6 +25,7 @@ static int count_pins(const HGraph *graph, int *ndeg0, int *ndeg1)
     const int *const netptr = graph->netptr, *const netind = graph->netind;
     const int *const where = graph->where;
     int cut = 0;
+    count_work(WORK_GAIN_PINS, netptr[graph->nnets]);
     for (int e = 0; e < graph->nnets; e++) {
         int ones = 0;
         for (int j = netptr[e]; j < netptr[e + 1]; j++) ones += where[netind[j]];
@@ -50,6 +52,7 @@ static int gain_of(const HGraph *graph, int v, const int *own, const int *other)
 
 static void compute_gains(const HGraph *graph, int *const ndeg[2], int *gain)
 {
+    count_work(WORK_GAIN_PINS, graph->incptr[graph->ncells]);
     for (int v = 0; v < graph->ncells; v++) {
         const int side = graph->where[v];
         gain[v] = gain_of(graph, v, ndeg[side], ndeg[1 - side]);

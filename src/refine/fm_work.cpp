@@ -1,0 +1,284 @@
+/* refine/fm_work.cpp: setting up and winding down the passes of the refiners. */
+#include "refine/fm_work.h"
+
+#include <cstring>
+
+#include "core/memory.h"
+#include "core/random.h"
+#include "core/vectors.h"
+#include "refine/neighbours.h"
+
+constexpr int RELABEL_SIZE = 4096; // vertices: smaller levels are in the cache anyway
+
+/* The bound of every gain on the level: the largest adjwgt, 0 on an empty one. */
+static int gain_bound(const HGraph *graph)
+{
+    return graph->ncells > 0 ? graph->adjwgt[iamax__(graph->ncells, graph->adjwgt)] : 0;
+}
+
+/* Lists what does not change of the hyperedges and numbers the large ones. */
+static void open_nets(const HGraph *graph, FmWork *work)
+{
+    const size_t nnets = static_cast<size_t>(graph->nnets);
+    work->nets = alloc_array<FmNet>(nnets, "FM_Refine: nets");
+    work->counts = alloc_array<PackedCounts>(nnets, "FM_Refine: counts");
+    work->nlarge = 0;
+    work->single = false;
+    for (int e = 0; e < graph->nnets; e++) {
+        FmNet *const net = &work->nets[e];
+        const int *const pins = graph->netind;
+        int pinxor = 0;
+        for (int j = graph->netptr[e]; j < graph->netptr[e + 1]; j++) pinxor ^= pins[j];
+        *net = {graph->netwgt[e], graph->netptr[e], graph->netptr[e + 1], pinxor};
+        const int size = net_size(graph, e);
+        const bool small = size > 0 && size <= PACKED_SIZE;
+        work->counts[e] =
+            small ? PackedCounts{1} << PACKED_ALL : static_cast<PackedCounts>(work->nlarge++);
+        work->single |= size == 1;
+    }
+    work->large = alloc_array<NetCounts>(static_cast<size_t>(work->nlarge), "FM_Refine: large");
+}
+
+const HGraph *open_work(HGraph *original, FmWork *work, int nqueues)
+{
+    const HGraph *graph = original;
+    const int span = gain_bound(graph);
+    const size_t n = static_cast<size_t>(graph->ncells);
+    work->copy = {};
+    if (nqueues == 2)
+        init_queue_pair(work->queues, graph->ncells, span);
+    else
+        PQueueInit__(&work->queues[0], graph->ncells, span);
+    const bool buckets = work->queues[0].type == PQ_BUCKETS;
+    if (buckets && graph->nearby != nullptr && graph->ncells >= RELABEL_SIZE) {
+        relabel_level(original, &work->copy);
+        graph = &work->copy.level;
+    }
+    work->gain = original->gain;
+    if (buckets)
+        for (int v = 0; v <= graph->ncells; v++) work->queues[0].nodes[v].first = graph->incptr[v];
+    work->state = alloc_array<uint8_t>(n, "FM_Refine: moved");
+    work->swaps = imalloc__(n, "FM_Refine: swaps");
+    work->perm = imalloc__(n, "FM_Refine: perm");
+    open_nets(graph, work);
+    work->startcounts = nullptr;
+    work->startlarge = nullptr;
+    work->startgain = nullptr;
+    return graph;
+}
+
+void close_work(FmWork *work, int nqueues)
+{
+    if (nqueues == 2)
+        free_queue_pair(work->queues);
+    else
+        PQueueFree__(&work->queues[0]);
+    free_relabelled(&work->copy);
+    QXfree__(&work->state, &work->nets, &work->counts, &work->large, &work->startcounts,
+             &work->startlarge, &work->startgain, &work->swaps, &work->perm, LTERM);
+}
+
+void load_sides(const HGraph *graph, FmWork *work)
+{
+    const int *const where = graph->where;
+    int total = 0, ones = 0;
+    for (int v = 0; v < graph->ncells; v++) {
+        work->state[refined_of(work, v)] = static_cast<uint8_t>(where[v]);
+        total += graph->cellwgt[v];
+        ones += where[v] ? graph->cellwgt[v] : 0;
+    }
+    work->pwgts[0] = total - ones;
+    work->pwgts[1] = ones;
+}
+
+void store_sides(HGraph *graph, const FmWork *work)
+{
+    for (int v = 0; v < graph->ncells; v++) graph->where[v] = side_of(work, refined_of(work, v));
+    graph->pwgts[0] = work->pwgts[0];
+    graph->pwgts[1] = work->pwgts[1];
+    graph->mincut = work->mincut;
+}
+
+/* Counts the pins of e on each side, and nqueued as if all free pins were queued. */
+static NetCounts count_pins(const HGraph *graph, const FmWork *work, const FmNet *net)
+{
+    const int *const netind = graph->netind;
+    const uint8_t *const state = work->state;
+    const int size = net->end - net->first;
+    int ones = 0, onexor = 0, nfixed = 0;
+    count_work(WORK_GAIN_PINS, size);
+    for (int j = net->first; j < net->end; j++) {
+        const int u = netind[j], side = state[u] & SIDE;
+        ones += side;
+        onexor ^= u & -side;
+    }
+    for (int j = net->first; graph->nfixed > 0 && j < net->end; j++)
+        nfixed += netind[j] < graph->nfixed;
+    return {{size - ones, ones}, size - nfixed, net->pinxor ^ onexor};
+}
+
+static PackedCounts pack_counts(const NetCounts *c)
+{
+    return static_cast<PackedCounts>(static_cast<uint32_t>(c->xor0)) |
+           static_cast<PackedCounts>(c->npins[0]) << PACKED_NPINS |
+           static_cast<PackedCounts>(c->npins[1]) << (PACKED_NPINS + 8) |
+           static_cast<PackedCounts>(c->nqueued) << PACKED_NQUEUED |
+           static_cast<PackedCounts>(c->npins[0] + c->npins[1]) << PACKED_ALL;
+}
+
+template <bool Heap> void compute_gains(const HGraph *graph, FmWork *work)
+{
+    // uncut hyperedges take their weight off each pin's gain: start from that for all, give it
+    // back at cut ones, and add it where a pin is alone on its side
+    for (int v = 0; v < graph->ncells; v++) gain_of<Heap>(work, v) = -graph->adjwgt[v];
+    work->mincut = 0;
+    for (int e = 0; e < graph->nnets; e++) {
+        const FmNet *const net = &work->nets[e];
+        const NetCounts counts = count_pins(graph, work, net);
+        if (is_large(work->counts[e])) [[unlikely]]
+            work->large[work->counts[e]] = counts;
+        else
+            work->counts[e] = pack_counts(&counts);
+        if (counts.npins[0] == 0 || counts.npins[1] == 0) continue;
+        work->mincut += net->wgt;
+        for (int j = net->first; j < net->end; j++)
+            gain_of<Heap>(work, graph->netind[j]) += net->wgt;
+        if (counts.npins[0] == 1) gain_of<Heap>(work, counts.xor0) += net->wgt;
+        if (counts.npins[1] == 1) gain_of<Heap>(work, net->pinxor ^ counts.xor0) += net->wgt;
+    }
+}
+
+template <bool Heap> void store_gains(HGraph *graph, FmWork *work)
+{
+    for (int e = 0; e < graph->nnets; e++) {
+        const int k = work->copy.netlabel != nullptr ? work->copy.netlabel[e] : e;
+        const NetCounts counts = net_counts(work, k);
+        graph->ndeg[0][e] = counts.npins[0];
+        graph->ndeg[1][e] = counts.npins[1];
+    }
+    for (int v = 0; v < graph->ncells; v++)
+        graph->gain[v] = gain_of<Heap>(work, refined_of(work, v));
+}
+
+static void copy_counts(const HGraph *graph, const PackedCounts *from, PackedCounts *to)
+{
+    if (graph->nnets > 0) memcpy(to, from, static_cast<size_t>(graph->nnets) * sizeof *to);
+}
+
+static void copy_large(const FmWork *work, const NetCounts *from, NetCounts *to)
+{
+    if (work->nlarge > 0) memcpy(to, from, static_cast<size_t>(work->nlarge) * sizeof *to);
+}
+
+template <bool Heap> void save_start(const HGraph *graph, FmWork *work)
+{
+    if (work->startgain == nullptr) {
+        work->startgain = imalloc__(static_cast<size_t>(graph->ncells), "FM_Refine: startgain");
+        work->startcounts =
+            alloc_array<PackedCounts>(static_cast<size_t>(graph->nnets), "FM_Refine: startcounts");
+        work->startlarge =
+            alloc_array<NetCounts>(static_cast<size_t>(work->nlarge), "FM_Refine: startlarge");
+    }
+    for (int v = 0; v < graph->ncells; v++) work->startgain[v] = gain_of<Heap>(work, v);
+    copy_counts(graph, work->counts, work->startcounts);
+    copy_large(work, work->large, work->startlarge);
+}
+
+template <bool Heap> void restart_at_best(const HGraph *original, const HGraph *graph, FmWork *work)
+{
+    constexpr UpdateRules updates = {true, false, false};
+    load_sides(original, work);
+    for (int v = 0; v < graph->ncells; v++) gain_of<Heap>(work, v) = work->startgain[v];
+    copy_counts(graph, work->startcounts, work->counts);
+    copy_large(work, work->startlarge, work->large);
+    count_work(WORK_UNDONE, work->mincutorder + 1);
+    for (int i = 0; i <= work->mincutorder; i++) {
+        const int v = work->swaps[i], from = side_of(work, v);
+        change_side(graph, work, v, from, 1 - from);
+        gain_of<Heap>(work, v) = -gain_of<Heap>(work, v);
+        update_neighbours<Heap, updates>(graph, work, v, from);
+    }
+}
+
+int cut_of_counts(const HGraph *graph, const FmWork *work)
+{
+    int cut = 0;
+    for (int e = 0; e < graph->nnets; e++) {
+        const NetCounts counts = net_counts(work, e);
+        if (counts.npins[0] != 0 && counts.npins[1] != 0) cut += graph->netwgt[e];
+    }
+    return cut;
+}
+
+void reset_pass(FmWork *work, int nqueues)
+{
+    for (int i = 0; i < nqueues; i++) PQueueReset__(&work->queues[i]);
+    work->initcut = work->newcut = work->mincut;
+    work->initpwgts[0] = work->pwgts[0];
+    work->initpwgts[1] = work->pwgts[1];
+    work->mindiff = weight_difference(work->pwgts);
+    work->mincutorder = -1;
+    work->nswaps = 0;
+}
+
+template <bool Heap> void fill_queues(const HGraph *graph, FmWork *work, int onlyside)
+{
+    RandomPermute__(work->perm, graph->ncells, 1);
+    for (int i = 0; i < graph->ncells; i++) {
+        const int v = refined_of(work, work->perm[i]), side = side_of(work, v);
+        if (v < graph->nfixed || (onlyside >= 0 && side != onlyside)) continue;
+        PQueue *const queue = &work->queues[onlyside >= 0 ? 0 : side];
+        count_work(WORK_QUEUED, 1);
+        work->state[v] = static_cast<uint8_t>(side | QUEUED);
+        if (Heap)
+            PQueueInsert__(queue, v, gain_of<Heap>(work, v));
+        else
+            bucket_insert(queue, v, gain_of<Heap>(work, v));
+    }
+}
+
+/* Whether v's gain is what the pin counts say; with a hyperedge of one pin it drifts. */
+static bool gain_agrees(const HGraph *graph, FmWork *work, int v)
+{
+    const int side = side_of(work, v);
+    int gain = 0;
+    for (int j = graph->incptr[v]; j < graph->incptr[v + 1]; j++) {
+        const int e = graph->incind[j];
+        const NetCounts counts = net_counts(work, e);
+        if (net_size(graph, e) == 1) return true;
+        if (counts.npins[1 - side] == 0)
+            gain -= graph->netwgt[e];
+        else if (counts.npins[side] == 1)
+            gain += graph->netwgt[e];
+    }
+    return gain ==
+           (work->queues[0].type == PQ_HEAP ? gain_of<true>(work, v) : gain_of<false>(work, v));
+}
+
+bool work_ok(const HGraph *graph, FmWork *work, bool exact)
+{
+    for (int e = 0; e < graph->nnets; e++) {
+        int nqueued = 0;
+        const NetCounts fresh = count_pins(graph, work, &work->nets[e]);
+        const NetCounts kept = net_counts(work, e);
+        for (int j = graph->netptr[e]; j < graph->netptr[e + 1]; j++)
+            nqueued += (work->state[graph->netind[j]] & QUEUED) != 0;
+        if (fresh.npins[0] != kept.npins[0] || fresh.npins[1] != kept.npins[1] ||
+            fresh.xor0 != kept.xor0 || (!exact && kept.nqueued != nqueued))
+            return false;
+    }
+    for (int v = 0; v < graph->ncells; v++)
+        if ((exact || (work->state[v] & QUEUED)) && !gain_agrees(graph, work, v)) return false;
+    return pqueue_ok(&work->queues[0]);
+}
+
+template void compute_gains<false>(const HGraph *graph, FmWork *work);
+template void compute_gains<true>(const HGraph *graph, FmWork *work);
+template void store_gains<false>(HGraph *graph, FmWork *work);
+template void store_gains<true>(HGraph *graph, FmWork *work);
+template void save_start<false>(const HGraph *graph, FmWork *work);
+template void save_start<true>(const HGraph *graph, FmWork *work);
+template void restart_at_best<false>(const HGraph *original, const HGraph *graph, FmWork *work);
+template void restart_at_best<true>(const HGraph *original, const HGraph *graph, FmWork *work);
+template void fill_queues<false>(const HGraph *graph, FmWork *work, int onlyside);
+template void fill_queues<true>(const HGraph *graph, FmWork *work, int onlyside);

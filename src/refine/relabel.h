@@ -1,0 +1,20 @@
+/* refine/relabel.h: a level's lists in an order that keeps neighbours together (refine/ only). */
+#ifndef ZORPEL_REFINE_RELABEL_H
+#define ZORPEL_REFINE_RELABEL_H
+
+#include "core/hgraph.h"
+
+/* A copy of a level whose vertices and hyperedges are numbered so that neighbours are close in
+ * memory. Fixed vertices keep the lowest numbers. Orders within lists are those of the level. */
+struct Relabelled {
+    HGraph level;  // lists, incidence, weights and nothing else
+    int *vertex;   // [ncells] the vertex behind each label; null: no copy was made
+    int *label;    // [ncells] the label of each vertex
+    int *netlabel; // [nnets] the label of each hyperedge
+};
+
+/* Makes the copy, by the level's nearby order, in O(pins). */
+void relabel_level(const HGraph *graph, Relabelled *copy);
+void free_relabelled(Relabelled *copy);
+
+#endif
