@@ -8,7 +8,8 @@
 #include "core/vectors.h"
 #include "refine/neighbours.h"
 
-constexpr int RELABEL_SIZE = 4096; // vertices: smaller levels are in the cache anyway
+// vertices: smaller levels are in the cache anyway
+constexpr int RELABEL_SIZE = HEAVY_ASSERTS ? 8 : 4096;
 
 /* The bound of every gain on the level: the largest adjwgt, 0 on an empty one. */
 static int gain_bound(const HGraph *graph)

@@ -38,7 +38,7 @@ struct FmNet {
  * 0, those on side 1, the queued ones and all. With more pins than a byte holds, that last byte is
  * 0, and the low 32 bits are the hyperedge's place among the large ones. */
 using PackedCounts = uint64_t;
-constexpr int PACKED_SIZE = 255; // most pins of a hyperedge in packed form
+constexpr int PACKED_SIZE = HEAVY_ASSERTS ? 5 : 255; // most pins of a hyperedge in packed form
 constexpr int PACKED_NPINS = 32, PACKED_NQUEUED = 48, PACKED_ALL = 56; // bit positions
 
 /* Counts of a hyperedge of any size. */

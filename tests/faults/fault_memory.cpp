@@ -24,6 +24,7 @@
 #include "kway/direct.h"
 #include "partition/ctrl.h"
 #include "partition/recursive.h"
+#include "refine/fm.h"
 #include "refine/gains.h"
 #include "refine/refine.h"
 #include "zorpel.h"
@@ -213,6 +214,42 @@ static void try_vcycle(bool all_later)
     FreeHGraph__(graph);
 }
 
+// A level that is refined as a relabelled copy, with a hyperedge too large for packed counts.
+static void try_large_level(bool all_later)
+{
+    constexpr int NVERTS = 5000, LARGE = 300;
+    PartCtrl ctrl = make_ctrl(CTYPE_FC, RTYPE_FM, 2);
+    ctrl.splitratio = 0.5f;
+    HGraph *const graph = CreateHGraph__();
+    graph->ncells = NVERTS;
+    graph->nnets = NVERTS;
+    graph->nfixed = graph->nislands = 0;
+    graph->netptr = imalloc__(NVERTS + 1, "netptr");
+    graph->netind = imalloc__(2 * (NVERTS - 1) + LARGE, "netind");
+    graph->cellwgt = ismalloc__(NVERTS, 1, "cellwgt");
+    graph->netwgt = ismalloc__(NVERTS, 1, "netwgt");
+    graph->nearby = imalloc__(NVERTS, "nearby");
+    for (int e = 0; e < NVERTS - 1; e++) {
+        graph->netptr[e] = 2 * e;
+        graph->netind[2 * e] = e;
+        graph->netind[2 * e + 1] = e + 1;
+    }
+    graph->netptr[NVERTS - 1] = 2 * (NVERTS - 1);
+    graph->netptr[NVERTS] = 2 * (NVERTS - 1) + LARGE;
+    for (int i = 0; i < LARGE; i++) graph->netind[2 * (NVERTS - 1) + i] = i;
+    CreateIncidentHGraph__(graph);
+    AllocateRefinementMemory__(graph);
+    for (int v = 0; v < NVERTS; v++) {
+        graph->nearby[v] = NVERTS - 1 - v;
+        graph->where[v] = v / 100 % 2;
+    }
+    ComputeInitGains__(graph);
+    arm_faults(all_later, judge_message);
+    Refine_FM__(&ctrl, graph, 2);
+    disarm_faults();
+    FreeHGraph__(graph);
+}
+
 static void write_text(const char *name, const char *text)
 {
     FILE *const file = fopen(name, "w");
@@ -243,6 +280,7 @@ int main(int argc, char **argv)
         try_entries(all_later);
         try_others(all_later);
         try_vcycle(all_later);
+        try_large_level(all_later);
         try_program(all_later);
     }
     for (const std::string &name : seen) fprintf(names, "%s\n", name.c_str());

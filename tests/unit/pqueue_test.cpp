@@ -58,8 +58,8 @@ TEST(PQueue, three_times_the_vertices_is_not_wrapped)
     const Outcome end = run_in_child([] { // refused memory tells the form
         const rlimit limit = {size_t{1} << 30, size_t{1} << 30};
         setrlimit(RLIMIT_AS, &limit);
-        PQueue queue; // 3 x 1431655766 is 2 in 32 bits
-        PQueueInit__(&queue, 1431655766, 3);
+        PQueue queue; // 3 x 715827883 is negative in 32 bits
+        PQueueInit__(&queue, 715827883, 3);
     });
     EXPECT_NE(end.err.find("PQueueInit: queue->"), std::string::npos) << end.err;
     EXPECT_EQ(end.err.find("heap"), std::string::npos) << end.err;
