@@ -9,7 +9,7 @@
 #include "refine/neighbours.h"
 
 // vertices: smaller levels are in the cache anyway
-constexpr int RELABEL_SIZE = HEAVY_ASSERTS ? 8 : 4096;
+constexpr int RELABEL_SIZE = HEAVY_ASSERTS ? 24 : 4096;
 
 /* The bound of every gain on the level: the largest adjwgt, 0 on an empty one. */
 static int gain_bound(const HGraph *graph)

@@ -84,15 +84,16 @@ inline void prefetch_nets(const HGraph *graph, const FmWork *work, int v)
     for (int j = first; j < first + n; j++) __builtin_prefetch(&work->nets[graph->incind[j]], 1);
 }
 
-/* Adds delta to the gain of u, a vertex on this side. */
+/* Adds delta to the gain of u, a vertex on this side. Twice a weight may leave 32 bits, the sum
+ * does not: deltas wrap. */
 template <bool Heap, UpdateRules R, int Side>
-inline void add_gain(const HGraph *graph, FmWork *work, int u, int delta)
+inline void add_gain(const HGraph *graph, FmWork *work, int u, unsigned delta)
 {
     const bool queued = (work->state[u] & QUEUED) != 0;
     if (!R.exact && !queued) return;
     count_work(WORK_UPDATES, 1);
     int &gain = gain_of<Heap>(work, u);
-    const int oldgain = gain, newgain = oldgain + delta;
+    const int oldgain = gain, newgain = static_cast<int>(static_cast<unsigned>(oldgain) + delta);
     gain = newgain;
     if (!R.requeue || (R.exact && !queued)) return;
     PQueue *const queue = &work->queues[R.one_side ? 0 : Side];
@@ -106,7 +107,7 @@ inline void add_gain(const HGraph *graph, FmWork *work, int u, int delta)
 
 /* Adds delta to the gains of the pins of a hyperedge on this side, but of v, in pin order. */
 template <bool Heap, UpdateRules R, int Side>
-inline void add_gains(const HGraph *graph, FmWork *work, const FmNet *net, int v, int delta)
+inline void add_gains(const HGraph *graph, FmWork *work, const FmNet *net, int v, unsigned delta)
 {
     const uint8_t *const state = work->state;
     const int *const end = graph->netind + net->end;
@@ -126,7 +127,7 @@ inline void update_pins(const HGraph *graph, FmWork *work, int e, int v)
     constexpr int To = 1 - From;
     const FmNet *const net = &work->nets[e];
     const PackedCounts counts = work->counts[e];
-    const int w = net->wgt;
+    const unsigned w = static_cast<unsigned>(net->wgt);
     int nfrom = static_cast<uint8_t>(counts >> npins_shift(From));
     int nto = static_cast<uint8_t>(counts >> npins_shift(To));
     int xor0 = static_cast<int>(static_cast<uint32_t>(counts));
@@ -145,7 +146,7 @@ inline void update_pins(const HGraph *graph, FmWork *work, int e, int v)
         const int xor1 = net->pinxor ^ xor0;
         const int left = From ? xor1 : xor0, met = (From ? xor0 : xor1) ^ v;
         if (nfrom == 1) add_gain<Heap, R, From>(graph, work, left, nto == 1 ? 2 * w : w);
-        if (nto == 2) add_gain<Heap, R, To>(graph, work, met, nfrom == 0 ? -2 * w : -w);
+        if (nto == 2) add_gain<Heap, R, To>(graph, work, met, nfrom == 0 ? 2 * -w : -w);
     }
 }
 

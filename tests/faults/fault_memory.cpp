@@ -16,6 +16,7 @@
 
 #include "coarsen/coarsen.h"
 #include "coarsen/collapse.h"
+#include "core/heavy_assert.h"
 #include "core/hgraph.h"
 #include "core/memory.h"
 #include "driver/reports.h"
@@ -217,7 +218,7 @@ static void try_vcycle(bool all_later)
 // A level that is refined as a relabelled copy, with a hyperedge too large for packed counts.
 static void try_large_level(bool all_later)
 {
-    constexpr int NVERTS = 5000, LARGE = 300;
+    constexpr int NVERTS = HEAVY_ASSERTS ? 400 : 5000, LARGE = 300;
     PartCtrl ctrl = make_ctrl(CTYPE_FC, RTYPE_FM, 2);
     ctrl.splitratio = 0.5f;
     HGraph *const graph = CreateHGraph__();
