@@ -1,97 +1,181 @@
-/* bench/time_library.cpp: calls one entry point of a shared library and prints what it cost.
+/* bench/time_library.cpp: zorpel-time, which calls an entry point of a library and tells its cost.
  *
- * usage: zorpel-time LIBRARY FILE NPARTS UBFACTOR NRUNS CTYPE RTYPE VCYCLE RECONST SEED
- * Prints one line of CSV: CPU seconds of the call, peak memory that the call added (kB), cut and a
- * checksum of the partition. Reading the file is not part of the figures.
+ * Prints one line of CSV: CPU seconds and wall seconds of the call, the most memory it added (kB),
+ * the cut, a checksum of the partition and then, if asked for, NAME=VALUE for each size, stage and
+ * count. Reading the file is no part of the figures. The library is any that exports the functions
+ * of zorpel.h; an error in the call ends the process, as the library has it, without a line.
  */
 #include <dlfcn.h>
-#include <sys/resource.h>
+#include <malloc.h>
+#include <unistd.h>
 
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <ctime>
 #include <string>
 #include <vector>
 
+#include "input.h"
+#include "stages.h"
 #include "zorpel.h"
 
-struct Input {
-    int nvtxs, nhedges;
-    std::vector<int> eptr, eind, vwgts, hewgts;
+struct Request {
+    const char *library, *file, *entry;
+    bool sizes, stages, counts;
+    int nparts, ubfactor;
+    int options[ZORPEL_NOPTIONS];
 };
 
-/* The whole file; ends the program when it cannot be read. */
-static std::string read_all(const char *name)
+struct Cost {
+    double cpu, wall;
+    long kilobytes; // -1 where the system does not tell
+    int cut;
+    std::string printed; // what the call wrote to standard output
+};
+
+[[noreturn]] static void print_usage()
 {
-    FILE *const file = fopen(name, "r");
-    if (file == nullptr) {
-        perror(name);
-        exit(2);
+    fputs("usage: zorpel-time [--entry recursive|internal|refine] [--sizes] [--stages] [--counts]\n"
+          "           LIBRARY FILE NPARTS UBFACTOR NRUNS CTYPE RTYPE VCYCLE RECONST SEED\n"
+          "prints CPU seconds, wall seconds, memory added (kB), cut, checksum of the partition,\n"
+          "  --sizes   vertices, hyperedges and pins\n"
+          "  --stages  seconds of each stage\n"
+          "  --counts  exact counts of the work, from a library that has them\n",
+          stderr);
+    exit(2);
+}
+
+static Request parse_words(int nwords, char **words)
+{
+    Request request = {nullptr, nullptr, "recursive", false, false, false, 0, 0, {}};
+    int i = 1;
+    for (; i < nwords && words[i][0] == '-'; i++) {
+        if (strcmp(words[i], "--sizes") == 0)
+            request.sizes = true;
+        else if (strcmp(words[i], "--stages") == 0)
+            request.stages = true;
+        else if (strcmp(words[i], "--counts") == 0)
+            request.counts = true;
+        else if (strcmp(words[i], "--entry") == 0 && i + 1 < nwords)
+            request.entry = words[++i];
+        else
+            print_usage();
     }
-    std::string text;
-    char block[1 << 16];
-    for (size_t got; (got = fread(block, 1, sizeof block, file)) > 0;) text.append(block, got);
+    if (nwords - i != 10) print_usage();
+    request.library = words[i];
+    request.file = words[i + 1];
+    request.nparts = atoi(words[i + 2]);
+    request.ubfactor = atoi(words[i + 3]);
+    int *const options = request.options;
+    options[ZORPEL_OPT_USE] = 1;
+    for (int slot = ZORPEL_OPT_NRUNS; slot <= ZORPEL_OPT_RECONST; slot++)
+        options[slot] = atoi(words[i + 3 + slot]);
+    options[ZORPEL_OPT_SEED] = atoi(words[i + 9]);
+    options[ZORPEL_OPT_DBGLVL] = request.stages ? ZORPEL_DBG_TIME : 0;
+    return request;
+}
+
+static double read_clock(clockid_t clock)
+{
+    timespec time;
+    clock_gettime(clock, &time);
+    return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
+}
+
+/* A figure of this process in kB, such as VmRSS; -1 where there is none. */
+static long status_kilobytes(const char *field)
+{
+    FILE *const file = fopen("/proc/self/status", "r");
+    if (file == nullptr) return -1;
+    const size_t length = strlen(field);
+    char line[256];
+    long value = -1;
+    while (value < 0 && fgets(line, sizeof line, file) != nullptr)
+        if (strncmp(line, field, length) == 0) sscanf(line + length, ": %ld", &value);
     fclose(file);
+    return value;
+}
+
+/* Gives back what reading left over, lets the peak start here and returns what is in use. */
+static long start_peak()
+{
+    malloc_trim(0);
+    FILE *const file = fopen("/proc/self/clear_refs", "w");
+    if (file == nullptr) return -1;
+    const bool reset = fputs("5", file) >= 0;
+    return fclose(file) == 0 && reset ? status_kilobytes("VmRSS") : -1;
+}
+
+static void *symbol_of(void *library, const char *name)
+{
+    void *const symbol = dlsym(library, name);
+    if (symbol != nullptr) return symbol;
+    fprintf(stderr, "%s\n", dlerror());
+    exit(2);
+}
+
+static void call_entry(void *library, const Request *request, const Input *input, int *part,
+                       int *cut)
+{
+    const int *const vwgts = input->vwgts.empty() ? nullptr : input->vwgts.data();
+    const int *const hewgts = input->hewgts.empty() ? nullptr : input->hewgts.data();
+    const int *const eptr = input->eptr.data(), *const eind = input->eind.data();
+    if (strcmp(request->entry, "refine") == 0) {
+        const auto refine =
+            reinterpret_cast<decltype(&ZORPEL_2WayRefine)>(symbol_of(library, "ZORPEL_2WayRefine"));
+        refine(input->nvtxs, input->nhedges, vwgts, eptr, eind, hewgts, request->ubfactor,
+               request->options, part, cut);
+        return;
+    }
+    const char *const name = strcmp(request->entry, "internal") == 0
+                                 ? "ZORPEL_PartRecursiveInternal"
+                                 : "ZORPEL_PartRecursive";
+    const auto partition =
+        reinterpret_cast<decltype(&ZORPEL_PartRecursive)>(symbol_of(library, name));
+    partition(input->nvtxs, input->nhedges, vwgts, eptr, eind, hewgts, request->nparts,
+              request->ubfactor, request->options, part, cut);
+}
+
+/* Everything that FILE got since it was opened. */
+static std::string contents(FILE *file)
+{
+    std::string text(static_cast<size_t>(ftell(file)), '\0');
+    rewind(file);
+    text.resize(fread(text.data(), 1, text.size(), file));
     return text;
 }
 
-/* The numbers of the next line that is not a comment. */
-static std::vector<int> next_numbers(const char **at)
+/* Standard output goes to a file while the library works; refinement starts from alternate sides.
+ */
+static Cost measure(void *library, const Request *request, const Input *input,
+                    std::vector<int> *part)
 {
-    std::vector<int> numbers;
-    while (**at == '%') {
-        while (**at != '\0' && **at != '\n') ++*at;
-        if (**at == '\n') ++*at;
-    }
-    while (**at != '\0' && **at != '\n') {
-        if (**at < '0' || **at > '9') {
-            ++*at;
-            continue;
-        }
-        int number = 0;
-        for (; **at >= '0' && **at <= '9'; ++*at) number = 10 * number + (**at - '0');
-        numbers.push_back(number);
-    }
-    if (**at == '\n') ++*at;
-    return numbers;
-}
-
-static Input read_input(const char *name)
-{
-    const std::string text = read_all(name);
-    const char *at = text.c_str();
-    const std::vector<int> header = next_numbers(&at);
-    if (header.size() < 2) {
-        fprintf(stderr, "%s: no header\n", name);
+    Cost cost = {};
+    FILE *const aside = tmpfile();
+    const int out = dup(STDOUT_FILENO);
+    if (aside == nullptr || out < 0 || dup2(fileno(aside), STDOUT_FILENO) < 0) {
+        perror("zorpel-time");
         exit(2);
     }
-    Input input = {header[1], header[0], {0}, {}, {}, {}};
-    const int code = header.size() > 2 ? header[2] : 0;
-    for (int e = 0; e < input.nhedges; e++) {
-        const std::vector<int> numbers = next_numbers(&at);
-        size_t i = 0;
-        if (code % 10 > 0) input.hewgts.push_back(numbers.at(i++));
-        for (; i < numbers.size(); i++) input.eind.push_back(numbers[i] - 1);
-        input.eptr.push_back(static_cast<int>(input.eind.size()));
-    }
-    if (code / 10 > 0)
-        for (int v = 0; v < input.nvtxs; v++) input.vwgts.push_back(next_numbers(&at).at(0));
-    return input;
-}
-
-static double cpu_seconds()
-{
-    rusage usage;
-    getrusage(RUSAGE_SELF, &usage);
-    return static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
-           static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) * 1e-6;
-}
-
-static long peak_kilobytes()
-{
-    rusage usage;
-    getrusage(RUSAGE_SELF, &usage);
-    return usage.ru_maxrss;
+    if (strcmp(request->entry, "refine") == 0)
+        for (size_t v = 0; v < part->size(); v++) (*part)[v] = v % 2;
+    srand(static_cast<unsigned>(request->options[ZORPEL_OPT_SEED]));
+    const long before = start_peak();
+    cost.cpu = -read_clock(CLOCK_PROCESS_CPUTIME_ID);
+    cost.wall = -read_clock(CLOCK_MONOTONIC);
+    call_entry(library, request, input, part->data(), &cost.cut);
+    cost.cpu += read_clock(CLOCK_PROCESS_CPUTIME_ID);
+    cost.wall += read_clock(CLOCK_MONOTONIC);
+    cost.kilobytes = before < 0 ? -1 : status_kilobytes("VmHWM") - before;
+    fflush(stdout);
+    fseek(aside, 0, SEEK_END);
+    cost.printed = contents(aside);
+    dup2(out, STDOUT_FILENO);
+    close(out);
+    fclose(aside);
+    return cost;
 }
 
 /* FNV-1a over the little-endian bytes of the parts. */
@@ -106,43 +190,34 @@ static uint64_t checksum(const std::vector<int> &part)
     return sum;
 }
 
-int main(int argc, char **argv)
+static void print_counts(void *library)
 {
-    if (argc != 11) {
-        fprintf(stderr,
-                "usage: %s LIBRARY FILE NPARTS UBFACTOR NRUNS CTYPE RTYPE VCYCLE RECONST "
-                "SEED\n",
-                argv[0]);
-        return 2;
-    }
-    void *const library = dlopen(argv[1], RTLD_NOW | RTLD_LOCAL);
+    const auto counts_of = reinterpret_cast<int (*)(const long long **, const char *const **)>(
+        symbol_of(library, "zorpel_work_counts"));
+    const long long *counts;
+    const char *const *names;
+    const int n = counts_of(&counts, &names);
+    for (int i = 0; i < n; i++) printf(",%s=%lld", names[i], counts[i]);
+}
+
+int main(int nwords, char **words)
+{
+    const Request request = parse_words(nwords, words);
+    void *const library = dlopen(request.library, RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr) {
         fprintf(stderr, "%s\n", dlerror());
         return 2;
     }
-    const auto partition =
-        reinterpret_cast<decltype(&ZORPEL_PartRecursive)>(dlsym(library, "ZORPEL_PartRecursive"));
-    if (partition == nullptr) return 2;
-    const Input input = read_input(argv[2]);
-    const int options[ZORPEL_NOPTIONS] = {1,
-                                          atoi(argv[5]),
-                                          atoi(argv[6]),
-                                          atoi(argv[7]),
-                                          atoi(argv[8]),
-                                          atoi(argv[9]),
-                                          0,
-                                          atoi(argv[10]),
-                                          0};
+    const Input input = read_input(request.file);
     std::vector<int> part(static_cast<size_t>(input.nvtxs));
-    int cut = 0;
-    const long before = peak_kilobytes();
-    const double start = cpu_seconds();
-    partition(input.nvtxs, input.nhedges, input.vwgts.empty() ? nullptr : input.vwgts.data(),
-              input.eptr.data(), input.eind.data(),
-              input.hewgts.empty() ? nullptr : input.hewgts.data(), atoi(argv[3]), atoi(argv[4]),
-              options, part.data(), &cut);
-    const double seconds = cpu_seconds() - start;
-    printf("%.4f,%ld,%d,%016llx\n", seconds, peak_kilobytes() - before, cut,
+    const Cost cost = measure(library, &request, &input, &part);
+    printf("%.4f,%.4f,%ld,%d,%016llx", cost.cpu, cost.wall, cost.kilobytes, cost.cut,
            static_cast<unsigned long long>(checksum(part)));
+    if (request.sizes)
+        printf(",vertices=%d,hyperedges=%d,pins=%zu", input.nvtxs, input.nhedges,
+               input.eind.size());
+    if (request.stages) print_stages(library, cost.printed.c_str());
+    if (request.counts) print_counts(library);
+    putchar('\n');
     return 0;
 }
