@@ -11,7 +11,7 @@
  *       leaves the hyperedges as they were
  *   G2  a hyperedge holds two or more vertices, none of them twice
  *   G3  the pins written are within 2 % of PINS when PINS is 1000 or more
- *   G4  outside giant no line reaches 128 KiB
+ *   G4  outside giant and broad no line reaches 128 KiB
  */
 #include <cerrno>
 #include <cstdint>
@@ -35,6 +35,7 @@ static const Family families[] = {
     {"mesh2", write_mesh2, "squares of a structured mesh, four nodes each"},
     {"powerlaw", write_powerlaw, "degrees and sizes by power laws, no locality"},
     {"giant", write_giant, "one hyperedge of PINS/2 pins among small ones (one very long line)"},
+    {"broad", write_broad, "one hyperedge over all vertices, small ones without locality"},
     {"hub", write_hub, "one vertex in every hyperedge"},
     {"identical", write_identical, "many copies of sixteen small hyperedges"},
     {"equal", write_equal, "closed grid in which all vertices look alike"},

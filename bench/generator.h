@@ -96,6 +96,7 @@ void write_mesh(Writer *out);
 void write_mesh2(Writer *out);
 void write_powerlaw(Writer *out);
 void write_giant(Writer *out);
+void write_broad(Writer *out);
 void write_hub(Writer *out);
 void write_identical(Writer *out);
 void write_equal(Writer *out);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cassert>
 #include <cstdint>
+#include <numeric>
 
 #include "generator.h"
 
@@ -25,6 +26,29 @@ void write_giant(Writer *out)
         for (uint32_t u = 0; u + 1 < nvertices; u++) put_number(out, uint64_t{u} + 1, ' ');
         put_number(out, nvertices, '\n');
     }
+    put_vertex_weights(out, nvertices);
+}
+
+/* One hyperedge over every vertex, PINS/4 of them, and as many of three vertices, two near each
+ * other and one anywhere: nothing holds together, so that vertices move a lot, and each is in the
+ * large hyperedge. */
+void write_broad(Writer *out)
+{
+    constexpr uint32_t NEAR = 12;
+    const uint32_t nvertices = std::max(2 * NEAR, static_cast<uint32_t>(out->pins / 4));
+    Random random = open_stream(out->seed, PINS_OF_NETS);
+    Vertices pins, mark(nvertices, 0);
+    put_header(out, uint64_t{nvertices} + 1, nvertices);
+    for (uint32_t e = 0; e < nvertices; e++) {
+        const uint32_t first = draw_below(&random, nvertices - NEAR);
+        pins.clear();
+        while (pins.size() < 2) add_pin(&pins, &mark, e, first + draw_below(&random, NEAR));
+        while (pins.size() < 3) add_pin(&pins, &mark, e, draw_below(&random, nvertices));
+        put_net(out, pins.data(), pins.size());
+    }
+    pins.resize(nvertices);
+    std::iota(pins.begin(), pins.end(), 0u);
+    put_net(out, pins.data(), pins.size());
     put_vertex_weights(out, nvertices);
 }
 

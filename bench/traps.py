@@ -1,18 +1,22 @@
 #!/usr/bin/env python3
 """Sets traps for the library and the readers: inputs on which a routine might become quadratic.
 
-    traps.py [--sizes 1e4,1e5,1e6] [--only TRAP,...] [--base NAME=LIBRARY|COMMIT] [--into FILE:NAME]
+    traps.py [--sizes 1e4,1e5,1e6] [--only TRAP]... [--base NAME=LIBRARY|COMMIT] [--into FILE:NAME]
 
 Each trap is sprung at every size, the number of what it is made of. A table tells CPU seconds, and
-seconds per item at every size over those at the smallest: near 1 where time is linear, 10 for each
-step where it is quadratic. A trap whose growth exceeds --limit in any step is named at the end and
-makes the script end with status 1. Times of the readers are those of the program's own.
+for each step from size to size by how much seconds per item grow, and counted work per item where
+the library counts it (from a call of its own): near 1 where the cost is linear, the ratio of the
+sizes where it is quadratic. Larger inputs leave the caches and take more passes, which makes time
+grow where it is linear in the work. A trap is named at the end, and the script ends with status 1,
+if work per item grows by more than --limit in a step, or seconds by more than that beyond the work.
+The readers are the program's own; other libraries have no part in them.
 """
 
 import argparse
 import subprocess
 import sys
 from dataclasses import dataclass
+from functools import partial
 from pathlib import Path
 from statistics import median
 
@@ -42,6 +46,8 @@ class Trap:
 
 TRAPS = [
     Trap("giant", "pins of one hyperedge", "giant", 2),
+    Trap("broad", "pins of one hyperedge", "broad", 4),
+    Trap("broad, 16 parts", "pins of one hyperedge", "broad", 4, 16),
     Trap("hub", "hyperedges of one vertex", "hub", 3),
     Trap("identical", "identical hyperedges", "identical", 4),
     Trap("equal", "pins, all keys equal", "equal", 1),
@@ -57,16 +63,27 @@ TRAPS = [
 # ---- the library ---------------------------------------------------------------------------
 
 
-def time_library(library, trap, size, setting, request):
-    """CPU seconds, the median; None if a call failed or took too long."""
+@dataclass
+class Cost:
+    seconds: float
+    work: int = 0  # 0 where it is not counted
+
+
+def cost_of_call(library, trap, size, setting, request):
+    """The median cost of a call; None if one failed or took too long."""
     hypergraph = lab.generate(trap.family, trap.pins * size, *trap.options)
-    found = []
-    for _ in range(request.rounds):
-        run = lab.run_once(library.path, hypergraph, trap.nparts, setting, timeout=request.timeout)
-        if run is None:
-            return None
-        found.append(run.cpu)
-    return median(found)
+    timeout = {"timeout": request.timeout}
+    runs = [
+        lab.run_once(library.path, hypergraph, trap.nparts, setting, **timeout)
+        for _ in range(request.rounds)
+    ]
+    if None in runs:
+        return None
+    cost = Cost(median(run.cpu for run in runs))
+    if library.counted is not None:
+        run = lab.run_once(library.counted, hypergraph, trap.nparts, setting, "--counts")
+        cost.work = sum(run.more.values())
+    return cost
 
 
 # ---- the readers ---------------------------------------------------------------------------
@@ -121,7 +138,7 @@ READER_TRAPS = {
 }
 
 
-def time_reader(make, size, request):
+def cost_of_reading(make, size, request):
     path = lab.LAB / "inputs" / ("%s-%s.hgr" % (make.__name__, lab.short_number(size)))
     path.parent.mkdir(parents=True, exist_ok=True)
     if not path.exists():
@@ -134,73 +151,73 @@ def time_reader(make, size, request):
         if not done.stdout:
             raise lab.Failure("%s: %s" % (path.name, done.stderr.strip()))
         found.append(float(done.stdout.split(",")[0]))
-    return median(found)
+    return Cost(median(found))
 
 
 # ---- the table -----------------------------------------------------------------------------
 
 
-def growth_of(times, sizes):
-    """Seconds per item over those at the smallest size that took long enough to tell; None before
-    it and where a call failed."""
-    rates = [t / n if t is not None else None for t, n in zip(times, sizes)]
-    first = next((i for i, t in enumerate(times) if t is not None and t >= LEAST), None)
-    return [
-        rate / rates[first] if first is not None and i >= first and rate is not None else None
-        for i, rate in enumerate(rates)
-    ]
+def steps_of(values, sizes):
+    """By how much values per item grow from each size to the next; None where one is missing."""
+    rates = [value / n if value else None for value, n in zip(values, sizes)]
+    return [b / a if a and b else None for a, b in zip(rates, rates[1:])]
 
 
-def steepest_step(growth):
-    """The greatest ratio of neighbours."""
-    told = [g for g in growth if g is not None]
-    return max((b / a for a, b in zip(told, told[1:])), default=1.0)
+def too_steep(seconds, work, limit):
+    """Complaints about the growth in any step, by the trap's name to come."""
+    found = []
+    for more_seconds, more_work in zip(seconds, work):
+        if more_work is not None and more_work > limit:
+            found.append("work per item grows by %.1f" % more_work)
+        elif more_seconds is not None and more_seconds > limit * max(1, more_work or 1):
+            found.append("seconds per item grow by %.1f" % more_seconds)
+    return found
 
 
-def spring(name, what, time_of, request, lines):
-    """Springs one trap at all sizes; returns a complaint or nothing."""
-    times = []
+def spring(name, what, cost_of, request, lines):
+    """Springs one trap at all sizes; returns the complaints."""
+    costs = []
     for size in request.sizes:
-        failed = times and times[-1] is None  # nor would a larger one end in time
-        times.append(None if failed else time_of(size))
-    growth = growth_of(times, request.sizes)
-    shown = [lab.seconds(t) if t is not None else "-" for t in times]
-    lines.append([name, what, *shown, *("%.2f" % g if g is not None else "-" for g in growth)])
+        failed = costs and costs[-1] is None  # nor would a larger one end in time
+        costs.append(None if failed else cost_of(size))
+    told = [cost.seconds if cost and cost.seconds >= LEAST else None for cost in costs]
+    seconds = steps_of(told, request.sizes)
+    work = steps_of([cost.work if cost else None for cost in costs], request.sizes)
+    shown = [lab.seconds(cost.seconds) if cost else "-" for cost in costs]
+    shown += ["%.2f" % step if step is not None else "-" for step in seconds + work]
+    lines.append([name, what, *shown])
     print(*lines[-1], sep="  ", file=sys.stderr, flush=True)
-    if None in times:
-        return ["%s: no result within %g s" % (name, request.timeout)]
-    steep = steepest_step(growth)
-    return ["%s: seconds per item grow by %.1f" % (name, steep)] if steep > request.limit else []
+    complaints = too_steep(seconds, work, request.limit)
+    if None in costs:
+        complaints.append("no result within %g s" % request.timeout)
+    return ["%s: %s" % (name, complaint) for complaint in complaints]
+
+
+def spring_library(trap, library, request, lines):
+    complaints = []
+    for word, setting in list(SCHEMES.items())[: None if request.schemes else 1]:
+        base = "" if library.name == "new" else library.name
+        name = ", ".join(part for part in (trap.name, word, base) if part)
+        cost_of = partial(cost_of_call, library, trap, setting=setting, request=request)
+        complaints += spring(name, trap.what, cost_of, request, lines)
+    return complaints
 
 
 def spring_all(request):
     libraries = [lab.library_at("new", request.library)] + [lab.parse_base(b) for b in request.base]
     lines, complaints = [], []
     for trap in TRAPS:
-        for library in libraries:
-            for word, setting in list(SCHEMES.items())[: None if request.schemes else 1]:
-                if wanted(request, trap.name):
-                    base = "" if library.name == "new" else library.name
-                    name = ", ".join(part for part in (trap.name, word, base) if part)
-
-                    def time_of(size):
-                        return time_library(library, trap, size, setting, request)
-
-                    complaints += spring(name, trap.what, time_of, request, lines)
+        for library in libraries if wanted(request, trap.name) else []:
+            complaints += spring_library(trap, library, request, lines)
     for name, (make, what) in READER_TRAPS.items():
         if wanted(request, name):
-            complaints += spring(
-                "reader: " + name,
-                what,
-                lambda size, make=make: time_reader(make, size, request),
-                request,
-                lines,
-            )
+            cost_of = partial(cost_of_reading, make, request=request)
+            complaints += spring("reading: " + name, what, cost_of, request, lines)
     return lines, complaints
 
 
 def wanted(request, name):
-    return not request.only or name in request.only.split(",")
+    return not request.only or name in request.only
 
 
 def parse_words():
@@ -212,10 +229,10 @@ def parse_words():
     add("--library", default=library.relative_to(lab.ROOT), help="the build to measure")
     add("--base", action="append", default=[], metavar="NAME=LIBRARY|COMMIT", help="may repeat")
     add("--sizes", default="1e4,1e5,1e6", metavar="N,...")
-    add("--only", metavar="TRAP,...", help="of the traps")
+    add("--only", action="append", metavar="TRAP", help="of the traps, may repeat")
     add("--schemes", action="store_true", help="with every matching and refinement")
     add("--rounds", type=int, default=1, help="calls at each size")
-    add("--limit", type=float, default=2.5, help="growth of seconds per item in one step")
+    add("--limit", type=float, default=2.5, help="growth in one step that passes")
     add("--timeout", type=float, default=300, help="seconds for one call")
     add("--into", metavar="FILE:NAME", help="put the table into a document too")
     request = parser.parse_args()
@@ -229,12 +246,10 @@ def main():
     try:
         lines, complaints = spring_all(request)
         sizes = [lab.short_number(size) for size in request.sizes]
-        columns = [
-            "trap",
-            "items",
-            *("%s: s" % n for n in sizes),
-            *("%s: growth" % n for n in sizes),
-        ]
+        steps = ["%s to %s" % step for step in zip(sizes, sizes[1:])]
+        columns = ["trap", "items", *("%s: s" % size for size in sizes)]
+        columns += ["s/item, %s" % step for step in steps]
+        columns += ["work/item, %s" % step for step in steps]
         text = lab.markdown(columns, lines, nleft=2)
         print(text)
         if request.into:
