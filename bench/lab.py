@@ -182,19 +182,14 @@ def number(text):
     return int(text) if text.lstrip("-").isdigit() else float(text)
 
 
-def run_once(path, hypergraph, nparts, setting, *options, timeout=None):
-    """One call in a process of its own; None if the library ended it or took too long."""
+def run_once(path, hypergraph, nparts, setting, *options, limit=None):
+    """One call in a process of its own; None if the library ended it or took more than limit CPU
+    seconds."""
     words = [tool("zorpel-time"), "--entry", setting.entry, *options, path, hypergraph]
-    try:
-        done = subprocess.run(
-            words + setting.words(nparts),
-            capture_output=True,
-            text=True,
-            timeout=timeout,
-            check=False,
-        )
-    except subprocess.TimeoutExpired:
-        return None
+    words += setting.words(nparts)
+    if limit is not None:
+        words = ["prlimit", "--cpu=%d" % math.ceil(limit), *words]
+    done = subprocess.run(words, capture_output=True, text=True, check=False)
     cells = done.stdout.strip().split(",")
     if done.returncode != 0 or len(cells) < 5:
         print(done.stderr.strip(), file=sys.stderr)

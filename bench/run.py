@@ -66,7 +66,7 @@ def measure_one(request, libraries, hypergraph, nparts, setting, write):
     complaints, sizes, checksums = [], {}, {}
     for number in range(request.rounds):
         for library, kind, path, option in calls_of_round(request, libraries, number):
-            run = lab.run_once(path, hypergraph, nparts, setting, option, timeout=request.timeout)
+            run = lab.run_once(path, hypergraph, nparts, setting, option, limit=request.limit)
             if run is None:
                 complaints.append("%s: %s gave no result" % (place, library.name))
                 continue
@@ -265,7 +265,7 @@ TABLES = {"seconds": table_of_seconds, "stages": table_of_stages, "counts": tabl
 
 
 def show_tables(request, rows):
-    made = {row["kind"] for row in rows}
+    made = {row["kind"] for row in rows} & set(request.tables.split(","))
     texts = [TABLES[kind](rows) for kind in KINDS if kind in made]
     print("\n\n".join(texts))
     if request.into:
@@ -278,7 +278,7 @@ def parse_words():
     )
     add = parser.add_argument
     library = lab.BUILD / "src" / "libzorpel.so"
-    add("--library", default=library.relative_to(lab.ROOT), help="the build to measure")
+    add("--library", default=library, help="the build to measure")
     add("--base", action="append", default=[], metavar="NAME=LIBRARY|COMMIT", help="may repeat")
     add("--folder", help="hypergraphs to measure on, .hgr or .hgr.gz")
     add("--generate", metavar="FAMILY,...", help="families of zorpel-generate to measure on")
@@ -294,11 +294,12 @@ def parse_words():
         help="another one, may repeat",
     )
     add("--rounds", type=int, default=5, help="calls of each build")
-    add("--timeout", type=float, metavar="SECONDS", help="for one call")
+    add("--limit", type=float, metavar="SECONDS", help="CPU seconds for one call")
     add("--stages", action="store_true", help="a table of seconds by stage")
     add("--counts", action="store_true", help="a table of work counts")
     add("--csv", metavar="FILE", help="write a line for each call")
     add("--read", nargs="+", metavar="CSV", help="measure nothing, show the tables of these")
+    add("--tables", default=",".join(KINDS), metavar="KIND,...", help="of those measured")
     add("--into", metavar="FILE:NAME", help="put the tables into a document too")
     return parser.parse_args()
 

@@ -146,13 +146,13 @@ void write_islands(Writer *out)
 }
 
 /* Vertices that often do not fit: weights of one to nine times a large unit, and ten vertices of
- * three per cent of the whole, which no coarse vertex may outweigh. Hyperedges of three vertices,
- * two near each other and one anywhere, so that gains stay positive for many. */
+ * four per cent of the others' weight, which no coarse vertex may outweigh. Hyperedges of three
+ * vertices, two close to each other and one a little farther off. */
 void write_heavy(Writer *out)
 {
-    constexpr uint32_t NEAR = 12, NHEAVY = 10;
+    constexpr uint32_t CLOSE = 12, NEAR = 200, NHEAVY = 10;
     constexpr uint64_t TOTAL = 1200000000, HEAVIEST = TOTAL / 25;
-    const uint32_t nnets = static_cast<uint32_t>(out->pins / 3), nvertices = nnets / 2 + 3 * NEAR;
+    const uint32_t nnets = static_cast<uint32_t>(out->pins / 3), nvertices = nnets / 2 + 2 * NEAR;
     const uint64_t unit = std::max<uint64_t>(1, TOTAL / 5 / nvertices);
     Random random = open_stream(out->seed, PINS_OF_NETS);
     Vertices pins, mark(nvertices, 0);
@@ -160,8 +160,8 @@ void write_heavy(Writer *out)
     for (uint32_t e = 0; e < nnets; e++) {
         const uint32_t first = draw_below(&random, nvertices - NEAR);
         pins.clear();
-        while (pins.size() < 2) add_pin(&pins, &mark, e, first + draw_below(&random, NEAR));
-        while (pins.size() < 3) add_pin(&pins, &mark, e, draw_below(&random, nvertices));
+        while (pins.size() < 2) add_pin(&pins, &mark, e, first + draw_below(&random, CLOSE));
+        while (pins.size() < 3) add_pin(&pins, &mark, e, first + draw_below(&random, NEAR));
         put_net(out, pins.data(), pins.size());
     }
     random = open_stream(out->seed, VERTEX_WEIGHTS);

@@ -8,7 +8,7 @@ for each step from size to size by how much seconds per item grow, and counted w
 the library counts it (from a call of its own): near 1 where the cost is linear, the ratio of the
 sizes where it is quadratic. Larger inputs leave the caches and take more passes, which makes time
 grow where it is linear in the work. A trap is named at the end, and the script ends with status 1,
-if work per item grows by more than --limit in a step, or seconds by more than that beyond the work.
+if work per item grows by more than --steep in a step, or seconds by more than that beyond the work.
 The readers are the program's own; other libraries have no part in them.
 """
 
@@ -72,9 +72,8 @@ class Cost:
 def cost_of_call(library, trap, size, setting, request):
     """The median cost of a call; None if one failed or took too long."""
     hypergraph = lab.generate(trap.family, trap.pins * size, *trap.options)
-    timeout = {"timeout": request.timeout}
     runs = [
-        lab.run_once(library.path, hypergraph, trap.nparts, setting, **timeout)
+        lab.run_once(library.path, hypergraph, trap.nparts, setting, limit=request.limit)
         for _ in range(request.rounds)
     ]
     if None in runs:
@@ -146,7 +145,7 @@ def cost_of_reading(make, size, request):
     found = []
     for _ in range(request.rounds):
         done = subprocess.run(
-            [lab.tool("zorpel-io"), path], capture_output=True, text=True, timeout=request.timeout
+            [lab.tool("zorpel-io"), path], capture_output=True, text=True, check=False
         )
         if not done.stdout:
             raise lab.Failure("%s: %s" % (path.name, done.stderr.strip()))
@@ -163,13 +162,13 @@ def steps_of(values, sizes):
     return [b / a if a and b else None for a, b in zip(rates, rates[1:])]
 
 
-def too_steep(seconds, work, limit):
+def too_steep(seconds, work, steep):
     """Complaints about the growth in any step, by the trap's name to come."""
     found = []
     for more_seconds, more_work in zip(seconds, work):
-        if more_work is not None and more_work > limit:
+        if more_work is not None and more_work > steep:
             found.append("work per item grows by %.1f" % more_work)
-        elif more_seconds is not None and more_seconds > limit * max(1, more_work or 1):
+        elif more_seconds is not None and more_seconds > steep * max(1, more_work or 1):
             found.append("seconds per item grow by %.1f" % more_seconds)
     return found
 
@@ -181,7 +180,7 @@ def spring(name, what, cost_of, request, lines, most=10**9):
     for size in sizes:
         failed = costs and costs[-1] is None  # nor would a larger one end in time
         costs.append(None if failed else cost_of(size))
-    complaints = ["no result within %g s" % request.timeout] if None in costs else []
+    complaints = ["no result within %g s" % request.limit] if None in costs else []
     costs += [None] * (len(request.sizes) - len(sizes))
     told = [cost.seconds if cost and cost.seconds >= LEAST else None for cost in costs]
     seconds = steps_of(told, request.sizes)
@@ -190,7 +189,7 @@ def spring(name, what, cost_of, request, lines, most=10**9):
     shown += ["%.2f" % step if step is not None else "-" for step in seconds + work]
     lines.append([name, what, *shown])
     print(*lines[-1], sep="  ", file=sys.stderr, flush=True)
-    complaints += too_steep(seconds, work, request.limit)
+    complaints += too_steep(seconds, work, request.steep)
     return ["%s: %s" % (name, complaint) for complaint in complaints]
 
 
@@ -227,14 +226,14 @@ def parse_words():
     )
     add = parser.add_argument
     library = lab.BUILD / "src" / "libzorpel.so"
-    add("--library", default=library.relative_to(lab.ROOT), help="the build to measure")
+    add("--library", default=library, help="the build to measure")
     add("--base", action="append", default=[], metavar="NAME=LIBRARY|COMMIT", help="may repeat")
     add("--sizes", default="1e4,1e5,1e6", metavar="N,...")
     add("--only", action="append", metavar="TRAP", help="of the traps, may repeat")
     add("--schemes", action="store_true", help="with every matching and refinement")
     add("--rounds", type=int, default=1, help="calls at each size")
-    add("--limit", type=float, default=2.5, help="growth in one step that passes")
-    add("--timeout", type=float, default=300, help="seconds for one call")
+    add("--steep", type=float, default=2.5, help="growth in one step that passes")
+    add("--limit", type=float, default=300, help="CPU seconds for one call")
     add("--into", metavar="FILE:NAME", help="put the table into a document too")
     request = parser.parse_args()
     request.sizes = [int(float(word)) for word in request.sizes.split(",")]
