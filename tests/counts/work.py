@@ -5,7 +5,7 @@ A line of counts.csv is one call of the counted library with a fixed seed. Secon
 machine; these counts do not, so that a change of more than 2 % in any of them, upwards or
 downwards, is a change of the program and fails. One that is wanted goes into the table by
 
-    tests/work/work.py --build BUILD --update
+    tests/counts/work.py --build BUILD --update
 """
 
 import csv
@@ -53,7 +53,7 @@ def jobs_of(instance):
 
 
 def find_program(build, name):
-    path = Path(build).resolve() / "tests/work" / name
+    path = Path(build).resolve() / "tests/counts" / name
     if not path.exists():
         raise SystemExit(f"{path} is missing: build with tests first, or name a --build folder")
     return path
