@@ -1,4 +1,4 @@
-/* tests/work/count_work.cpp: calls the counted library and tells how much work each call did.
+/* tests/counts/count_work.cpp: calls the counted library and tells how much work each call did.
  *
  *   count_work HGR <JOBS >COUNTS
  * A job is a line: ENTRY NPARTS UBFACTOR NRUNS CTYPE RTYPE VCYCLE RECONST SEED FIX, with ENTRY
