@@ -41,6 +41,9 @@ double worst_excess(const Limits &limits, int64_t total);
  * none. */
 int largest_factor(int64_t nparts, int64_t total, double percent);
 
+/* A sentence on why there is none. */
+std::string no_factor_text(int64_t nparts, int64_t total, double percent);
+
 /* Can the vertices be assigned within the limits? fix: empty, or a part or -1 per vertex. */
 Advice advise(const std::vector<int64_t> &weights, const std::vector<int64_t> &fix, int64_t nparts,
               int ubfactor);

@@ -31,23 +31,23 @@ static bool takes_file(const OptionRow &row)
     return std::string(row.value) == "FILE";
 }
 
-/* The words that may follow an option. */
+/* The words that may follow an option, a line each. */
 static std::string bash_values(const OptionRow &row)
 {
     if (row.choices != nullptr)
-        return text_of("$(compgen -W '%s' -- \"$cur\")", choice_names(row, " ").c_str());
-    if (takes_file(row)) return "$(compgen -f -- \"$cur\")";
-    return "";
+        return text_of("compgen -W '%s' -- \"$cur\"", choice_names(row, " ").c_str());
+    return takes_file(row) ? "compgen -f -- \"$cur\"" : ":";
 }
 
-/* "        lint:-k|lint:--nparts) COMPREPLY=(...); return;;" */
+/* "        lint:-k|lint:--nparts) mapfile -t COMPREPLY < <(...); return ;;" */
 static std::string bash_case(const char *command, const OptionRow &row)
 {
     std::string patterns, names = names_of(row) + ' ';
     for (size_t blank; (blank = names.find(' ')) != std::string::npos; names.erase(0, blank + 1))
         patterns +=
             std::string(patterns.empty() ? "" : "|") + command + ':' + names.substr(0, blank);
-    return "        " + patterns + ") COMPREPLY=(" + bash_values(row) + "); return ;;\n";
+    return "        " + patterns + ") mapfile -t COMPREPLY < <(" + bash_values(row) +
+           "); return ;;\n";
 }
 
 static std::string bash_cases(const char *name, unsigned command)
@@ -59,12 +59,15 @@ static std::string bash_cases(const char *name, unsigned command)
     return cases;
 }
 
+/* Bash takes the = of --name=value for a word of its own. */
 std::string bash_completion()
 {
     std::string text = "# bash completion of zorpelx, made by zorpelx --completion bash\n"
                        "_zorpelx()\n{\n"
                        "    local cur=${COMP_WORDS[COMP_CWORD]} prev=${COMP_WORDS[COMP_CWORD-1]}\n"
                        "    local command= options=\n"
+                       "    if [[ $cur == = ]]; then cur=\n"
+                       "    elif [[ $prev == = ]]; then prev=${COMP_WORDS[COMP_CWORD-2]}; fi\n"
                        "    if ((COMP_CWORD > 1)); then command=${COMP_WORDS[1]}; fi\n"
                        "    case $command:$prev in\n" +
                        bash_cases("", GLOBAL) + bash_cases("--completion", GLOBAL);
@@ -73,12 +76,14 @@ std::string bash_completion()
     for (const CommandRow &row : COMMANDS)
         text += std::string("        ") + row.name + ") options='" + option_names(row.command) +
                 "' ;;\n";
-    text +=
-        "        '') options='" + command_names() + ' ' + option_names(GLOBAL) +
-        " --version' ;;\n    esac\n"
-        "    COMPREPLY=($(compgen -W \"$options\" -- \"$cur\"))\n"
-        "    if [[ -n $command && $cur != -* ]]; then COMPREPLY=($(compgen -f -- \"$cur\")); fi\n"
-        "}\ncomplete -o filenames -F _zorpelx zorpelx\n";
+    text += "        '') options='" + command_names() + ' ' + option_names(GLOBAL) +
+            " --version' ;;\n    esac\n"
+            "    if [[ -n $command && $cur != -* ]]; then\n"
+            "        mapfile -t COMPREPLY < <(compgen -f -- \"$cur\")\n"
+            "    else\n"
+            "        mapfile -t COMPREPLY < <(compgen -W \"$options\" -- \"$cur\")\n"
+            "    fi\n"
+            "}\ncomplete -o filenames -F _zorpelx zorpelx\n";
     return text;
 }
 

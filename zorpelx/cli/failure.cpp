@@ -4,6 +4,19 @@
 #include <cstdarg>
 #include <cstdio>
 
+const std::vector<StatusRow> STATUS_ROWS = {
+    {"0", "done; for verify: all that was claimed is so"},
+    {"1", "the run failed, or something that verify was to check is not so"},
+    {"2", "the command line is wrong"},
+    {"3", "a file does not hold what it should; the message tells file, line and column"},
+    {"4", "no partition can be within the imbalance, or none was found; what was found is "
+          "delivered"},
+    {"5", "a file cannot be opened, read or written, or the system refused a process"},
+    {"6", "out of memory, or past --memory"},
+    {"124", "the deadline passed; the best finished start, if any, was delivered"},
+    {"130, 143", "interrupted or terminated; the best finished start, if any, was delivered"},
+};
+
 static std::string formatted(const char *format, va_list arguments)
 {
     va_list again;

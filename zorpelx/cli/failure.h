@@ -3,6 +3,7 @@
 #define ZORPELX_CLI_FAILURE_H
 
 #include <string>
+#include <vector>
 
 enum Status {
     STATUS_OK = 0,
@@ -14,6 +15,13 @@ enum Status {
     STATUS_MEMORY = 6,     // out of memory, or past the cap
     STATUS_TIMEOUT = 124   // the deadline passed; the best finished start was delivered if any
 };
+
+/* What the statuses mean, those of signals included; without a full stop. */
+struct StatusRow {
+    const char *number;
+    const char *meaning;
+};
+extern const std::vector<StatusRow> STATUS_ROWS;
 
 /* Thrown to give up: caught by main alone, which prints the text and ends with the status. */
 struct Failure {

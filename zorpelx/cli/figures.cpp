@@ -10,8 +10,6 @@
 #include <cmath>
 #include <map>
 
-#include "failure.h"
-
 static int64_t part_at(const Hypergraph &graph, const std::vector<int64_t> &part, int64_t pin)
 {
     return part[static_cast<size_t>(graph.pins[static_cast<size_t>(pin)])];
@@ -123,62 +121,4 @@ double imbalance_percent(const Figures &figures)
     return 100 * (static_cast<double>(heaviest) * static_cast<double>(figures.nparts) /
                       static_cast<double>(total) -
                   1);
-}
-
-/* A sum in single precision: the addition in double, rounded once. */
-static float single_sum(float sum, double term)
-{
-    return static_cast<float>(static_cast<double>(sum) + term);
-}
-
-/* Vertices of a hyperedge per part, in part order, as zorpel adds them up. */
-static float single_absorption(const Hypergraph &graph, const std::vector<int64_t> &part)
-{
-    float absorption = 0;
-    std::map<int64_t, int64_t> pins;
-    for (int64_t e = 0; e < graph.nnets; e++) {
-        pins.clear();
-        for (int64_t j = graph.start[static_cast<size_t>(e)];
-             j < graph.start[static_cast<size_t>(e) + 1]; j++)
-            pins[part_at(graph, part, j)]++;
-        const double rest = static_cast<double>(net_size(graph, e) - 1);
-        if (pins.size() < 2) absorption = single_sum(absorption, 1.0);
-        if (pins.size() < 2) continue;
-        for (const auto &[p, count] : pins)
-            absorption = single_sum(absorption, static_cast<double>(count - 1) / rest);
-    }
-    return absorption;
-}
-
-static float single_scaled_cost(const Figures &figures, int64_t nvertices)
-{
-    float sum = 0;
-    for (size_t p = 0; p < figures.weight.size(); p++)
-        sum = single_sum(sum, static_cast<double>(figures.external[p]) /
-                                  static_cast<double>(figures.weight[p]));
-    return static_cast<float>(static_cast<double>(sum) / (static_cast<double>(nvertices) *
-                                                          static_cast<double>(figures.nparts - 1)));
-}
-
-std::string tool_statistics(const Hypergraph &graph, const std::vector<int64_t> &part,
-                            int64_t nparts)
-{
-    const Figures figures = figures_of(graph, part, nparts);
-    std::string text = "\n " + std::string(74, '-');
-    text += text_of("\n  Summary for the %lld-way partition:", static_cast<long long>(nparts));
-    text += text_of("\n                Hyperedge Cut:%10lld\t\t(minimize)",
-                    static_cast<long long>(figures.cut));
-    text += text_of("\n      Sum of External Degrees:%10lld\t\t(minimize)",
-                    static_cast<long long>(figures.soed));
-    text += text_of("\n                  Scaled Cost:%10.2e\t\t(minimize)",
-                    static_cast<double>(single_scaled_cost(figures, graph.nvertices)));
-    text += text_of("\n                   Absorption:%10.2f\t\t(maximize)",
-                    static_cast<double>(single_absorption(graph, part)));
-    text += "\n\n      Partition Sizes & External Degrees:\n\t";
-    for (size_t p = 0; p < figures.weight.size(); p++) {
-        text += text_of("%6lld[%4lld] ", static_cast<long long>(figures.weight[p]),
-                        static_cast<long long>(figures.external[p]));
-        if (p % 5 == 4) text += "\n\t";
-    }
-    return text;
 }

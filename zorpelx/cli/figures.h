@@ -35,9 +35,4 @@ int64_t parts_of_net(const Hypergraph &graph, const std::vector<int64_t> &part, 
 /* The heaviest part over the average, less one, in percent; 0 if nothing weighs anything. */
 double imbalance_percent(const Figures &figures);
 
-/* The statistics that zorpel prints for this partition, byte for byte: the same figures in single
- * precision, rounded at every addition as zorpel rounds them. */
-std::string tool_statistics(const Hypergraph &graph, const std::vector<int64_t> &part,
-                            int64_t nparts);
-
 #endif

@@ -24,7 +24,11 @@ struct Scan {
     int64_t room;              // vertex entries that zorpel's first pass counts
     int64_t largest;           // vertex number met
     Place zero;                // first vertex number 0
-    int64_t crlf;              // first line that ends so, or 0
+    Place header;
+    Place tight;                 // first hyperedge that takes more room than counted
+    std::vector<Place> netplace; // where each hyperedge begins
+    std::vector<Place> wgtplace; // and each vertex weight, if there are any
+    int64_t crlf;                // first line that ends so, or 0
 };
 
 int64_t net_size(const Hypergraph &graph, int64_t e)
@@ -141,18 +145,19 @@ static bool scan_header(Scan *scan, Hypergraph *graph)
         add_finding(scan->findings, RULE_NO_HEADER, {0, 0}, "no line but comments");
         return false;
     }
+    scan->header = {line.number, line.column};
     if (!header_count(scan, &line, "hyperedges", &graph->nnets)) return false;
     if (!header_count(scan, &line, "vertices", &graph->nvertices)) return false;
     header_code(scan, &line);
     const bool enough = graph->nvertices >= 2 && graph->nnets >= 0;
     if (!enough)
         add_finding(
-            scan->findings, RULE_COUNTS, {line.number, 1},
+            scan->findings, RULE_COUNTS, scan->header,
             text_of("%lld hyperedges and %lld vertices", ll(graph->nnets), ll(graph->nvertices)));
     const bool hollow =
         graph->nvertices > HOLLOW_COUNT && graph->nvertices / HOLLOW_RATIO > scan->text.size;
     if (hollow)
-        add_finding(scan->findings, RULE_HOLLOW, {line.number, 1},
+        add_finding(scan->findings, RULE_HOLLOW, scan->header,
                     text_of("%lld vertices in a file of %lld bytes", ll(graph->nvertices),
                             ll(scan->text.size)));
     graph->netweights = scan->code % 10 > 0;
@@ -267,10 +272,14 @@ static void scan_nets(Scan *scan, Hypergraph *graph)
             graph->nnets = e;
             break;
         }
-        scan->room += first_pass_count(*scan, line, graph->netweights);
+        const int64_t room = first_pass_count(*scan, line, graph->netweights);
+        const Place place = {line.number, line.column};
+        scan->room += room;
+        scan->netplace.push_back(place);
         graph->netwgt.push_back(graph->netweights ? net_weight(scan, &line) : 1);
         scan_pins(scan, graph, e, &line);
         graph->start.push_back(static_cast<int64_t>(graph->pins.size()));
+        if (scan->tight.line == 0 && net_size(*graph, e) > room) scan->tight = place;
         check_size(scan, *graph, e, line);
     }
 }
@@ -305,6 +314,7 @@ static void scan_vertex_weights(Scan *scan, Hypergraph *graph)
                 text_of("%lld of %lld vertex weights are there", ll(v), ll(graph->nvertices)));
             break;
         }
+        scan->wgtplace.push_back({line.number, line.column});
         graph->vertexwgt[static_cast<size_t>(v)] = vertex_weight(scan, &line);
     }
 }
@@ -326,18 +336,26 @@ static void scan_rest(Scan *scan, const Hypergraph &graph)
                 weights ? ", as many as vertices: the format code may lack vertex weights" : ""));
 }
 
+/* Where the weight of something stands; the header's place if the file has none for it. */
+static Place place_of_weight(const Scan &scan, const std::vector<Place> &places, size_t i)
+{
+    return i < places.size() ? places[i] : scan.header;
+}
+
 /* Not by addition: 2147483647 weights of 63 bits would wrap. */
-static void check_sum(Scan *scan, const std::vector<int64_t> &weights, const char *kind)
+static void check_sum(Scan *scan, const std::vector<int64_t> &weights, bool weighted,
+                      const std::vector<Place> &places, const char *kind)
 {
     int64_t left = MOST_WEIGHT;
-    for (const int64_t weight : weights) {
-        if (weight > left) {
-            add_finding(
-                scan->findings, RULE_SUM, {0, 0},
-                text_of("the weights of the %s total more than %lld", kind, ll(MOST_WEIGHT)));
+    for (size_t i = 0; i < weights.size(); i++) {
+        if (weights[i] > left) {
+            add_finding(scan->findings, RULE_SUM,
+                        weighted ? place_of_weight(*scan, places, i) : scan->header,
+                        text_of("the weights of the %s total more than %lld from here on", kind,
+                                ll(MOST_WEIGHT)));
             return;
         }
-        left -= std::max(weight, int64_t{0});
+        left -= std::max(weights[i], int64_t{0});
     }
 }
 
@@ -345,15 +363,18 @@ static void check_weightless(Scan *scan, const Hypergraph &graph)
 {
     const bool weightless = std::all_of(graph.vertexwgt.begin(), graph.vertexwgt.end(),
                                         [](int64_t weight) { return weight == 0; });
-    if (weightless) add_finding(scan->findings, RULE_WEIGHTLESS, {0, 0}, "every vertex weighs 0");
+    if (weightless)
+        add_finding(scan->findings, RULE_WEIGHTLESS, place_of_weight(*scan, scan->wgtplace, 0),
+                    "every vertex weighs 0");
 }
 
-static void check_isolated(Scan *scan, const Hypergraph &graph)
+static void check_isolated(Scan *scan)
 {
-    for (int64_t v = 0; v < graph.nvertices; v++)
-        if (scan->last[static_cast<size_t>(v)] == -1)
-            add_finding(scan->findings, RULE_ISLANDS, {0, 0},
-                        text_of("vertex %lld is in no hyperedge", ll(v + scan->reading.first)));
+    for (size_t v = 0; v < scan->last.size(); v++)
+        if (scan->last[v] == -1)
+            add_finding(scan->findings, RULE_ISLANDS, place_of_weight(*scan, scan->wgtplace, v),
+                        text_of("vertex %lld is in no hyperedge",
+                                ll(static_cast<int64_t>(v) + scan->reading.first)));
 }
 
 /* Hyperedges ordered by their vertices, so that twins stand together. */
@@ -371,7 +392,7 @@ static void check_twins(Scan *scan, const Hypergraph &graph)
     for (size_t i = 1; i < order.size(); i++) {
         const int64_t a = order[i - 1], b = order[i];
         if (net_size(graph, b) > 1 && !before(a, b))
-            add_finding(scan->findings, RULE_TWIN_NETS, {0, 0},
+            add_finding(scan->findings, RULE_TWIN_NETS, scan->netplace[static_cast<size_t>(b)],
                         text_of("hyperedge %lld joins the same vertices as hyperedge %lld",
                                 ll(b + 1), ll(a + 1)));
     }
@@ -384,23 +405,25 @@ static void check_whole(Scan *scan, const Hypergraph &graph)
                     text_of("the smallest vertex number is 0, the largest %lld of %lld",
                             ll(scan->largest), ll(graph.nvertices)));
     if (scan->crlf > 0) add_finding(scan->findings, RULE_LINE_ENDS, {scan->crlf, 1}, "CR LF");
-    check_sum(scan, graph.netwgt, "hyperedges");
-    check_sum(scan, graph.vertexwgt, "vertices");
+    check_sum(scan, graph.netwgt, graph.netweights, scan->netplace, "hyperedges");
+    check_sum(scan, graph.vertexwgt, graph.vertexweights, scan->wgtplace, "vertices");
     check_weightless(scan, graph);
     const int64_t used = static_cast<int64_t>(graph.pins.size());
     if (used > scan->room)
-        add_finding(scan->findings, RULE_NO_ROOM, {0, 0},
+        add_finding(scan->findings, RULE_NO_ROOM, scan->tight,
                     text_of("zorpel makes room for %lld vertex entries, and there are %lld",
                             ll(std::max(scan->room, int64_t{0})), ll(used)));
-    check_isolated(scan, graph);
+    check_isolated(scan);
     check_twins(scan, graph);
 }
 
 Hypergraph scan_hypergraph(const std::string &bytes, Reading reading, Findings *findings)
 {
     Hypergraph graph = {0, 0, false, false, {0}, {}, {}, {}};
-    Scan scan = {
-        text_over(bytes, reading.lines == LINES_PIECES), reading, findings, 0, {}, 0, 0, {0, 0}, 0};
+    Scan scan = {};
+    scan.text = text_over(bytes, reading.lines == LINES_PIECES);
+    scan.reading = reading;
+    scan.findings = findings;
     if (!scan_header(&scan, &graph)) {
         graph.nvertices = graph.nnets = 0;
         return graph;

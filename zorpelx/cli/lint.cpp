@@ -1,4 +1,5 @@
 /* zorpelx/cli/lint.cpp: the lint command: findings, the clean file, and advice on balance. */
+#include <algorithm>
 #include <cstdio>
 
 #include <nlohmann/json.hpp>
@@ -25,10 +26,23 @@ struct Lint {
     Findings findings, fixfindings;
 };
 
+/* Text in lines of at most 78 characters, each behind two blanks. */
+static std::string wrapped(const std::string &text)
+{
+    constexpr size_t WIDTH = 76;
+    std::string out;
+    for (size_t from = 0, end; from < text.size(); from = end + 1) {
+        end = text.size();
+        if (end - from > WIDTH) end = text.rfind(' ', from + WIDTH);
+        out += "  " + text.substr(from, end - from) + '\n';
+    }
+    return out;
+}
+
 static void explain(const Rule &rule)
 {
-    printf("%s %s (%s): %s.\n  %s\n", rule.id, rule.name, severity_name(rule.severity), rule.title,
-           rule.explanation);
+    printf("%s %s (%s): %s.\n%s", rule.id, rule.name, severity_name(rule.severity), rule.title,
+           wrapped(rule.explanation).c_str());
 }
 
 static Status explain_rules(const std::string &word)
@@ -148,14 +162,10 @@ static void print_heavy(const std::vector<int64_t> &weights, int64_t first)
 static std::string keep_text(const Settings &settings, int64_t total)
 {
     const int factor = largest_factor(settings.nparts, total, settings.keep);
-    const double got =
-        worst_excess(part_limits(settings.nparts, factor > 0 ? factor : 1, total), total);
-    if (factor > 0)
-        return text_of("--imbalance %d keeps %lld parts within %g %% of the average (%.2f %%)",
-                       factor, ll(settings.nparts), settings.keep, got);
-    return text_of("no imbalance keeps %lld parts within %g %% of the average for certain: with "
-                   "--imbalance 1 a part can be %.2f %% above it",
-                   ll(settings.nparts), settings.keep, got);
+    if (factor == 0) return no_factor_text(settings.nparts, total, settings.keep);
+    return text_of("--imbalance %d keeps %lld parts within %g %% of the average (%.2f %%)", factor,
+                   ll(settings.nparts), settings.keep,
+                   worst_excess(part_limits(settings.nparts, factor, total), total));
 }
 
 static void print_advice(const Settings &settings, const Lint &lint, const Advice &advice)
@@ -168,7 +178,8 @@ static void print_advice(const Settings &settings, const Lint &lint, const Advic
     printf("  the heaviest part can be %.2f %% above the average\n",
            worst_excess(advice.limits, total));
     print_heavy(lint.graph.vertexwgt, settings.from);
-    if (settings.keep > 0) printf("\n  %s\n", keep_text(settings, total).c_str());
+    if (was_given(settings, &Settings::keep))
+        printf("\n  %s\n", keep_text(settings, total).c_str());
     printf("\n  %s: %s\n", verdict_name(advice.verdict), advice.reason.c_str());
 }
 
@@ -186,7 +197,7 @@ static Json advice_json(const Settings &settings, const Lint &lint, const Advice
                  {"heavy_vertices", heavy_vertices(lint.graph.vertexwgt)},
                  {"verdict", verdict_name(advice.verdict)},
                  {"reason", advice.reason}};
-    if (settings.keep > 0) {
+    if (was_given(settings, &Settings::keep)) {
         json["keep_percent"] = settings.keep;
         json["keep_imbalance"] = largest_factor(settings.nparts, total, settings.keep);
     }
@@ -260,7 +271,18 @@ static void write_clean(const Settings &settings, const Lint &lint)
     if (!name.empty()) write_whole(name, map);
     if (!settings.quiet)
         fprintf(stderr, "zorpelx: %s: %lld of %lld hyperedges; vertices keep their order\n",
-                settings.clean.c_str(), ll(nkept), ll(lint.graph.nnets));
+                shown_output(settings.clean).c_str(), ll(nkept), ll(lint.graph.nnets));
+}
+
+/* In the order of the file; what has no place comes last. */
+static void sort_by_place(Findings *findings)
+{
+    const auto key = [](const Finding &finding) {
+        const int64_t line = finding.place.line;
+        return std::pair(line > 0 ? line : INT64_MAX, finding.place.column);
+    };
+    std::stable_sort(findings->listed.begin(), findings->listed.end(),
+                     [&](const Finding &a, const Finding &b) { return key(a) < key(b); });
 }
 
 static Lint scan_files(const Settings &settings)
@@ -269,9 +291,11 @@ static Lint scan_files(const Settings &settings)
     lint.findings.most = lint.fixfindings.most = settings.limit;
     const Reading reading = {static_cast<LineMode>(settings.lines), settings.from};
     lint.graph = scan_hypergraph(read_whole(settings.hypergraph), reading, &lint.findings);
-    if (settings.fix.empty() || lint.graph.nvertices == 0) return lint;
-    lint.fix = scan_fix(read_whole(settings.fix), lint.graph.nvertices, settings.nparts,
-                        &lint.fixfindings);
+    if (!settings.fix.empty() && lint.graph.nvertices > 0)
+        lint.fix = scan_fix(read_whole(settings.fix), lint.graph.nvertices, settings.nparts,
+                            &lint.fixfindings);
+    sort_by_place(&lint.findings);
+    sort_by_place(&lint.fixfindings);
     return lint;
 }
 
@@ -304,7 +328,8 @@ Status run_lint(const Settings &settings)
     if (!settings.explain.empty()) return explain_rules(settings.explain);
     if (settings.hypergraph.empty())
         fail(STATUS_USAGE, "lint needs a hypergraph file or --explain");
-    if (settings.nparts == 0 && settings.keep > 0) fail(STATUS_USAGE, "--keep needs -k");
+    if (settings.nparts == 0 && was_given(settings, &Settings::keep))
+        fail(STATUS_USAGE, "--keep needs -k");
     if (!settings.map.empty() && settings.clean.empty()) fail(STATUS_USAGE, "--map needs --fix");
     if (settings.clean == "-" && settings.format == FORMAT_JSON)
         fail(STATUS_USAGE, "--fix - and --format json both want standard output");

@@ -7,8 +7,19 @@
 #include "commands.h"
 #include "output.h"
 
+/* Standard input can be read once only. */
+static void check_standard_input(const Settings &settings)
+{
+    int count = 0;
+    for (const std::string &name :
+         {settings.hypergraph, settings.partition, settings.fix, settings.report})
+        count += name == "-";
+    if (count > 1) fail(STATUS_USAGE, "only one file can come from standard input");
+}
+
 static Status run_command(Command command, const Settings &settings)
 {
+    check_standard_input(settings);
     switch (command) {
     case PARTITION:
         return run_partition(settings);

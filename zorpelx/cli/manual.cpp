@@ -5,24 +5,6 @@
 #include "rules.h"
 #include "version.h"
 
-struct StatusRow {
-    const char *number;
-    const char *meaning;
-};
-
-static const StatusRow STATUSES[] = {
-    {"0", "Done. For verify: all that was claimed is so."},
-    {"1", "The run failed, or something that verify was to check is not so."},
-    {"2", "The command line is wrong."},
-    {"3", "A file does not hold what it should; the message tells file, line and column."},
-    {"4", "No partition can be within the imbalance, or none was found; what was found is "
-          "delivered."},
-    {"5", "A file cannot be opened, read or written."},
-    {"6", "Out of memory, or past --memory."},
-    {"124", "The deadline passed. The best finished start, if any, was delivered."},
-    {"130, 143", "Interrupted or terminated. The best finished start, if any, was delivered."},
-};
-
 /* Text as roff takes it: no escapes, no requests, hyphens that can be copied. */
 static std::string roff(const std::string &text)
 {
@@ -87,21 +69,15 @@ static std::string presets()
 {
     std::string page = ".SH PRESETS\nA preset says what is used where no option does.\n";
     for (const PresetRow &row : PRESET_ROWS)
-        page += text_of(".TP\n\\fB%s\\fR\n%lld runs, matching %s, refinement %s, V\\-cycles %s, "
-                        "%lld start%s.\n",
-                        row.name, static_cast<long long>(row.runs),
-                        choice_name(&Settings::matching, row.matching).c_str(),
-                        choice_name(&Settings::refine, row.refine).c_str(),
-                        choice_name(&Settings::vcycle, row.vcycle).c_str(),
-                        static_cast<long long>(row.starts), row.starts == 1 ? "" : "s");
+        page += text_of(".TP\n\\fB%s\\fR\n%s.\n", row.name, roff(preset_text(row)).c_str());
     return page;
 }
 
 static std::string statuses()
 {
     std::string page = ".SH EXIT STATUS\n";
-    for (const StatusRow &row : STATUSES)
-        page += text_of(".TP\n\\fB%s\\fR\n%s\n", row.number, roff(row.meaning).c_str());
+    for (const StatusRow &row : STATUS_ROWS)
+        page += text_of(".TP\n\\fB%s\\fR\n%s", row.number, sentence(roff(row.meaning)).c_str());
     return page;
 }
 
@@ -116,11 +92,38 @@ static std::string rules()
     return page;
 }
 
+/* Where to break a line of text that begins at from: at the last blank of a line, but not before
+ * what would be a request there; npos if the rest is short enough. */
+static size_t break_of(const std::string &text, size_t from, size_t end)
+{
+    constexpr size_t WIDTH = 79;
+    if (end - from <= WIDTH) return std::string::npos;
+    size_t blank = text.rfind(' ', from + WIDTH);
+    while (blank != std::string::npos && blank > from &&
+           (text[blank + 1] == '.' || text[blank + 1] == '\''))
+        blank = text.rfind(' ', blank - 1);
+    return blank == std::string::npos || blank <= from ? std::string::npos : blank;
+}
+
+/* The page with its lines of text broken to a width that style checkers like. */
+static std::string broken(std::string page)
+{
+    for (size_t from = 0, end; from < page.size(); from = end + 1) {
+        end = page.find('\n', from);
+        if (page[from] == '.') continue;
+        for (size_t blank; (blank = break_of(page, from, end)) != std::string::npos;
+             from = blank + 1)
+            page[blank] = '\n';
+    }
+    return page;
+}
+
 std::string manual_page()
 {
-    std::string page = ".TH ZORPELX 1 \"\" \"zorpelx " ZORPELX_CLI_VERSION "\" \"User Commands\"\n"
-                       ".SH NAME\nzorpelx \\- partition hypergraphs and check what came out\n"
-                       ".SH SYNOPSIS\n.nf\n";
+    std::string page =
+        ".TH ZORPELX 1 2026-11-21 \"zorpelx " ZORPELX_CLI_VERSION "\" \"User Commands\"\n"
+        ".SH NAME\nzorpelx \\- partition hypergraphs and check what came out\n"
+        ".SH SYNOPSIS\n.nf\n";
     for (const CommandRow &command : COMMANDS) page += synopsis(command);
     page += ".fi\n.SH DESCRIPTION\n"
             "A hypergraph is divided into parts of about equal weight such that hyperedges with "
@@ -141,5 +144,5 @@ std::string manual_page()
             "zorpelx lint chip.hgr \\-\\-fix clean.hgr\n"
             "zorpelx lint chip.hgr \\-k 16 \\-\\-keep 3\n.fi\n"
             ".SH SEE ALSO\n.BR zorpel (1),\n.BR zorpel (3),\n.BR zorpel_hgr (5)\n";
-    return page;
+    return broken(page);
 }

@@ -5,6 +5,7 @@
 #include <climits>
 #include <cmath>
 #include <cstdlib>
+#include <strings.h>
 
 #include "failure.h"
 
@@ -13,7 +14,7 @@ constexpr int64_t BY_NUMBER = 1; // as the `most` of a list of choices: zorpel k
 static const Choice MATCHINGS[] = {{"hfc", 1},   {"fc", 2},   {"gfc", 3},
                                    {"hedge", 4}, {"edge", 5}, {nullptr, 0}};
 static const Choice REFINEMENTS[] = {{"fm", 1}, {"1wayfm", 2}, {"eefm", 3}, {nullptr, 0}};
-static const Choice VCYCLES[] = {{"no", 0}, {"end", 1}, {"min", 2}, {"all", 3}, {nullptr, 0}};
+static const Choice VCYCLES[] = {{"no", 0}, {"end", 1}, {"formin", 2}, {"all", 3}, {nullptr, 0}};
 static const Choice NO_YES[] = {{"no", 0}, {"yes", 1}, {nullptr, 0}};
 static const Choice PRESETS[] = {
     {"fast", PRESET_FAST}, {"default", PRESET_DEFAULT}, {"best", PRESET_BEST}, {nullptr, 0}};
@@ -25,8 +26,10 @@ static const Choice FORMATS[] = {
 static const Choice SHELLS[] = {{"bash", SHELL_BASH}, {"zsh", SHELL_ZSH}, {nullptr, 0}};
 static const Choice TEXT_OR_JSON[] = {{"text", FORMAT_TEXT}, {"json", FORMAT_JSON}, {nullptr, 0}};
 
+/* Measured: docs/OPTIONS.md. 1WayFM wants several runs, and V-cycles are what sees large
+ * hyperedges, so fast has both; several starts of ten runs use more processors than many runs. */
 const PresetRow PRESET_ROWS[] = {
-    {"fast", 1, 1, 3, 0, 1}, {"default", 10, 1, 1, 1, 1}, {"best", 20, 1, 1, 3, 4}};
+    {"fast", 3, 1, 2, 1, 1}, {"default", 10, 1, 1, 1, 1}, {"best", 10, 1, 2, 3, 8}};
 
 const std::vector<CommandRow> COMMANDS = {
     {PARTITION, "partition", "Divide a hypergraph into parts.",
@@ -64,10 +67,24 @@ const std::vector<OptionRow> OPTIONS = {
      "partition file: the part of each vertex"},
     {VERIFY | LINT, "FIX", "FILE", &Settings::fix, "", 0, 0, nullptr,
      "fix file: the part of each vertex, or -1"},
-    {PARTITION | VERIFY | LINT, "-k,--nparts", "K", &Settings::nparts, "0", 2, 1000000, nullptr,
+    {PARTITION, "-k,--nparts", "K", &Settings::nparts, nullptr, 2, 1000000, nullptr,
      "number of parts"},
-    {PARTITION | VERIFY | LINT, "-b,--imbalance", "PERCENT", &Settings::imbalance, "5", 1, 49,
-     nullptr, "each side of a bisection may miss its share of the weight by so much"},
+    {VERIFY, "-k,--nparts", "K", &Settings::nparts, "", 2, 1000000, nullptr,
+     "number of parts; otherwise the report tells it, or the largest part"},
+    {LINT, "-k,--nparts", "K", &Settings::nparts, "", 2, 1000000, nullptr,
+     "number of parts, for advice on their weights"},
+    {PARTITION | LINT, "-b,--imbalance", "PERCENT", &Settings::imbalance, "5", 1, 49, nullptr,
+     "each side of a bisection may miss its share of the weight by so much, which compounds over "
+     "bisections"},
+    {VERIFY, "-b,--imbalance", "PERCENT", &Settings::imbalance, "", 1, 49, nullptr,
+     "every part must be within what partition allows it with this imbalance"},
+    {PARTITION, "--keep", "PERCENT", &Settings::keep, "", 0, 1000000000, nullptr,
+     "instead of --imbalance: take the largest that keeps every part within so much above the "
+     "average"},
+    {VERIFY, "--keep", "PERCENT", &Settings::keep, "", 0, 1000000000, nullptr,
+     "every part must be within so much above the average"},
+    {LINT, "--keep", "PERCENT", &Settings::keep, "", 0, 1000000000, nullptr,
+     "with -k: tell the largest imbalance that keeps every part within so much above the average"},
     {PARTITION, "--preset", "NAME", &Settings::preset, "default", 0, 0, PRESETS,
      "runs, schemes and starts at once"},
     {PARTITION, "-r,--runs", "N", &Settings::runs, "10", 1, INT_MAX, nullptr,
@@ -77,7 +94,7 @@ const std::vector<OptionRow> OPTIONS = {
     {PARTITION, "--refine", "SCHEME", &Settings::refine, "fm", 0, BY_NUMBER, REFINEMENTS,
      "refinement scheme"},
     {PARTITION, "--vcycle", "WHEN", &Settings::vcycle, "end", 0, BY_NUMBER, VCYCLES,
-     "V-cycles: on the best runs at the end, on each new minimum, on all good runs"},
+     "V-cycles: never, on the best run at the end, on each new best run, on all good runs"},
     {PARTITION, "--reconst", "YESNO", &Settings::reconst, "no", 0, BY_NUMBER, NO_YES,
      "keep the pieces of cut hyperedges for the bisections to come"},
     {PARTITION, "--polish", "YESNO", &Settings::polish, "yes", 0, BY_NUMBER, NO_YES,
@@ -91,7 +108,7 @@ const std::vector<OptionRow> OPTIONS = {
     {PARTITION, "-j,--jobs", "N", &Settings::jobs, "0", 0, INT_MAX, nullptr,
      "starts at work at once; 0 for one on each processor"},
     {PARTITION, "--timeout", "SECONDS", &Settings::timeout, "0", 0, 1000000000, nullptr,
-     "stop then and deliver the best finished start; 0 for no deadline"},
+     "stop so long after the begin and deliver the best finished start; 0 for no deadline"},
     {PARTITION, "--memory", "MIB", &Settings::memory, "0", 0, INT_MAX, nullptr,
      "memory that one start may take; 0 for no cap"},
     {PARTITION, "-o,--output", "FILE", &Settings::output, "", 0, 0, nullptr,
@@ -102,11 +119,11 @@ const std::vector<OptionRow> OPTIONS = {
     {PARTITION, "--force", "", &Settings::force, "", 0, 0, nullptr,
      "go on if no partition can be within the imbalance"},
     {PARTITION, "--progress", "WHEN", &Settings::progress, "auto", 0, 0, WHEN,
-     "a progress line on standard error; auto: if that is a terminal"},
+     "whether to show progress on standard error; auto does on a terminal"},
     {PARTITION, "--trace", "BITS", &Settings::trace, "0", 0, INT_MAX, nullptr,
      "print the engine's traces on standard error: 1 coarsening, 2 initial bisections, 4 passes, "
      "8 bisections, 16 runs, 32 timers, 128 details, 256 moves, or a sum of these"},
-    {VERIFY, "--expect", "CUT", &Settings::expect, "-1", 0, INT64_MAX, nullptr,
+    {VERIFY, "--expect", "CUT", &Settings::expect, "", 0, INT64_MAX, nullptr,
      "the cut must be this"},
     {VERIFY, "--report", "FILE", &Settings::report, "", 0, 0, nullptr,
      "compare with what zorpel printed; implies --lines pieces"},
@@ -120,15 +137,14 @@ const std::vector<OptionRow> OPTIONS = {
      "otherwise the clean file's name with .map, and none for standard output"},
     {LINT, "--explain", "RULE", &Settings::explain, "", 0, 0, nullptr,
      "explain a rule by its number or name, or 'all', and end"},
-    {LINT, "--keep", "PERCENT", &Settings::keep, "0", 0, 1000000000, nullptr,
-     "with -k: tell the imbalance that keeps every part within so much of the average"},
     {LINT, "--limit", "N", &Settings::limit, "20", 0, INT_MAX, nullptr,
      "show so many findings of each rule; 0 for all"},
     {VERIFY, "--format", "FORMAT", &Settings::format, "text", 0, 0, FORMATS, "form of the answer"},
     {LINT | STATS, "--format", "FORMAT", &Settings::format, "text", 0, 0, TEXT_OR_JSON,
      "form of the answer"},
     {READERS, "--lines", "HOW", &Settings::lines, "refuse", 0, 0, LINES,
-     "lines of more than 131071 characters: refuse them, read them whole, or in pieces as zorpel"},
+     "what to do with lines of more than 131071 characters; whole reads them as one, pieces as "
+     "zorpel does"},
     {READERS, "--from", "NUMBER", &Settings::from, "1", 0, 1, nullptr,
      "number of the first vertex in the hypergraph file"},
     {PARTITION | LINT, "--strict", "", &Settings::strict, "", 0, 0, nullptr,
@@ -192,16 +208,14 @@ std::string full_help(const OptionRow &row)
     std::string help = row.help;
     if (row.choices != nullptr) help += ": " + numbered_choices(row);
     const std::string fallback = row.fallback != nullptr ? row.fallback : "";
-    const bool shown = !fallback.empty() && !is_switch(row) && fallback != "-1" &&
-                       !(row.field == Field(&Settings::nparts));
-    if (shown) help += " [" + fallback + "]";
+    if (!fallback.empty() && !is_switch(row)) help += " [" + fallback + "]";
     return help;
 }
 
 static std::string set_number(const OptionRow &row, const std::string &word, int64_t *number)
 {
     for (const Choice *choice = row.choices; choice != nullptr && choice->name != nullptr; choice++)
-        if (word == choice->name ||
+        if (strcasecmp(word.c_str(), choice->name) == 0 ||
             (known_by_number(row) && word == std::to_string(choice->value))) {
             *number = choice->value;
             return "";
@@ -247,19 +261,25 @@ std::string set_field(const OptionRow &row, const std::string &word, Settings *s
     return "";
 }
 
-/* Fallbacks need not be in range: -1 and 0 may stand for "not given". */
+/* Fields without a fallback are 0 or empty. */
 Settings fallback_settings()
 {
     Settings settings = {};
-    for (OptionRow row : OPTIONS) {
-        if (row.choices == nullptr) {
-            row.least = INT64_MIN;
-            row.most = INT64_MAX;
-        }
-        if (row.fallback != nullptr) set_field(row, row.fallback, &settings);
-    }
+    for (const OptionRow &row : OPTIONS)
+        if (row.fallback != nullptr && row.fallback[0] != '\0')
+            set_field(row, row.fallback, &settings);
     settings.given.assign(OPTIONS.size(), false);
     return settings;
+}
+
+std::string preset_text(const PresetRow &row)
+{
+    return text_of("%lld runs, matching %s, refinement %s, V-cycles %s, %lld start%s",
+                   static_cast<long long>(row.runs),
+                   choice_name(&Settings::matching, row.matching).c_str(),
+                   choice_name(&Settings::refine, row.refine).c_str(),
+                   choice_name(&Settings::vcycle, row.vcycle).c_str(),
+                   static_cast<long long>(row.starts), row.starts == 1 ? "" : "s");
 }
 
 void apply_preset(Settings *settings)

@@ -86,8 +86,12 @@ std::string full_help(const OptionRow &row);
 /* Settings at their fallbacks. */
 Settings fallback_settings();
 
-/* Sets the field of a row from a word; returns why that cannot be, empty if it can. */
+/* Sets the field of a row from a word, where letters may be of any case; returns why that cannot
+ * be, empty if it can. */
 std::string set_field(const OptionRow &row, const std::string &word, Settings *settings);
+
+/* "10 runs, matching hfc, ..." */
+std::string preset_text(const PresetRow &row);
 
 /* Sets what the preset says and the command line does not. */
 void apply_preset(Settings *settings);

@@ -14,9 +14,14 @@
 
 constexpr mode_t NEW_FILE_MODE = 0666; // less what the umask takes
 
+std::string shown_output(const std::string &name)
+{
+    return name == "-" ? "standard output" : name;
+}
+
 [[noreturn]] static void output_failed(const std::string &name, int error)
 {
-    fail(STATUS_IO, "cannot write %s: %s", name.c_str(), strerror(error));
+    fail(STATUS_IO, "cannot write %s: %s", shown_output(name).c_str(), strerror(error));
 }
 
 /* 0, or the error. */
@@ -111,5 +116,5 @@ void write_whole(const std::string &name, const std::string &content)
 
 void flush_output()
 {
-    if (fflush(stdout) != 0 || ferror(stdout)) output_failed("standard output", errno);
+    if (fflush(stdout) != 0 || ferror(stdout)) output_failed("-", errno);
 }

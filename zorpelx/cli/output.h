@@ -10,6 +10,9 @@
  * Errors  STATUS_IO; the temporary file is removed */
 void write_whole(const std::string &name, const std::string &content);
 
+/* How messages call a file that is written: its name, "standard output" for "-". */
+std::string shown_output(const std::string &name);
+
 /* Sends what standard output still holds on its way. Errors: STATUS_IO */
 void flush_output();
 

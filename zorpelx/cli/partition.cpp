@@ -4,6 +4,7 @@
  * line. Whatever is delivered is counted afresh by the code of verify before it is written.
  */
 #include <algorithm>
+#include <chrono>
 #include <climits>
 #include <csignal>
 #include <cstdio>
@@ -22,6 +23,8 @@
 
 using Json = nlohmann::ordered_json;
 
+using Clock = std::chrono::steady_clock;
+
 static volatile int cancel = 0; // set by a signal: which one
 
 static long long ll(int64_t number)
@@ -31,6 +34,7 @@ static long long ll(int64_t number)
 
 /* What one call works on and brings forth. */
 struct Job {
+    Clock::time_point began;
     Hypergraph graph;
     std::vector<int64_t> fix; // empty without a fix file
     std::vector<int> eptr, eind, vwgts, hewgts, fixed, part;
@@ -89,6 +93,15 @@ static bool wants_progress(const Settings &settings)
     return settings.progress == PROGRESS_ALWAYS;
 }
 
+/* What reading the files has left of --timeout; 0 without one. */
+static double time_left(const Settings &settings, const Job &job)
+{
+    constexpr double AT_ONCE = 1e-9; // 0 would mean no deadline
+    if (settings.timeout == 0) return 0;
+    const double spent = std::chrono::duration<double>(Clock::now() - job.began).count();
+    return std::max(settings.timeout - spent, AT_ONCE);
+}
+
 static void set_options(const Settings &settings, Job *job)
 {
     zorpelx_options *const options = &job->options;
@@ -105,7 +118,7 @@ static void set_options(const Settings &settings, Job *job)
     options->seed = static_cast<int>(settings.seed);
     options->starts = static_cast<int>(settings.starts);
     options->jobs = static_cast<int>(settings.jobs);
-    options->timeout = settings.timeout;
+    options->timeout = time_left(settings, *job);
     options->memory = static_cast<size_t>(settings.memory) << 20;
     options->fixed = job->fixed.empty() ? nullptr : job->fixed.data();
     options->cancel = &cancel;
@@ -116,6 +129,7 @@ static void set_options(const Settings &settings, Job *job)
 static Job read_files(const Settings &settings)
 {
     Job job = {};
+    job.began = Clock::now();
     Findings findings;
     const Reading reading = {static_cast<LineMode>(settings.lines), settings.from};
     job.graph = read_hypergraph(settings.hypergraph, reading, settings.strict, &findings);
@@ -128,6 +142,17 @@ static Job read_files(const Settings &settings)
     if (!settings.fix.empty())
         job.fix = read_fix(settings.fix, job.graph.nvertices, settings.nparts);
     return job;
+}
+
+/* --keep chooses the imbalance once the weights are known. */
+static void choose_imbalance(const Job &job, Settings *settings)
+{
+    if (!was_given(*settings, &Settings::keep)) return;
+    const int64_t total = total_weight(job.graph.vertexwgt);
+    settings->imbalance = largest_factor(settings->nparts, total, settings->keep);
+    if (settings->imbalance == 0)
+        fail(STATUS_INFEASIBLE, "%s",
+             no_factor_text(settings->nparts, total, settings->keep).c_str());
 }
 
 static void check_feasible(const Settings &settings, const Job &job)
@@ -247,16 +272,17 @@ static void print_result(const Settings &settings, const Job &job)
     const bool taken = job.output == "-" || settings.json == "-";
     const Figures &figures = job.figures;
     fprintf(taken ? stderr : stdout,
-            "%s: %lld parts, cut %lld (%lld of %lld hyperedges), sum of external degrees %lld, "
-            "imbalance %.2f %%, seed %d, %.2f s\n",
-            job.output == "-" ? "standard output" : job.output.c_str(), ll(figures.nparts),
-            ll(figures.cut), ll(figures.ncut), ll(job.graph.nnets), ll(figures.soed),
-            imbalance_percent(figures), job.result.seed, job.result.seconds);
+            "%s: %lld parts, cut %lld of %lld, external degrees %lld, heaviest part %.2f %% above "
+            "average, seed %d, %.2f s\n",
+            shown_output(job.output).c_str(), ll(figures.nparts), ll(figures.cut),
+            ll(total_weight(job.graph.netwgt)), ll(figures.soed), imbalance_percent(figures),
+            job.result.seed, job.result.seconds);
 }
 
 static void check_usage(const Settings &settings)
 {
-    if (settings.nparts == 0) fail(STATUS_USAGE, "partition needs the number of parts: -k K");
+    if (was_given(settings, &Settings::keep) && was_given(settings, &Settings::imbalance))
+        fail(STATUS_USAGE, "--keep chooses the imbalance: leave --imbalance out");
     if (settings.output == "-" && settings.json == "-")
         fail(STATUS_USAGE, "-o - and --json - both want standard output");
     if (settings.hypergraph == "-" && settings.output.empty() && settings.json == "-")
@@ -272,12 +298,23 @@ static Status final_status(int status, const zorpelx_result &result)
     return static_cast<Status>(status);
 }
 
+/* What there is to say about a run that delivered something. */
+static void print_message(Status status, const zorpelx_result &result)
+{
+    if (result.message[0] == '\0') return;
+    fprintf(stderr, "zorpelx: %s%s\n",
+            status == STATUS_INFEASIBLE ? "the best partition found is not within its limits: "
+                                        : "",
+            result.message);
+}
+
 Status run_partition(const Settings &given)
 {
     Settings settings = given;
     apply_preset(&settings);
     check_usage(settings);
     Job job = read_files(settings);
+    choose_imbalance(job, &settings);
     check_feasible(settings, job);
     job.output = output_name(settings);
     const int outcome = partition(settings, &job);
@@ -290,7 +327,7 @@ Status run_partition(const Settings &given)
             settings.json,
             result_json(settings, job, status).dump(2, ' ', false, Json::error_handler_t::replace) +
                 "\n");
-    if (job.result.message[0] != '\0') fprintf(stderr, "zorpelx: %s\n", job.result.message);
+    print_message(status, job.result);
     if (!settings.quiet) print_result(settings, job);
     return status;
 }

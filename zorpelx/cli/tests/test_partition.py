@@ -42,7 +42,7 @@ class Options(Case):
         for name, number in {
             "--matching": ("gfc", 3),
             "--refine": ("eefm", 3),
-            "--vcycle": ("all", 3),
+            "--vcycle": ("ForMin", 2),
             "--reconst": ("yes", 1),
             "--polish": ("no", 0),
         }.items():
@@ -71,9 +71,24 @@ class Options(Case):
 
     def test_presets_and_what_overrides_them(self):
         fast = self.cut_of("-k", 2, "--preset", "fast")["options"]
-        self.assertEqual((fast["runs"], fast["refine"], fast["vcycle"]), (1, "eefm", "no"))
+        self.assertEqual((fast["runs"], fast["refine"], fast["vcycle"]), (3, "1wayfm", "end"))
         best = self.cut_of("-k", 2, "--preset", "best", "--runs", 3, "--starts", 2)["options"]
         self.assertEqual((best["runs"], best["starts"], best["vcycle"]), (3, 2, "all"))
+
+    def test_the_last_of_an_option_counts(self):
+        answer = self.cut_of("-k", 2, "--runs", 5, "--nparts", 3, "-r", 1)["options"]
+        self.assertEqual((answer["nparts"], answer["runs"]), (3, 1))
+
+    def test_keep_takes_the_largest_imbalance_that_holds_the_promise(self):
+        answer = self.cut_of("-k", 4, "--keep", 12)
+        self.assertEqual(answer["options"]["imbalance"], 2)
+        self.assertLessEqual(answer["imbalance_percent"], 12)
+        self.run_ok("verify", "mult16.hgr", "out", "--keep", 12)
+        excess = answer["imbalance_percent"]
+        self.fails(1, "above the average, not", "verify", "mult16.hgr", "out", "--keep", excess / 2)
+        words = ("partition", "mult16.hgr", "-k", 16)
+        self.fails(4, "no imbalance keeps 16 parts within 3 %", *words, "--keep", 3)
+        self.fails(2, "leave --imbalance out", *words, "--keep", 30, "--imbalance", 3)
 
     def test_the_result_is_what_verify_counts(self):
         answer = self.cut_of("-k", 6, "--starts", 3, "--runs", 2)
@@ -157,7 +172,7 @@ class Statuses(Case):
     def test_usage(self):
         for words, sentence in {
             (): "a command is needed",
-            ("partition", "fifo.hgr"): "-k K",
+            ("partition", "fifo.hgr"): "--nparts is required",
             ("partition", "-k", "2"): "HYPERGRAPH is required",
             ("partition", "fifo.hgr", "-k", "1"): "1 is not between 2 and",
             ("partition", "fifo.hgr", "-k", "2x"): "'2x' is not a whole number",
@@ -170,6 +185,9 @@ class Statuses(Case):
             ("lint", "fifo.hgr", "--keep", "3"): "--keep needs -k",
             ("lint", "fifo.hgr", "--map", "m"): "--map needs --fix",
             ("verify", "fifo.hgr"): "PARTITION is required",
+            ("verify", "-", "-"): "only one file can come from standard input",
+            ("lint", "-", "-"): "only one file can come from standard input",
+            ("partition", "-", "-k", "2", "--fix", "-"): "only one file can come",
             ("nonsense",): "nonsense",
         }.items():
             self.fails(2, sentence, *words)

@@ -37,7 +37,7 @@ class Table(Case):
             check=True,
         )
         self.assertEqual(done.stderr, "")
-        return set(done.stdout.split())
+        return {line for line in done.stdout.splitlines() if line}
 
     def test_help_and_manual_list_the_same(self):
         for command in COMMANDS:
@@ -82,6 +82,23 @@ class Table(Case):
         self.assertEqual(self.complete("partition", "-o", "so"), {"some.hgr"})
         self.assertEqual(self.complete("partition", "-k", ""), set())
 
+    def test_bash_completes_behind_an_equals_sign(self):
+        self.assertEqual(self.complete("partition", "--preset", "="), {"fast", "default", "best"})
+        self.assertEqual(self.complete("partition", "--preset", "=", "b"), {"best"})
+
+    def test_bash_completes_names_with_blanks(self):
+        self.file("two words.hgr", "")
+        self.assertEqual(self.complete("lint", "two"), {"two words.hgr"})
+
+    def test_help_and_manual_tell_the_same_presets_and_statuses(self):
+        page = self.run_ok("--man").stdout.replace("\\-", "-").replace("\n", " ").lower()
+        for words, least in ((("partition", "--help"), 3), (("--help",), 9)):
+            text = self.run_ok(*words).stdout
+            rows = re.findall(r"^  (\w[\w, ]*?)  +(.*)$", text.split(":\n")[-1], re.M)
+            self.assertEqual(len(rows), least)
+            for name, meaning in rows:
+                self.assertIn(f"\\fb{name}\\fr {meaning.lower()}.", page)
+
     def test_the_defaults_of_the_help_are_those_of_the_parser(self):
         self.example("fifo.hgr")
         answer = self.json_of("partition", "fifo.hgr", "-k", 2, "-o", "out", "--json", "-")
@@ -118,6 +135,13 @@ class Table(Case):
         self.assertEqual(done.stderr, "")
         for section in ("PRESETS", "EXIT STATUS", "RULES"):
             self.assertIn(f"\n{section}\n", done.stdout)
+
+    @unittest.skipUnless(shutil.which("mandoc"), "mandoc is not installed")
+    def test_the_manual_page_pleases_a_style_checker(self):
+        words = ["mandoc", "-T", "lint", "-W", "style"]
+        page = self.run_ok("--man").stdout
+        done = subprocess.run(words, input=page, capture_output=True, text=True)
+        self.assertEqual((done.stdout, done.stderr), ("", ""))
 
     def test_the_copies_in_the_source_are_up_to_date(self):
         """Made again by the target zorpelx_texts."""
