@@ -3,6 +3,7 @@
 import json
 import os
 import pathlib
+import random
 import shutil
 import subprocess
 import tempfile
@@ -11,6 +12,15 @@ import unittest
 ZORPELX = os.environ["ZORPELX"]
 ZORPEL = os.environ["ZORPEL"]
 EXAMPLES = pathlib.Path(os.environ["ZORPEL_SOURCE"]) / "examples"
+
+
+def random_hypergraph(nvertices, nnets, seed=1):
+    numbers = random.Random(seed)
+    lines = [f"{nnets} {nvertices}"]
+    for _ in range(nnets):
+        pins = numbers.sample(range(1, nvertices + 1), numbers.randint(2, 5))
+        lines.append(" ".join(map(str, pins)))
+    return "\n".join(lines) + "\n"
 
 
 class Case(unittest.TestCase):

@@ -1,6 +1,5 @@
 """partition: options, statuses, what is left behind when a run is cut short."""
 
-import errno
 import gzip
 import json
 import os
@@ -13,16 +12,7 @@ import subprocess
 import time
 import unittest
 
-from calls import ZORPELX, Case
-
-
-def random_hypergraph(nvertices, nnets, seed=1):
-    numbers = random.Random(seed)
-    lines = [f"{nnets} {nvertices}"]
-    for _ in range(nnets):
-        pins = numbers.sample(range(1, nvertices + 1), numbers.randint(2, 5))
-        lines.append(" ".join(map(str, pins)))
-    return "\n".join(lines) + "\n"
+from calls import ZORPELX, Case, random_hypergraph
 
 
 def zstd(content):
@@ -224,66 +214,6 @@ class Statuses(Case):
     def test_help_and_version(self):
         self.assertRegex(self.run_ok("--version").stdout, r"^zorpelx \d+\.\d+\.\d+\n$")
         self.assertIn("--matching", self.run_ok("partition", "--help").stdout)
-
-
-class Whole(Case):
-    """The output file is the old one or the new one, whatever happens."""
-
-    def setUp(self):
-        super().setUp()
-        self.file("out", "old\n")
-
-    def test_disk_full(self):
-        def cap():
-            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
-            resource.setrlimit(resource.RLIMIT_FSIZE, (1000, 1000))
-
-        self.example("mult16.hgr")
-        words = ("partition", "mult16.hgr", "-k", 2, "-o", "out")
-        self.fails(5, os.strerror(errno.EFBIG), *words, preexec_fn=cap)
-        self.assertEqual(self.text("out"), "old\n")
-        self.assertEqual(self.names(), ["mult16.hgr", "out"])
-
-    def test_killed(self):
-        self.file("g.hgr", random_hypergraph(3000, 6000))
-        words = [ZORPELX, "partition", "g.hgr", "-k", "8", "-o", "out", "--runs", "1000"]
-        run = subprocess.Popen(words, cwd=self.folder)
-        time.sleep(0.3)
-        run.kill()
-        run.wait()
-        self.assertEqual(self.text("out"), "old\n")
-
-    def test_killed_at_any_moment_of_writing(self):
-        """Stopped by a limit on its processor time at ever later moments."""
-        self.file("g.hgr", "1 300000\n1 2\n")
-        whole = None
-        for hundredths in range(0, 60, 3):
-            run = subprocess.Popen(
-                [ZORPELX, "lint", "g.hgr", "--fix", "out", "-q"],
-                cwd=self.folder,
-                stderr=subprocess.DEVNULL,
-            )
-            time.sleep(hundredths / 100)
-            run.kill()
-            run.wait()
-            content = self.text("out")
-            self.assertIn(content, ("old\n", "1 300000\n1 2\n"))
-            whole = whole or content != "old\n"
-        self.assertTrue(whole)
-
-    def test_permissions_and_links_stay(self):
-        self.example("fifo.hgr")
-        (self.folder / "out").chmod(0o640)
-        (self.folder / "link").symlink_to("out")
-        self.run_ok("partition", "fifo.hgr", "-k", 2, "-o", "link")
-        self.assertTrue((self.folder / "link").is_symlink())
-        self.assertEqual((self.folder / "out").stat().st_mode & 0o777, 0o640)
-        self.assertEqual(len(self.text("out").split()), 385)
-
-    def test_new_files_obey_the_umask(self):
-        self.example("fifo.hgr")
-        self.run_ok("partition", "fifo.hgr", "-k", 2, "-o", "new", umask=0o027)
-        self.assertEqual((self.folder / "new").stat().st_mode & 0o777, 0o640)
 
 
 class CutShort(Case):

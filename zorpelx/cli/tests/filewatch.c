@@ -1,0 +1,96 @@
+/* zorpelx/cli/tests/filewatch.c: a shim that watches how a program writes its files.
+ *
+ * Preloaded, it notes in the file FILEWATCH_LOG what the program does to files, a line each, and,
+ * counted from 1, before operation FILEWATCH_KILL it kills the program, and operation
+ * FILEWATCH_FAIL it lets fail with error FILEWATCH_ERROR. With FILEWATCH_SHORT a write takes so
+ * many bytes at most. Children are left alone.
+ */
+#define _GNU_SOURCE
+#include <dlfcn.h>
+#include <errno.h>
+#include <fcntl.h>
+#include <signal.h>
+#include <stdarg.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+static pid_t watched;
+static int count;
+
+__attribute__((constructor)) static void begin(void)
+{
+    watched = getpid();
+}
+
+static long number(const char *name)
+{
+    const char *const text = getenv(name);
+    return text == NULL ? 0 : strtol(text, NULL, 10);
+}
+
+/* Notes an operation; returns the error that it has to fail with, 0 if it is to be done. */
+__attribute__((format(printf, 1, 2))) static int note(const char *format, ...)
+{
+    if (getpid() != watched) return 0;
+    count++;
+    if (count == number("FILEWATCH_KILL")) raise(SIGKILL);
+    FILE *const log = fopen(getenv("FILEWATCH_LOG"), "a");
+    if (log == NULL) abort();
+    va_list arguments;
+    va_start(arguments, format);
+    vfprintf(log, format, arguments);
+    va_end(arguments);
+    fclose(log);
+    return count == number("FILEWATCH_FAIL") ? (int)number("FILEWATCH_ERROR") : 0;
+}
+
+static int failed(int error)
+{
+    errno = error;
+    return -1;
+}
+
+static const char *kind(int file)
+{
+    struct stat status;
+    return fstat(file, &status) == 0 && S_ISDIR(status.st_mode) ? "folder" : "file";
+}
+
+int mkostemp(char *name, int flags)
+{
+    int (*const next)(char *, int) = dlsym(RTLD_NEXT, "mkostemp");
+    const int error = note("create\n");
+    return error != 0 ? failed(error) : next(name, flags);
+}
+
+ssize_t write(int file, const void *bytes, size_t size)
+{
+    ssize_t (*const next)(int, const void *, size_t) = dlsym(RTLD_NEXT, "write");
+    const int error = note("write\n");
+    const long most = number("FILEWATCH_SHORT");
+    if (most > 0 && size > (size_t)most) size = (size_t)most;
+    return error != 0 ? failed(error) : next(file, bytes, size);
+}
+
+int fchmod(int file, mode_t mode)
+{
+    int (*const next)(int, mode_t) = dlsym(RTLD_NEXT, "fchmod");
+    const int error = note("mode\n");
+    return error != 0 ? failed(error) : next(file, mode);
+}
+
+int fsync(int file)
+{
+    int (*const next)(int) = dlsym(RTLD_NEXT, "fsync");
+    const int error = note("sync %s\n", kind(file));
+    return error != 0 ? failed(error) : next(file);
+}
+
+int rename(const char *from, const char *to)
+{
+    int (*const next)(const char *, const char *) = dlsym(RTLD_NEXT, "rename");
+    const int error = note("rename %s\n", to);
+    return error != 0 ? failed(error) : next(from, to);
+}

@@ -1,0 +1,155 @@
+"""Output files are the old ones or the new ones, whatever happens while they are written.
+
+A shim (filewatch.c) stops the program before every single file operation, or lets it fail.
+"""
+
+import errno
+import os
+import resource
+import signal
+import subprocess
+import time
+import unittest
+
+from calls import ZORPELX, Case, random_hypergraph
+
+OPERATIONS = ["create", "write", "mode", "sync file", "rename", "sync folder"]  # of each file
+RENAME = OPERATIONS.index("rename")
+PARTITION = ("partition", "fifo.hgr", "-k", "2", "-o", "a", "--json", "b", "-q")
+CLEAN = ("lint", "fifo.hgr", "--fix", "a", "--map", "b", "-q")
+
+
+@unittest.skipIf("ZORPEL_SANITIZED" in os.environ, "a sanitizer wants to be loaded first")
+class Watched(Case):
+    """Commands that write two files, a and b, both there before."""
+
+    def setUp(self):
+        super().setUp()
+        self.example("fifo.hgr")
+
+    def old_files(self):
+        self.file("a", "old a\n")
+        self.file("b", "old b\n")
+
+    def watch(self, *words, **settings):
+        """Runs zorpelx under the shim; returns the finished process and the operations."""
+        log = self.folder / "log"
+        log.unlink(missing_ok=True)
+        shim = {f"FILEWATCH_{name.upper()}": str(value) for name, value in settings.items()}
+        shim |= {"LD_PRELOAD": os.environ["ZORPELX_FILEWATCH"], "FILEWATCH_LOG": str(log)}
+        self.old_files()
+        done = self.call(*words, env={**os.environ, **shim})
+        operations = log.read_text().splitlines() if log.exists() else []
+        log.unlink(missing_ok=True)
+        return done, operations
+
+    def whole_run(self, words):
+        """What an undisturbed run writes: the contents of a and b."""
+        done, operations = self.watch(*words)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        place = os.path.realpath(self.folder)
+        named = [line.replace(f"rename {place}/", "rename ") for line in operations]
+        steps = OPERATIONS[:RENAME], OPERATIONS[RENAME + 1 :]
+        expected = [*steps[0], "rename a", *steps[1], *steps[0], "rename b", *steps[1]]
+        self.assertEqual(named, expected)
+        return self.text("a"), self.text("b")
+
+    def check_files(self, new, renamed):
+        """Files of which so many were renamed hold the new content, the others the old one."""
+        old = ("old a\n", "old b\n")
+        for i, name in enumerate("ab"):
+            wanted = new[i] if i < renamed else old[i]
+            if name == "b" and renamed == 2 and "seconds" in wanted:
+                self.assertIn('"seconds"', self.text(name))  # which differ
+            else:
+                self.assertEqual(self.text(name), wanted)
+
+    def test_files_are_synced_before_they_are_renamed(self):
+        self.whole_run(PARTITION)
+        self.whole_run(CLEAN)
+
+    def test_killed_before_any_operation(self):
+        for words in (PARTITION, CLEAN):
+            new = self.whole_run(words)
+            for n in range(2 * len(OPERATIONS)):
+                done, _ = self.watch(*words, kill=n + 1)
+                self.assertEqual(done.returncode, -signal.SIGKILL)
+                self.check_files(new, (n > RENAME) + (n > RENAME + len(OPERATIONS)))
+                for name in self.names():
+                    if name not in ("a", "b", "fifo.hgr"):  # a kill leaves the temporary file
+                        (self.folder / name).unlink()
+
+    def test_any_operation_fails(self):
+        for words in (PARTITION, CLEAN):
+            new = self.whole_run(words)
+            for n in range(2 * len(OPERATIONS)):
+                operation = OPERATIONS[n % len(OPERATIONS)]
+                error = errno.ENOSPC if operation == "write" else errno.EIO
+                done, _ = self.watch(*words, fail=n + 1, error=error)
+                if operation == "sync folder":  # not every file system can do it
+                    self.assertEqual(done.returncode, 0, done.stderr)
+                    self.check_files(new, 2)
+                else:
+                    self.assertEqual(done.returncode, 5, operation)
+                    self.assertIn(os.strerror(error), done.stderr)
+                    self.check_files(new, n // len(OPERATIONS))
+                self.assertEqual(self.names(), ["a", "b", "fifo.hgr"])
+
+    def test_writes_that_take_little_at_a_time(self):
+        new = self.whole_run(CLEAN)
+        done, operations = self.watch(*CLEAN, short=100)
+        self.assertEqual(done.returncode, 0)
+        self.assertGreater(operations.count("write"), 20)
+        self.check_files(new, 2)
+
+    def test_an_interrupted_write_is_repeated(self):
+        new = self.whole_run(CLEAN)
+        done, operations = self.watch(*CLEAN, fail=2, error=errno.EINTR)
+        self.assertEqual((done.returncode, operations.count("write")), (0, 3))
+        self.check_files(new, 2)
+
+
+class Whole(Case):
+    """The output file is the old one or the new one, whatever happens."""
+
+    def setUp(self):
+        super().setUp()
+        self.file("out", "old\n")
+
+    def test_disk_full(self):
+        def cap():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (1000, 1000))
+
+        self.example("mult16.hgr")
+        words = ("partition", "mult16.hgr", "-k", 2, "-o", "out")
+        self.fails(5, os.strerror(errno.EFBIG), *words, preexec_fn=cap)
+        self.assertEqual(self.text("out"), "old\n")
+        self.assertEqual(self.names(), ["mult16.hgr", "out"])
+
+    def test_killed(self):
+        self.file("g.hgr", random_hypergraph(3000, 6000))
+        words = [ZORPELX, "partition", "g.hgr", "-k", "8", "-o", "out", "--runs", "1000"]
+        run = subprocess.Popen(words, cwd=self.folder)
+        time.sleep(0.3)
+        run.kill()
+        run.wait()
+        self.assertEqual(self.text("out"), "old\n")
+
+    def test_permissions_and_links_stay(self):
+        self.example("fifo.hgr")
+        (self.folder / "out").chmod(0o640)
+        (self.folder / "link").symlink_to("out")
+        self.run_ok("partition", "fifo.hgr", "-k", 2, "-o", "link")
+        self.assertTrue((self.folder / "link").is_symlink())
+        self.assertEqual((self.folder / "out").stat().st_mode & 0o777, 0o640)
+        self.assertEqual(len(self.text("out").split()), 385)
+
+    def test_new_files_obey_the_umask(self):
+        self.example("fifo.hgr")
+        self.run_ok("partition", "fifo.hgr", "-k", 2, "-o", "new", umask=0o027)
+        self.assertEqual((self.folder / "new").stat().st_mode & 0o777, 0o640)
+
+
+if __name__ == "__main__":
+    unittest.main()
