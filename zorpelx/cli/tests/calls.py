@@ -7,6 +7,7 @@ import random
 import shutil
 import subprocess
 import tempfile
+import time
 import unittest
 
 ZORPELX = os.environ["ZORPELX"]
@@ -21,6 +22,32 @@ def random_hypergraph(nvertices, nnets, seed=1):
         pins = numbers.sample(range(1, nvertices + 1), numbers.randint(2, 5))
         lines.append(" ".join(map(str, pins)))
     return "\n".join(lines) + "\n"
+
+
+def processes():
+    """(id, state, parent) of every process."""
+    for stat in pathlib.Path("/proc").glob("[0-9]*/stat"):
+        try:
+            state, parent = stat.read_text().rpartition(")")[2].split()[:2]
+        except OSError:  # it ended meanwhile
+            continue
+        yield int(stat.parent.name), state, int(parent)
+
+
+def children_of(process):
+    """The ids of the children that a process has now."""
+    return [pid for pid, state, parent in processes() if parent == process.pid and state != "Z"]
+
+
+def are_gone(pids):
+    return not any(pid in pids and state != "Z" for pid, state, _ in processes())
+
+
+def wait_for(condition):
+    """Waits until the condition gives something true, and returns that."""
+    while not (found := condition()):
+        time.sleep(0.01)
+    return found
 
 
 class Case(unittest.TestCase):

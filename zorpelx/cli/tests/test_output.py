@@ -8,10 +8,9 @@ import os
 import resource
 import signal
 import subprocess
-import time
 import unittest
 
-from calls import ZORPELX, Case, random_hypergraph
+from calls import ZORPELX, Case, are_gone, children_of, random_hypergraph, wait_for
 
 OPERATIONS = ["create", "write", "mode", "sync file", "rename", "sync folder"]  # of each file
 RENAME = OPERATIONS.index("rename")
@@ -131,9 +130,10 @@ class Whole(Case):
         self.file("g.hgr", random_hypergraph(3000, 6000))
         words = [ZORPELX, "partition", "g.hgr", "-k", "8", "-o", "out", "--runs", "1000"]
         run = subprocess.Popen(words, cwd=self.folder)
-        time.sleep(0.3)
+        workers = wait_for(lambda: children_of(run))
         run.kill()
         run.wait()
+        wait_for(lambda: are_gone(workers))
         self.assertEqual(self.text("out"), "old\n")
 
     def test_permissions_and_links_stay(self):

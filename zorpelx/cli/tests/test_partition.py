@@ -1,5 +1,6 @@
 """partition: options, statuses, what is left behind when a run is cut short."""
 
+import fcntl
 import gzip
 import json
 import os
@@ -9,10 +10,11 @@ import resource
 import select
 import signal
 import subprocess
+import termios
 import time
 import unittest
 
-from calls import ZORPELX, Case, random_hypergraph
+from calls import ZORPELX, Case, children_of, random_hypergraph, wait_for
 
 
 def zstd(content):
@@ -248,20 +250,10 @@ class CutShort(Case):
         self.assertEqual(done.returncode, 124, done.stderr)
         self.assertEqual(self.names(), ["big.hgr", "fifo.hgr"])
 
+    ENDLESS = "partition fifo.hgr -k 2 --starts 1000000 -r 1 --progress always".split()
+
     def interrupt(self, number, status):
-        words = [
-            ZORPELX,
-            "partition",
-            "fifo.hgr",
-            "-k",
-            "2",
-            "--starts",
-            "1000000",
-            "-r",
-            "1",
-            "--progress",
-            "always",
-        ]
+        words = [ZORPELX, *self.ENDLESS]
         run = subprocess.Popen(
             words, cwd=self.folder, stdout=subprocess.PIPE, stderr=subprocess.PIPE
         )
@@ -271,6 +263,59 @@ class CutShort(Case):
         run.send_signal(number)
         output = run.communicate()[0].decode()
         self.assertEqual(run.returncode, status)
+        self.assertIn("fifo.hgr.part.2: 2 parts, cut", output)
+        self.run_ok("verify", "fifo.hgr", "fifo.hgr.part.2", "--imbalance", 5)
+
+    def test_reading_the_files_counts_for_the_deadline(self):
+        os.mkfifo(self.folder / "slow.hgr")
+        words = [ZORPELX, *"partition slow.hgr -k 2 --timeout 0.3 -r 1 -o out".split()]
+        run = subprocess.Popen(words, cwd=self.folder, stderr=subprocess.PIPE, text=True)
+        with open(self.folder / "slow.hgr", "w") as slow:
+            time.sleep(0.4)
+            slow.write(self.text("fifo.hgr"))
+        self.assertIn("The deadline came after 0 of 1 starts", run.communicate()[1])
+        self.assertEqual(run.returncode, 124)
+
+    def test_a_killed_engine_is_a_failed_run(self):
+        words = [ZORPELX, *"partition big.hgr -k 64 --runs 100000 -o out".split()]
+        run = subprocess.Popen(words, cwd=self.folder, stderr=subprocess.PIPE, text=True)
+        os.kill(wait_for(lambda: children_of(run))[0], signal.SIGKILL)
+        self.assertIn("The start with seed 1 was ended by signal 9", run.communicate()[1])
+        self.assertEqual(run.returncode, 1)
+        self.assertEqual(self.names(), ["big.hgr", "fifo.hgr"])
+
+    def test_a_killed_start_of_several_leaves_the_others(self):
+        words = [ZORPELX, *"partition big.hgr -k 4 -r 1 --starts 6 -j 2 -o out".split()]
+        run = subprocess.Popen(words, cwd=self.folder, stderr=subprocess.PIPE, text=True)
+        os.kill(wait_for(lambda: children_of(run))[0], signal.SIGKILL)
+        self.assertIn("was ended by signal 9", run.communicate()[1])
+        self.assertEqual(run.returncode, 0)
+        self.run_ok("verify", "big.hgr", "out", "--imbalance", 5)
+
+    def test_control_c_on_a_terminal(self):
+        """It reaches the engine's processes too, which have to go on until they are stopped."""
+        main, side = pty.openpty()
+
+        def take_terminal():
+            fcntl.ioctl(side, termios.TIOCSCTTY, 0)
+
+        run = subprocess.Popen(
+            [ZORPELX, *self.ENDLESS],
+            cwd=self.folder,
+            stdin=side,
+            stdout=subprocess.PIPE,
+            stderr=side,
+            start_new_session=True,
+            preexec_fn=take_terminal,
+        )
+        os.close(side)
+        seen = b""
+        while b", cut " not in seen:
+            seen += os.read(main, 4096)
+        os.write(main, b"\3")
+        output = run.communicate()[0].decode()
+        os.close(main)
+        self.assertEqual(run.returncode, 130)
         self.assertIn("fifo.hgr.part.2: 2 parts, cut", output)
         self.run_ok("verify", "fifo.hgr", "fifo.hgr.part.2", "--imbalance", 5)
 
