@@ -257,6 +257,7 @@ std::string set_field(const OptionRow &row, const std::string &word, Settings *s
         return set_number(row, word, &(settings->*(*field)));
     if (const auto *field = std::get_if<double Settings::*>(&row.field))
         return set_real(row, word, &(settings->*(*field)));
+    if (word.empty()) return "the name is empty";
     settings->*std::get<std::string Settings::*>(row.field) = word;
     return "";
 }

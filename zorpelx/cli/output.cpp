@@ -35,20 +35,29 @@ static int write_bytes(int file, const std::string &content)
     return 0;
 }
 
-/* Where the file really is: the end of symbolic links, if any. */
-static std::string real_place(const std::string &name)
-{
-    char *const resolved = realpath(name.c_str(), nullptr);
-    if (resolved == nullptr) return name;
-    const std::string place = resolved;
-    free(resolved);
-    return place;
-}
-
+/* With a slash at its end. */
 static std::string folder_of(const std::string &name)
 {
     const size_t slash = name.rfind('/');
-    return slash == std::string::npos ? "." : name.substr(0, slash + 1);
+    return slash == std::string::npos ? "./" : name.substr(0, slash + 1);
+}
+
+/* Where the file really is, or is to be: the end of symbolic links, if any. */
+static std::string real_place(const std::string &name)
+{
+    constexpr int MOST_LINKS = 40; // as the system has it
+    char *const resolved = realpath(name.c_str(), nullptr);
+    std::string place = resolved != nullptr ? resolved : name;
+    free(resolved);
+    if (resolved != nullptr) return place;
+    char target[PATH_MAX];
+    for (int n = 0; n < MOST_LINKS; n++) { // a link to what is not there yet
+        const ssize_t length = readlink(place.c_str(), target, sizeof target);
+        if (length < 0) return place;
+        const std::string next(target, static_cast<size_t>(length));
+        place = next[0] == '/' ? next : folder_of(place) + next;
+    }
+    output_failed(name, ELOOP);
 }
 
 /* The mode that the file has, or that a new one would get. */

@@ -68,7 +68,7 @@ std::vector<int64_t> scan_fix(const std::string &bytes, int64_t nvertices, int64
     if (scan.next < nvertices && !scan.stopped)
         add_finding(findings, RULE_FIX_SHORT, {text.number + 1, 1},
                     text_of("%lld of %lld entries are there", ll(scan.next), ll(nvertices)));
-    bool none = !scan.stopped;
+    bool none = scan.next == nvertices;
     for (const int64_t part : scan.fix) none = none && part == -1;
     if (none) add_finding(findings, RULE_FIX_NONE, {0, 0}, "every entry is -1");
     return scan.fix;

@@ -73,8 +73,8 @@ class Case(unittest.TestCase):
 
     def call(self, *words, **more):
         """Runs zorpelx; returns the finished process, its output as text."""
-        words = [ZORPELX, *map(str, words)]
-        return subprocess.run(words, cwd=self.folder, capture_output=True, text=True, **more)
+        more = {"cwd": self.folder, "text": True, **more}
+        return subprocess.run([ZORPELX, *map(str, words)], capture_output=True, **more)
 
     def run_ok(self, *words, **more):
         done = self.call(*words, **more)

@@ -145,6 +145,25 @@ class Whole(Case):
         self.assertEqual((self.folder / "out").stat().st_mode & 0o777, 0o640)
         self.assertEqual(len(self.text("out").split()), 385)
 
+    def test_a_link_to_what_is_not_there_yet_is_followed(self):
+        self.example("fifo.hgr")
+        (self.folder / "inner").mkdir()
+        (self.folder / "inner" / "second").symlink_to("new")
+        (self.folder / "first").symlink_to("inner/second")
+        self.run_ok("partition", "fifo.hgr", "-k", 2, "-o", "first")
+        self.assertEqual(len(self.text("inner/new").split()), 385)
+        self.assertTrue((self.folder / "first").is_symlink())
+        self.assertTrue((self.folder / "inner" / "second").is_symlink())
+
+    def test_links_that_lead_nowhere(self):
+        self.example("fifo.hgr")
+        (self.folder / "lost").symlink_to("no/such/folder")
+        (self.folder / "round").symlink_to("round")
+        words = ("partition", "fifo.hgr", "-k", 2, "-o")
+        self.fails(5, os.strerror(errno.ENOENT), *words, "lost")
+        self.fails(5, os.strerror(errno.ELOOP), *words, "round")
+        self.assertEqual(self.names(), ["fifo.hgr", "lost", "out", "round"])
+
     def test_new_files_obey_the_umask(self):
         self.example("fifo.hgr")
         self.run_ok("partition", "fifo.hgr", "-k", 2, "-o", "new", umask=0o027)

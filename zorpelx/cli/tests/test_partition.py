@@ -177,6 +177,8 @@ class Statuses(Case):
             ("lint", "fifo.hgr", "--keep", "3"): "--keep needs -k",
             ("lint", "fifo.hgr", "--map", "m"): "--map needs --fix",
             ("verify", "fifo.hgr"): "PARTITION is required",
+            ("partition", "fifo.hgr", "-k", "2", "--fix", ""): "--fix: the name is empty",
+            ("stats", ""): "HYPERGRAPH: the name is empty",
             ("verify", "-", "-"): "only one file can come from standard input",
             ("lint", "-", "-"): "only one file can come from standard input",
             ("partition", "-", "-k", "2", "--fix", "-"): "only one file can come",
