@@ -31,11 +31,11 @@ function(zorpel_package component name section summary text)
   set(CPACK_DEBIAN_${key}_DESCRIPTION "${summary}\n${text}" PARENT_SCOPE)
   install(FILES ${PROJECT_SOURCE_DIR}/cmake/debian/copyright
     ${PROJECT_SOURCE_DIR}/cmake/debian/changelog
-    DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${name} COMPONENT ${component})
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${name} COMPONENT ${component} EXCLUDE_FROM_ALL)
   if(EXISTS ${PROJECT_SOURCE_DIR}/cmake/debian/${name}.lintian-overrides)
     install(FILES ${PROJECT_SOURCE_DIR}/cmake/debian/${name}.lintian-overrides
       DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides RENAME ${name}
-      COMPONENT ${component})
+      COMPONENT ${component} EXCLUDE_FROM_ALL)
   endif()
 endfunction()
 

@@ -1,5 +1,5 @@
 # Installs the build tree BUILD into WORK, moves it, builds the project CONSUMER against it and runs
-# what came out.
+# what came out; runs the program zorpelx in its new place if ZORPELX, PYTHON if that is set.
 function(run)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE status OUTPUT_VARIABLE text ERROR_VARIABLE text)
   if(NOT status EQUAL 0)
@@ -9,9 +9,10 @@ function(run)
 endfunction()
 
 file(REMOVE_RECURSE ${WORK})
-foreach(component library development)
-  run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${WORK}/first --component ${component})
-endforeach()
+run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${WORK}/first)
+if(EXISTS ${WORK}/first/share/lintian OR EXISTS ${WORK}/first/share/doc/libzorpel1)
+  message(FATAL_ERROR "Files for Debian packages are installed outside of packages")
+endif()
 file(RENAME ${WORK}/first ${WORK}/moved)
 set(ENV{PKG_CONFIG_PATH} ${WORK}/moved/${LIBDIR}/pkgconfig)
 run(${CMAKE_COMMAND} -S ${CONSUMER} -B ${WORK}/build -DCMAKE_PREFIX_PATH=${WORK}/moved
@@ -24,3 +25,19 @@ foreach(program use_zorpel use_zorpel_static use_zorpelx use_engine_pc use_zorpe
     message(FATAL_ERROR "${program} printed: ${text}")
   endif()
 endforeach()
+
+if(ZORPELX)
+  file(WRITE ${WORK}/a.hgr "2 4\n1 2\n3 4\n")
+  run(${WORK}/moved/bin/zorpelx partition ${WORK}/a.hgr -k 2)
+  if(NOT text MATCHES "2 parts, cut 0 of 2,")
+    message(FATAL_ERROR "zorpelx printed: ${text}")
+  endif()
+endif()
+if(PYTHON)
+  set(ENV{PYTHONPATH} ${WORK}/moved/lib/python3/dist-packages)
+  file(WRITE ${WORK}/a.py "import zorpel\nprint(zorpel.partition([[0, 1], [2, 3]], 2).cut)\n")
+  run(${PYTHON} -B ${WORK}/a.py)
+  if(NOT text STREQUAL "0\n")
+    message(FATAL_ERROR "Python printed: ${text}")
+  endif()
+endif()

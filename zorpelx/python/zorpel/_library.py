@@ -128,10 +128,24 @@ _ROUTINES = {
 }
 
 
-def _load() -> ctypes.CDLL:
+def _find() -> str:
+    """Where the library is: ZORPELX_LIBRARY, beside this file, under the prefix that this file is
+    installed in (PREFIX/lib/python3/dist-packages/zorpel), or where the system looks."""
     chosen = os.environ.get("ZORPELX_LIBRARY")
-    beside = Path(__file__).with_name(NAME)
-    path = chosen or (str(beside) if beside.exists() else NAME)
+    if chosen:
+        return chosen
+    here = Path(__file__).resolve().parent
+    folders = [here]
+    if len(here.parents) > 2 and here.parents[2].name.startswith("lib"):
+        folders += [here.parents[2], *sorted(here.parents[2].glob("*-linux-gnu*"))]
+    for folder in folders:
+        if (folder / NAME).exists():
+            return str(folder / NAME)
+    return NAME
+
+
+def _load() -> ctypes.CDLL:
+    path = _find()
     try:
         return ctypes.CDLL(path)
     except OSError as reason:
@@ -142,7 +156,7 @@ def _load() -> ctypes.CDLL:
 
 @functools.lru_cache(maxsize=None)
 def library() -> ctypes.CDLL:
-    """The library, loaded on first use: from ZORPELX_LIBRARY, beside this file or the system."""
+    """The library, loaded on first use."""
     loaded = _load()
     for name, arguments in _ROUTINES.items():
         routine = getattr(loaded, name)
