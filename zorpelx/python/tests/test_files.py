@@ -35,6 +35,21 @@ class FileTest(unittest.TestCase):
         path.write_bytes(gzip.compress(TEXT.encode()))
         self.assertEqual(zorpel.read(path), zorpel.read(self.store(TEXT)))
 
+    def test_damaged_compression_is_a_fault_of_the_file(self):
+        whole = gzip.compress(TEXT.encode() * 100)
+        for damaged in (whole[:-9], whole[:40] + b"xxxx" + whole[44:], whole[:-8] + b"12345678"):
+            path = self.folder / "sample.hgr.gz"
+            path.write_bytes(damaged)
+            for reader in (zorpel.read, zorpel.read_partition):
+                with self.assertRaises(zorpel.InputError):
+                    reader(path)
+
+    def test_what_zstd_compressed_is_told(self):
+        path = self.folder / "sample.hgr.zst"
+        path.write_bytes(b"\x28\xb5\x2f\xfd and more")
+        with self.assertRaisesRegex(zorpel.InputError, "sample.hgr.zst is compressed by zstd"):
+            zorpel.read(path)
+
     def test_what_is_written_reads_back(self):
         plain = zorpel.as_hypergraph([[0, 1, 2], [2, 3]])
         for graph in (

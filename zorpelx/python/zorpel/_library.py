@@ -7,6 +7,7 @@ import functools
 import os
 from ctypes import POINTER, c_char, c_char_p, c_double, c_int, c_int64, c_size_t, c_void_p
 from pathlib import Path
+from typing import Any
 
 from .errors import LibraryError
 
@@ -46,7 +47,8 @@ class CProgress(ctypes.Structure):
 
 
 ProgressFunction = ctypes.CFUNCTYPE(c_int, c_void_p, POINTER(CProgress))
-TraceFunction = ctypes.CFUNCTYPE(None, c_void_p, c_int, POINTER(c_char), c_size_t)
+TraceFunction: Any = ctypes.CFUNCTYPE(None, c_void_p, c_int, POINTER(c_char), c_size_t)
+NO_TRACES = TraceFunction()  # a null pointer
 
 
 class COptions(ctypes.Structure):
@@ -166,7 +168,7 @@ def library() -> ctypes.CDLL:
     return loaded
 
 
-def new_record(kind: type, init: str) -> ctypes.Structure:
+def new_record(kind: type, init: str) -> Any:
     """A record of this kind, set to its defaults."""
     record = kind()
     if getattr(library(), init)(ctypes.byref(record), ctypes.sizeof(kind)) != OK:

@@ -92,7 +92,7 @@ class _Callbacks:
         self.thrown: Optional[BaseException] = None
         self.traces = [""] * starts if traced else []
         self.on_progress = lib.ProgressFunction(self._tell_progress)
-        self.on_trace = lib.TraceFunction(self._keep_trace) if traced else lib.TraceFunction()
+        self.on_trace = lib.TraceFunction(self._keep_trace) if traced else lib.NO_TRACES
 
     def __enter__(self) -> _Callbacks:
         self.handlers: Dict[int, Any] = {}
@@ -129,9 +129,9 @@ class _Callbacks:
             self.thrown = thrown
 
 
-def _code(name: str, value: Union[str, int], codes: dict) -> int:
+def _code(name: str, value: Union[str, int], codes: Dict[str, int]) -> int:
     if not isinstance(value, str):
-        return int(value)
+        return _check_int(name, value)
     if value.lower() not in codes:
         raise InputError(f"{name} is {value!r}; it should be one of {', '.join(codes)}.", 2)
     return codes[value.lower()]
@@ -140,16 +140,16 @@ def _code(name: str, value: Union[str, int], codes: dict) -> int:
 def _check_int(name: str, value: Any) -> int:
     if not hasattr(value, "__index__") or not -(2**31) <= value.__index__() < 2**31:
         raise InputError(f"{name} is {value!r}; it should be an integer of 32 bits.", 2)
-    return value.__index__()
+    return int(value.__index__())
 
 
 def _check_size(name: str, value: Any) -> int:
     if not hasattr(value, "__index__") or not 0 <= value.__index__() < 2**63:
         raise InputError(f"{name} is {value!r}; it should be a number of bytes.", 2)
-    return value.__index__()
+    return int(value.__index__())
 
 
-def _as_numpy(values: array) -> Any:
+def _as_numpy(values: array[int]) -> Any:
     import numpy  # pylint: disable=import-outside-toplevel
 
     return numpy.array(values, dtype=numpy.intc)

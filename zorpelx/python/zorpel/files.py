@@ -2,10 +2,11 @@
 
 from __future__ import annotations
 
+import contextlib
 import gzip
-import io
 import os
 import tempfile
+import zlib
 from array import array
 from typing import IO, Iterable, Iterator, List, Sequence, Tuple, Union
 
@@ -14,14 +15,18 @@ from .errors import InputError
 from .hypergraph import Hypergraph, HypergraphLike, as_hypergraph, to_ints
 
 Path = Union[str, "os.PathLike[str]"]
-GZIP_MAGIC = b"\x1f\x8b"
+GZIP_MAGIC, ZSTD_MAGIC = b"\x1f\x8b", b"\x28\xb5\x2f\xfd"
 
 
 def _open_text(path: Path) -> IO[str]:
-    with open(path, "rb") as file:
-        compressed = file.read(2) == GZIP_MAGIC
-    opener = gzip.open if compressed else open
-    return io.TextIOWrapper(opener(path, "rb"), encoding="ascii", errors="replace")
+    with open(path, "rb") as beginning:
+        start = beginning.read(4)
+    if start == ZSTD_MAGIC:
+        name = os.fspath(path)
+        raise InputError(f"{name} is compressed by zstd, which is for zorpelx only; expand it.")
+    if start.startswith(GZIP_MAGIC):
+        return gzip.open(path, "rt", encoding="ascii", errors="replace")
+    return open(path, "rt", encoding="ascii", errors="replace")
 
 
 class _Lines:
@@ -54,6 +59,16 @@ class _Lines:
                 yield from map(int, line.split())
             except ValueError:
                 raise self.fault(f"not a line of integers: {line.rstrip()[:40]!r}") from None
+
+
+@contextlib.contextmanager
+def _lines_of_file(path: Path) -> Iterator[_Lines]:
+    """The lines of a file; damaged compression is a fault of the file."""
+    try:
+        with _open_text(path) as file:
+            yield _Lines(path, file)
+    except (EOFError, gzip.BadGzipFile, zlib.error) as reason:
+        raise InputError(f"{os.fspath(path)}: {reason}") from None
 
 
 def _read_header(lines: _Lines) -> Tuple[int, int, bool, bool]:
@@ -101,8 +116,8 @@ def _read_body(lines: _Lines) -> Hypergraph:
 def read(path: Path) -> Hypergraph:
     """Reads a hypergraph file. A vertex that a hyperedge repeats counts once, as for the program;
     everything else that is not right is an InputError with the line."""
-    with _open_text(path) as file:
-        return _read_body(_Lines(path, file))
+    with _lines_of_file(path) as lines:
+        return _read_body(lines)
 
 
 def _write_lines(path: Path, lines: Iterable[str]) -> None:
@@ -149,8 +164,7 @@ def write(path: Path, hypergraph: HypergraphLike) -> None:
 
 def read_partition(path: Path) -> List[int]:
     """Reads a partition or a file of pre-assignments: a number for each vertex."""
-    with _open_text(path) as file:
-        lines = _Lines(path, file)
+    with _lines_of_file(path) as lines:
         parts = array("i")
         try:
             parts.extend(lines.rest())

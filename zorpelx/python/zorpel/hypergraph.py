@@ -25,7 +25,7 @@ def _too_large(name: str, place: int, value: int) -> InputError:
     return InputError(f"{name}[{place}] is {value}, which does not fit 32 bits.")
 
 
-def _ints_of_array(values: Any, name: str) -> array:
+def _ints_of_array(values: Any, name: str) -> array[int]:
     if values.ndim != 1:
         raise InputError(f"{name} has {values.ndim} dimensions instead of 1.")
     if values.dtype.kind not in "iub":
@@ -37,7 +37,7 @@ def _ints_of_array(values: Any, name: str) -> array:
     return array("i", values.astype("i").tobytes())
 
 
-def to_ints(values: Any, name: str) -> array:
+def to_ints(values: Any, name: str) -> array[int]:
     """values as an array of C ints; name is for the sentence if that cannot be."""
     if isinstance(values, array) and values.typecode == "i":
         return values
@@ -55,7 +55,7 @@ def to_ints(values: Any, name: str) -> array:
         raise
 
 
-def pointer(ints: Optional[array]) -> Any:
+def pointer(ints: Optional[array[int]]) -> Any:
     """ints for the library; None is NULL. Good as long as ints lives."""
     if ints is None:
         return None
@@ -73,10 +73,10 @@ class Hypergraph:
     """
 
     nvtxs: int
-    eptr: array
-    eind: array
-    vertex_weights: Optional[array] = None
-    hyperedge_weights: Optional[array] = None
+    eptr: array[int]
+    eind: array[int]
+    vertex_weights: Optional[array[int]] = None
+    hyperedge_weights: Optional[array[int]] = None
 
     def __post_init__(self) -> None:
         if not isinstance(self.nvtxs, int) or not 0 <= self.nvtxs <= _MOST:
@@ -118,7 +118,7 @@ class Hypergraph:
         )
 
 
-def _lists(hyperedges: Iterable[Iterable[int]]) -> Tuple[array, array]:
+def _lists(hyperedges: Iterable[Iterable[int]]) -> Tuple[array[int], array[int]]:
     eptr, eind = array("i", [0]), array("i")
     for e, vertices in enumerate(hyperedges):
         if isinstance(vertices, (str, bytes)) or not hasattr(vertices, "__iter__"):
@@ -168,7 +168,9 @@ def as_hypergraph(
     eptr, eind = to_ints(eptr, "eptr"), to_ints(eind, "eind")
     if nvtxs is None:
         nvtxs = max(eind, default=-1) + 1 if columns is None else columns
-    return Hypergraph(nvtxs, eptr, eind, vertex_weights, hyperedge_weights)
+    vwgts = None if vertex_weights is None else to_ints(vertex_weights, "vertex_weights")
+    hewgts = None if hyperedge_weights is None else to_ints(hyperedge_weights, "hyperedge_weights")
+    return Hypergraph(nvtxs, eptr, eind, vwgts, hewgts)
 
 
 def wants_numpy(source: HypergraphLike) -> bool:
