@@ -117,7 +117,10 @@ def read(path: Path) -> Hypergraph:
     """Reads a hypergraph file. A vertex that a hyperedge repeats counts once, as for the program;
     everything else that is not right is an InputError with the line."""
     with _lines_of_file(path) as lines:
-        return _read_body(lines)
+        graph = _read_body(lines)
+        for _ in lines.file:  # compression has its checksum at the end
+            pass
+        return graph
 
 
 def _write_lines(path: Path, lines: Iterable[str]) -> None:
