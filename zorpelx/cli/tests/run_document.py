@@ -1,14 +1,16 @@
 """Runs the commands of a document and compares what they print with what the document shows.
 
-In a block fenced by ```console a line that begins with "$ " is a command (continued while lines
-end in a backslash), the lines after it are its output, errors included. All commands of a document
-run in one shell, in a folder that holds copies of the examples. Times are not compared.
+In a block fenced by ```console a line that begins with "$ " is a command, continued by lines that
+begin with "> "; the lines after it are its output, errors included. All commands of a document run
+in one shell, in a folder that holds copies of the examples, and cpu32.hgr compressed too. Times are
+not compared.
 
     run_document.py FILE          exit 1 and show the differences, if there are any
     run_document.py FILE --write  put the real output into the document
 """
 
 import difflib
+import gzip
 import os
 import pathlib
 import re
@@ -19,7 +21,7 @@ import tempfile
 
 SOURCE = pathlib.Path(os.environ["ZORPEL_SOURCE"])
 BLOCK = re.compile(r"(^```console\n)(.*?)(^```$)", re.M | re.S)
-COMMAND = re.compile(r"^\$ (?:.*\\\n)*.*\n", re.M)
+COMMAND = re.compile(r"^\$ .*\n(?:> .*\n)*", re.M)
 MARK = "\1"
 
 
@@ -34,11 +36,18 @@ def commands_of(document):
     ]
 
 
+def words_of(command):
+    """A command without its prompts."""
+    return "".join(line[2:] for line in command.splitlines(keepends=True))
+
+
 def run(commands):
     """The output of each command."""
     folder = pathlib.Path(tempfile.mkdtemp(prefix="zorpelx-"))
     for example in (SOURCE / "examples").iterdir():
         shutil.copy(example, folder)
+    with gzip.open(folder / "cpu32.hgr.gz", "wb") as packed:
+        packed.write((folder / "cpu32.hgr").read_bytes())
     paths = [str(pathlib.Path(os.environ[name]).parent) for name in ("ZORPELX", "ZORPEL")]
     environment = {
         **os.environ,
@@ -47,7 +56,7 @@ def run(commands):
         "LC_ALL": "C.UTF-8",
     }
     script = "".join(
-        f"{command[2:]}status=$?; printf '{MARK}'; (exit $status)\n" for command in commands
+        f"{words_of(command)}status=$?; printf '{MARK}'; (exit $status)\n" for command in commands
     )
     done = subprocess.run(
         ["bash", "-c", "exec 2>&1\n" + script],
