@@ -21,8 +21,11 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
-set(method "It coarsens a hypergraph by merging vertices, bisects the smallest one and
-refines the bisection back to the whole, and so on for each half.")
+set(method "by multilevel recursive bisection: a hypergraph is coarsened by merging
+vertices, the smallest one is bisected, and the bisection is refined back to
+the whole; and so on for each half.")
+set(purpose "divides the vertices of a hypergraph into parts of about equal weight such
+that few hyperedges join several parts,")
 
 function(zorpel_package component name section summary text)
   string(TOUPPER ${component} key)
@@ -40,20 +43,25 @@ function(zorpel_package component name section summary text)
 endfunction()
 
 zorpel_package(tool zorpel science "partition hypergraphs by multilevel recursive bisection"
-"zorpel divides the vertices of a hypergraph into parts of about equal
-weight such that few hyperedges join several parts.
+"zorpel ${purpose}
 ${method}
 .
 zorpelx is the program for daily use: it reads compressed files, has named
 options, exit statuses and JSON, verifies partitions and finds what is wrong
 in hypergraph files.")
 zorpel_package(library libzorpel1 libs "hypergraph partitioning - shared libraries"
-"${method}
+"libzorpel ${purpose}
+${method}
 .
-libzorpel is the engine, libzorpelx checks all that it is given and runs the
-engine in processes of its own.")
+libzorpelx is the safe way to the same engine: it checks all that it is given,
+returns a status, and works in processes of its own.")
 zorpel_package(development libzorpel-dev libdevel "hypergraph partitioning - development files"
-"Headers, the static library and the files for CMake and pkg-config.")
+"libzorpel ${purpose}
+${method}
+.
+This package holds what is needed to build programs with libzorpel and
+libzorpelx: headers for C and C++, the static library of the engine, and the
+files by which CMake and pkg-config find them.")
 set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "libzorpel1 (= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libzorpel1 (= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
@@ -68,9 +76,11 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
 if(ZORPEL_X AND EXISTS ${PROJECT_SOURCE_DIR}/zorpelx/python/CMakeLists.txt)
   list(APPEND CPACK_COMPONENTS_ALL python)
   zorpel_package(python python3-zorpel python "hypergraph partitioning - Python package"
-"${method}
+"zorpel ${purpose}
+${method}
 .
-The package zorpel partitions lists, NumPy arrays and SciPy matrices.")
+The Python package takes hypergraphs as lists, NumPy arrays, SciPy matrices
+and files, partitions and evaluates them, and never ends its caller.")
   set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
   set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS OFF)
   set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3:any, libzorpel1 (>= ${PROJECT_VERSION})")

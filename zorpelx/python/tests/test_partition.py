@@ -7,6 +7,7 @@ import signal
 import sys
 import threading
 import unittest
+from pathlib import Path
 from array import array
 
 import zorpel
@@ -244,6 +245,8 @@ class EvaluateTest(unittest.TestCase):
 def load_tests(_loader, tests, _pattern):
     tests.addTests(doctest.DocTestSuite(zorpel))
     tests.addTests(doctest.DocTestSuite(zorpel.api))
+    document = Path(__file__).resolve().parents[3] / "docs" / "ZORPELX.md"
+    tests.addTests(doctest.DocFileSuite(str(document), module_relative=False))
     return tests
 
 
