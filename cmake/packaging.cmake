@@ -24,8 +24,8 @@ set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(method "by multilevel recursive bisection: a hypergraph is coarsened by merging
 vertices, the smallest one is bisected, and the bisection is refined back to
 the whole; and so on for each half.")
-set(purpose "divides the vertices of a hypergraph into parts of about equal weight such
-that few hyperedges join several parts,")
+set(purpose "divides the vertices of a hypergraph into parts of about equal
+weight such that few hyperedges join several parts,")
 
 function(zorpel_package component name section summary text)
   string(TOUPPER ${component} key)

@@ -110,7 +110,7 @@ const std::vector<OptionRow> OPTIONS = {
     {PARTITION, "--timeout", "SECONDS", &Settings::timeout, "0", 0, 1000000000, nullptr,
      "stop so long after the begin and deliver the best finished start; 0 for no deadline"},
     {PARTITION, "--memory", "MIB", &Settings::memory, "0", 0, INT_MAX, nullptr,
-     "memory that one start may take; 0 for no cap"},
+     "memory that one start may take, which stats estimates; 0 for no cap"},
     {PARTITION, "-o,--output", "FILE", &Settings::output, "", 0, 0, nullptr,
      "partition file; - for standard output; otherwise HYPERGRAPH.part.K without .gz or .zst, and "
      "standard output if the hypergraph comes from standard input"},
