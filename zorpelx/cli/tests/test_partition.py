@@ -227,21 +227,12 @@ class CutShort(Case):
         self.file("big.hgr", random_hypergraph(3000, 6000))
 
     def test_a_deadline_delivers_the_best_finished_start(self):
-        done = self.call(
-            "partition",
-            "fifo.hgr",
-            "-k",
-            2,
-            "--starts",
-            1000000,
-            "-r",
-            1,
-            "--timeout",
-            2,
-            "--json",
-            "j",
-        )
-        self.assertEqual(done.returncode, 124, done.stderr)
+        words = "partition fifo.hgr -k 2 --starts 1000000 -r 1 --json j --timeout".split()
+        for seconds in (1, 10, 100):  # a busy machine may need longer for the first start
+            done = self.call(*words, seconds)
+            self.assertEqual(done.returncode, 124, done.stderr)
+            if "j" in self.names():
+                break
         answer = json.loads(self.text("j"))
         self.assertGreater(answer["finished"], 0)
         self.assertEqual(answer["status"], 124)
