@@ -110,14 +110,18 @@ static std::string zsh_action(const OptionRow &row)
     return text_of(":%s:%s", row.value, values.c_str());
 }
 
-/* One argument of _arguments for each name of an option. */
+/* One argument of _arguments for each name of an option. The = at the end of a long name lets the
+ * value follow in the same word as well. */
 static std::string zsh_option(const OptionRow &row)
 {
     const std::string rest =
         text_of("[%s]%s'", zsh_text(row.help).c_str(), zsh_action(row).c_str());
     std::string text, names = names_of(row) + ' ';
-    for (size_t blank; (blank = names.find(' ')) != std::string::npos; names.erase(0, blank + 1))
-        text.append(" \\\n            '").append(names.substr(0, blank)).append(rest);
+    for (size_t blank; (blank = names.find(' ')) != std::string::npos; names.erase(0, blank + 1)) {
+        const std::string name = names.substr(0, blank);
+        const bool joined = !is_switch(row) && name.compare(0, 2, "--") == 0;
+        text += " \\\n            '" + name + (joined ? "=" : "") + rest;
+    }
     return text;
 }
 

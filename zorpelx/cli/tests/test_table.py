@@ -53,7 +53,7 @@ class Table(Case):
         script = self.run_ok("--completion", "zsh").stdout
         for command in COMMANDS:
             case = re.search(rf"^        {command}\)(.*?);;$", script, re.M | re.S).group(1)
-            offered = set(re.findall(r"'(--[\w-]+)\[", case)) - {"--help"}
+            offered = set(re.findall(r"'(--[\w-]+)=?\[", case)) - {"--help"}
             self.assertEqual(offered, self.options_in_help(command)[0])
 
     def test_the_parser_knows_every_option_of_the_help(self):
