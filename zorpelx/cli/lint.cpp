@@ -333,6 +333,8 @@ Status run_lint(const Settings &settings)
     if (!settings.map.empty() && settings.clean.empty()) fail(STATUS_USAGE, "--map needs --fix");
     if (settings.clean == "-" && settings.format == FORMAT_JSON)
         fail(STATUS_USAGE, "--fix - and --format json both want standard output");
+    if (!settings.clean.empty()) // which may take the place of the hypergraph
+        check_outputs({settings.clean, map_name(settings)}, {settings.fix});
     const Lint lint = scan_files(settings);
     const bool readable =
         first_error(lint.findings) == nullptr && first_error(lint.fixfindings) == nullptr;

@@ -14,6 +14,26 @@
 
 constexpr mode_t NEW_FILE_MODE = 0666; // less what the umask takes
 
+static bool same_file(const std::string &a, const std::string &b)
+{
+    if (a.empty() || b.empty() || a == "-" || b == "-") return false;
+    struct stat first, second;
+    if (stat(a.c_str(), &first) != 0 || stat(b.c_str(), &second) != 0) return a == b;
+    return S_ISREG(first.st_mode) && first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
+void check_outputs(const std::vector<std::string> &outputs, const std::vector<std::string> &inputs)
+{
+    for (size_t i = 0; i < outputs.size(); i++) {
+        for (const std::string &input : inputs)
+            if (same_file(outputs[i], input))
+                fail(STATUS_USAGE, "%s is read, and would be overwritten", outputs[i].c_str());
+        for (size_t j = 0; j < i; j++)
+            if (same_file(outputs[i], outputs[j]))
+                fail(STATUS_USAGE, "%s would be written twice", outputs[i].c_str());
+    }
+}
+
 std::string shown_output(const std::string &name)
 {
     return name == "-" ? "standard output" : name;

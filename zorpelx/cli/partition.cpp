@@ -313,6 +313,7 @@ Status run_partition(const Settings &given)
     Settings settings = given;
     apply_preset(&settings);
     check_usage(settings);
+    check_outputs({output_name(settings), settings.json}, {settings.hypergraph, settings.fix});
     Job job = read_files(settings);
     choose_imbalance(job, &settings);
     check_feasible(settings, job);

@@ -164,6 +164,25 @@ class Whole(Case):
         self.fails(5, os.strerror(errno.ELOOP), *words, "round")
         self.assertEqual(self.names(), ["fifo.hgr", "lost", "out", "round"])
 
+    def test_no_input_is_overwritten_and_no_output_twice(self):
+        self.example("fifo.hgr")
+        (self.folder / "link").symlink_to("fifo.hgr")
+        self.file("fix", "-1\n" * 385)
+        words = ("partition", "fifo.hgr", "-k", 2)
+        for name in ("fifo.hgr", "link", "./fifo.hgr"):
+            self.fails(2, f"{name} is read, and would be overwritten", *words, "-o", name)
+        self.fails(2, "fix is read", *words, "--fix", "fix", "--json", "fix")
+        self.fails(2, "new would be written twice", *words, "-o", "new", "--json", "new")
+        self.fails(2, "would be written twice", *words, "-o", "out", "--json", "./out")
+        self.fails(2, "would be written twice", "lint", "fifo.hgr", "--fix", "a", "--map", "a")
+        self.fails(2, "fix is read", "lint", "fifo.hgr", "fix", "--fix", "fix")
+        self.run_ok(*words, "-o", "/dev/null", "--json", "/dev/null")
+
+    def test_lint_may_mend_a_file_in_its_place(self):
+        self.file("g.hgr", "2 3\n1 2 2\n3 1\n")
+        self.run_ok("lint", "g.hgr", "--fix", "g.hgr")
+        self.assertEqual(self.text("g.hgr"), "2 3\n1 2\n3 1\n")
+
     def test_new_files_obey_the_umask(self):
         self.example("fifo.hgr")
         self.run_ok("partition", "fifo.hgr", "-k", 2, "-o", "new", umask=0o027)
