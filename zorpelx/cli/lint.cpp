@@ -186,6 +186,8 @@ static void print_advice(const Settings &settings, const Lint &lint, const Advic
 static Json advice_json(const Settings &settings, const Lint &lint, const Advice &advice)
 {
     const int64_t total = total_weight(lint.graph.vertexwgt);
+    std::vector<int64_t> heavy = heavy_vertices(lint.graph.vertexwgt);
+    for (int64_t &vertex : heavy) vertex += settings.from; // as the file numbers them
     Json json = {{"nparts", settings.nparts},
                  {"imbalance", settings.imbalance},
                  {"total_weight", total},
@@ -194,7 +196,7 @@ static Json advice_json(const Settings &settings, const Lint &lint, const Advice
                  {"lightest", advice.limits.lightest},
                  {"heaviest", advice.limits.heaviest},
                  {"excess_percent", worst_excess(advice.limits, total)},
-                 {"heavy_vertices", heavy_vertices(lint.graph.vertexwgt)},
+                 {"heavy_vertices", heavy},
                  {"verdict", verdict_name(advice.verdict)},
                  {"reason", advice.reason}};
     if (was_given(settings, &Settings::keep)) {

@@ -216,6 +216,8 @@ class Advice(Case):
         self.fails(4, "--force goes on", "partition", "g.hgr", "-k", 2, "-o", "out")
         self.assertNotIn("out", self.names())
         self.fails(4, "vertex 1 weighs 90", "lint", "g.hgr", "-k", 2)
+        answer = self.json_of("lint", "g.hgr", "-k", 2, "--format", "json", status=4)
+        self.assertEqual(answer["advice"]["heavy_vertices"], [1])
 
     def test_forced_partition_is_delivered_and_told_from_a_good_one(self):
         weights = "90\n" + "1\n" * 10

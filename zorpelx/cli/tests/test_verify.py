@@ -7,6 +7,7 @@ import random
 import re
 import subprocess
 import unittest
+from fractions import Fraction
 
 from calls import ZORPEL, Case
 
@@ -66,19 +67,33 @@ class Figures(Case):
         done = self.run_ok("verify", "h.hgr", "h.part", "--format", "csv")
         self.assertIn("absorption,333333.333333\n", done.stdout)
 
-    def test_random_partitions_against_a_plain_count(self):
+    def test_random_partitions_against_exact_fractions(self):
         numbers = random.Random(3)
-        for k in (2, 3, 7):
+        for k in (2, 3, 7) * 4:
             nets = [numbers.sample(range(20), numbers.randint(1, 6)) for _ in range(30)]
-            part = [numbers.randrange(k) for _ in range(20)]
-            lines = [" ".join(str(v + 1) for v in net) for net in nets]
-            self.file("r.hgr", f"30 20\n" + "\n".join(lines) + "\n")
+            netwgt = [numbers.randint(1, 50000000) for _ in nets]
+            vertexwgt = [numbers.randint(1, 90000000) for _ in range(20)]
+            part = [*range(k), *(numbers.randrange(k) for _ in range(20 - k))]
+            lines = [" ".join(map(str, [w, *(v + 1 for v in n)])) for w, n in zip(netwgt, nets)]
+            self.file("r.hgr", "30 20 11\n" + "\n".join([*lines, *map(str, vertexwgt)]) + "\n")
             self.file("r.part", "".join(f"{p}\n" for p in part))
-            touched = [len({part[v] for v in net}) for net in nets]
+            touched = [{part[v] for v in net} for net in nets]
+            cut = [e for e in range(30) if len(touched[e]) > 1]
+            weight = [sum(w for w, p in zip(vertexwgt, part) if p == q) for q in range(k)]
+            external = [sum(netwgt[e] for e in cut if q in touched[e]) for q in range(k)]
+            absorption = sum(
+                Fraction(len(nets[e]) - len(touched[e]), len(nets[e]) - 1) if e in cut else 1
+                for e in range(30)
+            )
+            cost = sum(Fraction(e, w) for e, w in zip(external, weight)) / (20 * (k - 1))
             answer = self.json_of("verify", "r.hgr", "r.part", "-k", k, "--format", "json")
-            self.assertEqual(answer["cut"], sum(d > 1 for d in touched))
-            self.assertEqual(answer["soed"], sum(d for d in touched if d > 1))
-            self.assertEqual(answer["connectivity"], sum(d - 1 for d in touched))
+            self.assertEqual(answer["cut"], sum(netwgt[e] for e in cut))
+            self.assertEqual(answer["soed"], sum(external))
+            self.assertEqual(answer["connectivity"], answer["soed"] - answer["cut"])
+            self.assertEqual([part["weight"] for part in answer["parts"]], weight)
+            self.assertEqual([part["external_degree"] for part in answer["parts"]], external)
+            self.assertEqual(answer["absorption"], float(absorption))
+            self.assertEqual(answer["scaled_cost"], float(cost))
 
 
 class Claims(Case):
