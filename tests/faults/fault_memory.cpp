@@ -206,7 +206,7 @@ static void try_vcycle(bool all_later)
     HGraph *const graph = small_record();
     graph->nislands = 0;
     CreateIncidentHGraph__(graph);
-    AllocateRefinementMemory__(graph);
+    graph->where = imalloc__(NVTXS, "where"); // the other arrays of a cycle are gone by then
     for (int v = 0; v < NVTXS; v++) graph->where[v] = v / (NVTXS / 2);
     arm_faults(all_later, judge_message);
     HGraph *const coarsest = CCoarsen__(&ctrl, graph);
