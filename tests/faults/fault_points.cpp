@@ -10,7 +10,7 @@
 
 #if defined(__SANITIZE_ADDRESS__)
 // An error exit keeps what it holds: the process ends.
-extern "C" const char *__asan_default_options()
+extern "C" [[gnu::visibility("default")]] const char *__asan_default_options()
 {
     return "detect_leaks=0:allocator_may_return_null=1:exitcode=99";
 }

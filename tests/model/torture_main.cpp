@@ -21,7 +21,7 @@
 
 #if defined(__SANITIZE_ADDRESS__)
 // Cases that end the process on purpose would otherwise be taken for leaks.
-extern "C" const char *__asan_default_options()
+extern "C" [[gnu::visibility("default")]] const char *__asan_default_options()
 {
     return "abort_on_error=0:exitcode=99";
 }
