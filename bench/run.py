@@ -119,7 +119,8 @@ def find_settings(request):
 
 def measure(request):
     """Makes all calls; returns (rows as the CSV has them, complaints)."""
-    libraries = [lab.library_at(NEW, request.library)] + [lab.parse_base(b) for b in request.base]
+    measured = lab.library_at(NEW, request.measured)
+    libraries = [measured] + [lab.parse_base(b) for b in request.base]
     inputs, settings = find_inputs(request), find_settings(request)
     rows, complaints = [], []
     with open(request.csv or os.devnull, "w", newline="", encoding="utf-8") as file:
@@ -278,7 +279,7 @@ def parse_words():
     )
     add = parser.add_argument
     library = lab.BUILD / "src" / "libzorpel.so"
-    add("--library", default=library, help="the build to measure")
+    add("--library", dest="measured", default=library, help="the build to measure")
     add("--base", action="append", default=[], metavar="NAME=LIBRARY|COMMIT", help="may repeat")
     add("--folder", help="hypergraphs to measure on, .hgr or .hgr.gz")
     add("--generate", metavar="FAMILY,...", help="families of zorpel-generate to measure on")

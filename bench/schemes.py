@@ -153,7 +153,7 @@ def parse_values(words):
 
 
 def measure(request):
-    library = ctypes.CDLL(os.path.abspath(request.library))
+    library = ctypes.CDLL(os.path.abspath(request.engine))
     writer = csv.writer(sys.stdout, lineterminator="\n")
     writer.writerow(FIELDS)
     runs = list(plan_runs(parse_values(request.values), request.one))
@@ -306,7 +306,8 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     commands = parser.add_subparsers(required=True)
     command = commands.add_parser("measure", help="run and write CSV")
-    command.add_argument("library", help="the shared library, e.g. build/release/src/libzorpel.so")
+    command.add_argument("engine", metavar="library",
+                         help="the shared library, e.g. build/release/src/libzorpel.so")
     command.add_argument("hypergraphs", nargs="+")
     text = "e.g. ctype=1,2,5; the options are %s, nparts and seed" % ", ".join(OPTIONS)
     command.add_argument("--values", action="append", default=[], metavar="OPTION=LIST", help=text)

@@ -22,7 +22,7 @@
 #include "zorpel.h"
 
 struct Request {
-    const char *library, *file, *entry;
+    const char *engine, *file, *entry;
     bool sizes, stages, counts;
     int nparts, ubfactor;
     int options[ZORPEL_NOPTIONS];
@@ -64,7 +64,7 @@ static Request parse_words(int nwords, char **words)
             print_usage();
     }
     if (nwords - i != 10) print_usage();
-    request.library = words[i];
+    request.engine = words[i];
     request.file = words[i + 1];
     request.nparts = atoi(words[i + 2]);
     request.ubfactor = atoi(words[i + 3]);
@@ -203,7 +203,7 @@ static void print_counts(void *library)
 int main(int nwords, char **words)
 {
     const Request request = parse_words(nwords, words);
-    void *const library = dlopen(request.library, RTLD_NOW | RTLD_LOCAL);
+    void *const library = dlopen(request.engine, RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr) {
         fprintf(stderr, "%s\n", dlerror());
         return 2;

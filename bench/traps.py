@@ -204,7 +204,8 @@ def spring_library(trap, library, request, lines):
 
 
 def spring_all(request):
-    libraries = [lab.library_at("new", request.library)] + [lab.parse_base(b) for b in request.base]
+    measured = lab.library_at("new", request.measured)
+    libraries = [measured] + [lab.parse_base(b) for b in request.base]
     lines, complaints = [], []
     for trap in TRAPS:
         for library in libraries if wanted(request, trap.name) else []:
@@ -226,7 +227,7 @@ def parse_words():
     )
     add = parser.add_argument
     library = lab.BUILD / "src" / "libzorpel.so"
-    add("--library", default=library, help="the build to measure")
+    add("--library", dest="measured", default=library, help="the build to measure")
     add("--base", action="append", default=[], metavar="NAME=LIBRARY|COMMIT", help="may repeat")
     add("--sizes", default="1e4,1e5,1e6", metavar="N,...")
     add("--only", action="append", metavar="TRAP", help="of the traps, may repeat")
@@ -237,7 +238,7 @@ def parse_words():
     add("--into", metavar="FILE:NAME", help="put the table into a document too")
     request = parser.parse_args()
     request.sizes = [int(float(word)) for word in request.sizes.split(",")]
-    request.library = Path(request.library)
+    request.measured = Path(request.measured)
     return request
 
 

@@ -157,7 +157,7 @@ def _load() -> ctypes.CDLL:
 
 
 @functools.lru_cache(maxsize=None)
-def library() -> ctypes.CDLL:
+def loaded() -> ctypes.CDLL:
     """The library, loaded on first use."""
     loaded = _load()
     for name, arguments in _ROUTINES.items():
@@ -171,7 +171,7 @@ def library() -> ctypes.CDLL:
 def new_record(kind: type, init: str) -> Any:
     """A record of this kind, set to its defaults."""
     record = kind()
-    if getattr(library(), init)(ctypes.byref(record), ctypes.sizeof(kind)) != OK:
-        version = library().zorpelx_version().decode()
+    if getattr(loaded(), init)(ctypes.byref(record), ctypes.sizeof(kind)) != OK:
+        version = loaded().zorpelx_version().decode()
         raise LibraryError(f"{NAME} is of version {version}, which this package does not know.")
     return record

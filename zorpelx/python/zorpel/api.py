@@ -233,7 +233,7 @@ def partition(
     part = array("i", bytes(4 * graph.nvtxs))
     result = lib.new_record(lib.CResult, "zorpelx_result_init")
     with callbacks:
-        status = lib.library().zorpelx_partition(
+        status = lib.loaded().zorpelx_partition(
             ctypes.byref(graph.record()), ctypes.byref(options), pointer(part), ctypes.byref(result)
         )
     if callbacks.thrown is not None:
@@ -286,7 +286,7 @@ class _Evaluation:
         """Calls a routine of the library, or raises what it finds wrong."""
         message = ctypes.create_string_buffer(lib.MESSAGE_SIZE)
         record = ctypes.byref(self.graph.record())
-        status = getattr(lib.library(), routine)(
+        status = getattr(lib.loaded(), routine)(
             record, self.nparts, pointer(self.part), *outputs, message
         )
         if status != lib.OK:
@@ -372,7 +372,7 @@ def part_limits(
     size = max(1, _check_int("nparts", nparts))
     least, most = (ctypes.c_int64 * size)(), (ctypes.c_int64 * size)()
     numbers = (nparts, _check_int("ubfactor", ubfactor), int(polish), int(total))
-    if lib.library().zorpelx_part_limits(*numbers, least, most) != lib.OK:
+    if lib.loaded().zorpelx_part_limits(*numbers, least, most) != lib.OK:
         raise InputError(
             f"No limits for nparts {nparts}, ubfactor {ubfactor} and a weight of {total}.", 2
         )
