@@ -16,18 +16,16 @@ int FindCell__(const PartCtrl *ctrl, int u, const int *incptr, const int *incind
                const int *netind, const int *cellwgt, const float *edgewgt, const int *cellmap,
                int *htable, Candidates *list)
 {
-    float most;
     return find_partner<FREE>(ctrl, u, incptr, incind, netptr, netind, cellwgt, edgewgt, cellmap,
-                              htable, nullptr, nullptr, list, &most);
+                              htable, nullptr, nullptr, list);
 }
 
 int CFindCell__(const PartCtrl *ctrl, int u, const int *incptr, const int *incind,
                 const int *netptr, const int *netind, const int *cellwgt, const float *edgewgt,
                 const int *cellmap, int *htable, const int *where, Candidates *list)
 {
-    float most;
     return find_partner<FREE_SAME_PART>(ctrl, u, incptr, incind, netptr, netind, cellwgt, edgewgt,
-                                        cellmap, htable, nullptr, where, list, &most);
+                                        cellmap, htable, nullptr, where, list);
 }
 
 template <bool Restricted>
@@ -36,7 +34,7 @@ static void match_pairs(PartCtrl *ctrl, HGraph *graph, const int *where, int *pe
 {
     order_by_degree(ctrl, graph, vpairs + graph->ncells, vpairs, perm);
     Candidates list;
-    open_candidates(&list, graph, where);
+    open_candidates(&list, graph, where, htable);
     for (int v = 0; v < graph->ncells; v++)
         if (groups->cellmap[v] != SINGLE) htable[v] = BARRED;
     for (int i = 0; i < graph->ncells; i++) {
@@ -57,8 +55,7 @@ static void match_pairs(PartCtrl *ctrl, HGraph *graph, const int *where, int *pe
         }
         close_group(groups);
     }
-    iset__(graph->ncells, UNSEEN, htable);
-    close_candidates(&list);
+    close_candidates(&list, graph, htable);
 }
 
 void match_free_vertices(PartCtrl *ctrl, HGraph *graph, int *perm, int *htable, int *vpairs,

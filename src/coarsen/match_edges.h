@@ -19,8 +19,8 @@ void Match_Edges__(PartCtrl *ctrl, HGraph *graph, int *perm, int *htable, int *v
 void CMatch_Edges__(PartCtrl *ctrl, HGraph *graph, const int *where, int *htable, int *perm,
                     int *vpairs);
 
-/* The free vertex most strongly connected to u that fits, -1 when there is none. list is workspace
- * for the candidates, as long as the level has vertices. */
+/* The free vertex most strongly connected to u that fits, -1 when there is none. list and htable
+ * are as open_candidates leaves them. */
 int FindCell__(const PartCtrl *ctrl, int u, const int *incptr, const int *incind, const int *netptr,
                const int *netind, const int *cellwgt, const float *edgewgt, const int *cellmap,
                int *htable, Candidates *list);

@@ -21,9 +21,8 @@ int FindCellStar__(const PartCtrl *ctrl, int u, const int *incptr, const int *in
                    const int *netptr, const int *netind, const int *cellwgt, const float *edgewgt,
                    const int *cellmap, int *htable, const int *wgts, Candidates *list)
 {
-    float most;
     return find_partner<STAR>(ctrl, u, incptr, incind, netptr, netind, cellwgt, edgewgt, cellmap,
-                              htable, wgts, nullptr, list, &most);
+                              htable, wgts, nullptr, list);
 }
 
 int CFindCellStar__(const PartCtrl *ctrl, int u, const int *incptr, const int *incind,
@@ -31,25 +30,40 @@ int CFindCellStar__(const PartCtrl *ctrl, int u, const int *incptr, const int *i
                     const int *cellmap, int *htable, const int *wgts, const int *where,
                     Candidates *list)
 {
-    float most;
     return find_partner<STAR_SAME_PART>(ctrl, u, incptr, incind, netptr, netind, cellwgt, edgewgt,
-                                        cellmap, htable, wgts, where, list, &most);
+                                        cellmap, htable, wgts, where, list);
+}
+
+/* Asks for the hyperedges of coming vertices, in two steps. */
+static void prefetch_survey(const HGraph *graph, int v)
+{
+    constexpr int starts = 32, pins = 16; // incidences ahead
+    const int *const incind = graph->incind;
+    const int last = graph->incptr[graph->ncells] - starts;
+    for (int j = graph->incptr[v]; j < graph->incptr[v + 1] && j < last; j++) {
+        const int e = incind[j + starts];
+        __builtin_prefetch(&graph->netptr[e]);
+        __builtin_prefetch(&graph->edgewgt[e]);
+        __builtin_prefetch(&graph->netind[graph->netptr[incind[j + pins]]]);
+    }
 }
 
 int ComputeAllWeights__(const PartCtrl *ctrl, const HGraph *graph, int *keys, int *htable)
 {
     Candidates list;
-    open_candidates(&list, graph, nullptr);
+    open_candidates(&list, graph, nullptr, htable);
     int largest = 0;
     for (int v = 0; v < graph->ncells; v++) {
-        float most;
-        const int best = find_partner<SURVEY>(ctrl, v, graph->incptr, graph->incind, graph->netptr,
-                                              graph->netind, graph->cellwgt, graph->edgewgt,
-                                              nullptr, htable, nullptr, nullptr, &list, &most);
-        keys[v] = best < 0 ? -1 : trunc_int(100.0 / static_cast<double>(most));
+        prefetch_survey(graph, v);
+        list_partners<SURVEY>(ctrl, v, graph->incptr, graph->incind, graph->netptr, graph->netind,
+                              graph->cellwgt, graph->edgewgt, nullptr, htable, nullptr, nullptr,
+                              &list);
+        keys[v] = list.ncand == 0
+                      ? -1
+                      : trunc_int(100.0 / static_cast<double>(highest_connectivity(&list, htable)));
         largest = std::max(largest, keys[v]);
     }
-    close_candidates(&list);
+    close_candidates(&list, graph, htable);
     for (int v = 0; v < graph->ncells; v++)
         if (keys[v] == -1) keys[v] = largest + 1;
     return largest + 1;
@@ -90,7 +104,7 @@ static void join_stars(const PartCtrl *ctrl, const HGraph *graph, const int *whe
     int *const cellmap = stars->cellmap, *const wgts = stars->wgts;
     const int *const cellwgt = graph->cellwgt;
     Candidates list;
-    open_candidates(&list, graph, where);
+    open_candidates(&list, graph, where, htable);
     for (int c = 0; c < stars->ngroups; c++) list.heaviest = std::max(list.heaviest, wgts[c]);
     for (int i = 0, joined = 0; i < graph->ncells; i++) {
         const int u = perm[i];
@@ -113,7 +127,7 @@ static void join_stars(const PartCtrl *ctrl, const HGraph *graph, const int *whe
         }
         list.heaviest = std::max(list.heaviest, wgts[cellmap[u]]);
     }
-    close_candidates(&list);
+    close_candidates(&list, graph, htable);
 }
 
 /* Lists the members of each group by counting. */

@@ -16,7 +16,7 @@
 
 /* Neighbours of the vertex in search, in the order in which they were met. */
 struct Candidates {
-    int *cand;     // [vertices of the level] vertices
+    int *cand;     // [vertices of the level + 1] vertices
     int ncand;     // in use
     int heaviest;  // no vertex and no group outweighs this
     bool *cutnets; // [nnets] restricted: the hyperedge has pins in several parts; else null
@@ -37,21 +37,6 @@ inline bool *mark_cut_nets(const HGraph *graph, const int *where)
     return cutnets;
 }
 
-/* where is null for searches that are not restricted. */
-inline void open_candidates(Candidates *list, const HGraph *graph, const int *where)
-{
-    const int n = graph->ncells;
-    list->cand = imalloc__(static_cast<size_t>(n), "Candidates: cand");
-    list->ncand = 0;
-    list->heaviest = n > 0 ? graph->cellwgt[iamax__(n, graph->cellwgt)] : 0;
-    list->cutnets = where != nullptr ? mark_cut_nets(graph, where) : nullptr;
-}
-
-inline void close_candidates(Candidates *list)
-{
-    QXfree__(&list->cand, &list->cutnets, LTERM);
-}
-
 /* Who may be a candidate. */
 struct PartnerRules {
     bool star;       // grouped vertices too, if their group has room; else free vertices only
@@ -60,36 +45,52 @@ struct PartnerRules {
 };
 
 constexpr int SINGLE = -1;         // cellmap of a vertex that is not grouped yet
-constexpr int UNSEEN = -1;         // htable of a vertex that is not a candidate
 constexpr double STRONG_NET = 0.1; // least edgewgt that a survey looks at
 
-/* htable holds a candidate's connectivity as the bits of a float; UNSEEN are those of no number.
- * Minus infinity keeps a vertex out of the list: it is not unseen, and adding leaves it so. Where
- * only free vertices may be candidates the callers bar the grouped ones. */
+/* During the searches htable holds each vertex's connectivity as the bits of a float. UNSEEN is
+ * minus zero, to which any weight can be added without a look: no sum of weights gives it. Minus
+ * infinity keeps a vertex out of the list: it is not unseen, and adding leaves it so. Where only
+ * free vertices may be candidates the callers bar the grouped ones. */
 inline float connectivity(int bits)
 {
     return std::bit_cast<float>(bits);
 }
+constexpr int UNSEEN = std::bit_cast<int>(-0.0f);
 constexpr int BARRED = std::bit_cast<int>(-std::numeric_limits<float>::infinity());
 
-/* Adds the weight of a shared hyperedge to v's connectivity. */
+/* where is null for searches that are not restricted; htable is all -1 before and after. */
+inline void open_candidates(Candidates *list, const HGraph *graph, const int *where, int *htable)
+{
+    const int n = graph->ncells;
+    list->cand = imalloc__(static_cast<size_t>(n) + 1, "Candidates: cand");
+    list->ncand = 0;
+    list->heaviest = n > 0 ? graph->cellwgt[iamax__(n, graph->cellwgt)] : 0;
+    list->cutnets = where != nullptr ? mark_cut_nets(graph, where) : nullptr;
+    iset__(n, UNSEEN, htable);
+}
+
+inline void close_candidates(Candidates *list, const HGraph *graph, int *htable)
+{
+    iset__(graph->ncells, -1, htable);
+    QXfree__(&list->cand, &list->cutnets, LTERM);
+}
+
+/* Adds the weight of a shared hyperedge to v's connectivity. Whether v is new can't be predicted,
+ * so it is listed in any case and stays in the list if it was. */
 inline void add_candidate(Candidates *list, int v, float weight, int *htable)
 {
     const int bits = htable[v];
-    if (bits == UNSEEN) {
-        list->cand[list->ncand++] = v;
-        htable[v] = std::bit_cast<int>(weight);
-    } else {
-        htable[v] = std::bit_cast<int>(connectivity(bits) + weight);
-    }
+    list->cand[list->ncand] = v;
+    list->ncand += bits == UNSEEN;
+    htable[v] = std::bit_cast<int>(connectivity(bits) + weight);
 }
 
-/* The best candidate, -1 for an empty list, with its connectivity; resets htable. The highest
- * connectivity wins; among equals the lighter one, then the first met, or in star form a later one
- * if the best so far is grouped. */
+/* The best candidate, -1 for an empty list; resets htable. The highest connectivity wins; among
+ * equals the lighter one, then the first met, or in star form a later one if the best so far is
+ * grouped. */
 template <bool Star>
 inline int best_candidate(const Candidates *list, const int *cellwgt, const int *cellmap,
-                          int *htable, float *most)
+                          int *htable)
 {
     if (list->ncand == 0) return -1;
     const int *const cand = list->cand;
@@ -106,8 +107,19 @@ inline int best_candidate(const Candidates *list, const int *cellwgt, const int 
         best = v;
         bestwgt = weight;
     }
-    *most = bestwgt;
     return best;
+}
+
+/* The highest connectivity of the candidates, of which there are some; resets htable. */
+inline float highest_connectivity(const Candidates *list, int *htable)
+{
+    float most = -std::numeric_limits<float>::infinity();
+    for (int i = 0; i < list->ncand; i++) {
+        const int v = list->cand[i];
+        most = std::max(most, connectivity(htable[v]));
+        htable[v] = UNSEEN;
+    }
+    return most;
 }
 
 /* Lists the candidates of u. With Light every vertex and group is known to fit. */
@@ -139,14 +151,14 @@ inline void list_candidates(const PartCtrl *ctrl, int u, const int *incptr, cons
     list->ncand = found.ncand;
 }
 
-/* The best candidate of u with its connectivity, -1 if there is none.
+/* Lists the candidates of u with their connectivities in htable.
  *   wgts   star: weight of each group made so far, wgts[-1] == 0 for free vertices
  *   where  restricted: part of each vertex */
 template <PartnerRules R>
-inline int find_partner(const PartCtrl *ctrl, int u, const int *incptr, const int *incind,
-                        const int *netptr, const int *netind, const int *cellwgt,
-                        const float *edgewgt, const int *cellmap, int *htable, const int *wgts,
-                        const int *where, Candidates *list, float *most)
+inline void list_partners(const PartCtrl *ctrl, int u, const int *incptr, const int *incind,
+                          const int *netptr, const int *netind, const int *cellwgt,
+                          const float *edgewgt, const int *cellmap, int *htable, const int *wgts,
+                          const int *where, Candidates *list)
 {
     htable[u] = BARRED;
     if (list->heaviest <= ctrl->MaxCellWgt - cellwgt[u])
@@ -156,7 +168,18 @@ inline int find_partner(const PartCtrl *ctrl, int u, const int *incptr, const in
         list_candidates<R, false>(ctrl, u, incptr, incind, netptr, netind, cellwgt, edgewgt,
                                   cellmap, htable, wgts, where, list);
     htable[u] = UNSEEN;
-    return best_candidate<R.star>(list, cellwgt, cellmap, htable, most);
+}
+
+/* The best candidate of u, -1 if there is none; arguments as above. */
+template <PartnerRules R>
+inline int find_partner(const PartCtrl *ctrl, int u, const int *incptr, const int *incind,
+                        const int *netptr, const int *netind, const int *cellwgt,
+                        const float *edgewgt, const int *cellmap, int *htable, const int *wgts,
+                        const int *where, Candidates *list)
+{
+    list_partners<R>(ctrl, u, incptr, incind, netptr, netind, cellwgt, edgewgt, cellmap, htable,
+                     wgts, where, list);
+    return best_candidate<R.star>(list, cellwgt, cellmap, htable);
 }
 
 /* Asks for what the search around coming vertices will read, each a step ahead of the next:
