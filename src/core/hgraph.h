@@ -51,7 +51,7 @@ struct HGraph {
     int *adjwgt;    // [ncells + nislands]
     float *edgewgt; // [nnets]
     int *label;     // [ncells] number of each vertex in the input; freed by its maker
-    int *nearby; // [ncells + nislands] the vertices, neighbours close together; null: as numbered
+    int *nearby;    // [ncells] the vertices, neighbours close together; null: as numbered
 
     int *cellmap;    // [ncells] coarse vertex of each vertex
     int *netmap;     // [nnets] coarse hyperedge of each hyperedge, -1 if dropped

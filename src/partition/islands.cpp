@@ -61,7 +61,6 @@ void SeparateIslands__(HGraph *graph)
     permute(n, perm, graph->cellwgt, aux);
     permute(n, perm, graph->adjwgt, aux);
     renumber(graph->netptr[graph->nnets], perm, graph->netind);
-    if (graph->nearby != nullptr) renumber(n, perm, graph->nearby);
     if (graph->finer != nullptr) {
         renumber(graph->finer->ncells, perm, graph->finer->cellmap);
     } else {

@@ -81,7 +81,7 @@ inline void prefetch_nets(const HGraph *graph, const FmWork *work, int v)
     const BucketNode *const node = &work->queues[0].nodes[v];
     const int first = node[0].first, degree = node[1].first - first;
     const int n = degree < PREFETCHED_NETS ? degree : PREFETCHED_NETS;
-    for (int j = first; j < first + n; j++) __builtin_prefetch(&work->nets[graph->incind[j]], 1);
+    for (int j = first; j < first + n; j++) __builtin_prefetch(&work->counts[graph->incind[j]], 1);
 }
 
 /* Adds delta to the gain of u, a vertex on this side. Twice a weight may leave 32 bits, the sum

@@ -7,6 +7,7 @@
 #include "refine/refine.h"
 
 #include "core/errors.h"
+#include "core/memory.h"
 #include "core/timers.h"
 #include "partition/islands.h"
 #include "refine/balance.h"
@@ -82,12 +83,32 @@ void Refine__(PartCtrl *ctrl, HGraph *orggraph, HGraph *graph)
     stop_timer(ctrl, TIME_UNCOARSENING);
 }
 
+/* Orders the vertices of graph by the order of their coarse vertices, so that each cluster of any
+ * coarser level stands together. */
+static void order_by_clusters(const HGraph *cgraph, HGraph *graph)
+{
+    const int n = graph->ncells, ncoarse = cgraph->ncells + cgraph->nislands;
+    int *next = ismalloc__(static_cast<size_t>(ncoarse), 0, "ProjectPartition: next");
+    int placed = 0;
+    for (int v = 0; v < n; v++) next[graph->cellmap[v]]++;
+    for (int i = 0; i < ncoarse; i++) {
+        const int c = cgraph->nearby != nullptr && i < cgraph->ncells ? cgraph->nearby[i] : i;
+        const int size = next[c];
+        next[c] = placed;
+        placed += size;
+    }
+    graph->nearby = imalloc__(static_cast<size_t>(n), "ProjectPartition: graph->nearby");
+    for (int v = 0; v < n; v++) graph->nearby[next[graph->cellmap[v]]++] = v;
+    QXfree__(&next, LTERM);
+}
+
 void ProjectPartition__(PartCtrl *ctrl, HGraph *cgraph)
 {
     HGraph *const graph = cgraph->finer;
     start_timer(ctrl, TIME_PROJECTION);
     AllocateRefinementMemory__(graph);
     for (int v = 0; v < graph->ncells; v++) graph->where[v] = cgraph->where[graph->cellmap[v]];
+    if (graph->finer != nullptr) order_by_clusters(cgraph, graph);
     FreeHGraph__(cgraph);
     graph->coarser = nullptr;
     stop_timer(ctrl, TIME_PROJECTION);

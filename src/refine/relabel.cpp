@@ -1,7 +1,7 @@
 /* refine/relabel.cpp: a level's lists in an order that keeps neighbours together.
  *
- * Coarse numbers follow the order of matching, which scatters neighbours over memory. A copy in
- * the order that contraction found by walking along the finer level (nearby) took 5 to 15 % off a
+ * Coarse numbers follow the order of matching, which scatters neighbours over memory. In a copy in
+ * the order of nearby, the clusters of all coarser levels stand together. It took 5 to 15 % off a
  * run on a million pins; below the size at which a level leaves the cache it gives nothing.
  */
 #include "refine/relabel.h"
@@ -67,10 +67,8 @@ void relabel_level(const HGraph *graph, Relabelled *copy)
     copy->netlabel = ismalloc__(nnets, -1, "Relabelled: netlabel");
     int next = 0;
     for (; next < graph->nfixed; next++) copy->vertex[next] = next;
-    for (int i = 0; i < graph->ncells + graph->nislands; i++) {
-        const int v = graph->nearby[i];
-        if (v >= graph->nfixed && v < graph->ncells) copy->vertex[next++] = v;
-    }
+    for (int i = 0; i < graph->ncells; i++)
+        if (graph->nearby[i] >= graph->nfixed) copy->vertex[next++] = graph->nearby[i];
     for (int i = 0; i < graph->ncells; i++) copy->label[copy->vertex[i]] = i;
     copy_lists(graph, copy);
 }
