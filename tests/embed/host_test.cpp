@@ -291,6 +291,41 @@ TEST_F(Host, the_generator_of_the_caller_goes_on_undisturbed)
     EXPECT_EQ(expected, seen);
 }
 
+/* Disasters of every kind, each between two numbers drawn and two words printed. */
+TEST_F(Host, no_disaster_touches_the_generator_or_standard_output)
+{
+    const zorpelx::Options plain = options_for(2, 2, 2);
+    zorpelx::Options hasty = plain, cancelled = plain;
+    hasty.timeout = 0.1;
+    cancelled.on_progress = [](void *, const zorpelx_progress *) { return 1; };
+    std::vector<int> expected, seen, statuses;
+    srand(11);
+    for (int i = 0; i < 7; i++) expected.push_back(rand());
+    srand(11);
+    testing::internal::CaptureStdout();
+    const auto suffer = [&](void (*what)(), const zorpelx::Options &chosen) {
+        seen.push_back(rand());
+        printf("word ");
+        befall(what);
+        statuses.push_back(call(chosen).status);
+    };
+    suffer([] { raise(SIGKILL); }, plain);
+    suffer(die_of_segv, plain);
+    suffer([] { _exit(3); }, plain);
+    suffer(stop_for_ever, hasty);
+    suffer(stop_for_ever, cancelled);
+    suffer([] { srand(5), printf("child"); }, plain);
+    disaster = nullptr;
+    const int status = SANITIZED ? ZORPELX_NO_MEMORY : run_out_of_memory().status;
+    EXPECT_EQ(ZORPELX_NO_MEMORY, status);
+    seen.push_back(rand());
+    EXPECT_EQ("word word word word word word ", testing::internal::GetCapturedStdout());
+    EXPECT_EQ(expected, seen);
+    EXPECT_EQ((std::vector<int>{ZORPELX_FAILED, ZORPELX_FAILED, ZORPELX_FAILED, ZORPELX_TIMEOUT,
+                                ZORPELX_CANCELLED, ZORPELX_OK}),
+              statuses);
+}
+
 TEST_F(Host, text_waiting_in_the_callers_streams_is_written_once)
 {
     FILE *const file = tmpfile();

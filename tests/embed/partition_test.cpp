@@ -122,6 +122,42 @@ TEST(Partition, the_best_of_several_starts_wins_whatever_the_jobs)
     EXPECT_GT(decided_by_cut, 0);
 }
 
+/* The seed of the best start, with some figures left aside. */
+static int best_seed(const std::vector<zorpelx_result> &starts, bool by_soed, bool by_imbalance)
+{
+    const auto rank = [&](const zorpelx_result &r) {
+        return std::make_tuple(!r.valid, r.cut, by_soed ? r.soed : 0,
+                               by_imbalance ? r.imbalance : 0, r.seed);
+    };
+    return std::min_element(starts.begin(), starts.end(),
+                            [&](const auto &a, const auto &b) { return rank(a) < rank(b); })
+        ->seed;
+}
+
+TEST(Partition, equal_cuts_are_told_apart_by_external_degrees_then_by_imbalance)
+{
+    int decided_by_soed = 0, decided_by_imbalance = 0;
+    for (unsigned sample = 0; sample < 24; sample++) {
+        zorpelx::Hypergraph h = random_hypergraph(24, 30, sample);
+        const int nparts = 2 + static_cast<int>(sample % 2); // of two, cuts and degrees agree
+        h.hewgts.clear(); // every weight is 1: cuts are often equal
+        std::vector<zorpelx_result> starts;
+        for (int seed = 1; seed <= 10; seed++) {
+            zorpelx::Options options = rough_options(nparts, 1, 1, seed);
+            options.ubfactor = 10;
+            starts.push_back(zorpelx::partition(h, options).result);
+        }
+        const int wanted = best_seed(starts, true, true);
+        decided_by_soed += best_seed(starts, false, true) != wanted;
+        decided_by_imbalance += best_seed(starts, true, false) != wanted;
+        zorpelx::Options options = rough_options(nparts, 10, 3, 1);
+        options.ubfactor = 10;
+        EXPECT_EQ(wanted, zorpelx::partition(h, options).result.seed) << sample;
+    }
+    EXPECT_GT(decided_by_soed, 0);
+    EXPECT_GT(decided_by_imbalance, 0);
+}
+
 TEST(Partition, equal_starts_give_the_least_seed)
 {
     zorpelx::Hypergraph h;
@@ -251,6 +287,20 @@ TEST(Progress, counts_starts_runs_and_levels)
     EXPECT_GT(last.level_vtxs, 0);
     EXPECT_EQ(partition.result.cut, last.cut);
     EXPECT_EQ(partition.part, zorpelx::partition(h, options_for(4, 5, 2)).part);
+}
+
+TEST(Progress, more_runs_than_64_bits_count_are_as_many_as_they_do)
+{
+    zorpelx::Options options = options_for(5, INT_MAX, 1);
+    options.nruns = INT_MAX;
+    options.seed = 0;
+    int64_t allruns = 0;
+    options.progress = [&](const zorpelx_progress &progress) {
+        allruns = progress.allruns;
+        return true;
+    };
+    EXPECT_THROW(zorpelx::partition(random_hypergraph(50, 80, 1), options), zorpelx::Error);
+    EXPECT_EQ(INT64_MAX, allruns);
 }
 
 TEST(Callbacks, what_they_throw_comes_out)

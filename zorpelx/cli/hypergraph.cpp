@@ -6,6 +6,7 @@
 #include "hypergraph.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <numeric>
 
 #include "failure.h"
@@ -355,4 +356,12 @@ Hypergraph read_hypergraph(const std::string &name, Reading reading, bool strict
         fail(STATUS_BAD_INPUT, "%s\n(zorpelx lint tells more)",
              finding_line(shown_name(name), *bad).c_str());
     return graph;
+}
+
+void tell_warnings(const std::string &name, const Findings &findings)
+{
+    const int64_t count = findings.severities[WARNING];
+    if (count > 0)
+        fprintf(stderr, "zorpelx: %s: %lld warning%s; zorpelx lint tells more\n",
+                shown_name(name).c_str(), ll(count), count == 1 ? "" : "s");
 }

@@ -44,6 +44,9 @@ std::vector<int64_t> scan_fix(const std::string &bytes, int64_t nvertices, int64
 Hypergraph read_hypergraph(const std::string &name, Reading reading, bool strict,
                            Findings *findings);
 
+/* Says on standard error that there were warnings, if there were. */
+void tell_warnings(const std::string &name, const Findings &findings);
+
 /* A fix file that is going to be used: one entry from -1 to nparts - 1 per vertex. */
 std::vector<int64_t> read_fix(const std::string &name, int64_t nvertices, int64_t nparts);
 

@@ -133,9 +133,7 @@ static Job read_files(const Settings &settings)
     Findings findings;
     const Reading reading = {static_cast<LineMode>(settings.lines), settings.from};
     job.graph = read_hypergraph(settings.hypergraph, reading, settings.strict, &findings);
-    if (findings.severities[WARNING] > 0 && !settings.quiet)
-        fprintf(stderr, "zorpelx: %s: %lld warnings; zorpelx lint shows them\n",
-                shown_name(settings.hypergraph).c_str(), ll(findings.severities[WARNING]));
+    if (!settings.quiet) tell_warnings(settings.hypergraph, findings);
     if (job.graph.pins.size() > INT_MAX)
         fail(STATUS_BAD_INPUT, "%s: more than %d vertex entries",
              shown_name(settings.hypergraph).c_str(), INT_MAX);

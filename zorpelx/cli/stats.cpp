@@ -256,6 +256,7 @@ Status run_stats(const Settings &settings)
     Findings findings;
     const Reading reading = {static_cast<LineMode>(settings.lines), settings.from};
     const Stats stats = collect(read_hypergraph(settings.hypergraph, reading, false, &findings));
+    tell_warnings(settings.hypergraph, findings);
     if (settings.format == FORMAT_JSON)
         puts(stats_json(settings, stats)
                  .dump(2, ' ', false, Json::error_handler_t::replace)

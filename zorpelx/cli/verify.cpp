@@ -121,6 +121,7 @@ static Verified verify_files(const Settings &settings)
     Findings findings;
     Verified verified;
     verified.graph = read_hypergraph(settings.hypergraph, {lines, settings.from}, false, &findings);
+    if (!settings.quiet) tell_warnings(settings.hypergraph, findings);
     verified.part = read_partition(settings.partition, verified.graph.nvertices);
     const std::string report = reported ? read_whole(settings.report) : "";
     const int64_t nparts = count_parts(settings, verified.part, report);

@@ -54,6 +54,14 @@ static size_t count_jobs(const zorpelx_options &options)
     return std::min(jobs, static_cast<unsigned>(options.starts));
 }
 
+/* As many as 64 bits can hold, at most. */
+static int64_t all_runs(const zorpelx_options &options)
+{
+    const int64_t bisections = int64_t{options.starts} * (options.nparts - 1);
+    int64_t runs;
+    return __builtin_mul_overflow(bisections, options.nruns, &runs) ? INT64_MAX : runs;
+}
+
 class Call
 {
   public:
@@ -236,7 +244,7 @@ void Call::tell_progress(bool now)
     progress.finished = finished;
     progress.failed = failed;
     progress.runs = counts.runs;
-    progress.allruns = int64_t{o.starts} * (o.nparts - 1) * o.nruns;
+    progress.allruns = all_runs(o);
     progress.levels = counts.levels;
     progress.level_vtxs = counts.level_vtxs;
     progress.run_cut = counts.run_cut;

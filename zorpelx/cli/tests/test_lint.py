@@ -45,6 +45,16 @@ CORPUS = {
     "H32": ("2 3\n1 2 3\n3 1 2\n", 3, 1, "note"),
     "H33": ("1 2000000000\n1 2\n", 1, 1, "error"),
 }
+# Traps that share a rule with one above.
+MORE = [
+    ("H12", "1 3\n1 -2 3\n", 2, 3, "warning"),
+    ("H18", "2 3 1\n5 1 2 3\n-1 1 2\n", 3, 1, "error"),
+    ("H19", "1 3 10\n1 2 3\n", 3, 1, "error"),
+    ("H20", "1 3 10\n1 2 3\n1\nx\n1\n", 4, 1, "warning"),
+    ("H23", "2 2 1\n2147483646 1 2\n1 1 2\n", 3, 1, "error"),
+    ("H25", "1 3\n1 2 3\n\n\nthe end\n", 5, 1, "warning"),
+    ("H26", f"1 3\n% {LONG}\n1 2 3\n", 2, 131072, "error"),
+]
 UNMENDABLE = "H01 H02 H04 H06 H07 H08 H09 H18 H19 H23 H33".split()
 
 FIX_CORPUS = {
@@ -83,6 +93,13 @@ class Corpus(Case):
             if severity != "error":
                 self.assertEqual(answer["errors"], 0, rule)
 
+    def test_other_traps_of_the_same_rules(self):
+        for rule, content, line, column, severity in MORE:
+            self.file("g.hgr", content)
+            status = 3 if severity == "error" else 0
+            answer = self.json_of("lint", "g.hgr", "--format", "json", status=status)
+            self.check(answer, rule, line, column, severity)
+
     def test_every_rule_of_fix_files(self):
         self.file("g.hgr", "1 3\n1 2 3\n")
         for rule, (content, line, column, severity) in FIX_CORPUS.items():
@@ -115,6 +132,19 @@ class Corpus(Case):
                 self.fails(3, f"error {rule}", *words)
             else:
                 self.run_ok(*words)
+
+    def test_other_commands_tell_of_warnings(self):
+        self.file("g.hgr", CORPUS["H11"][0])
+        self.file("g.part", "0\n1\n0\n")
+        for words in (
+            ("stats", "g.hgr"),
+            ("verify", "g.hgr", "g.part"),
+            ("partition", "g.hgr", "-k", 2, "-b", 40),
+        ):
+            told = "zorpelx: g.hgr: 1 warning; zorpelx lint tells more\n"
+            self.assertEqual(self.run_ok(*words).stderr, told)
+            if words[0] != "stats":
+                self.assertEqual(self.run_ok(*words, "--quiet").stderr, "")
 
     def test_strict_takes_warnings_for_errors(self):
         self.file("g.hgr", CORPUS["H11"][0])

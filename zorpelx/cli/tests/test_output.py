@@ -30,13 +30,14 @@ class Watched(Case):
         self.file("a", "old a\n")
         self.file("b", "old b\n")
 
-    def watch(self, *words, **settings):
+    def watch(self, *words, old=True, **settings):
         """Runs zorpelx under the shim; returns the finished process and the operations."""
         log = self.folder / "log"
         log.unlink(missing_ok=True)
         shim = {f"FILEWATCH_{name.upper()}": str(value) for name, value in settings.items()}
         shim |= {"LD_PRELOAD": os.environ["ZORPELX_FILEWATCH"], "FILEWATCH_LOG": str(log)}
-        self.old_files()
+        if old:
+            self.old_files()
         done = self.call(*words, env={**os.environ, **shim})
         operations = log.read_text().splitlines() if log.exists() else []
         log.unlink(missing_ok=True)
@@ -77,6 +78,22 @@ class Watched(Case):
                 for name in self.names():
                     if name not in ("a", "b", "fifo.hgr"):  # a kill leaves the temporary file
                         (self.folder / name).unlink()
+
+    def test_no_file_or_a_whole_one_where_there_was_none(self):
+        for words in (PARTITION, CLEAN):
+            new = self.whole_run(words)
+            for n in range(2 * len(OPERATIONS)):
+                for how in ({"kill": n + 1}, {"fail": n + 1, "error": errno.ENOSPC}):
+                    for name in self.names():
+                        if name != "fifo.hgr":
+                            (self.folder / name).unlink()
+                    self.watch(*words, old=False, **how)
+                    self.assertEqual((self.folder / "a").exists(), n > RENAME)
+                    if n > RENAME:
+                        self.assertEqual(self.text("a"), new[0])
+                    if (self.folder / "b").exists():
+                        self.assertEqual(self.text("b").split()[:20], new[1].split()[:20])
+                        self.assertEqual(len(self.text("b").split()), len(new[1].split()))
 
     def test_any_operation_fails(self):
         for words in (PARTITION, CLEAN):

@@ -1,4 +1,4 @@
-"""partition: options, statuses, what is left behind when a run is cut short."""
+"""partition: options, input, progress, what is left behind when a run is cut short."""
 
 import fcntl
 import gzip
@@ -6,7 +6,7 @@ import json
 import os
 import pty
 import random
-import resource
+import re
 import select
 import signal
 import subprocess
@@ -14,7 +14,7 @@ import termios
 import time
 import unittest
 
-from calls import ZORPELX, Case, children_of, random_hypergraph, wait_for
+from calls import ZORPELX, Case, are_gone, children_of, random_hypergraph, wait_for
 
 
 def zstd(content):
@@ -156,70 +156,6 @@ class Input(Case):
         self.assertEqual(self.names(), ["a.gz", "b.gz", "c.gz", "d.zst"])
 
 
-class Statuses(Case):
-    def setUp(self):
-        super().setUp()
-        self.example("fifo.hgr")
-
-    def test_usage(self):
-        for words, sentence in {
-            (): "a command is needed",
-            ("partition", "fifo.hgr"): "--nparts is required",
-            ("partition", "-k", "2"): "HYPERGRAPH is required",
-            ("partition", "fifo.hgr", "-k", "1"): "1 is not between 2 and",
-            ("partition", "fifo.hgr", "-k", "2x"): "'2x' is not a whole number",
-            ("partition", "fifo.hgr", "-k", "2", "-b", "50"): "50 is not between 1 and 49",
-            ("partition", "fifo.hgr", "-k", "2", "--matching", "6"): "'6' is none of hfc, fc",
-            ("partition", "fifo.hgr", "-k", "2", "--timeout", "soon"): "is not a number",
-            ("partition", "fifo.hgr", "-k", "2", "--nonsense"): "--nonsense",
-            ("partition", "fifo.hgr", "-k", "2", "-o", "-", "--json", "-"): "standard output",
-            ("lint",): "lint needs",
-            ("lint", "fifo.hgr", "--keep", "3"): "--keep needs -k",
-            ("lint", "fifo.hgr", "--map", "m"): "--map needs --fix",
-            ("verify", "fifo.hgr"): "PARTITION is required",
-            ("partition", "fifo.hgr", "-k", "2", "--fix", ""): "--fix: the name is empty",
-            ("stats", ""): "HYPERGRAPH: the name is empty",
-            ("verify", "-", "-"): "only one file can come from standard input",
-            ("lint", "-", "-"): "only one file can come from standard input",
-            ("partition", "-", "-k", "2", "--fix", "-"): "only one file can come",
-            ("nonsense",): "nonsense",
-        }.items():
-            self.fails(2, sentence, *words)
-        self.assertEqual(self.names(), ["fifo.hgr"])
-
-    def test_input_and_output_that_cannot_be(self):
-        self.fails(5, "absent.hgr: No such file", "partition", "absent.hgr", "-k", 2)
-        self.fails(5, "No such file", "partition", "fifo.hgr", "-k", 2, "-o", "no/where")
-        self.fails(5, "Is a directory", "partition", ".", "-k", 2)
-
-    @unittest.skipIf("ZORPEL_SANITIZED" in os.environ, "sanitizers take memory of their own")
-    def test_memory_cap(self):
-        self.file("big.hgr", random_hypergraph(20000, 40000))
-        self.file("out", "old\n")
-        done = self.call("partition", "big.hgr", "-k", 2, "--memory", 1, "-r", 1, "-o", "out")
-        self.assertEqual(done.returncode, 6, done.stderr)
-        self.assertEqual(self.text("out"), "old\n")
-
-    @unittest.skipIf("ZORPEL_SANITIZED" in os.environ, "sanitizers take memory of their own")
-    def test_out_of_memory_while_reading(self):
-        def cap():
-            resource.setrlimit(resource.RLIMIT_AS, (192 << 20, 192 << 20))
-
-        self.file("big.hgr", "1 30000000\n1 2\n" + "% \n" * 1000000)
-        done = self.call("stats", "big.hgr", preexec_fn=cap)
-        self.assertEqual((done.returncode, done.stderr), (6, "zorpelx: out of memory\n"))
-
-    def test_full_devices(self):
-        self.fails(5, "No space left", "partition", "fifo.hgr", "-k", 2, "-o", "/dev/full")
-        with open("/dev/full", "w") as full:
-            done = subprocess.run([ZORPELX, "--man"], stdout=full, stderr=subprocess.PIPE)
-        self.assertEqual(done.returncode, 5)
-
-    def test_help_and_version(self):
-        self.assertRegex(self.run_ok("--version").stdout, r"^zorpelx \d+\.\d+\.\d+\n$")
-        self.assertIn("--matching", self.run_ok("partition", "--help").stdout)
-
-
 class CutShort(Case):
     def setUp(self):
         super().setUp()
@@ -312,6 +248,18 @@ class CutShort(Case):
         self.assertIn("fifo.hgr.part.2: 2 parts, cut", output)
         self.run_ok("verify", "fifo.hgr", "fifo.hgr.part.2", "--imbalance", 5)
 
+    def test_an_interrupt_before_any_start_delivers_nothing(self):
+        words = [ZORPELX, *"partition big.hgr -k 64 --runs 100000 -o out".split()]
+        for number, status in ((signal.SIGINT, 130), (signal.SIGTERM, 143)):
+            run = subprocess.Popen(words, cwd=self.folder, stderr=subprocess.PIPE, text=True)
+            workers = wait_for(lambda: children_of(run))
+            run.send_signal(number)
+            told = "zorpelx: Cancelled after 0 of 1 starts; none has finished.\n"
+            self.assertEqual(run.communicate()[1], told)
+            self.assertEqual(run.returncode, status)
+            self.assertTrue(are_gone(workers))
+            self.assertEqual(self.names(), ["big.hgr", "fifo.hgr"])
+
     def test_an_interrupt_delivers_the_best_finished_start(self):
         self.interrupt(signal.SIGINT, 130)
 
@@ -345,8 +293,18 @@ class Progress(Case):
         self.example("mult16.hgr")
         words = ("partition", "mult16.hgr", "-k", "4", "--starts", "3")
         seen, output = self.on_terminal(*words)
-        self.assertRegex(seen, r"\d of 3 starts, \d+ of 90 runs, \d+ levels.* s\x1b\[K")
-        self.assertTrue(seen.endswith("\r\x1b[K"))
+        lines = seen.split("\r")
+        self.assertEqual((lines[0], lines[-1]), ("", "\x1b[K"))
+        figures = r"(\d) of 3 starts, (\d+) of 90 runs, (\d+) levels(.*), (\d+\.\d) s\x1b\[K"
+        shown = [re.fullmatch(figures, line).groups() for line in lines[1:-1]]
+        for place, kind in ((0, int), (1, int), (2, int), (4, float)):  # none goes backwards
+            numbers = [kind(line[place]) for line in shown]
+            self.assertEqual(numbers, sorted(numbers))
+        self.assertEqual(shown[-1][:2], ("3", "90"))
+        self.assertGreater(int(shown[-1][2]), 90)
+        cuts = [int(line[3].removeprefix(", cut ")) for line in shown if line[0] != "0"]
+        self.assertEqual(cuts, sorted(cuts, reverse=True))
+        self.assertIn(f"4 parts, cut {cuts[-1]} of", output)
         self.assertEqual(output.count("\n"), 1)
         self.assertEqual(self.run_ok(*words).stderr, "")
         self.assertEqual(self.on_terminal(*words, "--quiet"), ("", ""))

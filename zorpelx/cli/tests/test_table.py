@@ -1,5 +1,6 @@
 """Help, manual page, completions and parser hold the same options: they come from one table."""
 
+import pathlib
 import re
 import shutil
 import subprocess
@@ -122,6 +123,30 @@ class Table(Case):
     def test_zsh_accepts_its_completion(self):
         script = self.run_ok("--completion", "zsh").stdout
         subprocess.run(["zsh", "-n"], input=script, text=True, check=True)
+
+    def zsh_offers(self, line):
+        script = pathlib.Path(__file__).with_name("offered.zsh")
+        done = subprocess.run(
+            ["zsh", "-f", script, self.folder, line],
+            capture_output=True,
+            text=True,
+            check=True,
+            timeout=600,
+        )
+        return set(done.stdout.splitlines())
+
+    @unittest.skipUnless(shutil.which("zsh"), "zsh is not installed")
+    def test_zsh_offers_what_bash_offers(self):
+        self.file("_zorpelx", self.run_ok("--completion", "zsh").stdout)
+        self.assertEqual(self.zsh_offers("zorpelx "), set(COMMANDS))
+        for command in COMMANDS:
+            self.assertEqual(self.zsh_offers(f"zorpelx {command} -"), self.complete(command, "-"))
+        for words in ("partition --preset", "partition --matching", "verify --format"):
+            offered = self.complete(*words.split(), "")
+            self.assertGreater(len(offered), 2)
+            self.assertEqual(self.zsh_offers(f"zorpelx {words} "), offered)
+            self.assertEqual(self.zsh_offers(f"zorpelx {words}="), offered)
+        self.assertEqual(self.zsh_offers("zorpelx lint _z"), {"_zorpelx"})
 
     @unittest.skipUnless(shutil.which("man"), "man is not installed")
     def test_the_manual_page_has_no_errors(self):

@@ -190,6 +190,15 @@ class Reports(Case):
             self.file("changed", report[:i] + digit + report[i + 1 :])
             self.fails(1, "FALSE: report", "verify", "cpu32_bus.hgr", part, "--report", "changed")
 
+    def test_a_vertex_moved_in_the_partition_is_found(self):
+        part = self.partition_by_zorpel("cpu32_bus.hgr", 5)
+        parts = self.text(part).split()
+        for v in range(0, len(parts), 7):
+            moved = [*parts[:v], str((int(parts[v]) + 1) % 5), *parts[v + 1 :]]
+            self.file("moved", "\n".join(moved) + "\n")
+            words = ("verify", "cpu32_bus.hgr", "moved", "--report", "report")
+            self.fails(1, "FALSE: report", *words)
+
     def test_a_report_of_another_hypergraph(self):
         part = self.partition_by_zorpel("cpu32_bus.hgr", 2)
         self.file("changed", self.text("report").replace("#Hedges:   173", "#Hedges:   174"))

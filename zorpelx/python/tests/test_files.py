@@ -1,11 +1,14 @@
 """Files, and a package without its library."""
 
 import gzip
+import importlib.util
 import os
+import shutil
 import subprocess
 import sys
 import tempfile
 import unittest
+import zipfile
 from pathlib import Path
 
 import zorpel
@@ -118,6 +121,46 @@ class FileTest(unittest.TestCase):
         ).stdout
         self.assertIn("Cannot load /nowhere/libzorpelx.so", shown)
         self.assertIn("ZORPELX_LIBRARY", shown)
+
+
+@unittest.skipUnless(
+    all(importlib.util.find_spec(name) for name in ("pip", "setuptools", "wheel")),
+    "pip, setuptools or wheel is not installed",
+)
+class WheelTest(unittest.TestCase):
+    """What pyproject.toml makes of the package, without a network."""
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = Path(folder.name)
+
+    def test_a_wheel_is_built_for_any_machine_and_works(self):
+        root = Path(zorpel.__file__).parents[1]
+        (self.folder / "source").mkdir()
+        shutil.copy(root / "pyproject.toml", self.folder / "source")
+        shutil.copytree(root / "zorpel", self.folder / "source" / "zorpel")
+        pip = [sys.executable, "-m", "pip", "--disable-pip-version-check", "wheel", "--no-deps"]
+        pip += ["--no-index", "--no-build-isolation", "-w", str(self.folder), "./source"]
+        subprocess.run(pip, cwd=self.folder, check=True, stdout=subprocess.DEVNULL)
+        wheel = self.folder / f"zorpel-{zorpel.__version__}-py3-none-any.whl"
+        with zipfile.ZipFile(wheel) as archive:
+            archive.extractall(self.folder / "installed")
+        self.assertTrue((self.folder / "installed" / "zorpel" / "py.typed").exists())
+        program = (
+            "import zorpel\n"
+            "path = [[0, 1], [1, 2], [2, 3], [3, 4], [4, 5]]\n"
+            "print(zorpel.__file__, zorpel.partition(path, 2).cut)\n"
+        )
+        shown = subprocess.run(
+            [sys.executable, "-c", program],
+            env=dict(os.environ, PYTHONPATH=str(self.folder / "installed")),
+            stdout=subprocess.PIPE,
+            check=True,
+            text=True,
+        ).stdout
+        place = self.folder / "installed" / "zorpel" / "__init__.py"
+        self.assertEqual(shown, f"{place} 1\n")
 
 
 if __name__ == "__main__":

@@ -1,16 +1,20 @@
 """Partitioning from Python."""
 
 import doctest
+import inspect
 import os
 import random
 import signal
+import subprocess
 import sys
+import tempfile
 import threading
 import unittest
-from pathlib import Path
 from array import array
+from pathlib import Path
 
 import zorpel
+import zorpel._library
 import zorpel.api
 
 
@@ -240,6 +244,42 @@ class EvaluateTest(unittest.TestCase):
             zorpel.evaluate(graph, [-1, -1])
         with self.assertRaisesRegex(ValueError, "No limits for nparts 2, ubfactor 50"):
             zorpel.part_limits(2, 50, 100)
+
+
+class PackageTest(unittest.TestCase):
+    def test_every_public_name_has_a_docstring(self):
+        for name in zorpel.__all__:
+            thing = getattr(zorpel, name)
+            if name == "HypergraphLike":
+                continue  # a type, described where it is defined
+            self.assertTrue((thing.__doc__ or "").strip(), name)
+            for method, value in vars(thing).items() if isinstance(thing, type) else ():
+                if inspect.isfunction(value) and not method.startswith("_"):
+                    self.assertTrue((value.__doc__ or "").strip(), f"{name}.{method}")
+
+    def test_the_version_is_the_librarys(self):
+        library = zorpel._library.loaded()  # pylint: disable=protected-access
+        self.assertEqual(library.zorpelx_version().decode(), zorpel.__version__)
+
+    def test_numpy_and_scipy_are_not_needed(self):
+        program = (
+            "import sys\n"
+            "sys.modules.update(dict.fromkeys(('numpy', 'scipy', 'scipy.sparse')))\n"
+            "import zorpel\n"
+            "part = zorpel.partition([[0, 1], [1, 2], [2, 3]], 2, starts=2, trace=8)\n"
+            "graph = zorpel.as_hypergraph(([0, 2, 4], [0, 1, 2, 3]))\n"
+            "zorpel.write(sys.argv[1], graph)\n"
+            "assert zorpel.read(sys.argv[1]) == graph\n"
+            "print(type(part.part), zorpel.evaluate(graph, part).cut_hyperedges)\n"
+        )
+        with tempfile.TemporaryDirectory() as folder:
+            done = subprocess.run(
+                [sys.executable, "-W", "error", "-c", program, os.path.join(folder, "a.hgr.gz")],
+                stdout=subprocess.PIPE,
+                check=True,
+                text=True,
+            )
+        self.assertEqual(done.stdout, "<class 'list'> 0\n")
 
 
 def load_tests(_loader, tests, _pattern):
