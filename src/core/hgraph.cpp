@@ -44,7 +44,7 @@ void free_cycle_arrays(HGraph *graph)
 void free_kway_arrays(HGraph *graph)
 {
     QXfree__(&graph->nrinfo, &graph->crinfo, &graph->nrdata, &graph->crdata, &graph->kpwgts,
-             &graph->islandmap, LTERM);
+             &graph->kplace, &graph->islandmap, LTERM);
 }
 
 void FreeRootHGraph__(HGraph *graph)

@@ -74,6 +74,7 @@ struct HGraph {
     KwayPartDeg *nrdata;  // [netptr[nnets]] storage behind nrinfo
     KwayPartDeg *crdata;  // [ncells x nparts] storage behind crinfo
     int *kpwgts;          // [nparts] weight of each part
+    int *kplace;          // [nparts] workspace of kway/kway_gains.h, all -1 between uses
 };
 
 inline int net_size(const HGraph *graph, int e)

@@ -29,6 +29,7 @@ void AllocateKwayRefinementMemory__(const PartCtrl *ctrl, HGraph *graph)
     graph->nrdata = alloc_array<KwayPartDeg>(npins, "AllocateKwayRefinementMemory: nrdata");
     graph->crdata =
         alloc_array<KwayPartDeg>(ncells * nparts, "AllocateKwayRefinementMemory: crdata");
+    graph->kplace = ismalloc__(nparts, -1, "AllocateKwayRefinementMemory: kplace");
     for (size_t e = 0; e < nnets; e++) graph->nrinfo[e].degrees = graph->nrdata + graph->netptr[e];
     for (size_t v = 0; v < ncells; v++) graph->crinfo[v].degrees = graph->crdata + v * nparts;
 }
@@ -56,38 +57,81 @@ static void count_parts(HGraph *graph, int e)
     }
 }
 
-/* Adds cut hyperedge e, weight w, with own of its pins in v's part, to v's record. */
-static void add_net(CellKwayInfo *cell, const NetKwayInfo *net, int home, int w)
+/* A vertex's record under construction. place tells where in the list a part stands, -1 if it does
+ * not. */
+struct NewRecord {
+    KwayPartDeg *list;
+    int *place; // [nparts]
+    int n;      // entries of the list
+};
+
+/* Adds what a cut hyperedge of weight w, with own pins in the vertex's part, says of another part
+ * that it touches. uncut is w if a move there would uncut it, else 0. */
+static void add_part(NewRecord *record, const KwayPartDeg *other, int own, int w, int uncut)
 {
-    const int own = net->degrees[find_part(net->degrees, net->ndegrees, home)].num;
-    if (own == 1) cell->ed += w;
-    for (int i = 0; i < net->ndegrees; i++) {
-        const KwayPartDeg other = net->degrees[i];
-        if (other.pid == home) continue;
-        const int k = find_part(cell->degrees, cell->ndegrees, other.pid);
-        if (k == cell->ndegrees) cell->degrees[cell->ndegrees++] = {other.pid, 0, 0, 0};
-        KwayPartDeg *const entry = &cell->degrees[k];
-        entry->soed += w; // for now the weight that touches the part
-        entry->ties += own < other.num ? 1 : own > other.num ? -1 : 0;
-        if (own == 1 && net->ndegrees == 2) entry->num += w;
+    int *const place = &record->place[other->pid];
+    if (*place < 0) {
+        *place = record->n++;
+        record->list[*place] = {other->pid, 0, 0, 0};
     }
+    KwayPartDeg *const entry = &record->list[*place];
+    entry->soed += w; // for now the weight that touches the part
+    entry->ties += (own < other->num) - (own > other->num);
+    entry->num += uncut;
 }
 
 static void compute_record(HGraph *graph, int v)
 {
     CellKwayInfo *const cell = &graph->crinfo[v];
-    const int home = graph->where[v];
+    NewRecord record = {cell->degrees, graph->kplace, 0};
+    const int home = graph->where[v], end = graph->incptr[v + 1];
+    int id = 0, ed = 0;
     count_work(WORK_KWAY_RECORDS, 1);
-    cell->ndegrees = cell->id = cell->ed = 0;
-    for (int j = graph->incptr[v]; j < graph->incptr[v + 1]; j++) {
-        const int e = graph->incind[j];
-        if (graph->nrinfo[e].ndegrees == 1)
-            cell->id += graph->netwgt[e];
-        else
-            add_net(cell, &graph->nrinfo[e], home, graph->netwgt[e]);
+    for (int j = graph->incptr[v]; j < end; j++) {
+        const int e = graph->incind[j], w = graph->netwgt[e];
+        const int lambda = graph->nrinfo[e].ndegrees;
+        const KwayPartDeg *const list = graph->nrinfo[e].degrees;
+        if (lambda == 1) {
+            id += w;
+        } else if (lambda == 2) {
+            const int i = list[0].pid == home ? 0 : 1, own = list[i].num;
+            const int alone = own == 1 ? w : 0;
+            ed += alone;
+            add_part(&record, &list[1 - i], own, w, alone);
+        } else {
+            const int i = find_part(list, lambda, home), own = list[i].num;
+            ed += own == 1 ? w : 0;
+            for (int q = 0; q < lambda; q++)
+                if (q != i) add_part(&record, &list[q], own, w, 0);
+        }
     }
-    for (int i = 0; i < cell->ndegrees; i++)
-        cell->degrees[i].soed = cell->ed - (graph->adjwgt[v] - cell->degrees[i].soed);
+    for (int i = 0; i < record.n; i++) {
+        KwayPartDeg *const entry = &record.list[i];
+        entry->soed = ed - (graph->adjwgt[v] - entry->soed);
+        record.place[entry->pid] = -1;
+    }
+    cell->ndegrees = record.n;
+    cell->id = id;
+    cell->ed = ed;
+}
+
+/* The record of a vertex all of whose hyperedges are within its part. */
+static void set_inner_record(HGraph *graph, int v)
+{
+    CellKwayInfo *const cell = &graph->crinfo[v];
+    cell->ndegrees = cell->ed = 0;
+    cell->id = graph->adjwgt[v];
+}
+
+/* Marks the pins of the cut hyperedges. */
+static void mark_boundary(const HGraph *graph, bool *boundary)
+{
+    for (int v = 0; v < graph->ncells; v++) boundary[v] = false;
+    for (int e = 0; e < graph->nnets; e++) {
+        if (graph->nrinfo[e].ndegrees < 2) continue;
+        for (int j = graph->netptr[e]; j < graph->netptr[e + 1]; j++)
+            boundary[graph->netind[j]] = true;
+    }
 }
 
 void ComputeInitKwayGains__(const PartCtrl *ctrl, HGraph *graph)
@@ -103,10 +147,17 @@ void ComputeInitKwayGains__(const PartCtrl *ctrl, HGraph *graph)
         soed += static_cast<unsigned>(lambda) * static_cast<unsigned>(graph->netwgt[e]);
     }
     graph->minsoed = static_cast<int>(soed);
+    bool *boundary =
+        alloc_array<bool>(static_cast<size_t>(graph->ncells), "ComputeInitKwayGains: boundary");
+    mark_boundary(graph, boundary);
     for (int v = 0; v < graph->ncells; v++) {
         graph->kpwgts[graph->where[v]] += graph->cellwgt[v];
-        compute_record(graph, v);
+        if (boundary[v])
+            compute_record(graph, v);
+        else
+            set_inner_record(graph, v);
     }
+    QXfree__(&boundary, LTERM);
 }
 
 void ComputeKwayGainsSet__(HGraph *graph, int n, const int *list)
@@ -114,16 +165,36 @@ void ComputeKwayGainsSet__(HGraph *graph, int n, const int *list)
     for (int i = 0; i < n; i++) compute_record(graph, list[i]);
 }
 
-/* Moves one pin of a hyperedge; writes the new counts of both parts. */
-static void move_pin(NetKwayInfo *net, int from, int to, int *nfrom, int *nto)
+/* A pin of a hyperedge on its way from one part to another. */
+struct PinMove {
+    int i, k; // places of the parts in the list; k is ndegrees if the part entered is not there
+    int nfrom, nto; // their pins after the move
+};
+
+static PinMove find_move(const NetKwayInfo *net, int from, int to)
+{
+    const KwayPartDeg *const list = net->degrees;
+    const int i = find_part(list, net->ndegrees, from), k = find_part(list, net->ndegrees, to);
+    return {i, k, list[i].num - 1, (k < net->ndegrees ? list[k].num : 0) + 1};
+}
+
+static void move_pin(NetKwayInfo *net, PinMove move, int to)
 {
     KwayPartDeg *const list = net->degrees;
-    const int i = find_part(list, net->ndegrees, from);
-    *nfrom = --list[i].num;
-    if (*nfrom == 0) list[i] = list[--net->ndegrees];
-    const int k = find_part(list, net->ndegrees, to);
-    if (k == net->ndegrees) list[net->ndegrees++] = {to, 0, 0, 0};
-    *nto = ++list[k].num;
+    const bool listed = move.k < net->ndegrees;
+    list[move.i].num = move.nfrom;
+    if (move.nfrom == 0) {
+        list[move.i] = list[--net->ndegrees];
+        if (listed && move.k == net->ndegrees) move.k = move.i;
+    }
+    if (!listed) list[move.k = net->ndegrees++] = {to, 0, 0, 0};
+    list[move.k].num = move.nto;
+}
+
+/* Whether the move may change more than ties in the records of the hyperedge's pins. */
+static bool gains_change(PinMove move)
+{
+    return move.nfrom <= 1 || move.nto <= 2;
 }
 
 void KwayUpdateGainInfo__(HGraph *graph, int v, int from, int to, int *marker, int *updind)
@@ -133,17 +204,125 @@ void KwayUpdateGainInfo__(HGraph *graph, int v, int from, int to, int *marker, i
     updind[nupdates++] = v;
     for (int j = graph->incptr[v]; j < graph->incptr[v + 1]; j++) {
         const int e = graph->incind[j];
-        int nfrom, nto;
-        move_pin(&graph->nrinfo[e], from, to, &nfrom, &nto);
-        if (nfrom > 1 && nto > 2) continue;
-        for (int i = graph->netptr[e]; i < graph->netptr[e + 1]; i++) {
-            const int u = graph->netind[i];
+        const PinMove move = find_move(&graph->nrinfo[e], from, to);
+        move_pin(&graph->nrinfo[e], move, to);
+        if (!gains_change(move)) continue;
+        for (int p = graph->netptr[e]; p < graph->netptr[e + 1]; p++) {
+            const int u = graph->netind[p];
             if (marker[u] == v) continue;
             marker[u] = v;
             updind[nupdates++] = u;
         }
     }
     ComputeKwayGainsSet__(graph, nupdates, updind);
+}
+
+void open_stale(const HGraph *graph, StaleRecords *stale)
+{
+    const size_t n = static_cast<size_t>(graph->ncells);
+    stale->state = alloc_array<uint8_t>(n, "RefineKway_Random: stale");
+    stale->list = imalloc__(n, "RefineKway_Random: stale list");
+    stale->n = 0;
+    if (n > 0) memset(stale->state, 0, n);
+}
+
+void close_stale(StaleRecords *stale)
+{
+    QXfree__(&stale->state, &stale->list, LTERM);
+}
+
+static void make_stale(StaleRecords *stale, int v)
+{
+    if (stale->state[v] == 0) stale->list[stale->n++] = v;
+    stale->state[v] = STALE | LISTED;
+}
+
+void refresh_record(HGraph *graph, StaleRecords *stale, int v)
+{
+    if ((stale->state[v] & STALE) == 0) return;
+    stale->state[v] = LISTED;
+    compute_record(graph, v);
+}
+
+/* Refreshes the listed vertices but those stamped with v. */
+static void refresh_listed(HGraph *graph, StaleRecords *stale, const int *marker, int v)
+{
+    int kept = 0;
+    for (int i = 0; i < stale->n; i++) {
+        const int u = stale->list[i];
+        if (marker[u] == v && (stale->state[u] & STALE)) {
+            stale->list[kept++] = u;
+            continue;
+        }
+        refresh_record(graph, stale, u);
+        stale->state[u] = 0;
+    }
+    stale->n = kept;
+}
+
+void refresh_all(HGraph *graph, StaleRecords *stale)
+{
+    for (int i = 0; i < stale->n; i++) {
+        refresh_record(graph, stale, stale->list[i]);
+        stale->state[stale->list[i]] = 0;
+    }
+    stale->n = 0;
+}
+
+/* Whether a part with num pins changes sides in a comparison with the part left or entered. */
+static bool crosses(PinMove move, int num)
+{
+    return num == move.nfrom || num == move.nfrom + 1 || num == move.nto || num == move.nto - 1;
+}
+
+/* Whether the move, before it is made, is about to change some comparison of two parts' pins. */
+static bool ties_change(const NetKwayInfo *net, PinMove move)
+{
+    const int lead = move.nfrom - move.nto; // it was 2 more
+    bool change = -2 <= lead && lead <= 0;
+    for (int q = 0; q < net->ndegrees; q++)
+        change |= q != move.i && q != move.k && crosses(move, net->degrees[q].num);
+    return change;
+}
+
+/* Refreshes the stale pins of e that v's move has not stamped and whose ties it may change; all
+ * that are stale, if that is less to look through. */
+static void refresh_pins(HGraph *graph, StaleRecords *stale, int e, PinMove move, const int *marker,
+                         int v)
+{
+    const NetKwayInfo *const net = &graph->nrinfo[e];
+    if (net_size(graph, e) > stale->n) {
+        refresh_listed(graph, stale, marker, v);
+        return;
+    }
+    for (int p = graph->netptr[e]; p < graph->netptr[e + 1]; p++) {
+        const int u = graph->netind[p];
+        if (marker[u] == v || (stale->state[u] & STALE) == 0) continue;
+        const int q = find_part(net->degrees, net->ndegrees, graph->where[u]);
+        if (q == move.i || q == move.k || crosses(move, net->degrees[q].num))
+            refresh_record(graph, stale, u);
+    }
+}
+
+void note_kway_move(HGraph *graph, int v, int from, int to, int *marker, StaleRecords *stale)
+{
+    marker[v] = v;
+    make_stale(stale, v);
+    for (int j = graph->incptr[v]; j < graph->incptr[v + 1]; j++) {
+        const int e = graph->incind[j];
+        NetKwayInfo *const net = &graph->nrinfo[e];
+        const PinMove move = find_move(net, from, to);
+        if (!gains_change(move) && ties_change(net, move))
+            refresh_pins(graph, stale, e, move, marker, v);
+        move_pin(net, move, to);
+        if (!gains_change(move)) continue;
+        for (int p = graph->netptr[e]; p < graph->netptr[e + 1]; p++) {
+            const int u = graph->netind[p];
+            if (marker[u] == v) continue;
+            marker[u] = v;
+            make_stale(stale, u);
+        }
+    }
 }
 
 static bool same_list(const KwayPartDeg *a, const KwayPartDeg *b, int n, bool vertex)
@@ -182,6 +361,6 @@ bool kway_ok(const PartCtrl *ctrl, const HGraph *graph)
              same_list(a->degrees, b->degrees, a->ndegrees, true);
     }
     QXfree__(&fresh.where, &fresh.kpwgts, &fresh.nrinfo, &fresh.crinfo, &fresh.nrdata,
-             &fresh.crdata, LTERM);
+             &fresh.crdata, &fresh.kplace, LTERM);
     return ok;
 }

@@ -2,11 +2,13 @@
 #ifndef ZORPEL_KWAY_KWAY_GAINS_H
 #define ZORPEL_KWAY_KWAY_GAINS_H
 
+#include <cstdint>
+
 #include "core/hgraph.h"
 #include "partition/ctrl.h"
 
-/* Allocates where, kpwgts, nrinfo, crinfo, nrdata and crdata for ctrl->nparts parts and sets the
- * views into the pools; contents are not set. */
+/* Allocates where, kpwgts, kplace, nrinfo, crinfo, nrdata and crdata for ctrl->nparts parts and
+ * sets the views into the pools; contents are not set. */
 void AllocateKwayRefinementMemory__(const PartCtrl *ctrl, HGraph *graph);
 
 /* Computes kpwgts, mincut, minsoed and all records from where, islands excluded. */
@@ -19,6 +21,27 @@ void ComputeKwayGainsSet__(HGraph *graph, int n, const int *list);
  *   marker  in/out  [ncells] vertex numbers as stamps; no entry may be v before
  *   updind  work    [ncells] */
 void KwayUpdateGainInfo__(HGraph *graph, int v, int from, int to, int *marker, int *updind);
+
+/* Vertices whose records wait to be recomputed until they are read: between two visits most change
+ * more than once. A record holds what it would hold if it had been recomputed at each change: its
+ * ties are of the last change that was more than one of ties, so they are brought up to that point
+ * before a hyperedge's ties change. */
+enum StaleState : uint8_t { STALE = 1, LISTED = 2 }; // bits
+struct StaleRecords {
+    uint8_t *state; // [ncells] StaleState
+    int *list;      // [ncells] the stale vertices, and some that are no longer so
+    int n;          // listed
+};
+
+void open_stale(const HGraph *graph, StaleRecords *stale);
+void close_stale(StaleRecords *stale);
+
+/* KwayUpdateGainInfo__, but the records become stale instead. */
+void note_kway_move(HGraph *graph, int v, int from, int to, int *marker, StaleRecords *stale);
+
+/* Makes v's record, or all, what KwayUpdateGainInfo__ would have left. */
+void refresh_record(HGraph *graph, StaleRecords *stale, int v);
+void refresh_all(HGraph *graph, StaleRecords *stale);
 
 /* Recomputes everything aside and compares, the order within lists and ties of vertices excepted:
  * an update may leave ties of unvisited pins as they were. */

@@ -22,7 +22,7 @@ enum class Objective { cut, soed };
 struct KwayWork {
     int *perm;   // [ncells] order of visits
     int *marker; // [ncells] stamps of the update
-    int *updind; // [ncells] vertices of the update
+    StaleRecords stale;
     int minpwgt, maxpwgt;
 };
 
@@ -111,7 +111,7 @@ static void make_move(const PartCtrl *ctrl, HGraph *graph, KwayWork *work, int v
         printf("\tMoving %6d[%3d] (%3d -> %3d) [%4d %4d %4d %4d] %5d %5d\n", v,
                graph->incptr[v + 1] - graph->incptr[v], from, to, graph->crinfo[v].id, best->num,
                best->soed, best->ties, graph->mincut, graph->minsoed);
-    KwayUpdateGainInfo__(graph, v, from, to, work->marker, work->updind);
+    note_kway_move(graph, v, from, to, work->marker, &work->stale);
 }
 
 /* Visits every vertex once; returns the number of moves. */
@@ -120,8 +120,10 @@ template <Objective O> static int sweep(const PartCtrl *ctrl, HGraph *graph, Kwa
     int nmoves = 0;
     for (int i = 0; i < graph->ncells; i++) {
         const int v = work->perm[i];
+        if (v < graph->nfixed) continue;
+        refresh_record(graph, &work->stale, v);
         const CellKwayInfo *const cell = &graph->crinfo[v];
-        if (v < graph->nfixed || cell->id > cell->ed) continue;
+        if (cell->id > cell->ed) continue;
         const int from = graph->where[v], weight = graph->cellwgt[v];
         if (graph->kpwgts[from] - weight < work->minpwgt) continue;
         const KwayPartDeg *const best = best_target<O>(graph, cell, weight, work->maxpwgt);
@@ -155,7 +157,7 @@ template <Objective O> static void refine(PartCtrl *ctrl, HGraph *graph, int npa
     KwayWork work;
     work.perm = imalloc__(n, "RefineKway_Random: perm");
     work.marker = imalloc__(n, "RefineKway_Random: marker");
-    work.updind = imalloc__(n, "RefineKway_Random: updind");
+    open_stale(graph, &work.stale);
     for (int v = 0; v < graph->ncells; v++) work.perm[v] = v;
     start_timer(ctrl, TIME_INITIALIZE);
     ComputeInitKwayGains__(ctrl, graph);
@@ -170,12 +172,14 @@ template <Objective O> static void refine(PartCtrl *ctrl, HGraph *graph, int npa
         start_timer(ctrl, TIME_ITERATE);
         const int nmoves = sweep<O>(ctrl, graph, &work);
         stop_timer(ctrl, TIME_ITERATE);
-        HEAVY_ASSERT(kway_ok(ctrl, graph));
+        HEAVY_ASSERT((refresh_all(graph, &work.stale), kway_ok(ctrl, graph)));
         if (ctrl->dbglvl & DBG_PASS) trace_end(ctrl, graph, nmoves);
         if (graph->mincut == oldcut && graph->minsoed == oldsoed) break;
     }
     graph->objval = O == Objective::cut ? graph->mincut : graph->minsoed;
-    QXfree__(&work.perm, &work.marker, &work.updind, LTERM);
+    refresh_all(graph, &work.stale);
+    close_stale(&work.stale);
+    QXfree__(&work.perm, &work.marker, LTERM);
 }
 
 void RefineCutKway_Random__(PartCtrl *ctrl, HGraph *graph, int npasses)

@@ -15,7 +15,7 @@
 static void compare_with_fresh_records(const PartCtrl &ctrl, const HGraph *graph, HGraph *fresh)
 {
     QXfree__(&fresh->where, &fresh->kpwgts, &fresh->nrinfo, &fresh->crinfo, &fresh->nrdata,
-             &fresh->crdata, LTERM);
+             &fresh->crdata, &fresh->kplace, LTERM);
     AllocateKwayRefinementMemory__(&ctrl, fresh);
     std::copy(graph->where, graph->where + graph->ncells, fresh->where);
     ComputeInitKwayGains__(&ctrl, fresh);
@@ -87,6 +87,71 @@ TEST(KwayProperties, records_equal_a_fresh_computation_after_any_moves)
         ASSERT_TRUE(kway_ok(&ctrl, graph));
         if (HasFatalFailure()) return;
     }
+}
+
+/* All of a vertex's record, in order. */
+static std::vector<Ints> whole_record(const HGraph *graph, int v)
+{
+    const CellKwayInfo &cell = graph->crinfo[v];
+    std::vector<Ints> rows = {{cell.ndegrees, cell.id, cell.ed}};
+    for (int k = 0; k < cell.ndegrees; k++) {
+        const KwayPartDeg &entry = cell.degrees[k];
+        rows.push_back({entry.pid, entry.num, entry.ties, entry.soed});
+    }
+    return rows;
+}
+
+TEST(KwayProperties, records_read_late_are_those_of_updates_at_once)
+{
+    int nties = 0; // ties that a computation from scratch would give otherwise
+    for (unsigned seed = 0; seed < 1200; seed++) {
+        SCOPED_TRACE(testing::Message() << "seed " << seed);
+        Draw draw(seed), same(seed);
+        LevelLimits limits;
+        limits.maxsize = 25;
+        const Level level = random_level(draw, limits), twin = random_level(same, limits);
+        HGraph *const late = level.get(), *const once = twin.get();
+        const PartCtrl ctrl = random_kway_ctrl(draw);
+        const Ints parts = random_parts(draw, late->ncells, ctrl.nparts);
+        for (HGraph *graph : {late, once}) {
+            AllocateKwayRefinementMemory__(&ctrl, graph);
+            std::copy(parts.begin(), parts.end(), graph->where);
+            ComputeInitKwayGains__(&ctrl, graph);
+        }
+        Ints marker(at(late->ncells)), updind(at(late->ncells)), order(at(late->ncells));
+        Ints othermarker(at(late->ncells));
+        std::iota(order.begin(), order.end(), 0);
+        StaleRecords stale;
+        open_stale(late, &stale);
+        const int read = between(draw, 0, 3); // vertices a move
+        for (int pass = 0; pass < 3; pass++) {
+            marker.assign(marker.size(), -1);
+            othermarker = marker;
+            std::shuffle(order.begin(), order.end(), draw);
+            for (int v : order) {
+                const int from = late->where[v], to = below(draw, ctrl.nparts);
+                if (from == to) continue;
+                late->where[v] = once->where[v] = to;
+                note_kway_move(late, v, from, to, marker.data(), &stale);
+                KwayUpdateGainInfo__(once, v, from, to, othermarker.data(), updind.data());
+                for (int i = 0; i < read; i++) {
+                    const int u = below(draw, late->ncells);
+                    refresh_record(late, &stale, u);
+                    ASSERT_EQ(whole_record(late, u), whole_record(once, u)) << "vertex " << u;
+                }
+            }
+        }
+        refresh_all(late, &stale);
+        for (int v = 0; v < late->ncells; v++)
+            ASSERT_EQ(whole_record(late, v), whole_record(once, v)) << "vertex " << v;
+        for (int v = 0; v < late->ncells; v++) {
+            const std::vector<Ints> kept = whole_record(once, v);
+            ComputeKwayGainsSet__(once, 1, &v);
+            nties += kept != whole_record(once, v);
+        }
+        close_stale(&stale);
+    }
+    EXPECT_GT(nties, 100);
 }
 
 struct KwayRefiner {

@@ -15,10 +15,11 @@ static std::vector<int> hyperedges_of(const HGraph *graph, int v)
 /* Gives the record every array that it can own. */
 static void allocate_all(HGraph *graph)
 {
-    for (int **array : {&graph->incptr, &graph->incind, &graph->netptr, &graph->netind,
-                        &graph->islandmap, &graph->cellwgt, &graph->netwgt, &graph->adjwgt,
-                        &graph->cellmap, &graph->netmap, &graph->mptr, &graph->mind, &graph->where,
-                        &graph->gain, &graph->ndeg[0], &graph->ndeg[1], &graph->kpwgts})
+    for (int **array :
+         {&graph->incptr, &graph->incind, &graph->netptr, &graph->netind, &graph->islandmap,
+          &graph->cellwgt, &graph->netwgt, &graph->adjwgt, &graph->cellmap, &graph->netmap,
+          &graph->mptr, &graph->mind, &graph->where, &graph->gain, &graph->ndeg[0], &graph->ndeg[1],
+          &graph->kpwgts, &graph->kplace})
         *array = imalloc__(1, "test");
     graph->edgewgt = fmalloc__(1, "test");
     graph->nrinfo = alloc_array<NetKwayInfo>(1, "test");
@@ -52,7 +53,7 @@ TEST(HGraph, a_new_record_has_unknown_counts_no_arrays_and_cut_0)
           static_cast<void *>(graph->ndeg[0]),   static_cast<void *>(graph->ndeg[1]),
           static_cast<void *>(graph->nrinfo),    static_cast<void *>(graph->crinfo),
           static_cast<void *>(graph->nrdata),    static_cast<void *>(graph->crdata),
-          static_cast<void *>(graph->kpwgts)})
+          static_cast<void *>(graph->kpwgts),    static_cast<void *>(graph->kplace)})
         EXPECT_EQ(array, nullptr);
 }
 
@@ -94,7 +95,7 @@ TEST(HGraph, cleaning_the_root_keeps_lists_incidence_and_weights)
     EXPECT_NE(graph->edgewgt, nullptr);
     for (const int *gone :
          {graph->cellmap, graph->netmap, graph->mptr, graph->mind, graph->gain, graph->ndeg[0],
-          graph->ndeg[1], graph->islandmap, graph->where, graph->kpwgts})
+          graph->ndeg[1], graph->islandmap, graph->where, graph->kpwgts, graph->kplace})
         EXPECT_EQ(gone, nullptr);
     EXPECT_EQ(graph->nrinfo, nullptr);
     EXPECT_EQ(graph->crinfo, nullptr);

@@ -17,7 +17,7 @@ inline PartCtrl kway_ctrl(int nparts, float ratio)
 inline void set_parts(const PartCtrl &ctrl, HGraph *graph, const Ints &parts)
 {
     QXfree__(&graph->where, &graph->kpwgts, &graph->nrinfo, &graph->crinfo, &graph->nrdata,
-             &graph->crdata, LTERM);
+             &graph->crdata, &graph->kplace, LTERM);
     AllocateKwayRefinementMemory__(&ctrl, graph);
     std::copy(parts.begin(), parts.end(), graph->where);
     ComputeInitKwayGains__(&ctrl, graph);
