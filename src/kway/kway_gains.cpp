@@ -269,7 +269,8 @@ void refresh_all(HGraph *graph, StaleRecords *stale)
     stale->n = 0;
 }
 
-/* Whether a part with num pins changes sides in a comparison with the part left or entered. */
+/* Whether a part with num pins changes sides in a comparison with the part left or entered; those
+ * two themselves always may. */
 static bool crosses(PinMove move, int num)
 {
     return num == move.nfrom || num == move.nfrom + 1 || num == move.nto || num == move.nto - 1;
@@ -299,8 +300,7 @@ static void refresh_pins(HGraph *graph, StaleRecords *stale, int e, PinMove move
         const int u = graph->netind[p];
         if (marker[u] == v || (stale->state[u] & STALE) == 0) continue;
         const int q = find_part(net->degrees, net->ndegrees, graph->where[u]);
-        if (q == move.i || q == move.k || crosses(move, net->degrees[q].num))
-            refresh_record(graph, stale, u);
+        if (crosses(move, net->degrees[q].num)) refresh_record(graph, stale, u);
     }
 }
 
