@@ -132,7 +132,7 @@ def run(words, place, seconds, limits=None):
     pipe = subprocess.PIPE
     with subprocess.Popen(
         words, cwd=place, stdin=subprocess.DEVNULL, stdout=pipe, stderr=subprocess.DEVNULL,
-        preexec_fn=limits, start_new_session=True,
+        preexec_fn=limits, process_group=0,
     ) as child:  # fmt: skip
         try:
             output, _ = child.communicate(timeout=seconds)

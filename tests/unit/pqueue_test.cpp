@@ -97,6 +97,17 @@ TEST(PQueue, equal_gains_leave_last_in_first)
     EXPECT_EQ(drain(&queue), (std::vector<int>{2, 1, 0}));
 }
 
+TEST(PQueue, every_change_answers_0_in_both_forms)
+{
+    for (const int span : SPANS) {
+        OwnedQueue queue(VERTICES, span);
+        EXPECT_EQ(PQueueInsert__(&queue, 1, 5), 0);
+        EXPECT_EQ(PQueueUpdate__(&queue, 1, 5, 7), 0);
+        EXPECT_EQ(PQueueUpdate__(&queue, 1, 7, 6), 0);
+        EXPECT_EQ(PQueueDelete(&queue, 1, 6), 0);
+    }
+}
+
 TEST(PQueue, an_update_to_the_same_gain_changes_no_order)
 {
     OwnedQueue queue(VERTICES, BUCKET_SPAN);
