@@ -65,6 +65,13 @@ TEST(PQueue, three_times_the_vertices_is_not_wrapped)
     EXPECT_EQ(end.err.find("heap"), std::string::npos) << end.err;
 }
 
+TEST(PQueue, more_vertices_than_32_bits_can_refer_to_are_refused)
+{
+    PQueue queue;
+    EXPECT_EXIT(PQueueInit__(&queue, 1 << 30, 5), testing::ExitedWithCode(0),
+                "Too many vertices for the gain queue: 1073741824");
+}
+
 TEST(PQueue, a_queue_for_no_vertices_is_empty_and_can_be_freed)
 {
     for (int span : {0, 5}) {
