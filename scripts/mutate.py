@@ -132,7 +132,7 @@ def run(words, place, seconds, limits=None):
     pipe = subprocess.PIPE
     with subprocess.Popen(
         words, cwd=place, stdin=subprocess.DEVNULL, stdout=pipe, stderr=subprocess.DEVNULL,
-        preexec_fn=limits, process_group=0,
+        preexec_fn=limits, process_group=0, env=os.environ | {"MALLOC_PERTURB_": "90"},
     ) as child:  # fmt: skip
         try:
             output, _ = child.communicate(timeout=seconds)
