@@ -4,7 +4,7 @@
 usage: entry_counts.py ZORPEL
 
 Up to 2147483647 entries a file is read, and every one of them counts; above it is refused. The
-entries repeat two vertices, so the hypergraph is small, but the program holds the file's 4 GB, twice
+entries repeat two vertices, so the hypergraph is small, but the program holds 4 GB of text, twice
 while it makes room. Skipped (status 77) where that much memory is not free.
 """
 import os
