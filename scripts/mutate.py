@@ -304,6 +304,8 @@ def judge(mutants, options, copy):
         return
     wanted = ("", "nothing") if options.again else ("",)
     left = [mutant for mutant in mutants if mutant["killed by"] in wanted]
+    if left:
+        judge.build("check")  # of the unchanged project, before the first mutant is in place
     judge_all(left, judge.thoroughly, copy, write, deadline)
 
 
