@@ -1,21 +1,32 @@
 #!/usr/bin/env python3
 """Mutation testing: small mistakes, one at a time, that the tests should notice.
 
-usage: scripts/mutate.py [--n N] [--seed S] [--seconds T] [--jobs J] [--out CSV]
-                         [--quick] [--files GLOB ...]
+usage: scripts/mutate.py [--n N] [--seed S] [--seconds T] [--jobs J] [--out CSV] [--work FOLDER]
+                         [--quick] [--again] [--files GLOB ...]
 
-Draws N places in the engine's sources where an operator or a constant can be changed, and for each
-builds a copy of the project with that one change and runs the tests on it, quickest first: the
-checksum of the tester's results on 600 cases, then everything labelled unit, golden and model.
-A mutant is killed when a test fails, crashes or runs far beyond its time; one that does not compile
-does not count. The survivors are listed at the end, each with its line.
+Draws N places in the engine's sources where an operator or a constant can be changed. Each mutant
+is a copy of the project with that one change, and the tests run on it, quickest first:
+
+  1. the checksum of the tester's results on 600 cases (the unit tests of files for io/),
+  2. the programs of unit and model tests,
+  3. 300 cases of the tester under sanitizers and heavy asserts,
+  4. everything labelled golden or model, and the counts of work.
+
+A mutant is killed when a test fails, crashes or needs far more than its time or memory. One that
+does not compile, or gives the same machine code, does not count. All mutants take step 1 before the
+first of those left takes step 2. The table CSV has a line for each and is written as it grows: what
+it already judges is not tried again, so a run that was cut short goes on where it stopped. --quick
+stops after step 1, --again tries the survivors of the table once more, and --work keeps the builds.
 """
 import argparse
 import csv
+import os
 import pathlib
 import random
 import re
+import resource
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
@@ -24,6 +35,16 @@ import time
 PROJECT = pathlib.Path(__file__).resolve().parents[1]
 FOLDERS = ("core", "partition", "coarsen", "refine", "kway", "io")
 
+UNIT = ("core", "file", "entry", "partition", "program", "coarsen", "refine", "kway")
+MODELS = ("fm_twin", "kway_twin", "coarsen_twin", "properties", "kway_properties")
+MODELS += ("coarsen_properties",)
+PROGRAMS = [f"tests/unit/{name}_tests" for name in UNIT] + ["tests/model/model_tests"]
+PROGRAMS += [f"tests/model/{name}_test" for name in MODELS] + ["tests/model/torture_edges"]
+TESTER = "zorpel-torture --checksum --seed 20 --n".split()
+CASES = {"plain": (60, 600), "check": (300,)}
+CPU_SECONDS = {"plain": 15, "check": 60}  # most that a test program may use: five times its need
+MEMORY, FILE_SIZE = 3 << 30, 1 << 28
+
 # What each token may become.
 SWAPS = {
     "<": ("<=", ">"), "<=": ("<",), ">": (">=", "<"), ">=": (">",),
@@ -31,11 +52,11 @@ SWAPS = {
     "+=": ("-=",), "-=": ("+=",), "++": ("--",), "--": ("++",), "&&": ("||",), "||": ("&&",),
     "!": ("",), "continue": ("break",), "true": ("false",), "false": ("true",),
 }  # fmt: skip
-CHECKER = re.compile(r"^(?:static )?bool \w+_ok\(.*?^}", re.S | re.M)
+CHECKER = re.compile(r"^(?:static )?bool \w+_ok\([^;{]*\{.*?^}", re.S | re.M)
 TOKEN = re.compile(
     r"""(?P<skip>//[^\n]*|/\*.*?\*/|"(?:[^"\\\n]|\\.)*"|'(?:[^'\\]|\\.)'|^\s*\#[^\n]*
         |\btemplate\s*<[^<>]*>|_(?:cast|array|element)<[^;()]*?>(?=\()|\bassert\([^;]*;
-        |\bHEAVY_ASSERT\([^;]*;|->|<<=?|>>=?|\w+<[A-Z]\w*>)
+        |\bHEAVY_ASSERT\([^;]*;|\b__builtin_prefetch\([^;]*;|->|<<=?|>>=?|\w+<[A-Z]\w*>)
       |(?P<name>\b(?:continue|true|false)\b)
       |(?P<number>(?<![\w.])\d+(?![\w.]))
       |(?P<operator>\+\+|--|\+=|-=|<=|>=|==|!=|&&|\|\||\s[<>+\-*/]\s|!(?=[\w(]))""",
@@ -62,83 +83,230 @@ def places_in(text):
 def find_mutants(patterns):
     mutants = []
     for folder in FOLDERS:
-        for source in sorted((PROJECT / "src" / folder).glob("*.cpp")):
+        for source in sorted((PROJECT / "src" / folder).glob("*.[ch]*")):
             name = source.relative_to(PROJECT)
             if patterns and not any(name.match(pattern) for pattern in patterns):
                 continue
             text = source.read_text()
             # checkers of records serve the tests and are no part of the engine
             body = CHECKER.sub(lambda checker: re.sub(r"\S", " ", checker[0]), text)
-            mutants += [(name, *place) for place in places_in(body)]
+            mutants += [describe(name, text, *place) for place in places_in(body)]
     return mutants
 
 
-def run(words, place, seconds):
-    """The status; None when the time is up."""
-    try:
-        return subprocess.run(
-            words, cwd=place, timeout=seconds, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL
-        )
-    except subprocess.TimeoutExpired:
-        return None
+def describe(name, text, start, end, replacement):
+    """The mutant as a line of the table, with what makes it."""
+    line_start = text.rfind("\n", 0, start) + 1
+    return {
+        "file": str(name),
+        "line": str(text.count("\n", 0, start) + 1),
+        "column": str(start - line_start + 1),
+        "change": f"{text[start:end]} -> {replacement or 'nothing'}",
+        "killed by": "",
+        "source": text[line_start : text.find("\n", start)].strip(),
+        "mutated": text[:start] + replacement + text[end:],
+    }
 
 
-class Copy:
-    """A copy of the project with a build of its own, changed one line at a time."""
+COLUMNS = ("file", "line", "column", "change", "killed by", "source")
 
-    def __init__(self, place, jobs, quick):
-        self.place, self.jobs, self.quick = place, jobs, quick
-        listing = ["git", "ls-files", "--cached", "--others", "--exclude-standard"]
-        listed = subprocess.run(listing, cwd=PROJECT, capture_output=True, text=True, check=True)
-        for name in filter(lambda name: (PROJECT / name).is_file(), listed.stdout.splitlines()):
-            (place / name).parent.mkdir(parents=True, exist_ok=True)
-            shutil.copy(PROJECT / name, place / name)
-        configure = "cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=Release -DZORPEL_TESTS=ON"
-        subprocess.run(configure.split(), cwd=place, check=True, stdout=subprocess.DEVNULL)
-        if not self.build("zorpel-torture" if quick else "all"):
-            sys.exit("the project does not build")
-        self.checksum = self.results()
 
-    def build(self, target):
-        command = ["ninja", "-C", "build", "-j", str(self.jobs), target]
-        status = run(command, self.place, 1200)
-        return status is not None and status.returncode == 0
+def key_of(row):
+    return tuple(row[column] for column in COLUMNS if column != "killed by")
 
-    def results(self):
-        words = "build/tests/model/zorpel-torture --checksum --n 600 --seed 20".split()
-        ended = run(words, self.place, 120)
-        return ended.stdout if ended is not None and ended.returncode == 0 else None
 
-    def killer(self):
-        """What noticed the change, or None."""
-        if not self.build("zorpel-torture"):
-            return "compiler"
-        if self.results() != self.checksum:
-            return "checksum"
-        if self.quick:
+def place_of(row):
+    return row["file"], int(row["line"]), int(row["column"])
+
+
+def set_limits(kind):
+    seconds = CPU_SECONDS[kind]
+    resource.setrlimit(resource.RLIMIT_CPU, (seconds, seconds + 5))
+    resource.setrlimit(resource.RLIMIT_FSIZE, (FILE_SIZE, FILE_SIZE))
+    if kind == "plain":  # sanitizers reserve terabytes
+        resource.setrlimit(resource.RLIMIT_AS, (MEMORY, MEMORY))
+
+
+def run(words, place, seconds, limits=None):
+    """What a command printed and its status; None when the time is up. No child outlives it."""
+    pipe = subprocess.PIPE
+    with subprocess.Popen(
+        words, cwd=place, stdin=subprocess.DEVNULL, stdout=pipe, stderr=subprocess.DEVNULL,
+        preexec_fn=limits, process_group=0, env=os.environ | {"MALLOC_PERTURB_": "90"},
+    ) as child:  # fmt: skip
+        try:
+            output, _ = child.communicate(timeout=seconds)
+            return output, child.returncode
+        except subprocess.TimeoutExpired:
+            os.killpg(child.pid, signal.SIGKILL)
             return None
-        if not self.build("all"):
-            return "compiler"
-        for label in ("unit", "golden", "model"):
-            words = f"ctest --test-dir build -L {label} --stop-on-failure --no-tests=error".split()
-            ended = run(words, self.place, 900)
-            if ended is None or ended.returncode != 0:
-                return label
+
+
+def copy_project(place):
+    """Brings the copy in place up to date; what is the same keeps its time."""
+    listing = ["git", "ls-files", "--cached", "--others", "--exclude-standard"]
+    listed = subprocess.run(listing, cwd=PROJECT, capture_output=True, text=True, check=True)
+    for name in filter(lambda name: (PROJECT / name).is_file(), listed.stdout.splitlines()):
+        target = place / name
+        if target.is_file() and target.read_bytes() == (PROJECT / name).read_bytes():
+            continue
+        target.parent.mkdir(parents=True, exist_ok=True)
+        shutil.copy(PROJECT / name, target)
+
+
+class Build:
+    """A build of the copy, and the results that it gives unchanged."""
+
+    OPTIONS = {
+        "plain": ("-DCMAKE_BUILD_TYPE=Release", "-DCMAKE_CXX_FLAGS_RELEASE=-O1 -DNDEBUG"),
+        "check": (
+            "-DCMAKE_BUILD_TYPE=Debug",
+            "-DCMAKE_CXX_FLAGS_DEBUG=-O1",
+            "-DZORPEL_SANITIZE=ON",
+            "-DZORPEL_HEAVY_ASSERTS=ON",
+        ),
+    }
+
+    def __init__(self, copy, kind, jobs):
+        self.place, self.jobs = copy / "build" / kind, jobs
+        self.kind = kind
+        configure = ["cmake", "-S", copy, "-B", self.place, "-G", "Ninja"]
+        configure += ["-DZORPEL_TESTS=ON", "-DZORPEL_X=OFF", *self.OPTIONS[kind]]
+        subprocess.run(configure, check=True, stdout=subprocess.DEVNULL)
+        if not self.make("zorpel-torture"):
+            sys.exit("the project does not build")
+        self.code = self.machine_code()
+        self.checksums = {ncases: self.checksum(ncases) for ncases in CASES[kind]}
+        if None in self.checksums.values():
+            sys.exit("the tester fails on the unchanged project")
+
+    def make(self, *targets):
+        ended = run(["ninja", "-j", str(self.jobs), *targets], self.place, 3600)
+        return ended is not None and ended[1] == 0
+
+    def machine_code(self):
+        return (self.place / "src" / "libzorpel_internal.a").read_bytes()
+
+    def limits(self):
+        set_limits(self.kind)
+
+    def checksum(self, ncases):
+        """What the tester printed, or None."""
+        words = [self.place / "tests" / "model" / TESTER[0], *TESTER[1:], str(ncases)]
+        ended = run(words, self.place, 900, self.limits)
+        return ended[0] if ended is not None and ended[1] == 0 else None
+
+    def same_results(self):
+        return all(self.checksum(ncases) == same for ncases, same in self.checksums.items())
+
+    def passes(self, program):
+        ended = run([self.place / program, "--gtest_brief=1"], self.place, 900, self.limits)
+        return ended is not None and ended[1] == 0
+
+    def failing_test(self, words):
+        """The first test that ctest sees fail, or None."""
+        command = ["ctest", "--stop-on-failure", "--no-tests=error", *words]
+        ended = run(command, self.place, 1800)
+        if ended is None or ended[1] != 0:
+            failed = re.search(rb"^\s*\d+ - (\S+)", ended[0] if ended else b"", re.M)
+            return failed[1].decode() if failed else "ctest"
         return None
 
 
-def try_mutant(copy, mutant):
-    name, start, end, replacement = mutant
-    target = copy.place / name
-    text = target.read_text()
-    target.write_text(text[:start] + replacement + text[end:])
-    line = text.count("\n", 0, start) + 1
-    try:
-        killer = copy.killer()
-    finally:
-        target.write_text(text)
-    change = f"{text[start:end]} -> {replacement or 'nothing'}"
-    return name, line, change, killer or "survived", text.splitlines()[line - 1].strip()
+class Judge:
+    """The steps, on builds that are made when first needed."""
+
+    def __init__(self, copy, jobs):
+        self.copy, self.jobs, self.builds = copy, jobs, {}
+
+    def build(self, kind):
+        if kind not in self.builds:
+            self.builds[kind] = Build(self.copy, kind, self.jobs)
+        return self.builds[kind]
+
+    def quickly(self, mutant):
+        """Step 1."""
+        build = self.build("plain")
+        if not build.make("zorpel-torture"):
+            return "compiler"
+        if build.machine_code() == build.code:
+            return "same code"
+        if not mutant["file"].startswith("src/io/"):
+            return "" if build.same_results() else "checksum"
+        if not build.make("file_tests"):
+            return "compiler"
+        return "" if build.passes("tests/unit/file_tests") else "file_tests"
+
+    def thoroughly(self, _):
+        """Steps 2 to 4."""
+        build, check = self.build("plain"), self.build("check")
+        for program in PROGRAMS:
+            name = pathlib.Path(program).name
+            if not build.make(name):
+                return "compiler"
+            if not build.passes(program):
+                return name
+        if not check.make("zorpel-torture") or not check.same_results():
+            return "sanitizers and heavy asserts"
+        if not build.make("all"):
+            return "compiler"
+        others = "badfiles|full_disk|in_silence|golden|torture|regress|fuzz|every_alloc|work_counts"
+        return build.failing_test(["-LE", "slow", "-R", others]) or "nothing"
+
+
+def judge_all(mutants, steps, copy, write, deadline):
+    # Neighbours share a file, which is thus compiled once a mutant, not also to undo the last one.
+    for mutant in sorted(mutants, key=place_of):
+        if time.monotonic() > deadline:
+            return
+        target = copy / mutant["file"]
+        text = target.read_text()
+        target.write_text(mutant["mutated"])
+        try:
+            mutant["killed by"] = steps(mutant)
+        finally:
+            target.write_text(text)
+        write()
+
+
+def write_table(path, mutants):
+    new = path.with_suffix(".new")
+    with new.open("w", newline="") as out:
+        table = csv.DictWriter(out, COLUMNS, extrasaction="ignore", lineterminator="\n")
+        table.writeheader()
+        judged = [mutant for mutant in mutants if mutant["killed by"] is not None]
+        table.writerows(sorted(judged, key=place_of))
+    new.replace(path)
+
+
+def report(mutants):
+    no_mutants = (None, "compiler", "same code")
+    judged = [mutant for mutant in mutants if mutant["killed by"] not in no_mutants]
+    survivors = [mutant for mutant in judged if mutant["killed by"] in ("", "nothing")]
+    killed = len(judged) - len(survivors)
+    print(f"{len(judged)} mutants, {killed} killed ({100 * killed / max(1, len(judged)):.1f} %)")
+    for row in survivors:
+        place = ":".join((row["file"], row["line"], row["column"]))
+        left = "" if row["killed by"] else " (step 1 only)"
+        print(f"{place}: {row['change']}: {row['source']}{left}")
+
+
+def judge(mutants, options, copy):
+    def write():
+        write_table(options.out, mutants)
+
+    copy_project(copy)
+    judge, deadline = Judge(copy, options.jobs), time.monotonic() + options.seconds
+    judge.build("plain")
+    fresh = [mutant for mutant in mutants if mutant["killed by"] is None]
+    judge_all(fresh, judge.quickly, copy, write, deadline)
+    if options.quick:
+        return
+    wanted = ("", "nothing") if options.again else ("",)
+    left = [mutant for mutant in mutants if mutant["killed by"] in wanted]
+    if left:
+        judge.build("check")  # of the unchanged project, before the first mutant is in place
+    judge_all(left, judge.thoroughly, copy, write, deadline)
 
 
 def main():
@@ -147,31 +315,26 @@ def main():
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--jobs", type=int, default=2)
     parser.add_argument("--out", type=pathlib.Path, default=pathlib.Path("mutants.csv"))
+    parser.add_argument("--work", type=pathlib.Path)
     parser.add_argument("--files", nargs="*", default=[])
     parser.add_argument("--seconds", type=float, default=float("inf"))
     parser.add_argument("--quick", action="store_true", help="only the checksum")
+    parser.add_argument("--again", action="store_true", help="survivors of the table once more")
     options = parser.parse_args()
     mutants = find_mutants(options.files)
+    possible = len(mutants)
     random.Random(options.seed).shuffle(mutants)
-    print(f"{len(mutants)} possible mutants, {min(options.n, len(mutants))} drawn", flush=True)
-    results = []
-    with tempfile.TemporaryDirectory() as place, options.out.open("w", newline="") as out:
-        copy = Copy(pathlib.Path(place), options.jobs, options.quick)
-        table = csv.writer(out)
-        table.writerow(["file", "line", "change", "killed by", "source"])
-        start = time.monotonic()
-        for mutant in mutants[: options.n]:
-            if time.monotonic() - start > options.seconds:
-                break
-            results.append(try_mutant(copy, mutant))
-            table.writerow(results[-1])
-            out.flush()
-    judged = [result for result in results if result[3] != "compiler"]
-    survivors = [result for result in judged if result[3] == "survived"]
-    killed = len(judged) - len(survivors)
-    print(f"{len(judged)} mutants compiled, {killed} killed ({100 * killed / len(judged):.1f} %)")
-    for name, line, change, _, source in survivors:
-        print(f"{name}:{line}: {change}: {source}")
+    mutants = mutants[: options.n]
+    print(f"{possible} possible mutants, {len(mutants)} drawn", flush=True)
+    known = {}
+    if options.out.is_file():
+        with options.out.open(newline="") as table:
+            known = {key_of(row): row["killed by"] for row in csv.DictReader(table)}
+    for mutant in mutants:
+        mutant["killed by"] = known.get(key_of(mutant))
+    with tempfile.TemporaryDirectory() as place:
+        judge(mutants, options, options.work or pathlib.Path(place))
+    report(mutants)
 
 
 main()

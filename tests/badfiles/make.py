@@ -34,10 +34,17 @@ class Fifo:
 
 
 @dataclass
+class Locked:
+    """A file that nobody may read or write."""
+
+    contents: bytes
+
+
+@dataclass
 class Case:
     name: str
     words: list
-    files: dict = field(default_factory=dict)  # name: bytes, Directory, Link or Fifo
+    files: dict = field(default_factory=dict)  # name: bytes or one of the records above
     memory: int = None  # bound of the address space; such a case is not for sanitized builds
     reads_as: dict = field(default_factory=dict)  # the same files spelt out for stricter readers
 
@@ -75,6 +82,9 @@ def make_file(path, what):
     elif isinstance(what, Fifo):
         os.mkfifo(path)
         threading.Thread(target=feed, args=(path, what.contents), daemon=True).start()
+    elif isinstance(what, Locked):
+        path.write_bytes(what.contents)
+        path.chmod(0)
     else:
         path.write_bytes(what)
 

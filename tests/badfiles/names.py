@@ -1,6 +1,6 @@
 """Bad-file corpus: names that are odd, that name no readable file, or no writable one."""
 
-from make import CHAIN, OPTIONS, Case, Directory, Fifo, Link
+from make import CHAIN, OPTIONS, Case, Directory, Fifo, Link, Locked
 
 
 FIX = b"1\n-1\n0\n-1\n"
@@ -58,6 +58,7 @@ def unreadable(place):
         "link-to-file": ("in", {"in": Link("really"), "really": contents}),
         "pipe": ("in", {"in": Fifo(contents)}),
         "empty-pipe": ("in", {"in": Fifo(b"")}),
+        "unreadable": ("in", {"in": Locked(contents)}),
     }
     cases = []
     for kind, (name, made) in files.items():
@@ -85,6 +86,7 @@ def outputs():
         "null-device": {out: Link("/dev/null")},
         "link-to-nowhere": {out: Link("no/such/folder")},
         "circular-link": {out: Link(out)},
+        "not-to-be-written": {out: Locked(b"")},
         "link-below-a-file": {out: Link("in.hgr/below")},
     }
     cases = [Case(f"out-{kind}", words, {"in.hgr": CHAIN, **made}) for kind, made in ways.items()]

@@ -182,6 +182,16 @@ TEST(EntryErrors, missing_arrays_are_refused)
               "The array of hyperedge starts is missing.");
     EXPECT_EQ(refused([](Arguments *a) { a->no_eind = true; }),
               "The array of the hyperedges' vertices is missing.");
+    EXPECT_EQ(refused([](Arguments *a) {
+                  a->no_eind = true;
+                  a->eptr = {0, 0, 1, 1}; // a single entry
+              }),
+              "The array of the hyperedges' vertices is missing.");
+    EXPECT_EQ(refused([](Arguments *a) {
+                  a->no_eind = true;
+                  a->eptr = {0, 0, 0, 0};
+              }),
+              "");
     EXPECT_EQ(refused([](Arguments *a) { a->no_part = true; }), "The part array is missing.");
     EXPECT_EQ(refused([](Arguments *a) { a->no_cut = true; }), "The place for the cut is missing.");
 }

@@ -44,6 +44,13 @@ TEST(PartFile, nothing_is_written_for_no_vertices)
     EXPECT_TRUE(std::filesystem::is_empty(folder.path));
 }
 
+TEST(PartFile, one_vertex_is_written)
+{
+    const TempFolder folder;
+    write_parts({0}, folder.file("g"));
+    EXPECT_EQ(read_file(folder.file("g.part.1")), "0\n");
+}
+
 TEST(PartFile, numbers_of_every_length_and_sign_are_written_as_decimals)
 {
     const TempFolder folder;

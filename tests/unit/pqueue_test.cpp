@@ -65,6 +65,13 @@ TEST(PQueue, three_times_the_vertices_is_not_wrapped)
     EXPECT_EQ(end.err.find("heap"), std::string::npos) << end.err;
 }
 
+TEST(PQueue, more_vertices_than_32_bits_can_refer_to_are_refused)
+{
+    PQueue queue;
+    EXPECT_EXIT(PQueueInit__(&queue, 1 << 30, 5), testing::ExitedWithCode(0),
+                "Too many vertices for the gain queue: 1073741824");
+}
+
 TEST(PQueue, a_queue_for_no_vertices_is_empty_and_can_be_freed)
 {
     for (int span : {0, 5}) {
@@ -95,6 +102,17 @@ TEST(PQueue, equal_gains_leave_last_in_first)
     OwnedQueue queue(VERTICES, BUCKET_SPAN);
     fill(&queue, {5, 5, 5});
     EXPECT_EQ(drain(&queue), (std::vector<int>{2, 1, 0}));
+}
+
+TEST(PQueue, every_change_answers_0_in_both_forms)
+{
+    for (const int span : SPANS) {
+        OwnedQueue queue(VERTICES, span);
+        EXPECT_EQ(PQueueInsert__(&queue, 1, 5), 0);
+        EXPECT_EQ(PQueueUpdate__(&queue, 1, 5, 7), 0);
+        EXPECT_EQ(PQueueUpdate__(&queue, 1, 7, 6), 0);
+        EXPECT_EQ(PQueueDelete(&queue, 1, 6), 0);
+    }
 }
 
 TEST(PQueue, an_update_to_the_same_gain_changes_no_order)

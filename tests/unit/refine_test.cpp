@@ -179,7 +179,7 @@ TEST(RefineTest, heavy_levels_get_the_constrained_form)
 TEST(RefineTest, scheme_5_is_constrained_with_and_without_heavy_vertices)
 {
     Chain light = ring_chain(64, 2), heavy = ring_chain(64, 2);
-    PartCtrl ctrl = loose_ctrl(RTYPE_FM2);
+    PartCtrl ctrl = loose_ctrl(5);
     EXPECT_EQ(kinds(refine(ctrl, light)), "CC");
     ctrl.heavycells = 1;
     EXPECT_EQ(kinds(refine(ctrl, heavy)), "CC");
@@ -195,7 +195,7 @@ TEST(RefineTest, scheme_10_only_projects)
         for (; graph->coarser != nullptr; graph = graph->coarser) c = graph->cellmap[c];
         wanted[at(v)] = graph->where[c];
     }
-    EXPECT_EQ(refine(loose_ctrl(RTYPE_NONE), chain), "");
+    EXPECT_EQ(refine(loose_ctrl(10), chain), "");
     EXPECT_EQ(to_ints(chain.level->where, 64), wanted);
 }
 

@@ -16,8 +16,9 @@ from pathlib import Path
 from calls import Case
 
 CORPUS = Path(os.environ["ZORPEL_SOURCE"]) / "tests" / "badfiles"
-sys.path.insert(0, str(CORPUS))
-import make  # noqa: E402 (found by the path above)
+sys.path[:0] = [str(CORPUS), str(CORPUS.parent)]
+import harness  # noqa: E402 (found by the path above)
+import make  # noqa: E402
 
 SANITIZED = "ZORPEL_SANITIZED" in os.environ
 FIX_PRUDENCE = {"F01", "F02"}  # short and broken fix files: zorpel fills in zeros
@@ -42,7 +43,7 @@ class BadFile(Case):
         hgr, fix = case.words[0], case.words[1:-8]
         fix = ["--fix", fix[0]] if fix and name == "partition" else fix
         files = [*fix, "--", hgr] if name == "partition" else ["--", hgr, *fix]
-        cap = cap_memory if case.memory else None
+        cap = cap_memory if case.memory else harness.obey_permissions
         words = [name, "-k", 2, "--lines", "pieces", "-q", *words, *files]
         return folder, self.call(*words, cwd=folder, preexec_fn=cap, errors="replace")
 
