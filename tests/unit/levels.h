@@ -182,6 +182,7 @@ struct LevelLimits {
     bool wide = true;      // some levels with hyperedge weights that make the queues heaps
     bool heavy = true;     // some levels with vertices that outweigh the rest
     bool unitnets = false; // some hyperedges of one vertex
+    int giants = 0;        // hyperedges of most vertices
 };
 
 enum LevelFamily { UNIFORM, LOCAL, PLANTED, HUBS, TWINS, NFAMILIES };
@@ -230,6 +231,11 @@ inline Nets random_nets(Draw &draw, int n, const LevelLimits &limits)
         }
         if (limits.islands && one_in(draw, 40)) nets.push_back({});
         if (limits.unitnets && one_in(draw, 6)) nets.push_back({below(draw, n)});
+    }
+    for (int i = 0; i < limits.giants; i++) {
+        nets.push_back({});
+        for (int v = 0; v < n; v++)
+            if (!one_in(draw, 20)) nets.back().push_back(v);
     }
     if (!limits.islands && n > 1) // a ring leaves nobody alone
         for (int v = 0; v < n; v++) nets.push_back({v, (v + 1) % n});
