@@ -45,7 +45,7 @@ class Library:
     counted: Path = None
 
 
-def library_at(name, path):
+def named_library(name, path):
     """The library in a file, with the relatives that stand where our builds put them."""
     path = Path(path).resolve()
     if not path.is_file():
@@ -83,7 +83,7 @@ def library_of_commit(name, commit):
         command(["cmake", "--build", build, "-j", "1", "-t", "zorpel_shared", "zorpel_staged"])
         if "zorpel_counted" in command(["cmake", "--build", build, "-t", "help"]):
             command(["cmake", "--build", build, "-j", "1", "-t", "zorpel_counted"])
-    return library_at(name, library)
+    return named_library(name, library)
 
 
 def parse_base(word):
@@ -91,7 +91,7 @@ def parse_base(word):
     name, equals, what = word.partition("=")
     if not equals or not re.fullmatch(r"[\w.-]+", name):
         raise Failure("%s is not NAME=LIBRARY or NAME=COMMIT" % word)
-    return library_at(name, what) if Path(what).is_file() else library_of_commit(name, what)
+    return named_library(name, what) if Path(what).is_file() else library_of_commit(name, what)
 
 
 # ---- inputs --------------------------------------------------------------------------------

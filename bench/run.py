@@ -119,7 +119,7 @@ def find_settings(request):
 
 def measure(request):
     """Makes all calls; returns (rows as the CSV has them, complaints)."""
-    measured = lab.library_at(NEW, request.measured)
+    measured = lab.named_library(NEW, request.measured)
     libraries = [measured] + [lab.parse_base(b) for b in request.base]
     inputs, settings = find_inputs(request), find_settings(request)
     rows, complaints = [], []

@@ -204,7 +204,7 @@ def spring_library(trap, library, request, lines):
 
 
 def spring_all(request):
-    measured = lab.library_at("new", request.measured)
+    measured = lab.named_library("new", request.measured)
     libraries = [measured] + [lab.parse_base(b) for b in request.base]
     lines, complaints = [], []
     for trap in TRAPS:

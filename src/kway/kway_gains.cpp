@@ -221,7 +221,7 @@ void open_stale(const HGraph *graph, StaleRecords *stale)
 {
     const size_t n = static_cast<size_t>(graph->ncells);
     stale->state = alloc_array<uint8_t>(n, "RefineKway_Random: stale");
-    stale->list = imalloc__(n, "RefineKway_Random: stale list");
+    stale->list = imalloc__(n, "RefineKway_Random: updind");
     stale->n = 0;
     if (n > 0) memset(stale->state, 0, n);
 }
