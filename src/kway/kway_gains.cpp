@@ -1,8 +1,8 @@
 /* kway/kway_gains.cpp: part lists of hyperedges and vertices for k-way refinement.
  *
  * Each hyperedge lists the parts it touches with its pins in each; each vertex lists the other
- * parts it is connected to with what a move there would gain. Lists are short and searched
- * linearly; their order decides ties between moves.
+ * parts it is connected to with what a move there would gain. A hyperedge's list is short and
+ * searched linearly; the order of a vertex's decides ties between moves.
  * Source: Sanchis, Multiple-way network partitioning, IEEE Trans. Computers 38(1), 1989, for
  *         gains per target part.
  */

@@ -2,7 +2,8 @@
  *
  * A vertex moves at most once a sweep, and no move is taken back. The two objectives differ in how
  * entries of a vertex's list rank, from which one on they may be taken, and when one is accepted.
- * True between moves: the records, kpwgts, mincut and minsoed describe where.
+ * True between moves: kpwgts, mincut, minsoed, the hyperedges' records and those of vertices that
+ * are not stale describe where.
  */
 #include "kway/refine_random.h"
 
