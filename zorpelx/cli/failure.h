@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-enum Status {
+enum Status : int {
     STATUS_OK = 0,
     STATUS_FAILED = 1,     // the run failed, or what was to be verified is not so
     STATUS_USAGE = 2,      // the command line is wrong
@@ -14,7 +14,7 @@ enum Status {
     STATUS_IO = 5,         // a file cannot be opened, read or written
     STATUS_MEMORY = 6,     // out of memory, or past the cap
     STATUS_TIMEOUT = 124   // the deadline passed; the best finished start was delivered if any
-};
+}; // after a signal 128 and its number, hence the type
 
 /* What the statuses mean, those of signals included; without a full stop. */
 struct StatusRow {
