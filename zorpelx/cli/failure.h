@@ -14,7 +14,7 @@ enum Status : int {
     STATUS_IO = 5,         // a file cannot be opened, read or written
     STATUS_MEMORY = 6,     // out of memory, or past the cap
     STATUS_TIMEOUT = 124   // the deadline passed; the best finished start was delivered if any
-}; // after a signal 128 and its number, hence the type
+};                         // after a signal 128 and its number, hence the type
 
 /* What the statuses mean, those of signals included; without a full stop. */
 struct StatusRow {
