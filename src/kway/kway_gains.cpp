@@ -223,6 +223,7 @@ void open_stale(const HGraph *graph, StaleRecords *stale)
     stale->state = alloc_array<uint8_t>(n, "RefineKway_Random: stale");
     stale->list = imalloc__(n, "RefineKway_Random: updind");
     stale->n = 0;
+    stale->looked = 0;
     if (n > 0) memset(stale->state, 0, n);
 }
 
@@ -258,6 +259,7 @@ static void refresh_listed(HGraph *graph, StaleRecords *stale, const int *marker
         stale->state[u] = 0;
     }
     stale->n = kept;
+    stale->looked = 0;
 }
 
 void refresh_all(HGraph *graph, StaleRecords *stale)
@@ -286,13 +288,17 @@ static bool ties_change(const NetKwayInfo *net, PinMove move)
     return change;
 }
 
+constexpr int MOST_LOOKS = 512; // at pins, for each listed vertex: about the cost of a record
+
 /* Refreshes the stale pins of e that v's move has not stamped and whose ties it may change; all
- * that are stale, if that is less to look through. */
+ * that are stale, if that is less to look through, or if so many pins were looked at in vain that
+ * large hyperedges would make the moves quadratic. */
 static void refresh_pins(HGraph *graph, StaleRecords *stale, int e, PinMove move, const int *marker,
                          int v)
 {
     const NetKwayInfo *const net = &graph->nrinfo[e];
-    if (net_size(graph, e) > stale->n) {
+    stale->looked += net_size(graph, e);
+    if (net_size(graph, e) > stale->n || stale->looked > int64_t{MOST_LOOKS} * stale->n) {
         refresh_listed(graph, stale, marker, v);
         return;
     }

@@ -31,6 +31,7 @@ struct StaleRecords {
     uint8_t *state; // [ncells] StaleState
     int *list;      // [ncells] the stale vertices, and some that are no longer so
     int n;          // listed
+    int64_t looked; // pins looked at since the list was cleared
 };
 
 void open_stale(const HGraph *graph, StaleRecords *stale);
