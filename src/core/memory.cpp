@@ -25,6 +25,17 @@ void *alloc_records(size_t n, size_t recordsize, const char *text)
     return QXmalloc__(n > SIZE_MAX / recordsize ? SIZE_MAX : n * recordsize, text);
 }
 
+void keep_freed_memory(size_t size)
+{
+    // glibc gets blocks above a bound of 128 KB straight from the system, and raises the bound, to
+    // 32 MB at most, when it is given one back; until then every level's arrays are new pages. The
+    // block is never touched, and volatile, as a pair of calls without effect may be left out.
+    constexpr size_t least = size_t{128} << 10, most = (size_t{32} << 20) - (size_t{64} << 10);
+    if (size <= least) return;
+    void *volatile const block = malloc(size < most ? size : most);
+    free(block);
+}
+
 int *imalloc__(size_t n, const char *text)
 {
     return alloc_array<int>(n, text);

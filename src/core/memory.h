@@ -21,6 +21,10 @@ template <class T> T *alloc_array(size_t n, const char *text)
     return static_cast<T *>(alloc_records(n, sizeof(T), text));
 }
 
+/* Tells the C library, as far as it listens, to keep freed memory of up to twice size bytes for the
+ * next arrays instead of giving it back to the system. Nothing is allocated. */
+void keep_freed_memory(size_t size);
+
 /* Takes the addresses of pointer variables up to the sentinel LTERM; frees each array that is not
  * null and nulls its variable. The first argument is always an address. */
 #define LTERM (reinterpret_cast<void *>(-1))

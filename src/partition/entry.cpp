@@ -101,9 +101,13 @@ static int *copy_weights(int n, const int *wgts, const char *text)
     return icopy__(n, wgts, imalloc__(static_cast<size_t>(n), text));
 }
 
+// bytes; twice as many are what a run has in use at its peak, in eight parts
+constexpr size_t KEPT_PER_PIN = 96;
+
 static HGraph *copy_hypergraph(int nvtxs, int nhedges, const int *vwgts, const int *eptr,
                                const int *eind, const int *hewgts)
 {
+    keep_freed_memory(KEPT_PER_PIN * static_cast<size_t>(eptr[nhedges]));
     HGraph *const graph = CreateHGraph__();
     graph->ncells = nvtxs;
     graph->nnets = nhedges;

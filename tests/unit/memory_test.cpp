@@ -2,6 +2,7 @@
 #include "core/memory.h"
 
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <sys/resource.h>
 
 #include <cstdint>
@@ -92,3 +93,26 @@ TEST(Memory, a_refused_request_of_ordinary_size_is_reported_in_bytes)
               "Memory allocation failed for test: large. Requested size: 1000000000 bytes\n\n");
     EXPECT_EQ(end.status, 0);
 }
+
+#if defined(__GLIBC__) && !defined(ZORPEL_TEST_ASAN)
+/* How many of the C library's blocks come straight from the system while there is an array of size
+ * bytes. */
+static size_t mapped_blocks_with(size_t size)
+{
+    int *array = imalloc__(size / sizeof(int), "array");
+    const size_t nblocks = mallinfo2().hblks;
+    QXfree__(&array, LTERM);
+    return nblocks;
+}
+
+TEST(Memory, freed_memory_is_kept_for_the_next_arrays)
+{
+    constexpr size_t million = 1 << 20;
+    const size_t before = mallinfo2().hblks;
+    keep_freed_memory(25 * million);
+    EXPECT_EQ(mapped_blocks_with(24 * million), before);
+    keep_freed_memory(SIZE_MAX); // as much as there can be
+    EXPECT_EQ(mapped_blocks_with(31 * million), before);
+    EXPECT_EQ(mapped_blocks_with(33 * million), before + 1);
+}
+#endif
