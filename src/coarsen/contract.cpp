@@ -144,9 +144,9 @@ struct MetNet {
 
 /* Appends to the incidence at used the coarse hyperedges of finer vertex v that c has not met;
  * returns the end. Half are met already, at random: they are written over, not branched around.
- * met[-1], the dropped hyperedges, counts as met. */
-static int append_incidence(const HGraph *graph, int v, HGraph *coarser, int c, int used,
-                            MetNet *met)
+ * met[-1], the dropped hyperedges, counts as met. Inlined, the loop would lack registers. */
+[[gnu::noinline]] static int append_incidence(const HGraph *graph, int v, HGraph *coarser, int c,
+                                              int used, MetNet *met)
 {
     const int *const netmap = graph->netmap, *const incind = graph->incind;
     int *const coarseind = coarser->incind;
