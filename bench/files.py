@@ -15,6 +15,8 @@ import os
 import re
 import subprocess
 import sys
+import tempfile
+import time
 from pathlib import Path
 from statistics import median
 
@@ -23,18 +25,34 @@ import lab  # noqa: E402 (no bytecode beside it)
 
 PROGRAM = lab.BUILD / "src" / "zorpel"
 SCHEME = ("5", "1", "1", "1", "0", "0", "0")  # UBfactor and what follows: one run, no V-cycles
+POLL = 0.003  # seconds
 PARTITIONING = re.compile(r"Partitioning Time:\s+([\d.]+)sec")
 
 
+def peak_so_far(pid):
+    """Peak memory of a process in bytes, 0 once it has ended."""
+    told = re.search(r"VmHWM:\s+(\d+) kB", Path("/proc/%d/status" % pid).read_text())
+    return 1024 * int(told.group(1)) if told else 0
+
+
 def run_apart(words, **options):
-    """(output, CPU seconds, peak memory in bytes) of a process."""
-    with subprocess.Popen(words, stdout=subprocess.PIPE, text=True, **options) as process:
-        output = process.stdout.read()
-        _, status, usage = os.wait4(process.pid, 0)
+    """(output, CPU seconds, peak memory in bytes) of a process.
+
+    The peak is asked for every few milliseconds: what the system tells at the end is no less than
+    this interpreter had when it started the process.
+    """
+    with tempfile.TemporaryFile("w+") as output:
+        process = subprocess.Popen(words, stdout=output, **options)
+        ended, peak = 0, 0
+        while ended == 0:
+            peak = max(peak, peak_so_far(process.pid))
+            time.sleep(POLL)
+            ended, status, usage = os.wait4(process.pid, os.WNOHANG)
         process.returncode = os.waitstatus_to_exitcode(status)
-    if process.returncode != 0:
-        raise lab.Failure("%s ended with status %d" % (words[0], process.returncode))
-    return output, usage.ru_utime + usage.ru_stime, 1024 * usage.ru_maxrss
+        if process.returncode != 0:
+            raise lab.Failure("%s ended with status %d" % (words[0], process.returncode))
+        output.seek(0)
+        return output.read(), usage.ru_utime + usage.ru_stime, peak
 
 
 def row_of_file(path, rounds):
