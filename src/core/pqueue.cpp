@@ -23,7 +23,7 @@ static size_t bucket_count(const PQueue *queue)
 
 static void empty_buckets(PQueue *queue)
 {
-    queue->maxgain = -queue->gainspan;
+    queue->maxgain = queue->nextgain = -queue->gainspan;
     for (int gain = -queue->gainspan; gain <= queue->gainspan; gain++)
         queue->buckets[gain] = queue->maxnodes;
 }
@@ -243,10 +243,11 @@ static bool buckets_ok(const PQueue *queue)
         for (int v; (v = *slot) != queue->maxnodes; slot = &queue->nodes[v].next) {
             if (v < 0 || v > queue->maxnodes || listed++ >= queue->nnodes) return false;
             if (queue->nodes[v].slot != static_cast<unsigned>(slot - base)) return false;
+            if (gain > queue->nextgain && gain < queue->maxgain) return false;
             highest = gain;
         }
     }
-    return listed == queue->nnodes && queue->maxgain == highest;
+    return listed == queue->nnodes && queue->maxgain == highest && queue->nextgain <= highest;
 }
 
 bool pqueue_ok(const PQueue *queue)

@@ -30,12 +30,14 @@ struct HeapEntry {
  *   Q2  heap form: locator[heap[i].val] == i; locator is -1 for every absent vertex
  *   Q3  bucket form: maxgain is the highest non-empty bucket, -gainspan when nnodes == 0
  *   Q4  bucket form: slot and next agree, and the lists hold nnodes vertices in all
+ *   Q5  bucket form: nextgain <= maxgain, and the buckets between the two are empty
  */
 struct PQueue {
     int type;          // QueueForm, fixed at creation
     int nnodes;        // vertices in the queue
     int maxnodes;      // vertices are 0..maxnodes-1; 0 once freed
     int maxgain;       // bucket form: see Q3
+    int nextgain;      // bucket form: where to look when the best bucket gets empty, see Q5
     int gainspan;      // bucket form: gains lie in -gainspan..gainspan
     BucketNode *nodes; // [maxnodes + 1] bucket form; the last one takes the writes to no vertex
     int *buckets;      // [-gainspan..gainspan] bucket form: first vertex of each list, or maxnodes;
@@ -94,22 +96,34 @@ inline bool bucket_empty(const PQueue *queue, int gain)
     return queue->buckets[gain] == queue->maxnodes;
 }
 
-/* Lowers maxgain to the highest non-empty bucket. */
+/* Lowers maxgain, whose bucket is empty, to the highest non-empty one. */
 inline void bucket_settle(PQueue *queue)
 {
-    int gain = queue->maxgain;
+    int gain = queue->nextgain;
     if (queue->nnodes == 0)
         gain = -queue->gainspan;
     else
         while (bucket_empty(queue, gain)) gain--;
-    queue->maxgain = gain;
+    queue->maxgain = queue->nextgain = gain;
+}
+
+/* Notes that a vertex has come into a bucket above nextgain. A gain that leaps to the top and is
+ * gone a moment later thus costs no walk over the buckets below it. */
+inline void bucket_raise(PQueue *queue, int gain)
+{
+    if (gain > queue->maxgain) {
+        queue->nextgain = queue->maxgain;
+        queue->maxgain = gain;
+    } else if (gain < queue->maxgain) {
+        queue->nextgain = gain;
+    }
 }
 
 inline void bucket_insert(PQueue *queue, int vertex, int gain)
 {
     bucket_link(queue, vertex, gain);
     queue->nnodes++;
-    if (gain > queue->maxgain) queue->maxgain = gain;
+    if (gain > queue->nextgain) bucket_raise(queue, gain);
 }
 
 inline void bucket_delete(PQueue *queue, int vertex, int gain)
@@ -125,13 +139,11 @@ inline void bucket_move(PQueue *queue, int vertex, int oldgain, int newgain)
 {
     bucket_unlink(queue, vertex);
     bucket_link(queue, vertex, newgain);
-    if (newgain > queue->maxgain)
-        queue->maxgain = newgain;
-    else if (oldgain == queue->maxgain && bucket_empty(queue, oldgain))
-        bucket_settle(queue);
+    if (newgain > queue->nextgain) bucket_raise(queue, newgain);
+    if (oldgain == queue->maxgain && bucket_empty(queue, oldgain)) bucket_settle(queue);
 }
 
-/* Tests Q1 to Q4 from scratch. */
+/* Tests Q1 to Q5 from scratch. */
 bool pqueue_ok(const PQueue *queue);
 
 int CheckHeap(const PQueue *queue); // a hook for debugging; checks nothing, always 1

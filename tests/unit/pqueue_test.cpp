@@ -159,6 +159,25 @@ TEST(PQueue, deleting_the_best_vertex_lowers_maxgain_to_the_next_one)
     EXPECT_EQ(queue.nnodes, 0);
 }
 
+TEST(PQueue, a_leap_to_the_top_and_away_leaves_the_next_bucket_known)
+{
+    OwnedQueue queue(VERTICES, BUCKET_SPAN);
+    fill(&queue, {-20, -25, -22, -28});
+    PQueueUpdate__(&queue, 1, -25, 30);
+    EXPECT_EQ(queue.maxgain, 30);
+    EXPECT_EQ(queue.nextgain, -20);
+    PQueueUpdate__(&queue, 2, -22, 5); // between the two
+    EXPECT_EQ(queue.nextgain, 5);
+    PQueueUpdate__(&queue, 3, -28, 30); // into the best bucket itself
+    EXPECT_EQ(queue.nextgain, 5);
+    EXPECT_TRUE(pqueue_ok(&queue));
+    EXPECT_EQ(PQueueGetMax__(&queue), 3);
+    EXPECT_EQ(PQueueGetMax__(&queue), 1);
+    EXPECT_EQ(queue.maxgain, 5);
+    EXPECT_EQ(queue.nextgain, 5);
+    EXPECT_EQ(drain(&queue), (std::vector<int>{2, 0}));
+}
+
 TEST(PQueue, the_gains_at_both_ends_of_the_span_are_kept)
 {
     OwnedQueue queue(VERTICES, BUCKET_SPAN);
@@ -378,6 +397,14 @@ TEST(PQueue, a_wrong_count_or_maximum_is_found)
         EXPECT_FALSE(pqueue_ok(&buckets)) << "maxgain " << wrong;
     }
     buckets.maxgain = 9;
+    const int next = buckets.nextgain;
+    EXPECT_EQ(next, 4);
+    for (int wrong : {3, -BUCKET_SPAN, 10}) {
+        buckets.nextgain = wrong;
+        EXPECT_FALSE(pqueue_ok(&buckets)) << "nextgain " << wrong;
+    }
+    buckets.nextgain = next;
+    EXPECT_TRUE(pqueue_ok(&buckets));
 }
 
 TEST(PQueue, the_debugging_hook_says_yes)
