@@ -107,12 +107,12 @@ static size_t mapped_blocks_with(size_t size)
 
 TEST(Memory, freed_memory_is_kept_for_the_next_arrays)
 {
-    constexpr size_t million = 1 << 20;
+    constexpr size_t mb = size_t{1} << 20;
     const size_t before = mallinfo2().hblks;
-    keep_freed_memory(25 * million);
-    EXPECT_EQ(mapped_blocks_with(24 * million), before);
+    keep_freed_memory(25 * mb);
+    EXPECT_EQ(mapped_blocks_with(24 * mb), before);
     keep_freed_memory(SIZE_MAX); // as much as there can be
-    EXPECT_EQ(mapped_blocks_with(31 * million), before);
-    EXPECT_EQ(mapped_blocks_with(33 * million), before + 1);
+    EXPECT_EQ(mapped_blocks_with(31 * mb), before);
+    EXPECT_EQ(mapped_blocks_with(33 * mb), before + 1);
 }
 #endif
