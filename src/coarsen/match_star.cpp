@@ -48,7 +48,8 @@ static void prefetch_survey(const HGraph *graph, int v)
     }
 }
 
-int ComputeAllWeights__(const PartCtrl *ctrl, const HGraph *graph, int *keys, int *htable)
+int ComputeAllWeights__(const PartCtrl *ctrl, const HGraph *graph, int *keys, int *partners,
+                        int *htable)
 {
     Candidates list;
     open_candidates(&list, graph, nullptr, htable);
@@ -58,9 +59,13 @@ int ComputeAllWeights__(const PartCtrl *ctrl, const HGraph *graph, int *keys, in
         list_partners<SURVEY>(ctrl, v, graph->incptr, graph->incind, graph->netptr, graph->netind,
                               graph->cellwgt, graph->edgewgt, nullptr, htable, nullptr, nullptr,
                               &list);
-        keys[v] = list.ncand == 0
-                      ? -1
-                      : trunc_int(100.0 / static_cast<double>(highest_connectivity(&list, htable)));
+        keys[v] = partners[v] = -1;
+        if (list.ncand > 0) {
+            const int degree = graph->incptr[v + 1] - graph->incptr[v];
+            const Strongest found = strongest_candidate(&list, degree, htable);
+            keys[v] = trunc_int(100.0 / static_cast<double>(found.most));
+            partners[v] = found.sure;
+        }
         largest = std::max(largest, keys[v]);
     }
     close_candidates(&list, graph, htable);
@@ -69,13 +74,14 @@ int ComputeAllWeights__(const PartCtrl *ctrl, const HGraph *graph, int *keys, in
     return largest + 1;
 }
 
-/* Lists the vertices in perm by decreasing strength of their best connection, equals by degree. */
-static void order_by_strength(const PartCtrl *ctrl, const HGraph *graph, int *perm, int *htable,
-                              int *vpairs)
+/* Lists the vertices in perm by decreasing strength of their best connection, equals by degree;
+ * partners as above. */
+static void order_by_strength(const PartCtrl *ctrl, const HGraph *graph, int *perm, int *partners,
+                              int *htable, int *vpairs)
 {
     int *const keys = vpairs, *const bydegree = vpairs + graph->ncells;
     order_by_degree(ctrl, graph, perm, keys, bydegree);
-    const int largest = ComputeAllWeights__(ctrl, graph, keys, htable);
+    const int largest = ComputeAllWeights__(ctrl, graph, keys, partners, htable);
     BucketSortKeysInc(graph->ncells, largest + 1, keys, bydegree, perm);
 }
 
@@ -97,9 +103,27 @@ static void start_group(Stars *stars, const int *cellwgt, int v, int u)
     stars->wgts[c] += cellwgt[u];
 }
 
+/* The vertex that u joins, -1 for none. Surveys spare most searches: partners is null without one.
+ */
+template <bool Restricted>
+static int choose_partner(const PartCtrl *ctrl, const HGraph *graph, const int *where,
+                          const int *partners, int *htable, const Stars *stars, int u,
+                          Candidates *list)
+{
+    const int *const cellmap = stars->cellmap, *const wgts = stars->wgts;
+    const int sure = partners != nullptr ? partners[u] : -1;
+    if (sure >= 0 && wgts[cellmap[sure]] <= ctrl->MaxCellWgt - graph->cellwgt[u]) return sure;
+    return Restricted
+               ? CFindCellStar__(ctrl, u, graph->incptr, graph->incind, graph->netptr,
+                                 graph->netind, graph->cellwgt, graph->edgewgt, cellmap, htable,
+                                 wgts, where, list)
+               : FindCellStar__(ctrl, u, graph->incptr, graph->incind, graph->netptr, graph->netind,
+                                graph->cellwgt, graph->edgewgt, cellmap, htable, wgts, list);
+}
+
 template <bool Restricted>
 static void join_stars(const PartCtrl *ctrl, const HGraph *graph, const int *where, const int *perm,
-                       int *htable, Stars *stars)
+                       const int *partners, int *htable, Stars *stars)
 {
     int *const cellmap = stars->cellmap, *const wgts = stars->wgts;
     const int *const cellwgt = graph->cellwgt;
@@ -110,14 +134,10 @@ static void join_stars(const PartCtrl *ctrl, const HGraph *graph, const int *whe
         const int u = perm[i];
         prefetch_partners(graph, perm, i);
         if (cellmap[u] != SINGLE) continue;
-        int v = -1;
-        if (JOIN_QUOTA * graph->ncells > joined)
-            v = Restricted ? CFindCellStar__(ctrl, u, graph->incptr, graph->incind, graph->netptr,
-                                             graph->netind, cellwgt, graph->edgewgt, cellmap,
-                                             htable, wgts, where, &list)
-                           : FindCellStar__(ctrl, u, graph->incptr, graph->incind, graph->netptr,
-                                            graph->netind, cellwgt, graph->edgewgt, cellmap, htable,
-                                            wgts, &list);
+        const int v =
+            JOIN_QUOTA * graph->ncells > joined
+                ? choose_partner<Restricted>(ctrl, graph, where, partners, htable, stars, u, &list)
+                : -1;
         if (v >= 0) joined++;
         if (v >= 0 && cellmap[v] != SINGLE) {
             cellmap[u] = cellmap[v];
@@ -151,9 +171,10 @@ static void match_stars(PartCtrl *ctrl, HGraph *graph, const int *where, int *pe
     graph->mind = imalloc__(n, "Match_Edges: graph->mind");
     int *wgts = ismalloc__(n + 1, 0, "Match_EdgesStars: wgts");
 
+    int *const partners = bystrength ? graph->mind : nullptr; // mind is filled when all is joined
     start_timer(ctrl, TIME_AUX3);
     if (bystrength)
-        order_by_strength(ctrl, graph, perm, htable, vpairs);
+        order_by_strength(ctrl, graph, perm, partners, htable, vpairs);
     else
         order_by_degree(ctrl, graph, vpairs + graph->ncells, vpairs, perm);
     stop_timer(ctrl, TIME_AUX3);
@@ -165,7 +186,7 @@ static void match_stars(PartCtrl *ctrl, HGraph *graph, const int *where, int *pe
         graph->cellmap[v] = stars.ngroups;
         stars.wgts[stars.ngroups++] = full;
     }
-    join_stars<Restricted>(ctrl, graph, where, perm, htable, &stars);
+    join_stars<Restricted>(ctrl, graph, where, perm, partners, htable, &stars);
     list_groups(graph, stars.ngroups);
     stop_timer(ctrl, TIME_AUX4);
     QXfree__(&wgts, LTERM);

@@ -33,7 +33,9 @@ int CFindCellStar__(const PartCtrl *ctrl, int u, const int *incptr, const int *i
                     Candidates *list);
 
 /* Writes 100 / (best connectivity) of each vertex into keys, the largest + 1 for vertices without
- * a candidate; returns that largest + 1. */
-int ComputeAllWeights__(const PartCtrl *ctrl, const HGraph *graph, int *keys, int *htable);
+ * a candidate; returns that largest + 1. Looks at hyperedges of edgewgt 0.1 and more only. Writes
+ * into partners who is the best candidate if the others can't change that, else -1. */
+int ComputeAllWeights__(const PartCtrl *ctrl, const HGraph *graph, int *keys, int *partners,
+                        int *htable);
 
 #endif

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cmath>
 #include <cstddef>
 #include <cstdlib>
 #include <limits>
@@ -19,6 +20,7 @@ struct Candidates {
     int *cand;     // [vertices of the level + 1] vertices
     int ncand;     // in use
     int heaviest;  // no vertex and no group outweighs this
+    float skipped; // survey: weight, without sign, of the hyperedges that were not looked at
     bool *cutnets; // [nnets] restricted: the hyperedge has pins in several parts; else null
 };
 
@@ -64,6 +66,7 @@ inline void open_candidates(Candidates *list, const HGraph *graph, const int *wh
     const int n = graph->ncells;
     list->cand = imalloc__(static_cast<size_t>(n) + 1, "Candidates: cand");
     list->ncand = 0;
+    list->skipped = 0;
     list->heaviest = n > 0 ? graph->cellwgt[iamax__(n, graph->cellwgt)] : 0;
     list->cutnets = where != nullptr ? mark_cut_nets(graph, where) : nullptr;
     iset__(n, UNSEEN, htable);
@@ -110,16 +113,32 @@ inline int best_candidate(const Candidates *list, const int *cellwgt, const int 
     return best;
 }
 
-/* The highest connectivity of the candidates, of which there are some; resets htable. */
-inline float highest_connectivity(const Candidates *list, int *htable)
+/* What a survey tells of a vertex that has candidates. */
+struct Strongest {
+    float most; // highest connectivity
+    int sure;   // who has it, if a search over all hyperedges can't find another one; else -1
+};
+
+/* The strongest candidate of a vertex of this degree; resets htable. What the survey skipped adds
+ * to nobody's connectivity more than it weighs in all. A lead of more than that, and more than the
+ * sums' rounding (each of at most degree additions is off by 2^-24 of the total), is not made up
+ * for, and there is no tie. */
+inline Strongest strongest_candidate(const Candidates *list, int degree, int *htable)
 {
-    float most = -std::numeric_limits<float>::infinity();
+    constexpr float none = -std::numeric_limits<float>::infinity();
+    float most = none, second = none;
+    int strongest = -1;
     for (int i = 0; i < list->ncand; i++) {
         const int v = list->cand[i];
-        most = std::max(most, connectivity(htable[v]));
+        const float weight = connectivity(htable[v]);
         htable[v] = UNSEEN;
+        second = std::max(second, std::min(most, weight));
+        strongest = weight > most ? v : strongest;
+        most = std::max(most, weight);
     }
-    return most;
+    const float lead = most - std::max(second, 0.0f) - list->skipped; // unlisted ones start at 0
+    const float rounding = static_cast<float>(degree) * 0x1p-20f * (most + list->skipped);
+    return {most, lead > rounding ? strongest : -1};
 }
 
 /* Lists the candidates of u. With Light every vertex and group is known to fit. */
@@ -131,14 +150,17 @@ inline void list_candidates(const PartCtrl *ctrl, int u, const int *incptr, cons
 {
     const int limit = ctrl->MaxCellWgt - cellwgt[u];
     const int maxnetsize = ctrl->maxnetsize;
-    Candidates found = {list->cand, 0, 0, nullptr};
+    Candidates found = {list->cand, 0, 0, 0, nullptr};
     const bool *const cutnets = list->cutnets;
     for (int j = incptr[u]; j < incptr[u + 1]; j++) {
         const int e = incind[j], begin = netptr[e], end = netptr[e + 1];
         if (R.restricted && (end == begin || end - begin > maxnetsize)) continue;
         const bool checked = R.restricted && cutnets[e];
         const float weight = edgewgt[e];
-        if (R.survey && static_cast<double>(weight) < STRONG_NET) continue;
+        if (R.survey && static_cast<double>(weight) < STRONG_NET) {
+            found.skipped += std::fabs(weight);
+            continue;
+        }
         count_work(WORK_CANDIDATE_PINS, end - begin);
         for (int i = begin; i < end; i++) {
             const int v = netind[i];
@@ -149,6 +171,7 @@ inline void list_candidates(const PartCtrl *ctrl, int u, const int *incptr, cons
         }
     }
     list->ncand = found.ncand;
+    list->skipped = found.skipped;
 }
 
 /* Lists the candidates of u with their connectivities in htable.

@@ -98,11 +98,15 @@ TEST(MatchStarTest, weak_hyperedges_do_not_count_for_the_order_but_for_the_partn
 {
     const Level level = weakly_joined();
     PartCtrl ctrl = make_ctrl();
-    Ints keys(13), htable(26, -1);
-    EXPECT_EQ(ComputeAllWeights__(&ctrl, level.get(), keys.data(), htable.data()), 51);
+    Ints keys(13), partners(13), htable(26, -1);
+    EXPECT_EQ(ComputeAllWeights__(&ctrl, level.get(), keys.data(), partners.data(), htable.data()),
+              51);
     EXPECT_EQ(keys[0], 50); // 100 / 2
     EXPECT_EQ(keys[1], 50);
     EXPECT_EQ(Ints(keys.begin() + 2, keys.end()), Ints(11, 51)); // last
+    EXPECT_EQ(partners[0], 1);
+    EXPECT_EQ(partners[1], 0);
+    EXPECT_EQ(Ints(partners.begin() + 2, partners.end()), Ints(11, -1));
     EXPECT_EQ(htable, Ints(26, -1));
     // 1 and 0 first; the weak ones still pair up among themselves, up to the quota of 6
     EXPECT_EQ(match("EdgesStars1", level.get()),
@@ -115,8 +119,9 @@ TEST(MatchStarTest, strength_of_exactly_a_tenth_counts)
     std::iota(pins.begin(), pins.end(), 0);
     const Level level = make_level(11, {pins}); // 1 / 10 in single precision is above 0.1
     PartCtrl ctrl = make_ctrl();
-    Ints keys(11), htable(22, -1);
-    EXPECT_EQ(ComputeAllWeights__(&ctrl, level.get(), keys.data(), htable.data()), 1000);
+    Ints keys(11), partners(11), htable(22, -1);
+    EXPECT_EQ(ComputeAllWeights__(&ctrl, level.get(), keys.data(), partners.data(), htable.data()),
+              1000);
     EXPECT_EQ(keys[0], 999);
 }
 
@@ -125,9 +130,66 @@ TEST(MatchStarTest, vertex_with_no_partner_light_enough_comes_last)
     const Level level = make_level(3, {{0, 1}, {1, 2}}, {4, 2}, {9, 1, 1});
     PartCtrl ctrl = make_ctrl();
     ctrl.MaxCellWgt = 8;
-    Ints keys(3), htable(6, -1);
-    EXPECT_EQ(ComputeAllWeights__(&ctrl, level.get(), keys.data(), htable.data()), 51);
+    Ints keys(3), partners(3), htable(6, -1);
+    EXPECT_EQ(ComputeAllWeights__(&ctrl, level.get(), keys.data(), partners.data(), htable.data()),
+              51);
     EXPECT_EQ(keys, (Ints{51, 50, 50}));
+}
+
+/* Vertex 0 is joined to 1 by 1.1 and to 2 by 1; nweak hyperedges of 12 pins join it to 2, and
+ * others give 1 so high a degree that 0 comes first. */
+static Level contested(int nweak)
+{
+    Nets nets = {{0, 1}, {0, 2}, {0, 1, 3, 4, 5, 6, 7, 8, 9, 10, 11}};
+    for (int i = 0; i < nweak; i++) nets.push_back({0, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12});
+    nets.insert(nets.end(), 5, {1, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13});
+    return make_level(14, nets);
+}
+
+static int partner_of_0(const Level &level)
+{
+    PartCtrl ctrl = make_ctrl();
+    const size_t n = static_cast<size_t>(level.get()->ncells);
+    const size_t m = static_cast<size_t>(level.get()->nnets);
+    Ints keys(n), partners(n), htable(2 * (n + m), -1);
+    ComputeAllWeights__(&ctrl, level.get(), keys.data(), partners.data(), htable.data());
+    return partners[0];
+}
+
+TEST(MatchStarTest, partner_is_sure_while_its_lead_exceeds_all_that_the_survey_skips)
+{
+    EXPECT_EQ(partner_of_0(contested(0)), 1);
+    EXPECT_EQ(partner_of_0(contested(1)), 1);  // a lead of 0.1, 1/11 skipped
+    EXPECT_EQ(partner_of_0(contested(2)), -1); // 2/11 skipped
+}
+
+TEST(MatchStarTest, skipped_hyperedges_that_make_up_for_the_lead_decide)
+{
+    // 0 is the first in order: 1 has the same strength, but a higher degree
+    const Nets groups = match("EdgesStars1", contested(2).get(), 2);
+    EXPECT_EQ(groups[0], (Ints{0, 2}));
+}
+
+TEST(MatchStarTest, partner_is_not_sure_in_a_tie_or_a_lead_within_rounding)
+{
+    EXPECT_EQ(partner_of_0(make_level(3, {{0, 1}, {0, 2}})), -1);
+    EXPECT_EQ(partner_of_0(make_level(3, {{0, 1}, {0, 2}}, {1 << 24, (1 << 24) - 1})), -1);
+    EXPECT_EQ(partner_of_0(make_level(3, {{0, 1}, {0, 2}}, {1 << 10, (1 << 10) - 1})), 1);
+}
+
+TEST(MatchStarTest, partner_not_joined_by_a_strong_hyperedge_may_win)
+{
+    // 11 weak hyperedges of 1/11 beat a strong one of 1/2
+    Nets nets(11, Nets::value_type{0, 1, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13});
+    nets.push_back({0, 2, 3});
+    EXPECT_EQ(partner_of_0(make_level(14, nets)), -1);
+}
+
+TEST(MatchStarTest, sure_partner_whose_group_is_full_is_passed_over)
+{
+    // 3 would surely join 2, but 1 has done so
+    const Level level = make_level(4, {{1, 2}, {2, 3}, {0, 3}}, {4, 3, 1}, {1, 4, 4, 1});
+    EXPECT_EQ(match("EdgesStars1", level.get(), 8), (Nets{{1, 2}, {0, 3}}));
 }
 
 TEST(RestrictedMatchStarTest, vertex_with_all_neighbours_in_other_parts_stays_single)
