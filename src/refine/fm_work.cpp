@@ -86,7 +86,7 @@ void load_sides(const HGraph *graph, FmWork *work)
     for (int v = 0; v < graph->ncells; v++) {
         work->state[refined_of(work, v)] = static_cast<uint8_t>(where[v]);
         total += graph->cellwgt[v];
-        ones += where[v] ? graph->cellwgt[v] : 0;
+        ones += graph->cellwgt[v] & -where[v];
     }
     work->pwgts[0] = total - ones;
     work->pwgts[1] = ones;

@@ -86,8 +86,8 @@ inline void prefetch_nets(const HGraph *graph, const FmWork *work, int v)
 
 /* Adds delta to the gain of u, a vertex on this side. Twice a weight may leave 32 bits, the sum
  * does not: deltas wrap. */
-template <bool Heap, UpdateRules R, int Side>
-inline void add_gain(const HGraph *graph, FmWork *work, int u, unsigned delta)
+template <bool Heap, UpdateRules R>
+inline void add_gain(const HGraph *graph, FmWork *work, int u, int side, unsigned delta)
 {
     const bool queued = (work->state[u] & QUEUED) != 0;
     if (!R.exact && !queued) return;
@@ -96,7 +96,7 @@ inline void add_gain(const HGraph *graph, FmWork *work, int u, unsigned delta)
     const int oldgain = gain, newgain = static_cast<int>(static_cast<unsigned>(oldgain) + delta);
     gain = newgain;
     if (!R.requeue || (R.exact && !queued)) return;
-    PQueue *const queue = &work->queues[R.one_side ? 0 : Side];
+    PQueue *const queue = &work->queues[R.one_side ? 0 : side];
     if (Heap) {
         PQueueUpdate__(queue, u, oldgain, newgain);
     } else {
@@ -116,7 +116,7 @@ inline void add_gains(const HGraph *graph, FmWork *work, const FmNet *net, int v
         const int u = *pin;
         // v itself is not queued
         if (R.exact ? (state[u] & SIDE) == Side && u != v : state[u] == (Side | QUEUED))
-            add_gain<Heap, R, Side>(graph, work, u, delta);
+            add_gain<Heap, R>(graph, work, u, Side, delta);
     }
 }
 
@@ -137,16 +137,19 @@ inline void update_pins(const HGraph *graph, FmWork *work, int e, int v)
         nto = large->npins[To];
         xor0 = large->xor0;
     }
-    if (w == 0) return; // a gain that stays keeps its place
-    if (nto == 1 && nfrom > 1) {
-        add_gains<Heap, R, From>(graph, work, net, v, w);
-    } else if (nfrom == 0 && nto > 2) {
+    if (w == 0) return;     // a gain that stays keeps its place
+    if (nfrom + nto == 2) { // more than half of all; which side the other pin is on is a toss-up
+        const int u = net->pinxor ^ v, side = side_of(work, u);
+        add_gain<Heap, R>(graph, work, u, side, side == From ? 2 * w : 2 * -w);
+    } else if (nto == 1) {
+        if (nfrom > 0) add_gains<Heap, R, From>(graph, work, net, v, w);
+    } else if (nfrom == 0) {
         add_gains<Heap, R, To>(graph, work, net, v, -w);
     } else {
         const int xor1 = net->pinxor ^ xor0;
         const int left = From ? xor1 : xor0, met = (From ? xor0 : xor1) ^ v;
-        if (nfrom == 1) add_gain<Heap, R, From>(graph, work, left, nto == 1 ? 2 * w : w);
-        if (nto == 2) add_gain<Heap, R, To>(graph, work, met, nfrom == 0 ? 2 * -w : -w);
+        if (nfrom == 1) add_gain<Heap, R>(graph, work, left, From, w);
+        if (nto == 2) add_gain<Heap, R>(graph, work, met, To, -w);
     }
 }
 
