@@ -1,12 +1,13 @@
 /* core/sort.cpp: counting sort, and one quicksort for every element type and order.
  *
- * The quicksort partitions down to blocks of at most 21 elements, then one insertion pass over the
- * whole array finishes them. Its exchanges leave a definite order among equal keys; partitions are
- * reproducible only as long as that order stays as it is.
+ * The quicksort partitions down to ranges of at most 21 elements, each of which is then put in
+ * order without exchanging equal keys. Its exchanges leave a definite order among equal keys;
+ * partitions are reproducible only as long as that order stays as it is.
  */
 #include "core/sort.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstdint>
 #include <cstdlib>
 #include <utility>
@@ -25,24 +26,26 @@ void BucketSortKeysInc(int n, int max, const int *keys, const int *tperm, int *p
 
 struct IncreasingInt {
     using Element = int;
+    static constexpr int LAST = INT_MAX; // before no key
     static int key(int x) { return x; }
     static bool before(int a, int b) { return a < b; }
 };
 
 struct IncreasingKey {
     using Element = KeyValue;
+    static constexpr int LAST = INT_MAX;
     static int key(const KeyValue &x) { return x.key; }
     static bool before(int a, int b) { return a < b; }
 };
 
 struct DecreasingKey {
     using Element = KeyValue;
+    static constexpr int LAST = INT_MIN;
     static int key(const KeyValue &x) { return x.key; }
     static bool before(int a, int b) { return a > b; }
 };
 
-constexpr int SMALL_SPAN =
-    20; // a range whose last - first is no more is left to the insertion pass
+constexpr int SMALL_SPAN = 20; // a range whose last - first is no more is not split again
 
 template <class Order>
 static bool precedes(const typename Order::Element &a, const typename Order::Element &b)
@@ -82,34 +85,69 @@ template <class Order> static int median_of_three(typename Order::Element *a, in
     return Order::key(a[middle]);
 }
 
-constexpr int BLOCK = 64; // elements compared at a time, at either end
+/* Orders a[0..n-1], a range that is not split again, equal keys as they are. Each element's place
+ * is the number of keys before it: counting them all, several at a time, takes less than foreseeing
+ * wrongly how far one moves. */
+template <class Order> static void order_range(int n, typename Order::Element *a)
+{
+    constexpr int most = SMALL_SPAN + 4; // a multiple of four
+    int keys[most], placed[most];        // placed[i]: elements put at i and behind it, of equal key
+    typename Order::Element ordered[most];
+    for (int i = 0; i < most; i++) {
+        keys[i] = Order::LAST;
+        placed[i] = 0;
+    }
+    for (int i = 0; i < n; i++) keys[i] = Order::key(a[i]);
+    for (int i = 0; i < n; i++) {
+        int rank = 0;
+        for (int j = 0; j < most; j++) rank += Order::before(keys[j], keys[i]);
+        ordered[rank + placed[rank]++] = a[i];
+    }
+    std::copy(ordered, ordered + n, a);
+}
+
+/* The same for the range at the start of the array, after its first smallest element has been
+ * exchanged with a[0]. */
+template <class Order> static void order_first_range(int n, typename Order::Element *a)
+{
+    place_sentinel<Order>(n, a);
+    order_range<Order>(n, a);
+}
+
+constexpr int BLOCK = 64; // most elements compared at a time, at either end
 
 /* Where in a block the elements stand that must cross to the other end. */
 struct Crossing {
     uint8_t at[BLOCK];
     int n, used;
+    int size; // of the block
 };
 
 /* Exchanges the elements at l and above with those at r and below that are on the wrong side of
- * the pivot, in pairs from the ends inwards, while there are whole blocks at both ends. Nobody can
- * foresee a comparison with the pivot, so its result is added up, not branched on.
- * Source: Edelkamp & Weiss, BlockQuicksort, ESA 2016. */
+ * the pivot, in pairs from the ends inwards, until all are compared. Nobody can foresee a
+ * comparison with the pivot, so its result is added up, not branched on. Source: Edelkamp & Weiss,
+ * BlockQuicksort, ESA 2016. */
 template <class Order>
 static void partition_blocks(typename Order::Element *a, int pivot, int *l, int *r)
 {
     Crossing left = {}, right = {};
     int low = *l, high = *r; // start of the left block, end of the right one
-    while (high - low >= 2 * BLOCK) {
-        if (left.used == left.n) {
+    for (;;) {
+        const int rest = high - low + 1 - left.size - right.size; // not compared
+        const bool both = left.size == 0 && right.size == 0;
+        if (rest == 0) break;
+        if (left.size == 0) {
+            left.size = std::min(both ? (rest + 1) / 2 : rest, BLOCK);
             left.used = left.n = 0;
-            for (int i = 0; i < BLOCK; i++) {
+            for (int i = 0; i < left.size; i++) {
                 left.at[left.n] = static_cast<uint8_t>(i);
                 left.n += !Order::before(Order::key(a[low + i]), pivot);
             }
         }
-        if (right.used == right.n) {
+        if (right.size == 0) {
+            right.size = std::min(both ? rest / 2 : rest, BLOCK);
             right.used = right.n = 0;
-            for (int i = 0; i < BLOCK; i++) {
+            for (int i = 0; i < right.size; i++) {
                 right.at[right.n] = static_cast<uint8_t>(i);
                 right.n += !Order::before(pivot, Order::key(a[high - i]));
             }
@@ -117,11 +155,17 @@ static void partition_blocks(typename Order::Element *a, int pivot, int *l, int 
         const int n = std::min(left.n - left.used, right.n - right.used);
         for (int i = 0; i < n; i++)
             std::swap(a[low + left.at[left.used++]], a[high - right.at[right.used++]]);
-        if (left.used == left.n) low += BLOCK;
-        if (right.used == right.n) high -= BLOCK;
+        if (left.used == left.n) {
+            low += left.size;
+            left.size = 0;
+        }
+        if (right.used == right.n) {
+            high -= right.size;
+            right.size = 0;
+        }
     }
-    *l = left.used < left.n ? low + left.at[left.used] : low;
-    *r = right.used < right.n ? high - right.at[right.used] : high;
+    *l = left.size > 0 ? low + left.at[left.used] : low;
+    *r = right.size > 0 ? high - right.at[right.used] : high;
 }
 
 /* Splits a[low..high]: on return a[low..*right] goes before a[*left..high]. */
@@ -131,7 +175,7 @@ static void partition_range(typename Order::Element *a, int low, int high, int *
     const int pivot = median_of_three<Order>(a, low, high);
     int l = low + 1, r = high - 1;
     partition_blocks<Order>(a, pivot, &l, &r);
-    do {
+    while (l <= r) {
         while (Order::before(Order::key(a[l]), pivot)) l++;
         while (Order::before(pivot, Order::key(a[r]))) r--;
         if (l < r) {
@@ -139,24 +183,40 @@ static void partition_range(typename Order::Element *a, int low, int high, int *
         } else if (l == r) {
             l++;
             r--;
-            break;
         }
-    } while (l <= r);
+    }
     *left = l;
     *right = r;
 }
 
-template <class Order> static void partition_all(int n, typename Order::Element *a)
+/* Whether a[low..high] is to be split again; orders it if not. */
+template <class Order> static bool is_left_to_split(typename Order::Element *a, int low, int high)
+{
+    if (high - low > SMALL_SPAN) return true;
+    if (low == 0)
+        order_first_range<Order>(high + 1, a);
+    else
+        order_range<Order>(high - low + 1, a + low);
+    return false;
+}
+
+template <class Order> static void quicksort(int n, typename Order::Element *a)
 {
     struct Range {
         int low, high;
     } stack[32]; // the smaller range goes first, so each entry at least halves the next
     int depth = 0, low = 0, high = n - 1;
+    if (n < 1) return;
+    if (n <= SMALL_SPAN) { // 21 elements are split once
+        order_first_range<Order>(n, a);
+        return;
+    }
     for (;;) {
         int left, right;
         partition_range<Order>(a, low, high, &left, &right);
-        const bool lower_large = right - low > SMALL_SPAN, upper_large = high - left > SMALL_SPAN;
-        if (lower_large && upper_large) {
+        const bool lower = is_left_to_split<Order>(a, low, right);
+        const bool upper = is_left_to_split<Order>(a, left, high);
+        if (lower && upper) {
             if (right - low > high - left) {
                 stack[depth++] = {low, right};
                 low = left;
@@ -164,9 +224,9 @@ template <class Order> static void partition_all(int n, typename Order::Element 
                 stack[depth++] = {left, high};
                 high = right;
             }
-        } else if (lower_large) {
+        } else if (lower) {
             high = right;
-        } else if (upper_large) {
+        } else if (upper) {
             low = left;
         } else {
             if (depth == 0) return;
@@ -175,14 +235,6 @@ template <class Order> static void partition_all(int n, typename Order::Element 
             high = stack[depth].high;
         }
     }
-}
-
-template <class Order> static void quicksort(int n, typename Order::Element *a)
-{
-    if (n < 1) return;
-    if (n > SMALL_SPAN) partition_all<Order>(n, a);
-    place_sentinel<Order>(n < SMALL_SPAN + 1 ? n : SMALL_SPAN + 1, a);
-    insert_from<Order>(1, n, a);
 }
 
 void iintsort__(int n, int *a)
