@@ -17,21 +17,29 @@ static int gain_bound(const HGraph *graph)
     return graph->ncells > 0 ? graph->adjwgt[iamax__(graph->ncells, graph->adjwgt)] : 0;
 }
 
-/* Lists what does not change of the hyperedges and numbers the large ones. */
+/* Lists what does not change of the hyperedges. */
+static FmNet *list_nets(const HGraph *graph)
+{
+    FmNet *nets = alloc_array<FmNet>(static_cast<size_t>(graph->nnets), "FM_Refine: nets");
+    for (int e = 0; e < graph->nnets; e++) {
+        const int begin = graph->netptr[e], end = graph->netptr[e + 1];
+        int pinxor = 0;
+        for (int j = begin; j < end; j++) pinxor ^= graph->netind[j];
+        nets[e] = {graph->netwgt[e], begin, end, pinxor};
+    }
+    return nets;
+}
+
+/* Numbers the large hyperedges. */
 static void open_nets(const HGraph *graph, FmWork *work)
 {
     const size_t nnets = static_cast<size_t>(graph->nnets);
-    work->nets = alloc_array<FmNet>(nnets, "FM_Refine: nets");
+    work->nets = work->copy.nets != nullptr ? work->copy.nets : list_nets(graph);
     work->counts = alloc_array<PackedCounts>(nnets, "FM_Refine: counts");
     work->nlarge = 0;
     work->single = false;
     for (int e = 0; e < graph->nnets; e++) {
-        FmNet *const net = &work->nets[e];
-        const int *const pins = graph->netind;
-        int pinxor = 0;
-        for (int j = graph->netptr[e]; j < graph->netptr[e + 1]; j++) pinxor ^= pins[j];
-        *net = {graph->netwgt[e], graph->netptr[e], graph->netptr[e + 1], pinxor};
-        const int size = net_size(graph, e);
+        const int size = work->nets[e].end - work->nets[e].first;
         const bool small = size > 0 && size <= PACKED_SIZE;
         work->counts[e] =
             small ? PackedCounts{1} << PACKED_ALL : static_cast<PackedCounts>(work->nlarge++);
@@ -74,9 +82,10 @@ void close_work(FmWork *work, int nqueues)
         free_queue_pair(work->queues);
     else
         PQueueFree__(&work->queues[0]);
+    if (work->copy.nets == nullptr) QXfree__(&work->nets, LTERM);
     free_relabelled(&work->copy);
-    QXfree__(&work->state, &work->nets, &work->counts, &work->large, &work->startcounts,
-             &work->startlarge, &work->startgain, &work->swaps, &work->perm, LTERM);
+    QXfree__(&work->state, &work->counts, &work->large, &work->startcounts, &work->startlarge,
+             &work->startgain, &work->swaps, &work->perm, LTERM);
 }
 
 void load_sides(const HGraph *graph, FmWork *work)

@@ -26,13 +26,6 @@
 
 enum VertexState : uint8_t { SIDE = 1, QUEUED = 2 }; // bits
 
-/* What does not change of a hyperedge. */
-struct FmNet {
-    int wgt;        // netwgt
-    int first, end; // pins are netind[first..end-1]
-    int pinxor;     // exclusive or of all pins
-};
-
 /* What changes is packed in a word, so that counting a move reads and writes eight bytes of memory
  * a hyperedge: from the low end 32 bits of F2's exclusive or, then a byte each for the pins on side
  * 0, those on side 1, the queued ones and all. With more pins than a byte holds, that last byte is
@@ -52,7 +45,7 @@ struct NetCounts {
 struct FmWork {
     PQueue queues[2]; // one per side, sharing nodes; only the first where one side gives vertices
     uint8_t *state;   // [ncells] VertexState
-    FmNet *nets;      // [nnets]
+    FmNet *nets;      // [nnets] the copy's, if there is one
     PackedCounts *counts; // [nnets]
     NetCounts *large;     // [nlarge] of hyperedges of more than PACKED_SIZE pins
     int nlarge;

@@ -20,12 +20,12 @@ static void copy_lists(const HGraph *graph, Relabelled *copy)
         level->cellwgt[i] = graph->cellwgt[v];
         level->adjwgt[i] = graph->adjwgt[v];
         for (int j = incptr[v]; j < incptr[v + 1]; j++) {
-            const int e = incind[j];
-            if (copy->netlabel[e] < 0) {
-                level->netwgt[nnets] = e; // for now, the hyperedge behind the label
-                copy->netlabel[e] = nnets++;
-            }
-            level->incind[used++] = copy->netlabel[e];
+            const int e = incind[j], known = copy->netlabel[e];
+            const int label = known < 0 ? nnets : known;
+            level->netwgt[nnets] = e; // for now, the hyperedge behind the label
+            nnets += known < 0;
+            copy->netlabel[e] = label;
+            level->incind[used++] = label;
         }
     }
     level->incptr[graph->ncells] = used;
@@ -37,10 +37,16 @@ static void copy_lists(const HGraph *graph, Relabelled *copy)
     used = 0;
     for (int k = 0; k < nnets; k++) {
         const int e = level->netwgt[k];
+        FmNet net = {graph->netwgt[e], used, 0, 0};
         level->netptr[k] = used;
-        level->netwgt[k] = graph->netwgt[e];
-        for (int j = graph->netptr[e]; j < graph->netptr[e + 1]; j++)
-            level->netind[used++] = copy->label[graph->netind[j]];
+        level->netwgt[k] = net.wgt;
+        for (int j = graph->netptr[e]; j < graph->netptr[e + 1]; j++) {
+            const int v = copy->label[graph->netind[j]];
+            level->netind[used++] = v;
+            net.pinxor ^= v;
+        }
+        net.end = used;
+        copy->nets[k] = net;
     }
     level->netptr[nnets] = used;
 }
@@ -59,12 +65,13 @@ void relabel_level(const HGraph *graph, Relabelled *copy)
     level->incind = imalloc__(npins, "Relabelled: incind");
     level->netptr = imalloc__(nnets + 1, "Relabelled: netptr");
     level->netind = imalloc__(npins, "Relabelled: netind");
-    level->netwgt = imalloc__(nnets, "Relabelled: netwgt");
+    level->netwgt = imalloc__(nnets + 1, "Relabelled: netwgt"); // one is written ahead
     level->cellwgt = imalloc__(n, "Relabelled: cellwgt");
     level->adjwgt = imalloc__(n, "Relabelled: adjwgt");
     copy->vertex = imalloc__(n, "Relabelled: vertex");
     copy->label = imalloc__(n, "Relabelled: label");
     copy->netlabel = ismalloc__(nnets, -1, "Relabelled: netlabel");
+    copy->nets = alloc_array<FmNet>(nnets, "FM_Refine: nets");
     int next = 0;
     for (; next < graph->nfixed; next++) copy->vertex[next] = next;
     for (int i = 0; i < graph->ncells; i++)
@@ -78,5 +85,6 @@ void free_relabelled(Relabelled *copy)
     HGraph *const level = &copy->level;
     if (copy->vertex == nullptr) return;
     QXfree__(&level->incptr, &level->incind, &level->netptr, &level->netind, &level->netwgt,
-             &level->cellwgt, &level->adjwgt, &copy->vertex, &copy->label, &copy->netlabel, LTERM);
+             &level->cellwgt, &level->adjwgt, &copy->vertex, &copy->label, &copy->netlabel,
+             &copy->nets, LTERM);
 }

@@ -4,6 +4,13 @@
 
 #include "core/hgraph.h"
 
+/* What does not change of a hyperedge while a bisection is refined. */
+struct FmNet {
+    int wgt;        // netwgt
+    int first, end; // pins are netind[first..end-1]
+    int pinxor;     // exclusive or of all pins
+};
+
 /* A copy of a level whose vertices and hyperedges are numbered so that neighbours are close in
  * memory. Fixed vertices keep the lowest numbers. Orders within lists are those of the level. */
 struct Relabelled {
@@ -11,6 +18,7 @@ struct Relabelled {
     int *vertex;   // [ncells] the vertex behind each label; null: no copy was made
     int *label;    // [ncells] the label of each vertex
     int *netlabel; // [nnets] the label of each hyperedge
+    FmNet *nets;   // [nnets] of the copy
 };
 
 /* Makes the copy, by the level's nearby order, in O(pins). */
