@@ -5,6 +5,8 @@
  */
 #include "coarsen/contract.h"
 
+#include <algorithm>
+#include <climits>
 #include <cstdlib>
 
 #include "coarsen/merge_nets.h"
@@ -14,41 +16,46 @@
 #include "core/vectors.h"
 #include "core/work_counts.h"
 
-constexpr int FEW_PINS = HEAVY_ASSERTS ? 3 : 12; // ranked by comparison: beats marking and sorting
+constexpr int FEW_PINS = HEAVY_ASSERTS ? 3 : 16; // ranked by comparison: beats marking and sorting
 
-/* Maps n pins of a finer hyperedge, at least one, to coarse vertices, in order and each once;
- * returns their number. Their order is that of chance, so each is put where its rank says, without
- * a branch. */
-[[gnu::always_inline]] static inline int rank_pins(const int *cellmap, int n, const int *finepins,
-                                                   int *pins)
+/* Maps n <= Most pins of a finer hyperedge to coarse vertices, in order and each once; returns
+ * their number. Their order is that of chance, so each is put where its rank says, without a
+ * branch: equal ones at the same place, before places left empty. Compared with as many as there
+ * may be, they are counted several at a time. */
+template <int Most> static int rank_pins(const int *cellmap, int n, const int *finepins, int *pins)
 {
-    int mapped[FEW_PINS], last = 0;
+    constexpr int none = INT_MAX;
+    int mapped[Most], ranked[Most], size = 0;
+    for (int j = 0; j < Most; j++) mapped[j] = ranked[j] = none;
     for (int j = 0; j < n; j++) mapped[j] = cellmap[finepins[j]];
     for (int j = 0; j < n; j++) {
         int rank = 0;
-        for (int i = 0; i < n; i++) rank += mapped[i] < mapped[j] + (i < j);
-        pins[rank] = mapped[j];
+        for (int i = 0; i < Most; i++) rank += mapped[i] < mapped[j];
+        ranked[rank] = mapped[j];
     }
-    for (int j = 1; j < n; j++) {
-        last += pins[j] != pins[last];
-        pins[last] = pins[j];
+    for (int j = 0; j < n; j++) {
+        pins[size] = ranked[j];
+        size += ranked[j] != none;
     }
-    return last + 1;
+    return size;
 }
 
-/* The same for few pins: loops over most hyperedges' sizes are unrolled. */
+/* The same for two pins, as most hyperedges have. */
+static int map_pair(const int *cellmap, const int *finepins, int *pins)
+{
+    const int c = cellmap[finepins[0]], d = cellmap[finepins[1]];
+    pins[0] = std::min(c, d);
+    pins[1] = std::max(c, d);
+    return c == d ? 1 : 2;
+}
+
+/* The same for few pins. */
 static int map_few_pins(const int *cellmap, int n, const int *finepins, int *pins)
 {
-    switch (n) {
-    case 0:
-        return 0;
-    case 2:
-        return rank_pins(cellmap, 2, finepins, pins);
-    case 3:
-        return rank_pins(cellmap, 3, finepins, pins);
-    default:
-        return rank_pins(cellmap, n, finepins, pins);
-    }
+    if (n == 2) return map_pair(cellmap, finepins, pins);
+    if (n <= 4) return rank_pins<4>(cellmap, n, finepins, pins);
+    if (n <= 8) return rank_pins<8>(cellmap, n, finepins, pins);
+    return rank_pins<FEW_PINS>(cellmap, n, finepins, pins);
 }
 
 /* Maps the pins of finer hyperedge e to coarse vertices, in order and each once; returns their
