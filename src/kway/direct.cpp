@@ -60,7 +60,7 @@ void InitPartitionKway__(PartCtrl *ctrl, HGraph *cgraph)
     ZORPEL_PartRecursiveInternal(cgraph->ncells, cgraph->nnets, cgraph->cellwgt, cgraph->netptr,
                                  cgraph->netind, cgraph->netwgt, ctrl->nparts, 1, options,
                                  cgraph->where, &edgecut);
-    refine_objective(ctrl, cgraph);
+    refine_objective(ctrl, cgraph, KwayRecords::current);
     icopy__(cgraph->ncells, cgraph->where, bestwhere);
     icopy__(cgraph->ncells, bestwhere, cgraph->where);
     if (ctrl->dbglvl & DBG_INIT)
@@ -90,10 +90,7 @@ static void allocate(PartCtrl *ctrl, HGraph *graph)
 
 static void refine_whole_kway(PartCtrl *ctrl, HGraph *graph)
 {
-    if (ctrl->RType == RTYPE_CUT)
-        RefineCutKway_Random__(ctrl, graph, KWAY_PASSES);
-    else
-        RefineSOEDKway_Random__(ctrl, graph, KWAY_PASSES);
+    refine_kway_random(ctrl, graph, KWAY_PASSES, ctrl->RType != RTYPE_CUT, KwayRecords::dropped);
 }
 
 static void vcycle_kway(PartCtrl *ctrl, HGraph *graph)

@@ -42,13 +42,20 @@ static int find_part(const KwayPartDeg *list, int n, int part)
     return i;
 }
 
-/* Builds the list of hyperedge e in pin order. */
+/* Builds the list of hyperedge e in pin order. Most are within one part. */
 static void count_parts(HGraph *graph, int e)
 {
     NetKwayInfo *const net = &graph->nrinfo[e];
+    const int *const netind = graph->netind, *const where = graph->where;
+    const int begin = graph->netptr[e], end = graph->netptr[e + 1];
     net->ndegrees = 0;
-    for (int j = graph->netptr[e]; j < graph->netptr[e + 1]; j++) {
-        const int part = graph->where[graph->netind[j]];
+    if (begin == end) return;
+    const int first = where[netind[begin]];
+    int j = begin + 1;
+    while (j < end && where[netind[j]] == first) j++;
+    net->degrees[net->ndegrees++] = {first, j - begin, 0, 0};
+    for (; j < end; j++) {
+        const int part = where[netind[j]];
         const int i = find_part(net->degrees, net->ndegrees, part);
         if (i < net->ndegrees)
             net->degrees[i].num++;
@@ -115,28 +122,32 @@ static void compute_record(HGraph *graph, int v)
     cell->ed = ed;
 }
 
-/* The record of a vertex all of whose hyperedges are within its part. */
-static void set_inner_record(HGraph *graph, int v)
+/* Takes what cut hyperedge e says of them into id and ed of its pins, which become boundary. */
+static void outline_pins(HGraph *graph, int e, uint8_t *boundary)
 {
-    CellKwayInfo *const cell = &graph->crinfo[v];
-    cell->ndegrees = cell->ed = 0;
-    cell->id = graph->adjwgt[v];
-}
-
-/* Marks the pins of the cut hyperedges. */
-static void mark_boundary(const HGraph *graph, bool *boundary)
-{
-    for (int v = 0; v < graph->ncells; v++) boundary[v] = false;
-    for (int e = 0; e < graph->nnets; e++) {
-        if (graph->nrinfo[e].ndegrees < 2) continue;
-        for (int j = graph->netptr[e]; j < graph->netptr[e + 1]; j++)
-            boundary[graph->netind[j]] = true;
+    const NetKwayInfo *const net = &graph->nrinfo[e];
+    const int w = graph->netwgt[e];
+    for (int j = graph->netptr[e]; j < graph->netptr[e + 1]; j++) {
+        const int u = graph->netind[j];
+        const int i = find_part(net->degrees, net->ndegrees, graph->where[u]);
+        CellKwayInfo *const cell = &graph->crinfo[u];
+        cell->id -= w;
+        cell->ed += net->degrees[i].num == 1 ? w : 0;
+        boundary[u] = STALE | LISTED | OUTLINED;
     }
 }
 
-void ComputeInitKwayGains__(const PartCtrl *ctrl, HGraph *graph)
+/* Computes kpwgts, mincut, minsoed, the hyperedges' records, and id and ed of all vertices; other
+ * lists than those of the boundary are empty. boundary is 0 for all. */
+static void outline_all(const PartCtrl *ctrl, HGraph *graph, uint8_t *boundary)
 {
     iset__(ctrl->nparts, 0, graph->kpwgts);
+    for (int v = 0; v < graph->ncells; v++) {
+        CellKwayInfo *const cell = &graph->crinfo[v];
+        graph->kpwgts[graph->where[v]] += graph->cellwgt[v];
+        cell->ndegrees = cell->ed = 0;
+        cell->id = graph->adjwgt[v];
+    }
     graph->mincut = 0;
     unsigned soed = 0; // wraps if it must
     for (int e = 0; e < graph->nnets; e++) {
@@ -145,18 +156,25 @@ void ComputeInitKwayGains__(const PartCtrl *ctrl, HGraph *graph)
         if (lambda < 2) continue;
         graph->mincut += graph->netwgt[e];
         soed += static_cast<unsigned>(lambda) * static_cast<unsigned>(graph->netwgt[e]);
+        outline_pins(graph, e, boundary);
     }
     graph->minsoed = static_cast<int>(soed);
-    bool *boundary =
-        alloc_array<bool>(static_cast<size_t>(graph->ncells), "ComputeInitKwayGains: boundary");
-    mark_boundary(graph, boundary);
-    for (int v = 0; v < graph->ncells; v++) {
-        graph->kpwgts[graph->where[v]] += graph->cellwgt[v];
-        if (boundary[v])
-            compute_record(graph, v);
-        else
-            set_inner_record(graph, v);
-    }
+}
+
+static uint8_t *alloc_states(const HGraph *graph, const char *msg)
+{
+    const size_t n = static_cast<size_t>(graph->ncells);
+    uint8_t *states = alloc_array<uint8_t>(n, msg);
+    if (n > 0) memset(states, 0, n);
+    return states;
+}
+
+void ComputeInitKwayGains__(const PartCtrl *ctrl, HGraph *graph)
+{
+    uint8_t *boundary = alloc_states(graph, "ComputeInitKwayGains: boundary");
+    outline_all(ctrl, graph, boundary);
+    for (int v = 0; v < graph->ncells; v++)
+        if (boundary[v] != 0) compute_record(graph, v);
     QXfree__(&boundary, LTERM);
 }
 
@@ -219,12 +237,10 @@ void KwayUpdateGainInfo__(HGraph *graph, int v, int from, int to, int *marker, i
 
 void open_stale(const HGraph *graph, StaleRecords *stale)
 {
-    const size_t n = static_cast<size_t>(graph->ncells);
-    stale->state = alloc_array<uint8_t>(n, "RefineKway_Random: stale");
-    stale->list = imalloc__(n, "RefineKway_Random: updind");
+    stale->state = alloc_states(graph, "RefineKway_Random: stale");
+    stale->list = imalloc__(static_cast<size_t>(graph->ncells), "RefineKway_Random: updind");
     stale->n = 0;
     stale->looked = 0;
-    if (n > 0) memset(stale->state, 0, n);
 }
 
 void close_stale(StaleRecords *stale)
@@ -232,10 +248,37 @@ void close_stale(StaleRecords *stale)
     QXfree__(&stale->state, &stale->list, LTERM);
 }
 
+void outline_records(const PartCtrl *ctrl, HGraph *graph, StaleRecords *stale)
+{
+    outline_all(ctrl, graph, stale->state);
+    for (int v = 0; v < graph->ncells; v++) {
+        stale->list[stale->n] = v;
+        stale->n += stale->state[v] != 0;
+    }
+}
+
 static void make_stale(StaleRecords *stale, int v)
 {
     if (stale->state[v] == 0) stale->list[stale->n++] = v;
     stale->state[v] = STALE | LISTED;
+}
+
+void refresh_outline(HGraph *graph, StaleRecords *stale, int v)
+{
+    if ((stale->state[v] & (STALE | OUTLINED)) != STALE) return;
+    const int home = graph->where[v];
+    int id = 0, ed = 0;
+    for (int j = graph->incptr[v]; j < graph->incptr[v + 1]; j++) {
+        const int e = graph->incind[j], w = graph->netwgt[e];
+        const NetKwayInfo *const net = &graph->nrinfo[e];
+        if (net->ndegrees == 1)
+            id += w;
+        else if (net->degrees[find_part(net->degrees, net->ndegrees, home)].num == 1)
+            ed += w;
+    }
+    graph->crinfo[v].id = id;
+    graph->crinfo[v].ed = ed;
+    stale->state[v] |= OUTLINED;
 }
 
 void refresh_record(HGraph *graph, StaleRecords *stale, int v)

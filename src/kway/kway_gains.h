@@ -23,10 +23,10 @@ void ComputeKwayGainsSet__(HGraph *graph, int n, const int *list);
 void KwayUpdateGainInfo__(HGraph *graph, int v, int from, int to, int *marker, int *updind);
 
 /* Vertices whose records wait to be recomputed until they are read: between two visits most change
- * more than once. A record holds what it would hold if it had been recomputed at each change: its
- * ties are of the last change that was more than one of ties, so they are brought up to that point
- * before a hyperedge's ties change. */
-enum StaleState : uint8_t { STALE = 1, LISTED = 2 }; // bits
+ * more than once, and few are asked for more than id and ed. A record holds what it would hold if
+ * it had been recomputed at each change: its ties are of the last change that was more than one of
+ * ties, so they are brought up to that point before a hyperedge's ties change. */
+enum StaleState : uint8_t { STALE = 1, LISTED = 2, OUTLINED = 4 }; // bits; OUTLINED: id and ed hold
 struct StaleRecords {
     uint8_t *state; // [ncells] StaleState
     int *list;      // [ncells] the stale vertices, and some that are no longer so
@@ -34,11 +34,19 @@ struct StaleRecords {
     int64_t looked; // pins looked at since the list was cleared
 };
 
+/* All records are current. */
 void open_stale(const HGraph *graph, StaleRecords *stale);
 void close_stale(StaleRecords *stale);
 
+/* ComputeInitKwayGains__, but of vertices with cut hyperedges only id and ed are computed; the
+ * records stay stale. Call it between open_stale and the first move. */
+void outline_records(const PartCtrl *ctrl, HGraph *graph, StaleRecords *stale);
+
 /* KwayUpdateGainInfo__, but the records become stale instead. */
 void note_kway_move(HGraph *graph, int v, int from, int to, int *marker, StaleRecords *stale);
+
+/* Makes id and ed of v's record current. */
+void refresh_outline(HGraph *graph, StaleRecords *stale, int v);
 
 /* Makes v's record, or all, what KwayUpdateGainInfo__ would have left. */
 void refresh_record(HGraph *graph, StaleRecords *stale, int v);

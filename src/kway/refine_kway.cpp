@@ -29,20 +29,16 @@ void PartitionIslandsKway__(const PartCtrl *ctrl, HGraph *graph)
     }
 }
 
-bool refine_objective(PartCtrl *ctrl, HGraph *graph)
+bool refine_objective(PartCtrl *ctrl, HGraph *graph, KwayRecords records)
 {
-    if (ctrl->RType == RTYPE_CUT)
-        RefineCutKway_Random__(ctrl, graph, KWAY_PASSES);
-    else if (ctrl->RType == RTYPE_SOED)
-        RefineSOEDKway_Random__(ctrl, graph, KWAY_PASSES);
-    else
-        return false;
+    if (ctrl->RType != RTYPE_CUT && ctrl->RType != RTYPE_SOED) return false;
+    refine_kway_random(ctrl, graph, KWAY_PASSES, ctrl->RType == RTYPE_SOED, records);
     return true;
 }
 
 static void refine_kway_level(PartCtrl *ctrl, HGraph *graph)
 {
-    if (graph->ncells > 0 && refine_objective(ctrl, graph)) return;
+    if (graph->ncells > 0 && refine_objective(ctrl, graph, KwayRecords::dropped)) return;
     if (graph->ncells > 0 && ctrl->RType != RTYPE_NONE)
         errexit__("Unknown refinement type: %d\n", ctrl->RType);
     ComputeInitKwayGains__(ctrl, graph); // for the part weights, which the islands need

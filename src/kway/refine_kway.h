@@ -3,6 +3,7 @@
 #define ZORPEL_KWAY_REFINE_KWAY_H
 
 #include "core/hgraph.h"
+#include "kway/refine_random.h"
 #include "partition/ctrl.h"
 
 /* Carries the partition of cgraph, the coarsest level of a chain, to graph, its finest: projects,
@@ -22,6 +23,6 @@ int VCycleRefinementKway__(PartCtrl *ctrl, HGraph *graph, int ncycles);
 
 /* Refines one level for the objective in ctrl->RType: false, and nothing done, for another value.
  */
-bool refine_objective(PartCtrl *ctrl, HGraph *graph);
+bool refine_objective(PartCtrl *ctrl, HGraph *graph, KwayRecords records);
 
 #endif

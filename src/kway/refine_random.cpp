@@ -122,11 +122,12 @@ template <Objective O> static int sweep(const PartCtrl *ctrl, HGraph *graph, Kwa
     for (int i = 0; i < graph->ncells; i++) {
         const int v = work->perm[i];
         if (v < graph->nfixed) continue;
-        refresh_record(graph, &work->stale, v);
+        refresh_outline(graph, &work->stale, v);
         const CellKwayInfo *const cell = &graph->crinfo[v];
         if (cell->id > cell->ed) continue;
         const int from = graph->where[v], weight = graph->cellwgt[v];
         if (graph->kpwgts[from] - weight < work->minpwgt) continue;
+        refresh_record(graph, &work->stale, v); // one in ten comes this far
         const KwayPartDeg *const best = best_target<O>(graph, cell, weight, work->maxpwgt);
         if (best == nullptr || !accept<O>(graph, cell, best, from, weight)) continue;
         make_move(ctrl, graph, work, v, best);
@@ -152,7 +153,8 @@ template <Objective O> static int sweep(const PartCtrl *ctrl, HGraph *graph, Kwa
            nmoves, kpwgts[iamin__(ctrl->nparts, kpwgts)], kpwgts[iamax__(ctrl->nparts, kpwgts)]);
 }
 
-template <Objective O> static void refine(PartCtrl *ctrl, HGraph *graph, int npasses)
+template <Objective O>
+static void refine(PartCtrl *ctrl, HGraph *graph, int npasses, KwayRecords records)
 {
     const size_t n = static_cast<size_t>(graph->ncells);
     KwayWork work;
@@ -161,7 +163,7 @@ template <Objective O> static void refine(PartCtrl *ctrl, HGraph *graph, int npa
     open_stale(graph, &work.stale);
     for (int v = 0; v < graph->ncells; v++) work.perm[v] = v;
     start_timer(ctrl, TIME_INITIALIZE);
-    ComputeInitKwayGains__(ctrl, graph);
+    outline_records(ctrl, graph, &work.stale);
     set_part_bounds(ctrl, graph, &work);
     stop_timer(ctrl, TIME_INITIALIZE);
 
@@ -178,17 +180,25 @@ template <Objective O> static void refine(PartCtrl *ctrl, HGraph *graph, int npa
         if (graph->mincut == oldcut && graph->minsoed == oldsoed) break;
     }
     graph->objval = O == Objective::cut ? graph->mincut : graph->minsoed;
-    refresh_all(graph, &work.stale);
+    if (records == KwayRecords::current) refresh_all(graph, &work.stale);
     close_stale(&work.stale);
     QXfree__(&work.perm, &work.marker, LTERM);
 }
 
+void refine_kway_random(PartCtrl *ctrl, HGraph *graph, int npasses, bool soed, KwayRecords records)
+{
+    if (soed)
+        refine<Objective::soed>(ctrl, graph, npasses, records);
+    else
+        refine<Objective::cut>(ctrl, graph, npasses, records);
+}
+
 void RefineCutKway_Random__(PartCtrl *ctrl, HGraph *graph, int npasses)
 {
-    refine<Objective::cut>(ctrl, graph, npasses);
+    refine_kway_random(ctrl, graph, npasses, false, KwayRecords::current);
 }
 
 void RefineSOEDKway_Random__(PartCtrl *ctrl, HGraph *graph, int npasses)
 {
-    refine<Objective::soed>(ctrl, graph, npasses);
+    refine_kway_random(ctrl, graph, npasses, true, KwayRecords::current);
 }

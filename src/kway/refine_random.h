@@ -18,4 +18,11 @@ void RefineCutKway_Random__(PartCtrl *ctrl, HGraph *graph, int npasses);
 /* The same for the sum of external degrees; objval is minsoed. */
 void RefineSOEDKway_Random__(PartCtrl *ctrl, HGraph *graph, int npasses);
 
+/* What is left of the vertices' records. */
+enum class KwayRecords { current, dropped };
+
+/* The one or the other. Dropping the records, which stale ones are then among, spares computing
+ * most of them: for callers that free them next. */
+void refine_kway_random(PartCtrl *ctrl, HGraph *graph, int npasses, bool soed, KwayRecords records);
+
 #endif

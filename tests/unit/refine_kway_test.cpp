@@ -46,14 +46,14 @@ TEST(RefineKwayTest, objective_of_the_scheme_is_refined)
         ctrl.RType = rtype;
         const Level level = make_level(4, {{0, 1}, {0, 2}, {1, 2}, {0, 3}}, {2, 2, 2, 1});
         set_parts(ctrl, level.get(), {1, 0, 0, 1});
-        EXPECT_TRUE(refine_objective(&ctrl, level.get()));
+        EXPECT_TRUE(refine_objective(&ctrl, level.get(), KwayRecords::current));
         EXPECT_EQ(level->objval, rtype == RTYPE_CUT ? level->mincut : level->minsoed);
         EXPECT_EQ(level->where[0], 0);
     }
     PartCtrl ctrl = kway_ctrl(2, 2.0f);
     ctrl.RType = RTYPE_NONE;
     const Level level = make_level(2, path_nets(2));
-    EXPECT_FALSE(refine_objective(&ctrl, level.get()));
+    EXPECT_FALSE(refine_objective(&ctrl, level.get(), KwayRecords::current));
 }
 
 TEST(RefineKwayTest, unknown_objective_ends_the_process)
@@ -150,7 +150,7 @@ static Level large_level(PartCtrl ctrl, unsigned seed, bool refined)
     for (int &part : parts) part = below(draw, ctrl.nparts);
     set_parts(ctrl, level.get(), parts);
     level->objval = ctrl.RType == RTYPE_SOED ? level->minsoed : level->mincut;
-    if (refined) refine_objective(&ctrl, level.get());
+    if (refined) refine_objective(&ctrl, level.get(), KwayRecords::current);
     free_kway_arrays(level.get());
     return level;
 }
