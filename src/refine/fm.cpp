@@ -75,7 +75,7 @@ static void fm_begin_pass(PartCtrl *ctrl, const HGraph *original, const HGraph *
                           int pass)
 {
     start_timer(ctrl, TIME_INITIALIZE);
-    if (pass == 0 || (!R.exact && work->single)) {
+    if (pass == 0 || (!R.exact && !work->restarted)) {
         load_sides(original, work);
         compute_gains<Heap>(graph, work);
     }
@@ -196,6 +196,9 @@ static void keep_prefix(HGraph *original, const HGraph *graph, FmWork *work)
     }
 }
 
+/* Making more moves again than one in so many costs more than a sweep over all pins. */
+constexpr int RESTART_PART = 4;
+
 template <FmRules R, bool Heap>
 static void fm_end_pass(PartCtrl *ctrl, HGraph *original, const HGraph *graph, FmWork *work,
                         bool last)
@@ -204,7 +207,9 @@ static void fm_end_pass(PartCtrl *ctrl, HGraph *original, const HGraph *graph, F
     if (R.exact) {
         undo_tail<Heap>(graph, work);
     } else {
-        if (!last && !work->single) restart_at_best<Heap>(original, graph, work);
+        work->restarted =
+            !last && !work->single && work->mincutorder < graph->ncells / RESTART_PART;
+        if (work->restarted) restart_at_best<Heap>(original, graph, work);
         keep_prefix(original, graph, work);
     }
     if (ctrl->dbglvl & DBG_PASS) trace_end<R>(graph, work);

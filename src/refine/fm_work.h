@@ -52,6 +52,7 @@ struct FmWork {
     PackedCounts *startcounts; // [nnets] counts at the start of the pass
     NetCounts *startlarge;     // [nlarge] likewise
     int *startgain;            // [ncells] gains at the start of the pass
+    bool restarted;            // counts and gains are those of the best point of the last pass
     bool single;               // a hyperedge has one pin: gains and cut drift as its pin moves
     int *gain;                 // [ncells] heap form: gains; in bucket form they are the nodes' keys
     Relabelled copy;           // what is refined, if not the level itself
