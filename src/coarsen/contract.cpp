@@ -12,6 +12,7 @@
 #include "coarsen/merge_nets.h"
 #include "core/heavy_assert.h"
 #include "core/memory.h"
+#include "core/prefetch.h"
 #include "core/timers.h"
 #include "core/vectors.h"
 #include "core/work_counts.h"
@@ -173,10 +174,11 @@ struct MetNet {
 }
 
 /* Asks for what the incidences of coming vertices of mind lead to, each step ahead of the next. */
-static void prefetch_incidences(const HGraph *graph, int i, const MetNet *met)
+[[gnu::always_inline]] static inline void prefetch_incidences(const HGraph *graph, int i,
+                                                              const MetNet *met)
 {
     const int *const incptr = graph->incptr, *const incind = graph->incind;
-    if (i + 8 >= graph->ncells) return;
+    if (i + 8 >= graph->ncells || !worth_prefetching(graph)) return;
     __builtin_prefetch(&incptr[graph->mind[i + 8]]);
     const int u = graph->mind[i + 4], v = graph->mind[i + 2];
     __builtin_prefetch(&incind[incptr[graph->mind[i + 6]]]);

@@ -35,10 +35,11 @@ int CFindCellStar__(const PartCtrl *ctrl, int u, const int *incptr, const int *i
 }
 
 /* Asks for the hyperedges of coming vertices, in two steps. */
-static void prefetch_survey(const HGraph *graph, int v)
+[[gnu::always_inline]] static inline void prefetch_survey(const HGraph *graph, int v)
 {
     constexpr int starts = 32, pins = 16; // incidences ahead
     const int *const incind = graph->incind;
+    if (!worth_prefetching(graph)) return;
     const int last = graph->incptr[graph->ncells] - starts;
     for (int j = graph->incptr[v]; j < graph->incptr[v + 1] && j < last; j++) {
         const int e = incind[j + starts];

@@ -11,6 +11,7 @@
 
 #include "core/hgraph.h"
 #include "core/memory.h"
+#include "core/prefetch.h"
 #include "core/vectors.h"
 #include "core/work_counts.h"
 #include "partition/ctrl.h"
@@ -206,17 +207,17 @@ inline int find_partner(const PartCtrl *ctrl, int u, const int *incptr, const in
 }
 
 /* Asks for what the search around coming vertices will read, each a step ahead of the next:
- * order[i + 6] its list's start, order[i + 4] its list, order[i + 2] its hyperedges' starts,
- * order[i + 1] their pins. */
-inline void prefetch_partners(const HGraph *graph, const int *order, int i)
+ * order[i + 8] its list's start, order[i + 6] its list, order[i + 4] its hyperedges' starts,
+ * order[i + 2] their pins. */
+[[gnu::always_inline]] inline void prefetch_partners(const HGraph *graph, const int *order, int i)
 {
     constexpr int most = 8; // hyperedges a vertex
     const int n = graph->ncells;
     const int *const incptr = graph->incptr, *const incind = graph->incind;
-    if (i + 6 >= n) return;
-    __builtin_prefetch(&incptr[order[i + 6]]);
-    __builtin_prefetch(&incind[incptr[order[i + 4]]]);
-    const int u = order[i + 2], v = order[i + 1];
+    if (i + 8 >= n || !worth_prefetching(graph)) return;
+    __builtin_prefetch(&incptr[order[i + 8]]);
+    __builtin_prefetch(&incind[incptr[order[i + 6]]]);
+    const int u = order[i + 4], v = order[i + 2];
     for (int j = incptr[u], end = std::min(incptr[u + 1], j + most); j < end; j++) {
         __builtin_prefetch(&graph->netptr[incind[j]]);
         __builtin_prefetch(&graph->edgewgt[incind[j]]);
