@@ -8,6 +8,8 @@
 #include <cstring>
 #include <utility>
 
+#include "core/prefetch.h"
+
 void sort_pins(int size, int *pins)
 {
     if (size > 2)
@@ -39,13 +41,27 @@ static int append_net(const NetLists *nets, int e, NetLists *merged)
     return d;
 }
 
+/* Asks for the pins and weights of coming hyperedges. */
+[[gnu::always_inline]] static inline void prefetch_sorted(const NetLists *nets,
+                                                          const KeyValue *pairs, int i)
+{
+    constexpr int ahead = 8;
+    if (i + 2 * ahead >= nets->nnets) return;
+    const int e = pairs[i + 2 * ahead].val;
+    __builtin_prefetch(&nets->netptr[e]);
+    __builtin_prefetch(&nets->netwgt[e]);
+    __builtin_prefetch(&nets->netind[nets->netptr[pairs[i + ahead].val]]);
+}
+
 void merge_identical(const NetLists *nets, KeyValue *pairs, NetLists *merged, int *map, int *seen)
 {
+    const bool far = nets->netptr[nets->nnets] >= PREFETCH_PINS;
     ikeysort__(nets->nnets, pairs);
     merged->nnets = 0;
     merged->netptr[0] = 0;
     for (int i = 0; i < nets->nnets; i++) {
         const int e = pairs[i].val, size = size_of(nets, e);
+        if (far) prefetch_sorted(nets, pairs, i);
         if (seen[e] == 1) continue;
         const int d = append_net(nets, e, merged);
         if (map != nullptr) map[e] = d;

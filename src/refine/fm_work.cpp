@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "core/memory.h"
+#include "core/prefetch.h"
 #include "core/random.h"
 #include "core/vectors.h"
 #include "refine/neighbours.h"
@@ -231,11 +232,26 @@ void reset_pass(FmWork *work, int nqueues)
     work->nswaps = 0;
 }
 
+/* Asks for the states and nodes of coming vertices of the order of queueing. */
+[[gnu::always_inline]] static inline void prefetch_queued(const HGraph *graph, const FmWork *work,
+                                                          int i)
+{
+    constexpr int ahead = 16;
+    if (i + 2 * ahead >= graph->ncells) return;
+    if (work->copy.label != nullptr)
+        __builtin_prefetch(&work->copy.label[work->perm[i + 2 * ahead]]);
+    const int v = refined_of(work, work->perm[i + ahead]);
+    __builtin_prefetch(&work->state[v], 1);
+    __builtin_prefetch(&work->queues[0].nodes[v], 1);
+}
+
 template <bool Heap> void fill_queues(const HGraph *graph, FmWork *work, int onlyside)
 {
+    const bool far = worth_prefetching(graph);
     RandomPermute__(work->perm, graph->ncells, 1);
     for (int i = 0; i < graph->ncells; i++) {
         const int v = refined_of(work, work->perm[i]), side = side_of(work, v);
+        if (!Heap && far) prefetch_queued(graph, work, i);
         if (v < graph->nfixed || (onlyside >= 0 && side != onlyside)) continue;
         PQueue *const queue = &work->queues[onlyside >= 0 ? 0 : side];
         count_work(WORK_QUEUED, 1);

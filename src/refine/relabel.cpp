@@ -7,15 +7,41 @@
 #include "refine/relabel.h"
 
 #include "core/memory.h"
+#include "core/prefetch.h"
+
+/* Asks for what coming vertices of the copy are made of, each step ahead of the next. */
+[[gnu::always_inline]] static inline void prefetch_vertices(const HGraph *graph,
+                                                            const Relabelled *copy, int i)
+{
+    if (i + 16 >= graph->ncells) return;
+    const int v = copy->vertex[i + 16], u = copy->vertex[i + 4];
+    __builtin_prefetch(&graph->incptr[v]);
+    __builtin_prefetch(&graph->cellwgt[v]);
+    __builtin_prefetch(&graph->adjwgt[v]);
+    __builtin_prefetch(&graph->incind[graph->incptr[copy->vertex[i + 8]]]);
+    for (int j = graph->incptr[u]; j < graph->incptr[u + 1]; j++)
+        __builtin_prefetch(&copy->netlabel[graph->incind[j]], 1);
+}
+
+/* The same for hyperedges; e[k] is the one behind label k, up to nnets. */
+[[gnu::always_inline]] static inline void prefetch_nets(const HGraph *graph, const int *e, int k)
+{
+    if (k + 16 >= graph->nnets) return;
+    __builtin_prefetch(&graph->netptr[e[k + 16]]);
+    __builtin_prefetch(&graph->netwgt[e[k + 16]]);
+    __builtin_prefetch(&graph->netind[graph->netptr[e[k + 8]]]);
+}
 
 /* Lists of the copy in the order of its own numbering. */
 static void copy_lists(const HGraph *graph, Relabelled *copy)
 {
     HGraph *const level = &copy->level;
     const int *const incptr = graph->incptr, *const incind = graph->incind;
+    const bool far = worth_prefetching(graph);
     int nnets = 0, used = 0;
     for (int i = 0; i < graph->ncells; i++) {
         const int v = copy->vertex[i];
+        if (far) prefetch_vertices(graph, copy, i);
         level->incptr[i] = used;
         level->cellwgt[i] = graph->cellwgt[v];
         level->adjwgt[i] = graph->adjwgt[v];
@@ -37,6 +63,7 @@ static void copy_lists(const HGraph *graph, Relabelled *copy)
     used = 0;
     for (int k = 0; k < nnets; k++) {
         const int e = level->netwgt[k];
+        if (far) prefetch_nets(graph, level->netwgt, k);
         FmNet net = {graph->netwgt[e], used, 0, 0};
         level->netptr[k] = used;
         level->netwgt[k] = net.wgt;
