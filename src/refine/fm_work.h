@@ -28,10 +28,11 @@ enum VertexState : uint8_t { SIDE = 1, QUEUED = 2 }; // bits
 
 /* What changes is packed in a word, so that counting a move reads and writes eight bytes of memory
  * a hyperedge: from the low end 32 bits of F2's exclusive or, then a byte each for the pins on side
- * 0, those on side 1, the queued ones and all. With more pins than a byte holds, that last byte is
- * 0, and the low 32 bits are the hyperedge's place among the large ones. */
+ * 0, those on side 1, the queued ones and all. A byte's top bit stays free for comparisons. With
+ * more pins than that, the last byte is 0, and the low 32 bits are the hyperedge's place among the
+ * large ones. */
 using PackedCounts = uint64_t;
-constexpr int PACKED_SIZE = HEAVY_ASSERTS ? 5 : 255; // most pins of a hyperedge in packed form
+constexpr int PACKED_SIZE = HEAVY_ASSERTS ? 5 : 127; // most pins of a hyperedge in packed form
 constexpr int PACKED_NPINS = 32, PACKED_NQUEUED = 48, PACKED_ALL = 56; // bit positions
 
 /* Counts of a hyperedge of any size. */

@@ -45,6 +45,11 @@ template <UpdateRules R, int From> inline bool count_in_large(NetCounts *counts,
     return few_pins(nto, nfrom) && (R.exact || counts->nqueued > 0);
 }
 
+constexpr PackedCounts packed_byte(PackedCounts value, int shift)
+{
+    return value << shift;
+}
+
 constexpr int npins_shift(int side)
 {
     return PACKED_NPINS + 8 * side;
@@ -62,9 +67,13 @@ template <UpdateRules R, int From> inline bool count_move(FmWork *work, int e, i
     counts += (PackedCounts{1} << toshift) - (PackedCounts{1} << fromshift);
     if (!R.exact) counts -= PackedCounts{1} << PACKED_NQUEUED;
     work->counts[e] = counts;
-    return few_pins(static_cast<uint8_t>(counts >> toshift),
-                    static_cast<uint8_t>(counts >> fromshift)) &
-           (R.exact || static_cast<uint8_t>(counts >> PACKED_NQUEUED) != 0);
+    // 128 - k added to a byte sets its top bit if it is k or more: one comparison asks it all
+    constexpr PackedCounts to = packed_byte(128, toshift), from = packed_byte(128, fromshift);
+    constexpr PackedCounts queued = R.exact ? 0 : packed_byte(128, PACKED_NQUEUED);
+    constexpr PackedCounts limits = packed_byte(128 - 3, toshift) +
+                                    packed_byte(128 - 2, fromshift) +
+                                    (R.exact ? 0 : packed_byte(128 - 1, PACKED_NQUEUED));
+    return (((counts + limits) & (to | from | queued)) ^ queued) < (to | from);
 }
 
 /* Asks for the list of v's hyperedges, which may be the next to move. */
