@@ -377,5 +377,17 @@ TEST_P(TwoWayTwin, agrees_on_hyperedges_with_more_pins_than_a_byte_counts)
     }
 }
 
+TEST_P(TwoWayTwin, agrees_on_hyperedges_about_as_large_as_can_be_packed)
+{
+    LevelLimits limits;
+    limits.mincells = 126;
+    limits.maxcells = 150;
+    limits.giants = 3;
+    for (unsigned seed = 0; seed < 40 && !HasFailure(); seed++) {
+        SCOPED_TRACE(testing::Message() << "seed " << seed);
+        compare_with_twin(GetParam(), limits, seed);
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(refiners, TwoWayTwin, testing::ValuesIn(CASES),
                          [](const auto &row) { return std::string(row.param.name); });
