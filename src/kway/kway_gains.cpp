@@ -122,8 +122,10 @@ static void compute_record(HGraph *graph, int v)
     cell->ed = ed;
 }
 
-/* Takes what cut hyperedge e says of them into id and ed of its pins, which become boundary. */
-static void outline_pins(HGraph *graph, int e, uint8_t *boundary)
+constexpr int NOT_COUNTED = -1; // ndegrees of a vertex that has cut hyperedges, but no list yet
+
+/* Takes what cut hyperedge e says of them into id and ed of its pins. */
+static void outline_pins(HGraph *graph, int e)
 {
     const NetKwayInfo *const net = &graph->nrinfo[e];
     const int w = graph->netwgt[e];
@@ -133,13 +135,12 @@ static void outline_pins(HGraph *graph, int e, uint8_t *boundary)
         CellKwayInfo *const cell = &graph->crinfo[u];
         cell->id -= w;
         cell->ed += net->degrees[i].num == 1 ? w : 0;
-        boundary[u] = STALE | LISTED | OUTLINED;
+        cell->ndegrees = NOT_COUNTED;
     }
 }
 
-/* Computes kpwgts, mincut, minsoed, the hyperedges' records, and id and ed of all vertices; other
- * lists than those of the boundary are empty. boundary is 0 for all. */
-static void outline_all(const PartCtrl *ctrl, HGraph *graph, uint8_t *boundary)
+/* Computes kpwgts, mincut, minsoed, the hyperedges' records, and id and ed of all vertices. */
+static void outline_all(const PartCtrl *ctrl, HGraph *graph)
 {
     iset__(ctrl->nparts, 0, graph->kpwgts);
     for (int v = 0; v < graph->ncells; v++) {
@@ -156,26 +157,16 @@ static void outline_all(const PartCtrl *ctrl, HGraph *graph, uint8_t *boundary)
         if (lambda < 2) continue;
         graph->mincut += graph->netwgt[e];
         soed += static_cast<unsigned>(lambda) * static_cast<unsigned>(graph->netwgt[e]);
-        outline_pins(graph, e, boundary);
+        outline_pins(graph, e);
     }
     graph->minsoed = static_cast<int>(soed);
 }
 
-static uint8_t *alloc_states(const HGraph *graph, const char *msg)
-{
-    const size_t n = static_cast<size_t>(graph->ncells);
-    uint8_t *states = alloc_array<uint8_t>(n, msg);
-    if (n > 0) memset(states, 0, n);
-    return states;
-}
-
 void ComputeInitKwayGains__(const PartCtrl *ctrl, HGraph *graph)
 {
-    uint8_t *boundary = alloc_states(graph, "ComputeInitKwayGains: boundary");
-    outline_all(ctrl, graph, boundary);
+    outline_all(ctrl, graph);
     for (int v = 0; v < graph->ncells; v++)
-        if (boundary[v] != 0) compute_record(graph, v);
-    QXfree__(&boundary, LTERM);
+        if (graph->crinfo[v].ndegrees == NOT_COUNTED) compute_record(graph, v);
 }
 
 void ComputeKwayGainsSet__(HGraph *graph, int n, const int *list)
@@ -237,10 +228,12 @@ void KwayUpdateGainInfo__(HGraph *graph, int v, int from, int to, int *marker, i
 
 void open_stale(const HGraph *graph, StaleRecords *stale)
 {
-    stale->state = alloc_states(graph, "RefineKway_Random: stale");
-    stale->list = imalloc__(static_cast<size_t>(graph->ncells), "RefineKway_Random: updind");
+    const size_t n = static_cast<size_t>(graph->ncells);
+    stale->state = alloc_array<uint8_t>(n, "RefineKway_Random: stale");
+    stale->list = imalloc__(n, "RefineKway_Random: updind");
     stale->n = 0;
     stale->looked = 0;
+    if (n > 0) memset(stale->state, 0, n);
 }
 
 void close_stale(StaleRecords *stale)
@@ -250,10 +243,11 @@ void close_stale(StaleRecords *stale)
 
 void outline_records(const PartCtrl *ctrl, HGraph *graph, StaleRecords *stale)
 {
-    outline_all(ctrl, graph, stale->state);
+    outline_all(ctrl, graph);
     for (int v = 0; v < graph->ncells; v++) {
-        stale->list[stale->n] = v;
-        stale->n += stale->state[v] != 0;
+        if (graph->crinfo[v].ndegrees != NOT_COUNTED) continue;
+        stale->state[v] = STALE | LISTED | OUTLINED;
+        stale->list[stale->n++] = v;
     }
 }
 
