@@ -365,28 +365,23 @@ TEST_P(TwoWayTwin, agrees_move_by_move_in_both_queue_forms)
     EXPECT_GT(nbuckets, 50);
 }
 
+/* On levels of which hyperedges hold most vertices. */
+static void compare_on_giants(const Case &row, LevelLimits limits, unsigned rounds)
+{
+    for (unsigned seed = 0; seed < rounds && !testing::Test::HasFailure(); seed++) {
+        SCOPED_TRACE(testing::Message() << "seed " << seed);
+        compare_with_twin(row, limits, seed);
+    }
+}
+
 TEST_P(TwoWayTwin, agrees_on_hyperedges_with_more_pins_than_a_byte_counts)
 {
-    LevelLimits limits;
-    limits.mincells = 290;
-    limits.maxcells = 320;
-    limits.giants = 2;
-    for (unsigned seed = 0; seed < 4 && !HasFailure(); seed++) {
-        SCOPED_TRACE(testing::Message() << "seed " << seed);
-        compare_with_twin(GetParam(), limits, seed);
-    }
+    compare_on_giants(GetParam(), {.mincells = 290, .maxcells = 320, .giants = 2}, 4);
 }
 
 TEST_P(TwoWayTwin, agrees_on_hyperedges_about_as_large_as_can_be_packed)
 {
-    LevelLimits limits;
-    limits.mincells = 126;
-    limits.maxcells = 150;
-    limits.giants = 3;
-    for (unsigned seed = 0; seed < 40 && !HasFailure(); seed++) {
-        SCOPED_TRACE(testing::Message() << "seed " << seed);
-        compare_with_twin(GetParam(), limits, seed);
-    }
+    compare_on_giants(GetParam(), {.mincells = 126, .maxcells = 150, .giants = 3}, 40);
 }
 
 INSTANTIATE_TEST_SUITE_P(refiners, TwoWayTwin, testing::ValuesIn(CASES),
