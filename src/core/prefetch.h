@@ -6,11 +6,12 @@
 #ifndef ZORPEL_CORE_PREFETCH_H
 #define ZORPEL_CORE_PREFETCH_H
 
+#include "core/heavy_assert.h"
 #include "core/hgraph.h"
 
 /* Pins of a level from which on its lists leave the second-level cache; on smaller ones asking
  * ahead costs more than it saves. */
-constexpr int PREFETCH_PINS = 1 << 17;
+constexpr int PREFETCH_PINS = HEAVY_ASSERTS ? 32 : 1 << 17;
 
 inline bool worth_prefetching(const HGraph *graph)
 {

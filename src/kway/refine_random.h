@@ -21,8 +21,8 @@ void RefineSOEDKway_Random__(PartCtrl *ctrl, HGraph *graph, int npasses);
 /* What is left of the vertices' records. */
 enum class KwayRecords { current, dropped };
 
-/* The one or the other. Dropping the records, which stale ones are then among, spares computing
- * most of them: for callers that free them next. */
+/* The one or the other. Callers that free the records next let them be dropped: most are then never
+ * computed. */
 void refine_kway_random(PartCtrl *ctrl, HGraph *graph, int npasses, bool soed, KwayRecords records);
 
 #endif

@@ -64,10 +64,10 @@ template <UpdateRules R, int From> inline bool count_move(FmWork *work, int e, i
     if (is_large(counts)) [[unlikely]]
         return count_in_large<R, From>(&work->large[counts], v);
     counts ^= static_cast<uint32_t>(v);
-    counts += (PackedCounts{1} << toshift) - (PackedCounts{1} << fromshift);
-    if (!R.exact) counts -= PackedCounts{1} << PACKED_NQUEUED;
+    counts += packed_byte(1, toshift) - packed_byte(1, fromshift);
+    if (!R.exact) counts -= packed_byte(1, PACKED_NQUEUED);
     work->counts[e] = counts;
-    // 128 - k added to a byte sets its top bit if it is k or more: one comparison asks it all
+    // few_pins in one comparison: 128 - k added to a byte sets its top bit if it is k or more
     constexpr PackedCounts to = packed_byte(128, toshift), from = packed_byte(128, fromshift);
     constexpr PackedCounts queued = R.exact ? 0 : packed_byte(128, PACKED_NQUEUED);
     constexpr PackedCounts limits = packed_byte(128 - 3, toshift) +
