@@ -25,7 +25,7 @@ static void empty_buckets(PQueue *queue)
 {
     queue->maxgain = queue->nextgain = -queue->gainspan;
     for (int gain = -queue->gainspan; gain <= queue->gainspan; gain++)
-        queue->buckets[gain] = queue->maxnodes;
+        queue->buckets[gain] = place_of(queue->maxnodes);
 }
 
 /* Initialises one queue, or two over the same vertices. */
@@ -43,15 +43,17 @@ static void init_queues(PQueue *queues, int nqueues, int maxnodes, int gainspan)
     if (queues->type == PQ_HEAP) return;
     queues->gainspan = gainspan;
     const size_t nbuckets = bucket_count(queues);
-    const size_t nodeints = (n + 1) * (sizeof(BucketNode) / sizeof(int));
-    const size_t blockints = nodeints + static_cast<size_t>(nqueues) * nbuckets;
-    if (blockints > UINT_MAX) errexit__("Too many vertices for the gain queue: %d\n", maxnodes);
-    int *const block = imalloc__(blockints, "PQueueInit: queue->nodes");
+    const size_t nodewords = (n + 1) * NODE_WORDS;
+    const size_t words = nodewords + static_cast<size_t>(nqueues) * nbuckets;
+    if (words > UINT_MAX) errexit__("Too many vertices for the gain queue: %d\n", maxnodes);
+    unsigned *const block = alloc_array<unsigned>(words, "PQueueInit: queue->nodes");
+    for (size_t v = 0; v < n; v++) block[v * NODE_WORDS] = 0;
     for (int i = 0; i < nqueues; i++) {
         PQueue *const queue = &queues[i];
         queue->gainspan = gainspan;
         queue->nodes = reinterpret_cast<BucketNode *>(block);
-        queue->buckets = block + nodeints + static_cast<size_t>(i) * nbuckets + gainspan;
+        queue->buckets = block + nodewords + static_cast<size_t>(i) * nbuckets + gainspan;
+        queue->origin = static_cast<unsigned>(queue->buckets - block);
         empty_buckets(queue);
     }
 }
@@ -66,13 +68,25 @@ void init_queue_pair(PQueue queues[2], int maxnodes, int gainspan)
     init_queues(queues, 2, maxnodes, gainspan);
 }
 
+/* Takes every vertex out of its list. */
+static void release_nodes(PQueue *queue)
+{
+    unsigned *const block = block_of(queue);
+    for (int gain = -queue->gainspan; gain <= queue->gainspan; gain++)
+        for (unsigned node = queue->buckets[gain]; node != place_of(queue->maxnodes);
+             node = block[node + 1])
+            block[node] = 0;
+}
+
 void PQueueReset__(PQueue *queue)
 {
-    queue->nnodes = 0;
     if (queue->type == PQ_BUCKETS) {
+        if (queue->nnodes > 0) release_nodes(queue);
+        queue->nnodes = 0;
         empty_buckets(queue);
         return;
     }
+    queue->nnodes = 0;
     for (int i = 0; i < queue->maxnodes; i++) queue->locator[i] = PQ_NONE;
 }
 
@@ -153,12 +167,14 @@ int PQueueInsert__(PQueue *queue, int vertex, int gain)
     return 0;
 }
 
-int PQueueDelete(PQueue *queue, int vertex, int gain)
+int PQueueDelete(PQueue *queue, int vertex, int)
 {
-    if (queue->type == PQ_BUCKETS)
-        bucket_delete(queue, vertex, gain);
-    else
+    if (queue->type == PQ_BUCKETS) {
+        bucket_delete(queue, vertex);
+        bucket_settle(queue);
+    } else {
         heap_delete(queue, vertex);
+    }
     return 0;
 }
 
@@ -166,7 +182,8 @@ int PQueueUpdate__(PQueue *queue, int vertex, int oldgain, int newgain)
 {
     if (oldgain == newgain) return 0;
     if (queue->type == PQ_BUCKETS) {
-        bucket_move(queue, vertex, oldgain, newgain);
+        bucket_move(queue, vertex, newgain);
+        bucket_settle(queue);
         return 0;
     }
     const int i = queue->locator[vertex];
@@ -185,19 +202,23 @@ int PQueueGetMax__(PQueue *queue)
     return vertex;
 }
 
-int PQueueSeeMax__(const PQueue *queue)
+int PQueueSeeMax__(PQueue *queue)
 {
     if (queue->nnodes == 0) return PQ_NONE;
-    if (queue->type == PQ_BUCKETS) return queue->buckets[queue->maxgain];
+    if (queue->type == PQ_BUCKETS) return bucket_top(queue);
     return queue->heap[0].val;
 }
 
-static int fitting_in_buckets(const PQueue *queue, int limit, const int *vwgt)
+static int fitting_in_buckets(PQueue *queue, int limit, const int *vwgt)
 {
+    const unsigned end = place_of(queue->maxnodes);
+    const int best = bucket_top(queue);
     for (int gain = queue->maxgain; gain > 0; gain--)
-        for (int v = queue->buckets[gain]; v != queue->maxnodes; v = queue->nodes[v].next)
+        for (unsigned node = queue->buckets[gain]; node != end; node = block_of(queue)[node + 1]) {
+            const int v = static_cast<int>(node / NODE_WORDS);
             if (vwgt[v] <= limit) return v;
-    return queue->buckets[queue->maxgain];
+        }
+    return best;
 }
 
 static int fitting_in_heap(const PQueue *queue, int limit, const int *vwgt)
@@ -213,7 +234,7 @@ static int fitting_in_heap(const PQueue *queue, int limit, const int *vwgt)
     return heap[0].val;
 }
 
-int PQueueSeeConstraintMax(const PQueue *queue, int limit, const int *vwgt)
+int PQueueSeeConstraintMax(PQueue *queue, int limit, const int *vwgt)
 {
     if (queue->nnodes == 0) return PQ_NONE;
     if (limit <= UNSEARCHED_LIMIT) return PQueueSeeMax__(queue);
@@ -234,20 +255,29 @@ static bool heap_ok(const PQueue *queue)
     return true;
 }
 
+/* Vertices that say they are in a list of this queue or of the other one of its pair. */
+static int held_nodes(const PQueue *queue)
+{
+    int held = 0;
+    for (int v = 0; v < queue->maxnodes; v++) held += bucket_holds(queue, v);
+    return held;
+}
+
 static bool buckets_ok(const PQueue *queue)
 {
-    const int *const base = reinterpret_cast<const int *>(queue->nodes);
+    const unsigned *const block = block_of(queue);
     int listed = 0, highest = -queue->gainspan;
     for (int gain = -queue->gainspan; gain <= queue->gainspan; gain++) {
-        const int *slot = &queue->buckets[gain];
-        for (int v; (v = *slot) != queue->maxnodes; slot = &queue->nodes[v].next) {
-            if (v < 0 || v > queue->maxnodes || listed++ >= queue->nnodes) return false;
-            if (queue->nodes[v].slot != static_cast<unsigned>(slot - base)) return false;
+        unsigned slot = queue->origin + static_cast<unsigned>(gain);
+        for (unsigned node; (node = block[slot]) != place_of(queue->maxnodes); slot = node + 1) {
+            if (node > place_of(queue->maxnodes) || node % NODE_WORDS != 0) return false;
+            if (listed++ >= queue->nnodes || block[node] != slot) return false;
             if (gain > queue->nextgain && gain < queue->maxgain) return false;
             highest = gain;
         }
     }
-    return listed == queue->nnodes && queue->maxgain == highest && queue->nextgain <= highest;
+    return listed == queue->nnodes && held_nodes(queue) >= listed && queue->maxgain >= highest &&
+           queue->nextgain <= queue->maxgain;
 }
 
 bool pqueue_ok(const PQueue *queue)

@@ -13,13 +13,17 @@ enum QueueForm { PQ_BUCKETS = 1, PQ_HEAP = 2 };
 
 constexpr int PQ_NONE = -1; // no vertex
 
-/* One vertex of the bucket form; 16 bytes, so that an update touches one cache line a vertex. */
+/* One vertex of the bucket form; 16 bytes, so that an update touches one cache line a vertex. Links
+ * are places in the block that nodes and buckets share, counted in words from its start: node i,
+ * which describes vertex i, is at place 4 i. */
 struct BucketNode {
-    unsigned slot; // which int of the block refers to this node: a bucket or another node's next
-    int next;      // next vertex in the bucket, maxnodes at its end; node i describes vertex i
+    unsigned slot; // place of the word that refers to this node: a bucket or another node's next;
+                   // 0, which is neither, while the vertex is not in the queue
+    unsigned next; // place of the next node in the bucket, that of node maxnodes at its end
     int key;       // for the caller: the refiners keep the gain here, queued or not,
     int first;     // and the start of the vertex's hyperedges
 };
+constexpr unsigned NODE_WORDS = sizeof(BucketNode) / sizeof(unsigned);
 
 struct HeapEntry {
     int key; // gain
@@ -28,7 +32,8 @@ struct HeapEntry {
 
 /*   Q1  heap form: heap[(i-1)/2].key >= heap[i].key for 0 < i < nnodes
  *   Q2  heap form: locator[heap[i].val] == i; locator is -1 for every absent vertex
- *   Q3  bucket form: maxgain is the highest non-empty bucket, -gainspan when nnodes == 0
+ *   Q3  bucket form: no vertex is above bucket maxgain, which is not empty, or -gainspan when all
+ *       are; after the inline operations it may be empty until bucket_settle
  *   Q4  bucket form: slot and next agree, and the lists hold nnodes vertices in all
  *   Q5  bucket form: nextgain <= maxgain, and the buckets between the two are empty
  */
@@ -39,9 +44,10 @@ struct PQueue {
     int maxgain;       // bucket form: see Q3
     int nextgain;      // bucket form: where to look when the best bucket gets empty, see Q5
     int gainspan;      // bucket form: gains lie in -gainspan..gainspan
+    unsigned origin;   // bucket form: place of bucket 0
     BucketNode *nodes; // [maxnodes + 1] bucket form; the last one takes the writes to no vertex
-    int *buckets;      // [-gainspan..gainspan] bucket form: first vertex of each list, or maxnodes;
-                       // in one block with the nodes, which the queues of a pair share
+    unsigned *buckets; // [-gainspan..gainspan] bucket form: place of each list's first node, or of
+                       // node maxnodes; in one block with the nodes, which a pair of queues shares
     HeapEntry *heap;   // [maxnodes] heap form
     int *locator;      // [maxnodes] heap form: position in heap, or -1
 };
@@ -55,56 +61,87 @@ void PQueueFree__(PQueue *queue);
 void init_queue_pair(PQueue queues[2], int maxnodes, int gainspan);
 void free_queue_pair(PQueue queues[2]);
 
-/* These return 0. gain is the vertex's current key, within the span. */
+/* These return 0. gain is the vertex's current key, within the span; the bucket form can do without
+ * it. */
 int PQueueInsert__(PQueue *queue, int vertex, int gain);
 int PQueueDelete(PQueue *queue, int vertex, int gain);
 int PQueueUpdate__(PQueue *queue, int vertex, int oldgain, int newgain);
 
 /* The vertex of highest gain, -1 when empty; GetMax removes it. */
 int PQueueGetMax__(PQueue *queue);
-int PQueueSeeMax__(const PQueue *queue);
+int PQueueSeeMax__(PQueue *queue);
 
 /* The best vertex of positive gain with vwgt <= limit; the plain maximum when there is none or
  * when limit is at most 1000. Not removed. -1 when empty. */
-int PQueueSeeConstraintMax(const PQueue *queue, int limit, const int *vwgt);
+int PQueueSeeConstraintMax(PQueue *queue, int limit, const int *vwgt);
 
-/* The bucket form's operations, inline for the refiners' inner loops. A node knows the int that
+/* The bucket form's operations, inline for the refiners' inner loops. A node knows the word that
  * refers to it, and the end of a list refers to a node of its own, so that linking and unlinking
  * are the same four stores wherever in a list the vertex is: no branch to mispredict. */
+inline unsigned *block_of(const PQueue *queue)
+{
+    return reinterpret_cast<unsigned *>(queue->nodes);
+}
+
+inline unsigned place_of(int vertex)
+{
+    return NODE_WORDS * static_cast<unsigned>(vertex);
+}
+
+/* The first vertex of a bucket, maxnodes if it is empty. */
+inline int bucket_head(const PQueue *queue, int gain)
+{
+    return static_cast<int>(queue->buckets[gain] / NODE_WORDS);
+}
+
+/* Whether the vertex is in the queue, or in the other one of its pair. */
+inline bool bucket_holds(const PQueue *queue, int vertex)
+{
+    return queue->nodes[vertex].slot != 0;
+}
+
 inline void bucket_link(PQueue *queue, int vertex, int gain)
 {
-    BucketNode *const nodes = queue->nodes;
-    int *const bucket = &queue->buckets[gain];
-    const int head = *bucket;
-    nodes[vertex].slot = static_cast<unsigned>(bucket - reinterpret_cast<int *>(nodes));
-    nodes[vertex].next = head;
-    nodes[head].slot = static_cast<unsigned>(&nodes[vertex].next - reinterpret_cast<int *>(nodes));
-    *bucket = vertex;
+    unsigned *const block = block_of(queue);
+    const unsigned node = place_of(vertex), slot = queue->origin + static_cast<unsigned>(gain);
+    const unsigned head = block[slot];
+    block[node] = slot;
+    block[node + 1] = head;
+    block[head] = node + 1;
+    block[slot] = node;
 }
 
 inline void bucket_unlink(PQueue *queue, int vertex)
 {
-    BucketNode *const nodes = queue->nodes;
-    const unsigned slot = nodes[vertex].slot;
-    const int next = nodes[vertex].next;
-    reinterpret_cast<int *>(nodes)[slot] = next;
-    nodes[next].slot = slot;
+    unsigned *const block = block_of(queue);
+    const unsigned node = place_of(vertex), slot = block[node], next = block[node + 1];
+    block[slot] = next;
+    block[next] = slot;
 }
 
 inline bool bucket_empty(const PQueue *queue, int gain)
 {
-    return queue->buckets[gain] == queue->maxnodes;
+    return queue->buckets[gain] == place_of(queue->maxnodes);
 }
 
-/* Lowers maxgain, whose bucket is empty, to the highest non-empty one. */
+/* Lowers maxgain to the highest non-empty bucket. An update leaves that to the next look at the
+ * best vertex: until then the bucket may have been filled again. */
 inline void bucket_settle(PQueue *queue)
 {
+    if (!bucket_empty(queue, queue->maxgain)) return;
     int gain = queue->nextgain;
     if (queue->nnodes == 0)
         gain = -queue->gainspan;
     else
         while (bucket_empty(queue, gain)) gain--;
     queue->maxgain = queue->nextgain = gain;
+}
+
+/* The vertex of highest gain of a queue that is not empty. */
+inline int bucket_top(PQueue *queue)
+{
+    bucket_settle(queue);
+    return bucket_head(queue, queue->maxgain);
 }
 
 /* Notes that a vertex has come into a bucket above nextgain. A gain that leaps to the top and is
@@ -126,21 +163,19 @@ inline void bucket_insert(PQueue *queue, int vertex, int gain)
     if (gain > queue->nextgain) bucket_raise(queue, gain);
 }
 
-inline void bucket_delete(PQueue *queue, int vertex, int gain)
+inline void bucket_delete(PQueue *queue, int vertex)
 {
     bucket_unlink(queue, vertex);
+    queue->nodes[vertex].slot = 0;
     queue->nnodes--;
-    if (gain == queue->maxgain && bucket_empty(queue, gain)) bucket_settle(queue);
 }
 
-/* Moves the vertex to the head of another bucket. Both ends are linked before maxgain is looked
- * for, so the search never goes below the new bucket. */
-inline void bucket_move(PQueue *queue, int vertex, int oldgain, int newgain)
+/* Moves the vertex to the head of another bucket. */
+inline void bucket_move(PQueue *queue, int vertex, int newgain)
 {
     bucket_unlink(queue, vertex);
     bucket_link(queue, vertex, newgain);
     if (newgain > queue->nextgain) bucket_raise(queue, newgain);
-    if (oldgain == queue->maxgain && bucket_empty(queue, oldgain)) bucket_settle(queue);
 }
 
 /* Tests Q1 to Q5 from scratch. */

@@ -37,7 +37,6 @@ template <bool Heap> static void balance_step(const HGraph *graph, FmWork *work,
 {
     constexpr UpdateRules updates = {true, false, true};
     const int v = PQueueGetMax__(&work->queues[from]);
-    work->state[v] = static_cast<uint8_t>(from);
     if (work->pwgts[from] - graph->cellwgt[v] < work->minpwgts[from]) return;
     count_work(WORK_MOVES, 1);
     work->newcut -= gain_of<Heap>(work, v);

@@ -89,15 +89,14 @@ static void fm_begin_pass(PartCtrl *ctrl, const HGraph *original, const HGraph *
 }
 
 /* A side's candidate, -1 when its queue is empty. */
-template <FmRules R, bool Heap>
-static int candidate(const HGraph *graph, const FmWork *work, int side)
+template <FmRules R, bool Heap> static int candidate(const HGraph *graph, FmWork *work, int side)
 {
-    const PQueue *const queue = &work->queues[side];
+    PQueue *const queue = &work->queues[side];
     if (R.constrained)
         return PQueueSeeConstraintMax(queue, room_of(work->pwgts[side], work->minpwgts[side]),
                                       graph->cellwgt);
     if (Heap) return PQueueSeeMax__(queue);
-    return queue->nnodes == 0 ? PQ_NONE : queue->buckets[queue->maxgain];
+    return queue->nnodes == 0 ? PQ_NONE : bucket_top(queue);
 }
 
 /* The side that gives up its candidate when both have one: the better gain, unless that side would
@@ -129,16 +128,8 @@ static int fm_take_next(const HGraph *graph, FmWork *work, int *from)
     if (Heap)
         PQueueDelete(&work->queues[*from], v, gain_of<Heap>(work, v));
     else
-        bucket_delete(&work->queues[*from], v, gain_of<Heap>(work, v));
-    work->state[v] = static_cast<uint8_t>(*from);
+        bucket_delete(&work->queues[*from], v);
     return v;
-}
-
-/* The best vertices left on both sides are likely to move next. */
-template <bool Heap> static void prefetch_candidates(const HGraph *graph, const FmWork *work)
-{
-    for (const PQueue &queue : work->queues)
-        if (queue.nnodes > 0) prefetch_nets(graph, work, queue.buckets[queue.maxgain]);
 }
 
 /* limit: moves above the best cut after which a pass of exact gains is left. */
@@ -161,7 +152,6 @@ static void fm_moves(PartCtrl *ctrl, const HGraph *graph, FmWork *work, int limi
         }
         if (ctrl->dbglvl & DBG_MOVE) trace_move<R>(graph, work, v, from, gain);
         if (R.exact) gain_of<Heap>(work, v) = -gain;
-        if (!Heap) prefetch_candidates<Heap>(graph, work);
         update_neighbours<Heap, updates>(graph, work, v, from);
     }
     HEAVY_ASSERT(work_ok(graph, work, R.exact));

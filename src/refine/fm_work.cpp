@@ -31,7 +31,7 @@ static FmNet *list_nets(const HGraph *graph)
     return nets;
 }
 
-/* Numbers the large hyperedges. */
+/* Numbers the large hyperedges and marks those with fixed pins. */
 static void open_nets(const HGraph *graph, FmWork *work)
 {
     const size_t nnets = static_cast<size_t>(graph->nnets);
@@ -42,10 +42,11 @@ static void open_nets(const HGraph *graph, FmWork *work)
     for (int e = 0; e < graph->nnets; e++) {
         const int size = work->nets[e].end - work->nets[e].first;
         const bool small = size > 0 && size <= PACKED_SIZE;
-        work->counts[e] =
-            small ? PackedCounts{1} << PACKED_ALL : static_cast<PackedCounts>(work->nlarge++);
+        work->counts[e] = small ? 0 : PACKED_LARGE | static_cast<PackedCounts>(work->nlarge++);
         work->single |= size == 1;
     }
+    for (int j = 0; j < graph->incptr[graph->nfixed]; j++)
+        work->counts[graph->incind[j]] |= PACKED_FIXED;
     work->large = alloc_array<NetCounts>(static_cast<size_t>(work->nlarge), "FM_Refine: large");
 }
 
@@ -55,6 +56,7 @@ const HGraph *open_work(HGraph *original, FmWork *work, int nqueues)
     const int span = gain_bound(graph);
     const size_t n = static_cast<size_t>(graph->ncells);
     work->copy = {};
+    work->nqueues = nqueues;
     if (nqueues == 2)
         init_queue_pair(work->queues, graph->ncells, span);
     else
@@ -67,12 +69,10 @@ const HGraph *open_work(HGraph *original, FmWork *work, int nqueues)
     work->gain = original->gain;
     if (buckets)
         for (int v = 0; v <= graph->ncells; v++) work->queues[0].nodes[v].first = graph->incptr[v];
-    work->state = alloc_array<uint8_t>(n, "FM_Refine: moved");
+    work->side = alloc_array<uint8_t>(n, "FM_Refine: moved");
     work->swaps = imalloc__(n, "FM_Refine: swaps");
     work->perm = imalloc__(n, "FM_Refine: perm");
     open_nets(graph, work);
-    work->startcounts = nullptr;
-    work->startlarge = nullptr;
     work->startgain = nullptr;
     return graph;
 }
@@ -85,8 +85,8 @@ void close_work(FmWork *work, int nqueues)
         PQueueFree__(&work->queues[0]);
     if (work->copy.nets == nullptr) QXfree__(&work->nets, LTERM);
     free_relabelled(&work->copy);
-    QXfree__(&work->state, &work->counts, &work->large, &work->startcounts, &work->startlarge,
-             &work->startgain, &work->swaps, &work->perm, LTERM);
+    QXfree__(&work->side, &work->counts, &work->large, &work->startgain, &work->swaps, &work->perm,
+             LTERM);
 }
 
 void load_sides(const HGraph *graph, FmWork *work)
@@ -94,7 +94,7 @@ void load_sides(const HGraph *graph, FmWork *work)
     const int *const where = graph->where;
     int total = 0, ones = 0;
     for (int v = 0; v < graph->ncells; v++) {
-        work->state[refined_of(work, v)] = static_cast<uint8_t>(where[v]);
+        work->side[refined_of(work, v)] = static_cast<uint8_t>(where[v]);
         total += graph->cellwgt[v];
         ones += graph->cellwgt[v] & -where[v];
     }
@@ -114,12 +114,12 @@ void store_sides(HGraph *graph, const FmWork *work)
 static NetCounts count_pins(const HGraph *graph, const FmWork *work, const FmNet *net)
 {
     const int *const netind = graph->netind;
-    const uint8_t *const state = work->state;
+    const uint8_t *const sides = work->side;
     const int size = net->end - net->first;
     int ones = 0, onexor = 0, nfixed = 0;
     count_work(WORK_GAIN_PINS, size);
     for (int j = net->first; j < net->end; j++) {
-        const int u = netind[j], side = state[u] & SIDE;
+        const int u = netind[j], side = sides[u];
         ones += side;
         onexor ^= u & -side;
     }
@@ -133,8 +133,15 @@ static PackedCounts pack_counts(const NetCounts *c)
     return static_cast<PackedCounts>(static_cast<uint32_t>(c->xor0)) |
            static_cast<PackedCounts>(c->npins[0]) << PACKED_NPINS |
            static_cast<PackedCounts>(c->npins[1]) << (PACKED_NPINS + 8) |
-           static_cast<PackedCounts>(c->nqueued) << PACKED_NQUEUED |
-           static_cast<PackedCounts>(c->npins[0] + c->npins[1]) << PACKED_ALL;
+           static_cast<PackedCounts>(c->nqueued) << PACKED_NQUEUED;
+}
+
+static void put_counts(FmWork *work, int e, const NetCounts *counts)
+{
+    if (is_large(work->counts[e])) [[unlikely]]
+        work->large[low_counts(work->counts[e])] = *counts;
+    else
+        work->counts[e] = (work->counts[e] & PACKED_FIXED) | pack_counts(counts);
 }
 
 template <bool Heap> void compute_gains(const HGraph *graph, FmWork *work)
@@ -146,10 +153,7 @@ template <bool Heap> void compute_gains(const HGraph *graph, FmWork *work)
     for (int e = 0; e < graph->nnets; e++) {
         const FmNet *const net = &work->nets[e];
         const NetCounts counts = count_pins(graph, work, net);
-        if (is_large(work->counts[e])) [[unlikely]]
-            work->large[work->counts[e]] = counts;
-        else
-            work->counts[e] = pack_counts(&counts);
+        put_counts(work, e, &counts);
         if (counts.npins[0] == 0 || counts.npins[1] == 0) continue;
         work->mincut += net->wgt;
         for (int j = net->first; j < net->end; j++)
@@ -171,28 +175,24 @@ template <bool Heap> void store_gains(HGraph *graph, FmWork *work)
         graph->gain[v] = gain_of<Heap>(work, refined_of(work, v));
 }
 
-static void copy_counts(const HGraph *graph, const PackedCounts *from, PackedCounts *to)
-{
-    if (graph->nnets > 0) memcpy(to, from, static_cast<size_t>(graph->nnets) * sizeof *to);
-}
-
-static void copy_large(const FmWork *work, const NetCounts *from, NetCounts *to)
-{
-    if (work->nlarge > 0) memcpy(to, from, static_cast<size_t>(work->nlarge) * sizeof *to);
-}
-
 template <bool Heap> void save_start(const HGraph *graph, FmWork *work)
 {
-    if (work->startgain == nullptr) {
+    if (work->startgain == nullptr)
         work->startgain = imalloc__(static_cast<size_t>(graph->ncells), "FM_Refine: startgain");
-        work->startcounts =
-            alloc_array<PackedCounts>(static_cast<size_t>(graph->nnets), "FM_Refine: startcounts");
-        work->startlarge =
-            alloc_array<NetCounts>(static_cast<size_t>(work->nlarge), "FM_Refine: startlarge");
-    }
     for (int v = 0; v < graph->ncells; v++) work->startgain[v] = gain_of<Heap>(work, v);
-    copy_counts(graph, work->counts, work->startcounts);
-    copy_large(work, work->large, work->startlarge);
+}
+
+/* Takes the counts back to the start of a pass that is over: each free pin has changed sides. */
+static void reverse_counts(const HGraph *graph, FmWork *work)
+{
+    for (int e = 0; e < graph->nnets; e++) {
+        const FmNet *const net = &work->nets[e];
+        const NetCounts end = net_counts(work, e);
+        NetCounts start = {
+            {end.npins[1], end.npins[0]}, net->end - net->first, net->pinxor ^ end.xor0};
+        if (work->counts[e] & PACKED_FIXED) start = count_pins(graph, work, net);
+        put_counts(work, e, &start);
+    }
 }
 
 template <bool Heap> void restart_at_best(const HGraph *original, const HGraph *graph, FmWork *work)
@@ -200,8 +200,7 @@ template <bool Heap> void restart_at_best(const HGraph *original, const HGraph *
     constexpr UpdateRules updates = {true, false, false};
     load_sides(original, work);
     for (int v = 0; v < graph->ncells; v++) gain_of<Heap>(work, v) = work->startgain[v];
-    copy_counts(graph, work->startcounts, work->counts);
-    copy_large(work, work->startlarge, work->large);
+    reverse_counts(graph, work);
     count_work(WORK_UNDONE, work->mincutorder + 1);
     for (int i = 0; i <= work->mincutorder; i++) {
         const int v = work->swaps[i], from = side_of(work, v);
@@ -241,7 +240,7 @@ void reset_pass(FmWork *work, int nqueues)
     if (work->copy.label != nullptr)
         __builtin_prefetch(&work->copy.label[work->perm[i + 2 * ahead]]);
     const int v = refined_of(work, work->perm[i + ahead]);
-    __builtin_prefetch(&work->state[v], 1);
+    __builtin_prefetch(&work->side[v]);
     __builtin_prefetch(&work->queues[0].nodes[v], 1);
 }
 
@@ -255,7 +254,6 @@ template <bool Heap> void fill_queues(const HGraph *graph, FmWork *work, int onl
         if (v < graph->nfixed || (onlyside >= 0 && side != onlyside)) continue;
         PQueue *const queue = &work->queues[onlyside >= 0 ? 0 : side];
         count_work(WORK_QUEUED, 1);
-        work->state[v] = static_cast<uint8_t>(side | QUEUED);
         if (Heap)
             PQueueInsert__(queue, v, gain_of<Heap>(work, v));
         else
@@ -281,6 +279,13 @@ static bool gain_agrees(const HGraph *graph, FmWork *work, int v)
            (work->queues[0].type == PQ_HEAP ? gain_of<true>(work, v) : gain_of<false>(work, v));
 }
 
+static bool in_any_queue(const FmWork *work, int v)
+{
+    const int index = work->nqueues == 2 ? side_of(work, v) : 0;
+    return work->queues[0].type == PQ_HEAP ? is_queued<true>(work, index, v)
+                                           : is_queued<false>(work, index, v);
+}
+
 bool work_ok(const HGraph *graph, FmWork *work, bool exact)
 {
     for (int e = 0; e < graph->nnets; e++) {
@@ -288,13 +293,13 @@ bool work_ok(const HGraph *graph, FmWork *work, bool exact)
         const NetCounts fresh = count_pins(graph, work, &work->nets[e]);
         const NetCounts kept = net_counts(work, e);
         for (int j = graph->netptr[e]; j < graph->netptr[e + 1]; j++)
-            nqueued += (work->state[graph->netind[j]] & QUEUED) != 0;
+            nqueued += in_any_queue(work, graph->netind[j]);
         if (fresh.npins[0] != kept.npins[0] || fresh.npins[1] != kept.npins[1] ||
             fresh.xor0 != kept.xor0 || (!exact && kept.nqueued != nqueued))
             return false;
     }
     for (int v = 0; v < graph->ncells; v++)
-        if ((exact || (work->state[v] & QUEUED)) && !gain_agrees(graph, work, v)) return false;
+        if ((exact || in_any_queue(work, v)) && !gain_agrees(graph, work, v)) return false;
     return pqueue_ok(&work->queues[0]);
 }
 

@@ -24,16 +24,15 @@
 #include "partition/ctrl.h"
 #include "refine/relabel.h"
 
-enum VertexState : uint8_t { SIDE = 1, QUEUED = 2 }; // bits
-
 /* What changes is packed in a word, so that counting a move reads and writes eight bytes of memory
  * a hyperedge: from the low end 32 bits of F2's exclusive or, then a byte each for the pins on side
- * 0, those on side 1, the queued ones and all. A byte's top bit stays free for comparisons. With
- * more pins than that, the last byte is 0, and the low 32 bits are the hyperedge's place among the
- * large ones. */
+ * 0, those on side 1 and the queued ones. A byte's top bit stays free for comparisons. With more
+ * pins than that the top bit is set, and the low 32 bits are the hyperedge's place among the large
+ * ones. The bit below it marks hyperedges with fixed pins. */
 using PackedCounts = uint64_t;
-constexpr int PACKED_SIZE = HEAVY_ASSERTS ? 5 : 127; // most pins of a hyperedge in packed form
-constexpr int PACKED_NPINS = 32, PACKED_NQUEUED = 48, PACKED_ALL = 56; // bit positions
+constexpr int PACKED_SIZE = HEAVY_ASSERTS ? 5 : 127;  // most pins of a hyperedge in packed form
+constexpr int PACKED_NPINS = 32, PACKED_NQUEUED = 48; // bit positions
+constexpr PackedCounts PACKED_LARGE = PackedCounts{1} << 63, PACKED_FIXED = PackedCounts{1} << 62;
 
 /* Counts of a hyperedge of any size. */
 struct NetCounts {
@@ -44,23 +43,22 @@ struct NetCounts {
 
 /* Work of one refinement; the arrays live as long as the call. */
 struct FmWork {
-    PQueue queues[2]; // one per side, sharing nodes; only the first where one side gives vertices
-    uint8_t *state;   // [ncells] VertexState
-    FmNet *nets;      // [nnets] the copy's, if there is one
+    int nqueues;          // 2, or 1 where one side gives vertices
+    PQueue queues[2];     // one per side, sharing nodes
+    uint8_t *side;        // [ncells] of each vertex, 0 or 1
+    FmNet *nets;          // [nnets] the copy's, if there is one
     PackedCounts *counts; // [nnets]
     NetCounts *large;     // [nlarge] of hyperedges of more than PACKED_SIZE pins
     int nlarge;
-    PackedCounts *startcounts; // [nnets] counts at the start of the pass
-    NetCounts *startlarge;     // [nlarge] likewise
-    int *startgain;            // [ncells] gains at the start of the pass
-    bool restarted;            // counts and gains are those of the best point of the last pass
-    bool single;               // a hyperedge has one pin: gains and cut drift as its pin moves
-    int *gain;                 // [ncells] heap form: gains; in bucket form they are the nodes' keys
-    Relabelled copy;           // what is refined, if not the level itself
-    int *swaps;                // [ncells] the vertex of each step
-    int *perm;                 // [ncells] order of queueing
-    int pwgts[2];              // weight of each side
-    int initpwgts[2];          // at the start of the pass
+    int *startgain;   // [ncells] gains at the start of the pass
+    bool restarted;   // counts and gains are those of the best point of the last pass
+    bool single;      // a hyperedge has one pin: gains and cut drift as its pin moves
+    int *gain;        // [ncells] heap form: gains; in bucket form they are the nodes' keys
+    Relabelled copy;  // what is refined, if not the level itself
+    int *swaps;       // [ncells] the vertex of each step
+    int *perm;        // [ncells] order of queueing
+    int pwgts[2];     // weight of each side
+    int initpwgts[2]; // at the start of the pass
     int minpwgts[2];
     int initcut, newcut;              // at the start of the pass, after the moves so far
     int nswaps;                       // steps of this pass
@@ -95,19 +93,25 @@ inline int weight_difference(const int pwgts[2])
 
 inline int side_of(const FmWork *work, int v)
 {
-    return work->state[v] & SIDE;
+    return work->side[v];
 }
 
 inline bool is_large(PackedCounts counts)
 {
-    return counts >> PACKED_ALL == 0;
+    return counts >= PACKED_LARGE;
+}
+
+/* The low 32 bits: an exclusive or, or a place among the large hyperedges. */
+inline int low_counts(PackedCounts counts)
+{
+    return static_cast<int>(static_cast<uint32_t>(counts));
 }
 
 /* The counts of hyperedge e, unpacked. */
 inline NetCounts net_counts(const FmWork *work, int e)
 {
     const PackedCounts counts = work->counts[e];
-    const int low = static_cast<int>(static_cast<uint32_t>(counts));
+    const int low = low_counts(counts);
     if (is_large(counts)) [[unlikely]]
         return work->large[low];
     return {{static_cast<int>(counts >> PACKED_NPINS & 255),
@@ -123,6 +127,12 @@ template <bool Heap> inline int &gain_of(FmWork *work, int v)
     return Heap ? work->gain[v] : work->queues[0].nodes[v].key;
 }
 
+/* Whether v is in the queue of this index, the only one that it may be in. */
+template <bool Heap> inline bool is_queued(const FmWork *work, int index, int v)
+{
+    return Heap ? work->queues[index].locator[v] != PQ_NONE : bucket_holds(&work->queues[0], v);
+}
+
 /* Calls passes, a template over the queue's form. */
 template <typename Passes> inline void with_form(const FmWork *work, Passes passes)
 {
@@ -135,7 +145,7 @@ template <typename Passes> inline void with_form(const FmWork *work, Passes pass
 /* Puts v on side to, with its weight. */
 inline void change_side(const HGraph *graph, FmWork *work, int v, int from, int to)
 {
-    work->state[v] = static_cast<uint8_t>((work->state[v] & ~SIDE) | to);
+    work->side[v] = static_cast<uint8_t>(to);
     work->pwgts[to] += graph->cellwgt[v];
     work->pwgts[from] -= graph->cellwgt[v];
 }
@@ -168,11 +178,12 @@ template <bool Heap> void compute_gains(const HGraph *graph, FmWork *work);
 /* Writes gains and pin counts into the original graph's arrays, where callers expect them exact. */
 template <bool Heap> void store_gains(HGraph *graph, FmWork *work);
 
-/* Keeps gains and counts as those of the pass that starts. */
+/* Keeps the gains as those of the pass that starts. */
 template <bool Heap> void save_start(const HGraph *graph, FmWork *work);
 
-/* Takes gains, counts and sides back to the start of the pass, then makes the moves up to the best
- * point again: they are few where a pass has many, and nothing needs computing from scratch. */
+/* After a pass that moved every free vertex: takes gains, counts and sides back to its start, then
+ * makes the moves up to the best point again: they are few where a pass has many, and nothing needs
+ * computing from scratch. */
 template <bool Heap>
 void restart_at_best(const HGraph *original, const HGraph *graph, FmWork *work);
 

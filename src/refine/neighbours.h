@@ -62,7 +62,7 @@ template <UpdateRules R, int From> inline bool count_move(FmWork *work, int e, i
     constexpr int fromshift = npins_shift(From), toshift = npins_shift(1 - From);
     PackedCounts counts = work->counts[e];
     if (is_large(counts)) [[unlikely]]
-        return count_in_large<R, From>(&work->large[counts], v);
+        return count_in_large<R, From>(&work->large[low_counts(counts)], v);
     counts ^= static_cast<uint32_t>(v);
     counts += packed_byte(1, toshift) - packed_byte(1, fromshift);
     if (!R.exact) counts -= packed_byte(1, PACKED_NQUEUED);
@@ -76,21 +76,12 @@ template <UpdateRules R, int From> inline bool count_move(FmWork *work, int e, i
     return (((counts + limits) & (to | from | queued)) ^ queued) < (to | from);
 }
 
-/* Asks for the list of v's hyperedges, which may be the next to move. */
-inline void prefetch_incidence(const HGraph *graph, const FmWork *work, int v)
+/* Asks for what the move of v, which may be the next, reads first: its weight and the list of its
+ * hyperedges. */
+[[gnu::always_inline]] inline void prefetch_move(const HGraph *graph, const FmWork *work, int v)
 {
+    __builtin_prefetch(&graph->cellwgt[v]);
     __builtin_prefetch(&graph->incind[work->queues[0].nodes[v].first]);
-}
-
-constexpr int PREFETCHED_NETS = 8;
-
-/* Asks for the counts of v's first hyperedges. */
-inline void prefetch_nets(const HGraph *graph, const FmWork *work, int v)
-{
-    const BucketNode *const node = &work->queues[0].nodes[v];
-    const int first = node[0].first, degree = node[1].first - first;
-    const int n = degree < PREFETCHED_NETS ? degree : PREFETCHED_NETS;
-    for (int j = first; j < first + n; j++) __builtin_prefetch(&work->counts[graph->incind[j]], 1);
 }
 
 /* Adds delta to the gain of u, a vertex on this side. Twice a weight may leave 32 bits, the sum
@@ -98,19 +89,20 @@ inline void prefetch_nets(const HGraph *graph, const FmWork *work, int v)
 template <bool Heap, UpdateRules R>
 inline void add_gain(const HGraph *graph, FmWork *work, int u, int side, unsigned delta)
 {
-    const bool queued = (work->state[u] & QUEUED) != 0;
+    const int index = R.one_side ? 0 : side;
+    const bool queued = is_queued<Heap>(work, index, u);
     if (!R.exact && !queued) return;
     count_work(WORK_UPDATES, 1);
     int &gain = gain_of<Heap>(work, u);
     const int oldgain = gain, newgain = static_cast<int>(static_cast<unsigned>(oldgain) + delta);
     gain = newgain;
     if (!R.requeue || (R.exact && !queued)) return;
-    PQueue *const queue = &work->queues[R.one_side ? 0 : side];
+    PQueue *const queue = &work->queues[index];
     if (Heap) {
         PQueueUpdate__(queue, u, oldgain, newgain);
     } else {
-        bucket_move(queue, u, oldgain, newgain);
-        if (newgain >= queue->maxgain) prefetch_incidence(graph, work, u);
+        bucket_move(queue, u, newgain);
+        if (newgain >= queue->maxgain) prefetch_move(graph, work, u);
     }
 }
 
@@ -118,13 +110,11 @@ inline void add_gain(const HGraph *graph, FmWork *work, int u, int side, unsigne
 template <bool Heap, UpdateRules R, int Side>
 inline void add_gains(const HGraph *graph, FmWork *work, const FmNet *net, int v, unsigned delta)
 {
-    const uint8_t *const state = work->state;
     const int *const end = graph->netind + net->end;
     count_work(WORK_SCANNED_PINS, net->end - net->first);
     for (const int *pin = graph->netind + net->first; pin < end; pin++) {
         const int u = *pin;
-        // v itself is not queued
-        if (R.exact ? (state[u] & SIDE) == Side && u != v : state[u] == (Side | QUEUED))
+        if (!R.exact || u != v) // v itself is not queued
             add_gain<Heap, R>(graph, work, u, Side, delta);
     }
 }
@@ -141,15 +131,15 @@ inline void update_pins(const HGraph *graph, FmWork *work, int e, int v)
     int nto = static_cast<uint8_t>(counts >> npins_shift(To));
     int xor0 = static_cast<int>(static_cast<uint32_t>(counts));
     if (is_large(counts)) [[unlikely]] {
-        const NetCounts *const large = &work->large[counts];
+        const NetCounts *const large = &work->large[low_counts(counts)];
         nfrom = large->npins[From];
         nto = large->npins[To];
         xor0 = large->xor0;
     }
     if (w == 0) return;     // a gain that stays keeps its place
-    if (nfrom + nto == 2) { // more than half of all; which side the other pin is on is a toss-up
-        const int u = net->pinxor ^ v, side = side_of(work, u);
-        add_gain<Heap, R>(graph, work, u, side, side == From ? 2 * w : 2 * -w);
+    if (nfrom + nto == 2) { // more than half of all; whether the other pin stays is a toss-up
+        const bool stays = nto == 1;
+        add_gain<Heap, R>(graph, work, net->pinxor ^ v, stays ? From : To, stays ? 2 * w : 2 * -w);
     } else if (nto == 1) {
         if (nfrom > 0) add_gains<Heap, R, From>(graph, work, net, v, w);
     } else if (nfrom == 0) {

@@ -25,7 +25,6 @@ static void oneway_begin_pass(PartCtrl *ctrl, const HGraph *original, const HGra
         *from = work->pwgts[0] >= work->pwgts[1] ? 0 : 1;
     } else {
         *from = 1 - *from;
-        for (int v = 0; v < graph->ncells; v++) work->state[v] &= SIDE; // nobody is queued
     }
     reset_pass(work, 1);
     fill_queues<Heap>(graph, work, *from);
@@ -45,7 +44,6 @@ static void oneway_moves(PartCtrl *ctrl, const HGraph *graph, FmWork *work, int 
         const int gain = gain_of<Heap>(work, v);
         const bool held = work->pwgts[from] - graph->cellwgt[v] < work->minpwgts[from];
         if (held && gain <= 0) break;
-        work->state[v] = static_cast<uint8_t>(from);
         work->swaps[work->nswaps] = v;
         if (held) continue;
         work->newcut -= gain;

@@ -202,9 +202,19 @@ static bool apply(const Step &step, PQueue *queue, Twin *twin)
     return true;
 }
 
-static bool agree(const PQueue *queue, const Twin &twin, int limit, const Setting &setting)
+/* Buckets: maxgain is the best gain before anybody looks for it. */
+static bool maxgain_agrees(const PQueue *queue, const Twin &twin)
 {
-    return pqueue_ok(queue) && queue->nnodes == static_cast<int>(twin.size()) &&
+    if (queue->type != PQ_BUCKETS) return true;
+    int best = -queue->gainspan;
+    for (const TwinEntry &entry : twin) best = std::max(best, entry.gain);
+    return queue->maxgain == best;
+}
+
+static bool agree(PQueue *queue, const Twin &twin, int limit, const Setting &setting)
+{
+    return pqueue_ok(queue) && maxgain_agrees(queue, twin) &&
+           queue->nnodes == static_cast<int>(twin.size()) &&
            PQueueSeeMax__(queue) == twin_max(queue->type, twin) &&
            PQueueSeeConstraintMax(queue, limit, setting.vwgt.data()) ==
                twin_constraint_max(queue->type, twin, limit, setting.vwgt);

@@ -123,6 +123,34 @@ TEST(PQueue, an_update_to_the_same_gain_changes_no_order)
     EXPECT_EQ(drain(&queue), (std::vector<int>{2, 1, 0}));
 }
 
+TEST(PQueue, a_reset_takes_out_the_vertices_that_are_left)
+{
+    OwnedQueue queue(VERTICES, BUCKET_SPAN);
+    fill(&queue, {5, 5, -3});
+    EXPECT_EQ(PQueueGetMax__(&queue), 1);
+    PQueueReset__(&queue);
+    for (int v = 0; v < 3; v++) EXPECT_FALSE(bucket_holds(&queue, v)) << v;
+    EXPECT_TRUE(pqueue_ok(&queue));
+    fill(&queue, {1});
+    EXPECT_TRUE(bucket_holds(&queue, 0));
+    EXPECT_EQ(drain(&queue), (std::vector<int>{0}));
+}
+
+TEST(PQueue, the_inline_operations_leave_maxgain_to_the_next_look)
+{
+    OwnedQueue queue(VERTICES, BUCKET_SPAN);
+    fill(&queue, {5, 2, 2});
+    bucket_move(&queue, 0, -1);
+    EXPECT_TRUE(pqueue_ok(&queue));
+    bucket_move(&queue, 1, 4); // between the empty best bucket and the rest
+    EXPECT_TRUE(pqueue_ok(&queue));
+    EXPECT_EQ(bucket_top(&queue), 1);
+    EXPECT_EQ(queue.maxgain, 4);
+    bucket_delete(&queue, 1);
+    EXPECT_FALSE(bucket_holds(&queue, 1));
+    EXPECT_EQ(drain(&queue), (std::vector<int>{2, 0}));
+}
+
 TEST(PQueue, an_update_away_and_back_puts_the_vertex_first)
 {
     OwnedQueue queue(VERTICES, BUCKET_SPAN);
