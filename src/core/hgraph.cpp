@@ -30,8 +30,10 @@ HGraph *CreateHGraph__()
 void FreeHGraph__(HGraph *graph)
 {
     FreeRootHGraph__(graph);
-    QXfree__(&graph->incptr, &graph->incind, &graph->netptr, &graph->netind, &graph->cellwgt,
-             &graph->netwgt, &graph->adjwgt, &graph->edgewgt, &graph->nearby, LTERM);
+    if (!graph->borrows)
+        QXfree__(&graph->incptr, &graph->incind, &graph->netptr, &graph->netind, &graph->cellwgt,
+                 &graph->netwgt, &graph->adjwgt, &graph->edgewgt, LTERM);
+    QXfree__(&graph->nearby, LTERM);
     free(graph);
 }
 

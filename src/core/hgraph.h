@@ -24,11 +24,10 @@ struct CellKwayInfo {
     KwayPartDeg *degrees; // view into crdata, in order of first appearance
 };
 
-/* Every array is owned by the record unless said otherwise, null until its maker fills it.
- *   H1  netptr[0] == 0, netptr never falls; a hyperedge lists each vertex once
- *   H2  incind lists each vertex's hyperedges once; increasing at levels that
- *       CreateIncidentHGraph__ built, in order of first meeting at contracted ones
- *   H3  adjwgt[v] is the sum of netwgt over v's hyperedges
+/* Every array is owned by the record unless said otherwise (see borrows), null until its maker
+ * fills it. H1  netptr[0] == 0, netptr never falls; a hyperedge lists each vertex once H2  incind
+ * lists each vertex's hyperedges once; increasing at levels that CreateIncidentHGraph__ built, in
+ * order of first meeting at contracted ones H3  adjwgt[v] is the sum of netwgt over v's hyperedges
  *   H4  edgewgt[e] is netwgt[e] / (size - 1) rounded to single
  *   H5  where[v] is a part for v < ncells + nislands
  *   H6  ndeg, gain, pwgts, mincut describe where (stale after FM passes, see refine/fm.h)
@@ -39,6 +38,7 @@ struct HGraph {
     int nnets;      // hyperedges
     int removedwgt; // weight of hyperedges that contraction dropped on the way here
     int keep;       // 1: the owner of the root frees the record
+    bool borrows;   // lists, incidence and weights are those of another record, which frees them
     int nfixed;     // leading vertices that are fixed
 
     int *incptr;    // [ncells + 1]
@@ -88,7 +88,7 @@ void InitHGraph__(HGraph *graph);
 /* A new record, initialised. */
 HGraph *CreateHGraph__();
 
-/* Frees the record and all its arrays but label; does not follow coarser. */
+/* Frees the record and all its arrays but label and those it borrows; does not follow coarser. */
 void FreeHGraph__(HGraph *graph);
 
 /* Frees what partitioning added to a record whose owner keeps it: matching, refinement and k-way

@@ -6,7 +6,10 @@
 #include "partition/ctrl.h"
 
 /* A copy of graph, same vertices, with only the hyperedges of at most ctrl->maxnetsize pins, in
- * their order, and its incidence. graph is not modified; the caller frees the copy. */
+ * their order, and its incidence. graph, which has its incidence, is not modified; the caller frees
+ * the copy. When no hyperedge is left out the copy borrows graph's lists, incidence and weights: it
+ * must be freed before graph, and work on one of them, parked islands above all, must end before
+ * work on the other. */
 HGraph *PruneHGraph__(const PartCtrl *ctrl, const HGraph *graph);
 
 #endif

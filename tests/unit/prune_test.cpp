@@ -69,3 +69,35 @@ TEST(Prune, dropping_every_hyperedge_leaves_empty_lists)
     EXPECT_EQ(pruned->netptr[0], 0);
     EXPECT_EQ(entries(4, pruned->incptr), (std::vector<int>{0, 0, 0, 0}));
 }
+
+TEST(Prune, without_large_hyperedges_the_copy_borrows_and_frees_nothing_of_the_lender)
+{
+    const PartCtrl ctrl = default_ctrl();
+    const PinLists nets = {{0, 1, 2}, {1, 2}};
+    const HGraphPtr graph = make_incident(4, nets, {3, 4}, {1, 2, 3, 4}); // vertex 3 is an island
+    graph->nfixed = 1;
+    HGraph *const copy = PruneHGraph__(&ctrl, graph.get());
+    EXPECT_TRUE(copy->borrows);
+    EXPECT_EQ(copy->ncells, 4);
+    EXPECT_EQ(copy->nfixed, 1);
+    EXPECT_EQ(copy->nnets, 2);
+    EXPECT_EQ(copy->incind, graph->incind);
+    EXPECT_TRUE(hgraph_ok(copy, HG_LISTS | HG_INCIDENCE));
+    copy->nearby = new_array({0, 1, 2, 3});
+    FreeHGraph__(copy);
+    EXPECT_FALSE(graph->borrows);
+    EXPECT_EQ(pins_of(graph.get()), nets);
+    EXPECT_EQ(entries(4, graph->cellwgt), (std::vector<int>{1, 2, 3, 4}));
+    EXPECT_TRUE(hgraph_ok(graph.get(), HG_LISTS | HG_INCIDENCE));
+}
+
+TEST(Prune, one_hyperedge_left_out_makes_a_copy_of_its_own)
+{
+    PartCtrl ctrl = default_ctrl();
+    ctrl.maxnetsize = 2;
+    const HGraphPtr graph = make_incident(3, {{0, 1, 2}, {1, 2}});
+    const HGraphPtr pruned(PruneHGraph__(&ctrl, graph.get()));
+    EXPECT_FALSE(pruned->borrows);
+    EXPECT_NE(pruned->cellwgt, graph->cellwgt);
+    EXPECT_NE(pruned->netind, graph->netind);
+}
