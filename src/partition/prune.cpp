@@ -11,6 +11,13 @@
 #include "core/memory.h"
 #include "core/vectors.h"
 
+bool has_large_nets(const PartCtrl *ctrl, const HGraph *graph)
+{
+    int e = 0;
+    while (e < graph->nnets && net_size(graph, e) <= ctrl->maxnetsize) e++;
+    return e < graph->nnets;
+}
+
 /* What is kept of the hyperedges. */
 struct Kept {
     int nnets, npins;

@@ -114,6 +114,7 @@ static void take_over(Runs *runs)
             printf("[%d, ", scheme->measure(ctrl, graph, where));
             fflush(stdout);
         }
+        if (graph->incptr == nullptr) CreateIncidentHGraph__(graph);
         scheme->allocate(ctrl, graph);
         QXfree__(&graph->where, LTERM);
         graph->where = where;
@@ -187,7 +188,8 @@ int best_of_runs(PartCtrl *ctrl, HGraph *graph, int *part, const RunScheme *sche
 {
     const bool summarise = (ctrl->dbglvl & (DBG_BISECTION | DBG_DETAIL)) != 0;
     if (summarise) scheme->trace_header(ctrl, graph);
-    CreateIncidentHGraph__(graph);
+    // else the runs come first: they need no incidence of the whole, but memory at their peak
+    if (!has_large_nets(ctrl, graph)) CreateIncidentHGraph__(graph);
     Runs runs = {};
     runs.scheme = scheme;
     runs.ctrl = ctrl;
