@@ -145,6 +145,14 @@ static void try_schemes(bool all_later)
     }
 }
 
+// The triples are left out, so that the whole and its pruned copy differ.
+static void try_pruning(bool all_later)
+{
+    PartCtrl ctrl = make_ctrl(CTYPE_FC, 1, 2);
+    ctrl.maxnetsize = 2;
+    partition_shallow(&ctrl, all_later);
+}
+
 static void try_direct(bool all_later, int objective)
 {
     int part[NVTXS];
@@ -276,6 +284,7 @@ int main(int argc, char **argv)
     if (names == nullptr || freopen("/dev/null", "w", stdout) == nullptr) return 2;
     for (const bool all_later : {false, true}) {
         try_schemes(all_later);
+        try_pruning(all_later);
         try_direct(all_later, RTYPE_CUT);
         try_direct(all_later, RTYPE_SOED);
         try_entries(all_later);
