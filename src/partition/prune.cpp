@@ -2,7 +2,7 @@
  *
  * A large hyperedge is cut almost always, and would make matching and gains costly. No map back is
  * kept: the cut on the whole hypergraph is measured from the sides of the vertices. Circuits rarely
- * have any; the copy then borrows all arrays, which saves a quarter of the memory.
+ * have any; the copy then borrows all arrays, which saves a fifth of the memory.
  */
 #include "partition/prune.h"
 

@@ -1,9 +1,8 @@
 /* refine/fm_work.h: the records that the refiners of a bisection share (refine/ only).
  *
  * While a refiner runs, the bisection lives in compact records of its own: a byte per vertex for
- * side and queue membership, 16 bytes per vertex for gain and queue links, and 16 bytes per
- * hyperedge for all that the move of a pin looks at. The graph's where keeps the bisection at the
- * start of the pass.
+ * its side, 16 for gain and queue links, and per hyperedge 8 bytes for what a move changes and 16
+ * for what stays. The graph's where keeps the bisection at the start of the pass.
  *   F1  counts of e hold the number of its pins on each side
  *   F2  and the exclusive or of its pins on side 0; with pinxor, that of all its pins, one that is
  *       alone on its side is known without a look at the list
