@@ -1,8 +1,6 @@
 /* refine/fm_work.cpp: setting up and winding down the passes of the refiners. */
 #include "refine/fm_work.h"
 
-#include <cstring>
-
 #include "core/memory.h"
 #include "core/prefetch.h"
 #include "core/random.h"
