@@ -22,7 +22,8 @@ template <class T> T *alloc_array(size_t n, const char *text)
 }
 
 /* Tells the C library, as far as it listens, to keep freed memory of up to twice size bytes for the
- * next arrays instead of giving it back to the system. Nothing is allocated. */
+ * next arrays instead of giving it back to the system, and asks for large pages behind the first of
+ * them. Nothing is allocated. */
 void keep_freed_memory(size_t size);
 
 /* Takes the addresses of pointer variables up to the sentinel LTERM; frees each array that is not

@@ -6,6 +6,9 @@
 #include <sys/resource.h>
 
 #include <cstdint>
+#include <cstdio>
+#include <fstream>
+#include <string>
 
 #include "support.h"
 
@@ -92,6 +95,33 @@ TEST(Memory, a_refused_request_of_ordinary_size_is_reported_in_bytes)
     EXPECT_EQ(end.err,
               "Memory allocation failed for test: large. Requested size: 1000000000 bytes\n\n");
     EXPECT_EQ(end.status, 0);
+}
+
+/* Whether large pages were asked for where the array is. */
+static bool asked_for_large_pages(const void *array)
+{
+    std::ifstream maps("/proc/self/smaps");
+    const uintptr_t address = reinterpret_cast<uintptr_t>(array);
+    bool inside = false;
+    for (std::string line; std::getline(maps, line);) {
+        unsigned long begin, end;
+        if (sscanf(line.c_str(), "%lx-%lx ", &begin, &end) == 2)
+            inside = begin <= address && address < end;
+        else if (inside && line.starts_with("VmFlags:"))
+            return line.find(" hg") != std::string::npos;
+    }
+    return false;
+}
+
+TEST(Memory, large_pages_are_asked_for_behind_large_arrays)
+{
+    if (!std::ifstream("/sys/kernel/mm/transparent_hugepage/enabled"))
+        GTEST_SKIP() << "the system has no large pages to ask for";
+    const size_t mb = size_t{1} << 20;
+    int *array = imalloc__(64 * mb / sizeof(int), "array");
+    EXPECT_TRUE(asked_for_large_pages(array + 32 * mb / sizeof(int)));
+    EXPECT_FALSE(asked_for_large_pages(&mb));
+    QXfree__(&array, LTERM);
 }
 
 #if defined(__GLIBC__) && !defined(ZORPEL_TEST_ASAN)
