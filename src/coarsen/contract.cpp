@@ -6,8 +6,10 @@
 #include "coarsen/contract.h"
 
 #include <algorithm>
+#include <array>
 #include <climits>
 #include <cstdlib>
+#include <utility>
 
 #include "coarsen/merge_nets.h"
 #include "core/heavy_assert.h"
@@ -19,24 +21,60 @@
 
 constexpr int FEW_PINS = HEAVY_ASSERTS ? 3 : 16; // ranked by comparison: beats marking and sorting
 
-/* Maps n <= Most pins of a finer hyperedge to coarse vertices, in order and each once; returns
- * their number. Their order is that of chance, so each is put where its rank says, without a
- * branch: equal ones at the same place, before places left empty. Compared with as many as there
- * may be, they are counted several at a time. */
-template <int Most> static int rank_pins(const int *cellmap, int n, const int *finepins, int *pins)
+/* The comparisons of a sorting network for Size numbers: numbers low and high are put in order. */
+struct Comparator {
+    int low, high;
+};
+
+/* Calls compare for each comparator of Batcher's odd-even merge sort. */
+template <typename Compare> constexpr void for_each_comparator(int size, Compare compare)
 {
-    constexpr int none = INT_MAX;
-    int mapped[Most], ranked[Most], size = 0;
-    for (int j = 0; j < Most; j++) mapped[j] = ranked[j] = none;
+    for (int p = 1; p < size; p *= 2)
+        for (int k = p; k > 0; k /= 2)
+            for (int j = k % p; j + k < size; j += 2 * k)
+                for (int i = j; i < j + k && i + k < size; i++)
+                    if (i / (2 * p) == (i + k) / (2 * p)) compare(Comparator{i, i + k});
+}
+
+template <int Size> constexpr auto sorting_network()
+{
+    constexpr size_t ncomparators = [] {
+        size_t n = 0;
+        for_each_comparator(Size, [&](Comparator) { n++; });
+        return n;
+    }();
+    std::array<Comparator, ncomparators> network{};
+    size_t n = 0;
+    for_each_comparator(Size, [&](Comparator c) { network[n++] = c; });
+    return network;
+}
+
+/* Puts two numbers that are not negative in order, without a branch or the chance of one. */
+inline void put_in_order(int &low, int &high)
+{
+    const int excess = (high - low) & ((high - low) >> 31);
+    low += excess;
+    high -= excess;
+}
+
+template <int Size, size_t... I>
+[[gnu::always_inline]] static inline void sort_by_network(int *numbers, std::index_sequence<I...>)
+{
+    constexpr auto network = sorting_network<Size>();
+    (put_in_order(numbers[network[I].low], numbers[network[I].high]), ...);
+}
+
+/* Maps n <= Most pins of a finer hyperedge to coarse vertices, in order and each once; returns
+ * their number. Their order is that of chance, so they are sorted without a branch. */
+template <int Most> static int map_sorted(const int *cellmap, int n, const int *finepins, int *pins)
+{
+    int mapped[Most], size = 0, last = -1;
+    for (int j = 0; j < Most; j++) mapped[j] = INT_MAX;
     for (int j = 0; j < n; j++) mapped[j] = cellmap[finepins[j]];
+    sort_by_network<Most>(mapped, std::make_index_sequence<sorting_network<Most>().size()>());
     for (int j = 0; j < n; j++) {
-        int rank = 0;
-        for (int i = 0; i < Most; i++) rank += mapped[i] < mapped[j];
-        ranked[rank] = mapped[j];
-    }
-    for (int j = 0; j < n; j++) {
-        pins[size] = ranked[j];
-        size += ranked[j] != none;
+        size += mapped[j] != last;
+        pins[size - 1] = last = mapped[j];
     }
     return size;
 }
@@ -54,9 +92,9 @@ static int map_pair(const int *cellmap, const int *finepins, int *pins)
 static int map_few_pins(const int *cellmap, int n, const int *finepins, int *pins)
 {
     if (n == 2) return map_pair(cellmap, finepins, pins);
-    if (n <= 4) return rank_pins<4>(cellmap, n, finepins, pins);
-    if (n <= 8) return rank_pins<8>(cellmap, n, finepins, pins);
-    return rank_pins<FEW_PINS>(cellmap, n, finepins, pins);
+    if (n <= 4) return map_sorted<4>(cellmap, n, finepins, pins);
+    if (n <= 8) return map_sorted<8>(cellmap, n, finepins, pins);
+    return map_sorted<FEW_PINS>(cellmap, n, finepins, pins);
 }
 
 /* Maps the pins of finer hyperedge e to coarse vertices, in order and each once; returns their
@@ -130,8 +168,10 @@ static void make_hyperedges(HGraph *graph, HGraph *coarser, int *mark)
     int *dnetmap = ismalloc__(kept, -1, "CreateCoarseHGraph: dnetmap");
     int *dseen = ismalloc__(kept, -1, "CreateCoarseHGraph: dseen");
     merge_identical(&nets, pairs, &merged, dnetmap, dseen);
-    for (int e = 0; e < graph->nnets; e++)
-        if (graph->netmap[e] != -1) graph->netmap[e] = dnetmap[graph->netmap[e]];
+    for (int e = 0; e < graph->nnets && kept > 0; e++) { // without a branch on what was dropped
+        const int t = graph->netmap[e], d = dnetmap[std::max(t, 0)];
+        graph->netmap[e] = t < 0 ? -1 : d;
+    }
     QXfree__(&nets.netptr, &nets.netind, &nets.netwgt, &pairs, &dnetmap, &dseen, LTERM);
 
     coarser->nnets = merged.nnets;

@@ -29,13 +29,27 @@ static bool same_pins(const NetLists *nets, int e, int f, int size)
     return size == 0 || memcmp(a, b, static_cast<size_t>(size) * sizeof *a) == 0;
 }
 
+/* Copies n > 0 pins; the last two or four may be copied twice. Most hyperedges are too small to be
+ * worth a call. */
+static inline void copy_pins(int n, const int *from, int *to)
+{
+    constexpr int few = 2, more = 4;
+    if (n >= more) {
+        for (int j = 0; j < n - more; j += more) memcpy(to + j, from + j, more * sizeof *to);
+        memcpy(to + n - more, from + n - more, more * sizeof *to);
+    } else if (n >= few) {
+        memcpy(to, from, few * sizeof *to);
+        memcpy(to + n - few, from + n - few, few * sizeof *to);
+    } else {
+        to[0] = from[0];
+    }
+}
+
 /* Appends hyperedge e to merged; returns its number there. */
 static int append_net(const NetLists *nets, int e, NetLists *merged)
 {
     const int d = merged->nnets++, start = merged->netptr[d], size = size_of(nets, e);
-    if (size > 0)
-        memcpy(merged->netind + start, nets->netind + nets->netptr[e],
-               static_cast<size_t>(size) * sizeof(int));
+    if (size > 0) copy_pins(size, nets->netind + nets->netptr[e], merged->netind + start);
     merged->netptr[d + 1] = start + size;
     merged->netwgt[d] = nets->netwgt[e];
     return d;
@@ -62,15 +76,15 @@ void merge_identical(const NetLists *nets, KeyValue *pairs, NetLists *merged, in
     for (int i = 0; i < nets->nnets; i++) {
         const int e = pairs[i].val, size = size_of(nets, e);
         if (far) prefetch_sorted(nets, pairs, i);
-        if (seen[e] == 1) continue;
+        if (seen[i] == 1) continue;
         const int d = append_net(nets, e, merged);
         if (map != nullptr) map[e] = d;
-        for (int j = i + 1; j < nets->nnets; j++) {
+        for (int j = i + 1; j < nets->nnets && pairs[j].key == pairs[i].key; j++) {
+            if (seen[j] == 1) continue;
             const int f = pairs[j].val;
-            if (seen[f] == 1) continue;
-            if (pairs[j].key != pairs[i].key || size_of(nets, f) != size) break;
+            if (size_of(nets, f) != size) break;
             if (!same_pins(nets, e, f, size)) continue;
-            seen[f] = 1;
+            seen[j] = 1;
             merged->netwgt[d] += nets->netwgt[f];
             if (map != nullptr) map[f] = d;
         }

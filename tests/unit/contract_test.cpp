@@ -69,6 +69,40 @@ TEST(ContractTest, repeated_pins_are_kept_once_in_increasing_order)
     EXPECT_TRUE(hgraph_ok(coarser, HG_LISTS | HG_INCIDENCE));
 }
 
+/* What puts all sequences of two numbers in order puts all others in order too. */
+TEST(ContractTest, pins_of_two_groups_in_any_sequence_come_out_in_order)
+{
+    for (int size = 2; size <= 17; size++) {
+        SCOPED_TRACE(testing::Message() << size << " pins");
+        Nets nets, groups(2);
+        for (int v = 0; v < 2 * size; v++) groups[at(v < size ? 0 : 1)].push_back(v);
+        for (int ones = 1; ones + 1 < 1 << size; ones++) {
+            nets.emplace_back();
+            for (int j = 0; j < size; j++) nets.back().push_back(ones >> j & 1 ? size + j : j);
+        }
+        const Level level = make_level(2 * size, nets);
+        const HGraph *const coarser = contract(level.get(), groups);
+        ASSERT_EQ(coarser->nnets, 1);
+        EXPECT_EQ(net_pins(coarser, 0), (Ints{0, 1}));
+        EXPECT_EQ(coarser->netwgt[0], static_cast<int>(nets.size()));
+    }
+}
+
+TEST(ContractTest, pins_are_copied_whatever_their_number)
+{
+    for (int size = 2; size <= 40; size++) {
+        Nets nets = {{}, {}};
+        for (int v = 0; v <= size; v++) {
+            if (v < size) nets[0].push_back(v);
+            if (v > 0) nets[1].push_back(v);
+        }
+        const Level level = make_level(size + 1, nets);
+        const HGraph *const coarser = contract(level.get(), alone(size + 1));
+        EXPECT_EQ(net_pins(coarser, level->netmap[0]), nets[0]);
+        EXPECT_EQ(net_pins(coarser, level->netmap[1]), nets[1]);
+    }
+}
+
 TEST(ContractTest, hyperedges_stand_in_increasing_key_order)
 {
     const Level level = make_level(5, {{3, 4}, {0, 4}, {0, 1}, {0, 1, 2}});
