@@ -8,6 +8,7 @@
  */
 #include "kway/kway_gains.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -42,8 +43,16 @@ static int find_part(const KwayPartDeg *list, int n, int part)
     return i;
 }
 
-/* Builds the list of hyperedge e in pin order. Most are within one part. */
-static void count_parts(HGraph *graph, int e)
+static KwayPartDeg *take_list(KwayPartDeg **unused, int size)
+{
+    KwayPartDeg *const list = *unused;
+    *unused += size;
+    return list;
+}
+
+/* Builds the list of hyperedge e in pin order. Most are within one part: where lists are taken from
+ * what is unused of nrdata, those get none. */
+static void count_parts(HGraph *graph, int e, int nparts, KwayPartDeg **unused)
 {
     NetKwayInfo *const net = &graph->nrinfo[e];
     const int *const netind = graph->netind, *const where = graph->where;
@@ -53,7 +62,13 @@ static void count_parts(HGraph *graph, int e)
     const int first = where[netind[begin]];
     int j = begin + 1;
     while (j < end && where[netind[j]] == first) j++;
-    net->degrees[net->ndegrees++] = {first, j - begin, 0, 0};
+    net->ndegrees = 1;
+    if (unused == nullptr)
+        net->degrees = graph->nrdata + begin;
+    else
+        net->degrees = j == end ? nullptr : take_list(unused, std::min(end - begin, nparts));
+    if (net->degrees == nullptr) return;
+    net->degrees[0] = {first, j - begin, 0, 0};
     for (; j < end; j++) {
         const int part = where[netind[j]];
         const int i = find_part(net->degrees, net->ndegrees, part);
@@ -139,20 +154,23 @@ static void outline_pins(HGraph *graph, int e)
     }
 }
 
-/* Computes kpwgts, mincut, minsoed, the hyperedges' records, and id and ed of all vertices. */
-static void outline_all(const PartCtrl *ctrl, HGraph *graph)
+/* Computes kpwgts, mincut, minsoed, the hyperedges' records, and id and ed of all vertices. Lists
+ * are at their own places, or, with unused, hyperedges' wherever that is, and vertices' nowhere. */
+static void outline_all(const PartCtrl *ctrl, HGraph *graph, KwayPartDeg **unused)
 {
     iset__(ctrl->nparts, 0, graph->kpwgts);
     for (int v = 0; v < graph->ncells; v++) {
         CellKwayInfo *const cell = &graph->crinfo[v];
+        const size_t place = static_cast<size_t>(v) * static_cast<size_t>(ctrl->nparts);
         graph->kpwgts[graph->where[v]] += graph->cellwgt[v];
+        cell->degrees = unused == nullptr ? graph->crdata + place : nullptr;
         cell->ndegrees = cell->ed = 0;
         cell->id = graph->adjwgt[v];
     }
     graph->mincut = 0;
     unsigned soed = 0; // wraps if it must
     for (int e = 0; e < graph->nnets; e++) {
-        count_parts(graph, e);
+        count_parts(graph, e, ctrl->nparts, unused);
         const int lambda = graph->nrinfo[e].ndegrees;
         if (lambda < 2) continue;
         graph->mincut += graph->netwgt[e];
@@ -164,7 +182,7 @@ static void outline_all(const PartCtrl *ctrl, HGraph *graph)
 
 void ComputeInitKwayGains__(const PartCtrl *ctrl, HGraph *graph)
 {
-    outline_all(ctrl, graph);
+    outline_all(ctrl, graph, nullptr);
     for (int v = 0; v < graph->ncells; v++)
         if (graph->crinfo[v].ndegrees == NOT_COUNTED) compute_record(graph, v);
 }
@@ -229,10 +247,9 @@ void KwayUpdateGainInfo__(HGraph *graph, int v, int from, int to, int *marker, i
 void open_stale(const HGraph *graph, StaleRecords *stale)
 {
     const size_t n = static_cast<size_t>(graph->ncells);
+    *stale = {};
     stale->state = alloc_array<uint8_t>(n, "RefineKway_Random: stale");
     stale->list = imalloc__(n, "RefineKway_Random: updind");
-    stale->n = 0;
-    stale->looked = 0;
     if (n > 0) memset(stale->state, 0, n);
 }
 
@@ -241,9 +258,12 @@ void close_stale(StaleRecords *stale)
     QXfree__(&stale->state, &stale->list, LTERM);
 }
 
-void outline_records(const PartCtrl *ctrl, HGraph *graph, StaleRecords *stale)
+void outline_records(const PartCtrl *ctrl, HGraph *graph, StaleRecords *stale, bool compact)
 {
-    outline_all(ctrl, graph);
+    stale->cells = graph->crdata;
+    stale->nets = graph->nrdata;
+    stale->nparts = ctrl->nparts;
+    outline_all(ctrl, graph, compact ? &stale->nets : nullptr);
     for (int v = 0; v < graph->ncells; v++) {
         if (graph->crinfo[v].ndegrees != NOT_COUNTED) continue;
         stale->state[v] = STALE | LISTED | OUTLINED;
@@ -279,6 +299,8 @@ void refresh_record(HGraph *graph, StaleRecords *stale, int v)
 {
     if ((stale->state[v] & STALE) == 0) return;
     stale->state[v] = LISTED;
+    if (graph->crinfo[v].degrees == nullptr)
+        graph->crinfo[v].degrees = take_list(&stale->cells, stale->nparts);
     compute_record(graph, v);
 }
 
@@ -347,6 +369,15 @@ static void refresh_pins(HGraph *graph, StaleRecords *stale, int e, PinMove move
     }
 }
 
+/* Makes the list of an uncut hyperedge, all of whose pins are in part. */
+static void list_uncut(HGraph *graph, StaleRecords *stale, int e, int part)
+{
+    const int size = net_size(graph, e);
+    NetKwayInfo *const net = &graph->nrinfo[e];
+    net->degrees = take_list(&stale->nets, std::min(size, stale->nparts));
+    net->degrees[0] = {part, size, 0, 0};
+}
+
 void note_kway_move(HGraph *graph, int v, int from, int to, int *marker, StaleRecords *stale)
 {
     marker[v] = v;
@@ -354,6 +385,7 @@ void note_kway_move(HGraph *graph, int v, int from, int to, int *marker, StaleRe
     for (int j = graph->incptr[v]; j < graph->incptr[v + 1]; j++) {
         const int e = graph->incind[j];
         NetKwayInfo *const net = &graph->nrinfo[e];
+        if (net->degrees == nullptr) list_uncut(graph, stale, e, from);
         const PinMove move = find_move(net, from, to);
         if (!gains_change(move) && ties_change(net, move))
             refresh_pins(graph, stale, e, move, marker, v);
@@ -396,7 +428,8 @@ bool kway_ok(const PartCtrl *ctrl, const HGraph *graph)
         memcmp(fresh.kpwgts, graph->kpwgts, static_cast<size_t>(ctrl->nparts) * sizeof(int)) == 0;
     for (int e = 0; e < graph->nnets && ok; e++) {
         const NetKwayInfo *const a = &graph->nrinfo[e], *const b = &fresh.nrinfo[e];
-        ok = a->ndegrees == b->ndegrees && same_list(a->degrees, b->degrees, a->ndegrees, false);
+        ok = a->ndegrees == b->ndegrees &&
+             (a->degrees == nullptr || same_list(a->degrees, b->degrees, a->ndegrees, false));
     }
     for (int v = 0; v < graph->ncells && ok; v++) {
         const CellKwayInfo *const a = &graph->crinfo[v], *const b = &fresh.crinfo[v];

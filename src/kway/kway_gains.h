@@ -32,6 +32,8 @@ struct StaleRecords {
     int *list;      // [ncells] the stale vertices, and some that are no longer so
     int n;          // listed
     int64_t looked; // pins looked at since the list was cleared
+    int nparts;
+    KwayPartDeg *cells, *nets; // compact: what is left of crdata and nrdata
 };
 
 /* All records are current. */
@@ -39,8 +41,11 @@ void open_stale(const HGraph *graph, StaleRecords *stale);
 void close_stale(StaleRecords *stale);
 
 /* ComputeInitKwayGains__, but of vertices with cut hyperedges only id and ed are computed; the
- * records stay stale. Call it between open_stale and the first move. */
-void outline_records(const PartCtrl *ctrl, HGraph *graph, StaleRecords *stale);
+ * records stay stale. Call it between open_stale and the first move. With compact, lists stand
+ * side by side in crdata and nrdata in the order in which they are first needed, those of uncut
+ * hyperedges not at all until then: they are few, and at its own place each would often be the only
+ * one on its page. */
+void outline_records(const PartCtrl *ctrl, HGraph *graph, StaleRecords *stale, bool compact);
 
 /* KwayUpdateGainInfo__, but the records become stale instead. */
 void note_kway_move(HGraph *graph, int v, int from, int to, int *marker, StaleRecords *stale);

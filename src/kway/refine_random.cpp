@@ -163,7 +163,7 @@ static void refine(PartCtrl *ctrl, HGraph *graph, int npasses, KwayRecords recor
     open_stale(graph, &work.stale);
     for (int v = 0; v < graph->ncells; v++) work.perm[v] = v;
     start_timer(ctrl, TIME_INITIALIZE);
-    outline_records(ctrl, graph, &work.stale);
+    outline_records(ctrl, graph, &work.stale, records == KwayRecords::dropped);
     set_part_bounds(ctrl, graph, &work);
     stop_timer(ctrl, TIME_INITIALIZE);
 
