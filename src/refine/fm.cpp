@@ -239,6 +239,17 @@ static void fm_refine(PartCtrl *ctrl, HGraph *graph, int npasses, float fraction
     close_work(&work, 2);
 }
 
+void refine_fm_again(PartCtrl *ctrl, HGraph *graph, const HGraph *refined, FmWork *work,
+                     int npasses, bool constrained)
+{
+    with_form(work, [&]<bool Heap>() {
+        if (constrained)
+            fm_passes<FM2, Heap>(ctrl, graph, refined, work, npasses, 0);
+        else
+            fm_passes<FM, Heap>(ctrl, graph, refined, work, npasses, 0);
+    });
+}
+
 void Refine_FM__(PartCtrl *ctrl, HGraph *graph, int npasses)
 {
     fm_refine<FM>(ctrl, graph, npasses, 0);

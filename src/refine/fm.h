@@ -5,6 +5,8 @@
 #include "core/hgraph.h"
 #include "partition/ctrl.h"
 
+struct FmWork;
+
 /* Fiduccia-Mattheyses refinement of the bisection of one level.
  *   ctrl     in      ubfactor, splitratio (fractions of the weight), dbglvl; charges timers
  *   graph    in/out  where, pwgts, mincut: best bisection found; gain, ndeg: stale on return
@@ -20,6 +22,11 @@ void Refine_FM__(PartCtrl *ctrl, HGraph *graph, int npasses);
 /* The same for levels with heavy vertices: each side offers its best vertex of positive gain that
  * fits into its room above the bound. */
 void Refine_FM2__(PartCtrl *ctrl, HGraph *graph, int npasses);
+
+/* Either of the two in work arrays of the caller, for many bisections of one level: refined is what
+ * open_work(graph, work, 2) returned. */
+void refine_fm_again(PartCtrl *ctrl, HGraph *graph, const HGraph *refined, FmWork *work,
+                     int npasses, bool constrained);
 
 /* FM that leaves a pass once the cut has been above the best for more than fraction x ncells
  * moves. gain and ndeg are exact on return. EEFM2 chooses as Refine_FM2__ does. */

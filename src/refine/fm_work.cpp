@@ -142,6 +142,14 @@ static void put_counts(FmWork *work, int e, const NetCounts *counts)
         work->counts[e] = (work->counts[e] & PACKED_FIXED) | pack_counts(counts);
 }
 
+/* Adds w to the gain of pin, if that is all that its side has of a hyperedge; else adds nothing to
+ * some gain. Which of the two can't be foreseen. */
+template <bool Heap> static void add_if_alone(FmWork *work, int npins, int pin, int w)
+{
+    const int alone = -(npins == 1);
+    gain_of<Heap>(work, pin & alone) += w & alone;
+}
+
 template <bool Heap> void compute_gains(const HGraph *graph, FmWork *work)
 {
     // uncut hyperedges take their weight off each pin's gain: start from that for all, give it
@@ -156,8 +164,8 @@ template <bool Heap> void compute_gains(const HGraph *graph, FmWork *work)
         work->mincut += net->wgt;
         for (int j = net->first; j < net->end; j++)
             gain_of<Heap>(work, graph->netind[j]) += net->wgt;
-        if (counts.npins[0] == 1) gain_of<Heap>(work, counts.xor0) += net->wgt;
-        if (counts.npins[1] == 1) gain_of<Heap>(work, net->pinxor ^ counts.xor0) += net->wgt;
+        add_if_alone<Heap>(work, counts.npins[0], counts.xor0, net->wgt);
+        add_if_alone<Heap>(work, counts.npins[1], net->pinxor ^ counts.xor0, net->wgt);
     }
 }
 

@@ -15,7 +15,6 @@
 #include "refine/gains.h"
 #include "refine/oneway.h"
 
-constexpr int FM_PASSES = 10;
 constexpr int EEFM_PASSES = 3;
 constexpr float EEFM_FRACTION = 0.1f; // of the vertices moved above the best cut
 constexpr int EEFM_FULL_LEVELS = 2;   // levels next to the coarsest that get full FM instead

@@ -5,6 +5,8 @@
 #include "core/hgraph.h"
 #include "partition/ctrl.h"
 
+constexpr int FM_PASSES = 10; // most that refine_whole makes
+
 /* Carries the bisection of graph, the coarsest level of a chain, to orggraph, its finest level:
  * projects, balances and refines at every finer level, gives the islands sides, and at last puts
  * them back into orggraph's numbering. The levels above orggraph are freed. A chain of one level
