@@ -26,7 +26,7 @@ static void ask_for_large_pages([[maybe_unused]] void *block, [[maybe_unused]] s
 #endif
 }
 
-void *QXmalloc__(size_t size, const char *text)
+static void *checked_malloc(size_t size, const char *text)
 {
     if (size == 0) return nullptr;
     void *const array = size > PTRDIFF_MAX ? nullptr : malloc(size);
@@ -34,13 +34,29 @@ void *QXmalloc__(size_t size, const char *text)
         const int shown = size > INT_MAX ? INT_MAX : static_cast<int>(size);
         errexit__("Memory allocation failed for %s. Requested size: %d bytes\n", text, shown);
     }
+    return array;
+}
+
+void *QXmalloc__(size_t size, const char *text)
+{
+    void *const array = checked_malloc(size, text);
     if (size >= LARGE_ARRAY) ask_for_large_pages(array, size);
     return array;
 }
 
+static size_t size_of_records(size_t n, size_t recordsize)
+{
+    return n > SIZE_MAX / recordsize ? SIZE_MAX : n * recordsize;
+}
+
 void *alloc_records(size_t n, size_t recordsize, const char *text)
 {
-    return QXmalloc__(n > SIZE_MAX / recordsize ? SIZE_MAX : n * recordsize, text);
+    return QXmalloc__(size_of_records(n, recordsize), text);
+}
+
+void *alloc_pool_records(size_t n, size_t recordsize, const char *text)
+{
+    return checked_malloc(size_of_records(n, recordsize), text);
 }
 
 void keep_freed_memory(size_t size)
@@ -53,8 +69,8 @@ void keep_freed_memory(size_t size)
     const size_t kept = size < most ? size : most;
     void *volatile const block = malloc(kept);
     free(block);
-    // The next arrays will be where this block is. Half of what is kept is less than most runs need,
-    // so that few take a large page for a small rest.
+    // The next arrays will be where this block is. Half of what is kept is less than most runs
+    // need, so that few take a large page for a small rest.
     void *const next = malloc(kept / 2);
     if (next != nullptr) ask_for_large_pages(next, kept / 2);
     free(next);

@@ -21,6 +21,13 @@ template <class T> T *alloc_array(size_t n, const char *text)
     return static_cast<T *>(alloc_records(n, sizeof(T), text));
 }
 
+/* The same for pools of which most is never used: what is not, takes no memory. */
+void *alloc_pool_records(size_t n, size_t recordsize, const char *text);
+template <class T> T *alloc_pool(size_t n, const char *text)
+{
+    return static_cast<T *>(alloc_pool_records(n, sizeof(T), text));
+}
+
 /* Tells the C library, as far as it listens, to keep freed memory of up to twice size bytes for the
  * next arrays instead of giving it back to the system, and asks for large pages behind the first of
  * them. Nothing is allocated. */

@@ -27,9 +27,9 @@ void AllocateKwayRefinementMemory__(const PartCtrl *ctrl, HGraph *graph)
     graph->kpwgts = imalloc__(nparts, "AllocateKwayRefinementMemory: kpwgts");
     graph->nrinfo = alloc_array<NetKwayInfo>(nnets, "AllocateKwayRefinementMemory: nrinfo");
     graph->crinfo = alloc_array<CellKwayInfo>(ncells, "AllocateKwayRefinementMemory: crinfo");
-    graph->nrdata = alloc_array<KwayPartDeg>(npins, "AllocateKwayRefinementMemory: nrdata");
+    graph->nrdata = alloc_pool<KwayPartDeg>(npins, "AllocateKwayRefinementMemory: nrdata");
     graph->crdata =
-        alloc_array<KwayPartDeg>(ncells * nparts, "AllocateKwayRefinementMemory: crdata");
+        alloc_pool<KwayPartDeg>(ncells * nparts, "AllocateKwayRefinementMemory: crdata");
     graph->kplace = ismalloc__(nparts, -1, "AllocateKwayRefinementMemory: kplace");
     for (size_t e = 0; e < nnets; e++) graph->nrinfo[e].degrees = graph->nrdata + graph->netptr[e];
     for (size_t v = 0; v < ncells; v++) graph->crinfo[v].degrees = graph->crdata + v * nparts;
