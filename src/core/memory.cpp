@@ -59,7 +59,7 @@ void *alloc_pool_records(size_t n, size_t recordsize, const char *text)
     return checked_malloc(size_of_records(n, recordsize), text);
 }
 
-void keep_freed_memory(size_t size)
+void keep_freed_memory(size_t size, size_t used)
 {
     // glibc gets blocks above a bound of 128 KB straight from the system, and raises the bound, to
     // 32 MB at most, when it is given one back; until then every level's arrays are new pages. The
@@ -69,10 +69,10 @@ void keep_freed_memory(size_t size)
     const size_t kept = size < most ? size : most;
     void *volatile const block = malloc(kept);
     free(block);
-    // The next arrays will be where this block is. Half of what is kept is less than most runs
-    // need, so that few take a large page for a small rest.
-    void *const next = malloc(kept / 2);
-    if (next != nullptr) ask_for_large_pages(next, kept / 2);
+    // The next arrays will be where this block is.
+    const size_t first = used < kept ? used : kept;
+    void *const next = malloc(first);
+    if (next != nullptr) ask_for_large_pages(next, first);
     free(next);
 }
 

@@ -29,9 +29,10 @@ template <class T> T *alloc_pool(size_t n, const char *text)
 }
 
 /* Tells the C library, as far as it listens, to keep freed memory of up to twice size bytes for the
- * next arrays instead of giving it back to the system, and asks for large pages behind the first of
- * them. Nothing is allocated. */
-void keep_freed_memory(size_t size);
+ * next arrays instead of giving it back to the system, and asks for large pages behind the first
+ * used bytes of it: as many as are used in any case, so that none is taken for a small rest.
+ * Nothing is allocated. */
+void keep_freed_memory(size_t size, size_t used);
 
 /* Takes the addresses of pointer variables up to the sentinel LTERM; frees each array that is not
  * null and nulls its variable. The first argument is always an address. */

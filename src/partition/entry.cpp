@@ -101,13 +101,25 @@ static int *copy_weights(int n, const int *wgts, const char *text)
     return icopy__(n, wgts, imalloc__(static_cast<size_t>(n), text));
 }
 
-// bytes; twice as many are what a run has in use at its peak, in eight parts
-constexpr size_t KEPT_PER_PIN = 96;
+// bytes: enough for a run to reuse its memory, and what any run uses, for a pin that is not pruned
+constexpr size_t KEPT_PER_PIN = 96, USED_PER_PIN = 48;
+
+/* Pins of the hyperedges that pruning leaves. */
+static size_t kept_pins(int nhedges, const int *eptr)
+{
+    size_t npins = 0;
+    for (int e = 0; e < nhedges; e++) {
+        const int size = eptr[e + 1] - eptr[e];
+        npins += static_cast<size_t>(size <= MAX_NET_SIZE ? size : 0);
+    }
+    return npins;
+}
 
 static HGraph *copy_hypergraph(int nvtxs, int nhedges, const int *vwgts, const int *eptr,
                                const int *eind, const int *hewgts)
 {
-    keep_freed_memory(KEPT_PER_PIN * static_cast<size_t>(eptr[nhedges]));
+    keep_freed_memory(KEPT_PER_PIN * static_cast<size_t>(eptr[nhedges]),
+                      USED_PER_PIN * kept_pins(nhedges, eptr));
     HGraph *const graph = CreateHGraph__();
     graph->ncells = nvtxs;
     graph->nnets = nhedges;

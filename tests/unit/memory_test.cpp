@@ -113,15 +113,16 @@ static bool asked_for_large_pages(const void *array)
     return false;
 }
 
-TEST(Memory, large_pages_are_asked_for_behind_large_arrays)
+TEST(Memory, large_pages_are_asked_for_behind_large_arrays_but_not_behind_pools)
 {
     if (!std::ifstream("/sys/kernel/mm/transparent_hugepage/enabled"))
         GTEST_SKIP() << "the system has no large pages to ask for";
-    const size_t mb = size_t{1} << 20;
+    constexpr size_t mb = size_t{1} << 20;
     int *array = imalloc__(64 * mb / sizeof(int), "array");
+    int *pool = alloc_pool<int>(64 * mb / sizeof(int), "pool");
     EXPECT_TRUE(asked_for_large_pages(array + 32 * mb / sizeof(int)));
-    EXPECT_FALSE(asked_for_large_pages(&mb));
-    QXfree__(&array, LTERM);
+    EXPECT_FALSE(asked_for_large_pages(pool + 32 * mb / sizeof(int)));
+    QXfree__(&array, &pool, LTERM);
 }
 
 #if defined(__GLIBC__) && !defined(ZORPEL_TEST_ASAN)
@@ -139,9 +140,9 @@ TEST(Memory, freed_memory_is_kept_for_the_next_arrays)
 {
     constexpr size_t mb = size_t{1} << 20;
     const size_t before = mallinfo2().hblks;
-    keep_freed_memory(25 * mb);
+    keep_freed_memory(25 * mb, 12 * mb);
     EXPECT_EQ(mapped_blocks_with(24 * mb), before);
-    keep_freed_memory(SIZE_MAX); // as much as there can be
+    keep_freed_memory(SIZE_MAX, SIZE_MAX); // as much as there can be
     EXPECT_EQ(mapped_blocks_with(31 * mb), before);
     EXPECT_EQ(mapped_blocks_with(33 * mb), before + 1);
 }
