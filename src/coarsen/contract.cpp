@@ -21,7 +21,7 @@
 
 constexpr int FEW_PINS = HEAVY_ASSERTS ? 3 : 16; // ranked by comparison: beats marking and sorting
 
-/* The comparisons of a sorting network for Size numbers: numbers low and high are put in order. */
+/* A comparison of a sorting network: the numbers at these places are put in order. */
 struct Comparator {
     int low, high;
 };

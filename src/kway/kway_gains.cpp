@@ -155,7 +155,8 @@ static void outline_pins(HGraph *graph, int e)
 }
 
 /* Computes kpwgts, mincut, minsoed, the hyperedges' records, and id and ed of all vertices. Lists
- * are at their own places, or, with unused, hyperedges' wherever that is, and vertices' nowhere. */
+ * are at their own places; with unused, those of cut hyperedges are taken from it, and nobody else
+ * has one. */
 static void outline_all(const PartCtrl *ctrl, HGraph *graph, KwayPartDeg **unused)
 {
     iset__(ctrl->nparts, 0, graph->kpwgts);

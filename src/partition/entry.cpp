@@ -105,7 +105,7 @@ static int *copy_weights(int n, const int *wgts, const char *text)
 constexpr size_t KEPT_PER_PIN = 96, USED_PER_PIN = 48;
 
 /* Pins of the hyperedges that pruning leaves. */
-static size_t kept_pins(int nhedges, const int *eptr)
+static size_t unpruned_pins(int nhedges, const int *eptr)
 {
     size_t npins = 0;
     for (int e = 0; e < nhedges; e++) {
@@ -119,7 +119,7 @@ static HGraph *copy_hypergraph(int nvtxs, int nhedges, const int *vwgts, const i
                                const int *eind, const int *hewgts)
 {
     keep_freed_memory(KEPT_PER_PIN * static_cast<size_t>(eptr[nhedges]),
-                      USED_PER_PIN * kept_pins(nhedges, eptr));
+                      USED_PER_PIN * unpruned_pins(nhedges, eptr));
     HGraph *const graph = CreateHGraph__();
     graph->ncells = nvtxs;
     graph->nnets = nhedges;

@@ -237,7 +237,7 @@ void reset_pass(FmWork *work, int nqueues)
     work->nswaps = 0;
 }
 
-/* Asks for the states and nodes of coming vertices of the order of queueing. */
+/* Asks for the sides and nodes of coming vertices of the order of queueing. */
 [[gnu::always_inline]] static inline void prefetch_queued(const HGraph *graph, const FmWork *work,
                                                           int i)
 {

@@ -1,4 +1,5 @@
-/* refine/fm_work.h: the records that the refiners of a bisection share (refine/ only).
+/* refine/fm_work.h: the records that the refiners of a bisection share (refine/, and callers of
+ * refine_fm_again, which keep them).
  *
  * While a refiner runs, the bisection lives in compact records of its own: a byte per vertex for
  * its side, 16 for gain and queue links, and per hyperedge 8 bytes for what a move changes and 16
