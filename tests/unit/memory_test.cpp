@@ -113,10 +113,14 @@ static bool asked_for_large_pages(const void *array)
     return false;
 }
 
+static bool has_large_pages()
+{
+    return std::ifstream("/sys/kernel/mm/transparent_hugepage/enabled").good();
+}
+
 TEST(Memory, large_pages_are_asked_for_behind_large_arrays_but_not_behind_pools)
 {
-    if (!std::ifstream("/sys/kernel/mm/transparent_hugepage/enabled"))
-        GTEST_SKIP() << "the system has no large pages to ask for";
+    if (!has_large_pages()) GTEST_SKIP() << "the system has no large pages to ask for";
     constexpr size_t mb = size_t{1} << 20;
     int *array = imalloc__(64 * mb / sizeof(int), "array");
     int *pool = alloc_pool<int>(64 * mb / sizeof(int), "pool");
@@ -145,5 +149,15 @@ TEST(Memory, freed_memory_is_kept_for_the_next_arrays)
     keep_freed_memory(SIZE_MAX, SIZE_MAX); // as much as there can be
     EXPECT_EQ(mapped_blocks_with(31 * mb), before);
     EXPECT_EQ(mapped_blocks_with(33 * mb), before + 1);
+}
+
+TEST(Memory, large_pages_are_asked_for_behind_the_memory_that_is_kept)
+{
+    if (!has_large_pages()) GTEST_SKIP() << "the system has no large pages to ask for";
+    constexpr size_t mb = size_t{1} << 20, n = 3 * mb / sizeof(int); // no large array
+    keep_freed_memory(25 * mb, 12 * mb);
+    int *array = imalloc__(n, "array");
+    EXPECT_TRUE(asked_for_large_pages(array + n - 1));
+    QXfree__(&array, LTERM);
 }
 #endif
