@@ -24,7 +24,9 @@
  * wait(), or ignores SIGCHLD, is served too, but the reason why a child died may then be lost. A
  * child has no signal handler of the caller, keeps none of its files open, ignores the
  * terminal's interrupt, and dies with the calling thread. The routine must not be called from a
- * signal handler.
+ * signal handler. Where the heap is not the system's and a fork leaves its locks as they are (the
+ * address sanitizer of gcc 12), a child may wait for ever for one that another thread was holding:
+ * set a deadline there.
  *
  * Records start with their size, set by their init routine: later versions add fields at the end
  * and go on serving programs built with this header.

@@ -8,6 +8,20 @@
 
 #include "zorpelx.hpp"
 
+/* Whether the address sanitizer's heap is in place of the system's. A fork hands its locks to the
+ * child as they are, so a child may wait for ever for one that another thread was holding. */
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool SANITIZED = true;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+constexpr bool SANITIZED = true;
+#else
+constexpr bool SANITIZED = false;
+#endif
+#else
+constexpr bool SANITIZED = false;
+#endif
+
 /* Hyperedges of minsize to 5 vertices that lie near each other, weights from 1 to 4. */
 inline zorpelx::Hypergraph random_hypergraph(int nvtxs, int nhedges, unsigned seed, int minsize = 2)
 {
