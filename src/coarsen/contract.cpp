@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <array>
-#include <climits>
 #include <cstdlib>
 #include <utility>
 
@@ -19,7 +18,7 @@
 #include "core/vectors.h"
 #include "core/work_counts.h"
 
-constexpr int FEW_PINS = HEAVY_ASSERTS ? 3 : 16; // ranked by comparison: beats marking and sorting
+constexpr int FEW_PINS = HEAVY_ASSERTS ? 10 : 16; // sorted by a network: beats marking
 
 /* A comparison of a sorting network: the numbers at these places are put in order. */
 struct Comparator {
@@ -49,12 +48,12 @@ template <int Size> constexpr auto sorting_network()
     return network;
 }
 
-/* Puts two numbers that are not negative in order, without a branch or the chance of one. */
+/* Puts two numbers in order, without a branch: of std::min and std::max together g++ makes one. */
 inline void put_in_order(int &low, int &high)
 {
-    const int excess = (high - low) & ((high - low) >> 31);
-    low += excess;
-    high -= excess;
+    const int least = std::min(low, high), both = low ^ high;
+    low = least;
+    high = both ^ least;
 }
 
 template <int Size, size_t... I>
@@ -64,65 +63,64 @@ template <int Size, size_t... I>
     (put_in_order(numbers[network[I].low], numbers[network[I].high]), ...);
 }
 
-/* Maps n <= Most pins of a finer hyperedge to coarse vertices, in order and each once; returns
- * their number. Their order is that of chance, so they are sorted without a branch. */
-template <int Most> static int map_sorted(const int *cellmap, int n, const int *finepins, int *pins)
+/* A finer hyperedge mapped to coarse vertices, which are listed in order and each once. */
+struct MappedNet {
+    int size;     // pins
+    unsigned sum; // of place, counted from 1, times pin; wraps
+};
+
+/* The key by which identical hyperedges meet. */
+static int pins_key(MappedNet net)
 {
-    int mapped[Most], size = 0, last = -1;
-    for (int j = 0; j < Most; j++) mapped[j] = INT_MAX;
-    for (int j = 0; j < n; j++) mapped[j] = cellmap[finepins[j]];
+    return static_cast<int>(static_cast<unsigned>(net.size) + 100 * net.sum);
+}
+
+/* Maps n pins, Least <= n <= Most. Their number and order are those of chance, so there is no
+ * branch on either: the last pin fills up the network, and repeated ones are written over. */
+template <int Least, int Most>
+static MappedNet map_sorted(const int *cellmap, int n, const int *fine, int *pins)
+{
+    int mapped[Most];
+    for (int j = 0; j < Most; j++) mapped[j] = cellmap[fine[j < Least ? j : std::min(j, n - 1)]];
     sort_by_network<Most>(mapped, std::make_index_sequence<sorting_network<Most>().size()>());
-    for (int j = 0; j < n; j++) {
-        size += mapped[j] != last;
-        pins[size - 1] = last = mapped[j];
+    MappedNet net = {1, static_cast<unsigned>(mapped[0])};
+    pins[0] = mapped[0];
+    for (int j = 1; j < Most; j++) {
+        const unsigned fresh = mapped[j] != mapped[j - 1];
+        net.size += static_cast<int>(fresh);
+        net.sum += fresh * static_cast<unsigned>(net.size) * static_cast<unsigned>(mapped[j]);
+        pins[net.size - 1] = mapped[j];
     }
-    return size;
+    return net;
 }
 
-/* The same for two pins, as most hyperedges have. */
-static int map_pair(const int *cellmap, const int *finepins, int *pins)
+/* The same for many pins; mark[c] is e once c is among them. */
+static MappedNet map_many(const int *cellmap, int n, const int *fine, int *pins, int *mark, int e)
 {
-    const int c = cellmap[finepins[0]], d = cellmap[finepins[1]];
-    pins[0] = std::min(c, d);
-    pins[1] = std::max(c, d);
-    return c == d ? 1 : 2;
-}
-
-/* The same for few pins. */
-static int map_few_pins(const int *cellmap, int n, const int *finepins, int *pins)
-{
-    if (n == 2) return map_pair(cellmap, finepins, pins);
-    if (n <= 4) return map_sorted<4>(cellmap, n, finepins, pins);
-    if (n <= 8) return map_sorted<8>(cellmap, n, finepins, pins);
-    return map_sorted<FEW_PINS>(cellmap, n, finepins, pins);
-}
-
-/* Maps the pins of finer hyperedge e to coarse vertices, in order and each once; returns their
- * number. */
-static int map_pins(const HGraph *graph, int e, int *pins, int *mark)
-{
-    const int begin = graph->netptr[e], end = graph->netptr[e + 1];
-    count_work(WORK_CONTRACT_PINS, end - begin);
-    if (end - begin <= FEW_PINS)
-        return map_few_pins(graph->cellmap, end - begin, graph->netind + begin, pins);
-    int size = 0;
-    for (int j = begin; j < end; j++) {
-        const int c = graph->cellmap[graph->netind[j]];
-        pins[size] = c;
-        size += mark[c] != e;
+    MappedNet net = {0, 0};
+    for (int j = 0; j < n; j++) {
+        const int c = cellmap[fine[j]];
+        pins[net.size] = c;
+        net.size += mark[c] != e;
         mark[c] = e;
     }
-    sort_pins(size, pins);
-    return size;
+    sort_pins(net.size, pins);
+    for (int j = 0; j < net.size; j++)
+        net.sum += (static_cast<unsigned>(j) + 1) * static_cast<unsigned>(pins[j]);
+    return net;
 }
 
-/* The positional key by which identical hyperedges meet; wraps. */
-static int pins_key(int size, const int *pins)
+static MappedNet map_pins(const HGraph *graph, int e, int *pins, int *mark)
 {
-    unsigned sum = 0;
-    for (int j = 0; j < size; j++)
-        sum += (static_cast<unsigned>(j) + 1) * static_cast<unsigned>(pins[j]);
-    return static_cast<int>(static_cast<unsigned>(size) + 100 * sum);
+    const int *const cellmap = graph->cellmap, *const fine = graph->netind + graph->netptr[e];
+    const int n = net_size(graph, e);
+    count_work(WORK_CONTRACT_PINS, n);
+    if (n == 0) return {0, 0};
+    if (n > FEW_PINS) return map_many(cellmap, n, fine, pins, mark, e);
+    if (n <= 2) return map_sorted<1, 2>(cellmap, n, fine, pins);
+    if (n <= 4) return map_sorted<3, 4>(cellmap, n, fine, pins);
+    if (n <= 8) return map_sorted<5, 8>(cellmap, n, fine, pins);
+    return map_sorted<9, 16>(cellmap, n, fine, pins);
 }
 
 /* Fills nets with what is left of each finer hyperedge, netmap with its number there or -1, pairs
@@ -134,16 +132,16 @@ static int map_hyperedges(HGraph *graph, NetLists *nets, KeyValue *pairs, int *m
     nets->netptr[0] = 0;
     for (int e = 0; e < graph->nnets; e++) {
         int *const pins = nets->netind + nets->netptr[nets->nnets];
-        const int size = map_pins(graph, e, pins, mark);
-        if (size == 1) {
+        const MappedNet net = map_pins(graph, e, pins, mark);
+        if (net.size == 1) {
             dropped += graph->netwgt[e];
             continue;
         }
         const int t = nets->nnets++;
         graph->netmap[e] = t;
         nets->netwgt[t] = graph->netwgt[e];
-        nets->netptr[t + 1] = nets->netptr[t] + size;
-        pairs[t] = {size > 0 ? pins_key(size, pins) : 0, t};
+        nets->netptr[t + 1] = nets->netptr[t] + net.size;
+        pairs[t] = {pins_key(net), t};
     }
     return dropped;
 }
@@ -165,14 +163,12 @@ static void make_hyperedges(HGraph *graph, HGraph *coarser, int *mark)
     merged.netind =
         imalloc__(static_cast<size_t>(nets.netptr[nets.nnets]), "CreateCoarseHGraph: dnetind");
     merged.netwgt = imalloc__(kept, "CreateCoarseHGraph: dnetwgt");
-    int *dnetmap = ismalloc__(kept, -1, "CreateCoarseHGraph: dnetmap");
+    int *dnetmaps = ismalloc__(kept + 1, -1, "CreateCoarseHGraph: dnetmap");
+    int *const dnetmap = dnetmaps + 1; // dnetmap[-1] is -1: what was dropped stays so
     int *dseen = ismalloc__(kept, -1, "CreateCoarseHGraph: dseen");
     merge_identical(&nets, pairs, &merged, dnetmap, dseen);
-    for (int e = 0; e < graph->nnets && kept > 0; e++) { // without a branch on what was dropped
-        const int t = graph->netmap[e], d = dnetmap[std::max(t, 0)];
-        graph->netmap[e] = t < 0 ? -1 : d;
-    }
-    QXfree__(&nets.netptr, &nets.netind, &nets.netwgt, &pairs, &dnetmap, &dseen, LTERM);
+    for (int e = 0; e < graph->nnets; e++) graph->netmap[e] = dnetmap[graph->netmap[e]];
+    QXfree__(&nets.netptr, &nets.netind, &nets.netwgt, &pairs, &dnetmaps, &dseen, LTERM);
 
     coarser->nnets = merged.nnets;
     coarser->netptr = merged.netptr;
@@ -218,7 +214,7 @@ struct MetNet {
                                                               const MetNet *met)
 {
     const int *const incptr = graph->incptr, *const incind = graph->incind;
-    if (i + 8 >= graph->ncells || !worth_prefetching(graph)) return;
+    if (i + 8 >= graph->ncells) return;
     __builtin_prefetch(&incptr[graph->mind[i + 8]]);
     const int u = graph->mind[i + 4], v = graph->mind[i + 2];
     __builtin_prefetch(&incind[incptr[graph->mind[i + 6]]]);
@@ -234,21 +230,24 @@ static void make_vertices(const HGraph *graph, HGraph *coarser)
     MetNet *const met = table + 1;
     for (int d = 0; d < coarser->nnets; d++) met[d] = {-1, coarser->netwgt[d]};
     const size_t n = static_cast<size_t>(coarser->ncells);
-    coarser->cellwgt = ismalloc__(n, 0, "CreateCoarseHGraph: coarser->cellwgt");
+    coarser->cellwgt = imalloc__(n, "CreateCoarseHGraph: coarser->cellwgt");
     coarser->adjwgt = ismalloc__(n, 0, "CreateCoarseHGraph: coarser->adjwgt");
     coarser->incptr = imalloc__(n + 1, "CreateCoarseHGraph: coarser->incptr");
     coarser->incind = imalloc__(static_cast<size_t>(graph->netptr[graph->nnets]),
                                 "CreateCoarseHGraph: coarser->incind");
+    const bool far = worth_prefetching(graph);
+    const int *const mind = graph->mind, *const mptr = graph->mptr;
     int used = 0;
     coarser->incptr[0] = 0;
     for (int c = 0; c < coarser->ncells; c++) {
+        int wgt = 0;
         met[-1].last = c;
-        for (int i = graph->mptr[c]; i < graph->mptr[c + 1]; i++) {
-            const int v = graph->mind[i];
-            prefetch_incidences(graph, i, met);
-            coarser->cellwgt[c] += graph->cellwgt[v];
-            used = append_incidence(graph, v, coarser, c, used, met);
+        for (int i = mptr[c]; i < mptr[c + 1]; i++) {
+            if (far) prefetch_incidences(graph, i, met);
+            wgt += graph->cellwgt[mind[i]];
+            used = append_incidence(graph, mind[i], coarser, c, used, met);
         }
+        coarser->cellwgt[c] = wgt;
         coarser->incptr[c + 1] = used;
     }
     QXfree__(&table, LTERM);

@@ -23,10 +23,9 @@ static int size_of(const NetLists *nets, int e)
     return nets->netptr[e + 1] - nets->netptr[e];
 }
 
-static bool same_pins(const NetLists *nets, int e, int f, int size)
+static const int *pins_of(const NetLists *nets, int e)
 {
-    const int *const a = nets->netind + nets->netptr[e], *const b = nets->netind + nets->netptr[f];
-    return size == 0 || memcmp(a, b, static_cast<size_t>(size) * sizeof *a) == 0;
+    return nets->netind + nets->netptr[e];
 }
 
 /* Copies n > 0 pins; the last two or four may be copied twice. Most hyperedges are too small to be
@@ -45,11 +44,26 @@ static inline void copy_pins(int n, const int *from, int *to)
     }
 }
 
+/* Whether n pins are the same; the last two or four may be compared twice. */
+static inline bool same_pins(int n, const int *a, const int *b)
+{
+    constexpr int few = 2, more = 4;
+    if (n >= more) {
+        for (int j = 0; j < n - more; j += more)
+            if (memcmp(a + j, b + j, more * sizeof *a) != 0) return false;
+        return memcmp(a + n - more, b + n - more, more * sizeof *a) == 0;
+    }
+    if (n >= few)
+        return memcmp(a, b, few * sizeof *a) == 0 &&
+               memcmp(a + n - few, b + n - few, few * sizeof *a) == 0;
+    return n == 0 || a[0] == b[0];
+}
+
 /* Appends hyperedge e to merged; returns its number there. */
 static int append_net(const NetLists *nets, int e, NetLists *merged)
 {
     const int d = merged->nnets++, start = merged->netptr[d], size = size_of(nets, e);
-    if (size > 0) copy_pins(size, nets->netind + nets->netptr[e], merged->netind + start);
+    if (size > 0) copy_pins(size, pins_of(nets, e), merged->netind + start);
     merged->netptr[d + 1] = start + size;
     merged->netwgt[d] = nets->netwgt[e];
     return d;
@@ -83,7 +97,7 @@ void merge_identical(const NetLists *nets, KeyValue *pairs, NetLists *merged, in
             if (seen[j] == 1) continue;
             const int f = pairs[j].val;
             if (size_of(nets, f) != size) break;
-            if (!same_pins(nets, e, f, size)) continue;
+            if (!same_pins(size, pins_of(nets, e), pins_of(nets, f))) continue;
             seen[j] = 1;
             merged->netwgt[d] += nets->netwgt[f];
             if (map != nullptr) map[f] = d;

@@ -1,6 +1,7 @@
 /* tests/unit/contract_test.cpp: construction of the next coarser level. */
 #include "coarsen/contract.h"
 
+#include "coarsen/merge_nets.h"
 #include "levels.h"
 
 static const HGraph *contract(HGraph *graph, const Nets &groups)
@@ -100,6 +101,42 @@ TEST(ContractTest, pins_are_copied_whatever_their_number)
         const HGraph *const coarser = contract(level.get(), alone(size + 1));
         EXPECT_EQ(net_pins(coarser, level->netmap[0]), nets[0]);
         EXPECT_EQ(net_pins(coarser, level->netmap[1]), nets[1]);
+    }
+}
+
+/* The lists of base, its copy, and of one more for each pin, in which that pin is another. */
+static Nets one_pin_apart(const Ints &base)
+{
+    Nets nets = {base, base};
+    for (size_t j = 0; j < base.size(); j++) {
+        nets.push_back(base);
+        nets.back()[j]++;
+    }
+    return nets;
+}
+
+TEST(ContractTest, hyperedges_of_one_key_are_merged_only_if_all_pins_are_the_same)
+{
+    for (int size = 0; size <= 20; size++) {
+        Ints base(at(size));
+        for (int j = 0; j < size; j++) base[at(j)] = 2 * j;
+        const Nets lists = one_pin_apart(base);
+        const int n = static_cast<int>(lists.size());
+        Ints netptr = {0}, netind, netwgt(at(n), 1), map(at(n), -1), seen(at(n), -1);
+        std::vector<KeyValue> pairs;
+        for (const Ints &pins : lists) {
+            pairs.push_back({7, static_cast<int>(pairs.size())});
+            netind.insert(netind.end(), pins.begin(), pins.end());
+            netptr.push_back(static_cast<int>(netind.size()));
+        }
+        Ints ptr(at(n) + 1), ind(netind.size()), wgt(at(n));
+        const NetLists nets = {n, netptr.data(), netind.data(), netwgt.data()};
+        NetLists merged = {0, ptr.data(), ind.data(), wgt.data()};
+        merge_identical(&nets, pairs.data(), &merged, map.data(), seen.data());
+        EXPECT_EQ(merged.nnets, n - 1) << size << " pins";
+        EXPECT_EQ(map[0], map[1]);
+        EXPECT_EQ(wgt[at(map[0])], 2);
+        EXPECT_EQ(std::set<int>(map.begin(), map.end()).size(), at(n - 1));
     }
 }
 
