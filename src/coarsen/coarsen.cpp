@@ -10,12 +10,15 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 #include "coarsen/match_edges.h"
 #include "coarsen/match_hedges.h"
 #include "coarsen/match_star.h"
 #include "core/errors.h"
+#include "core/heavy_assert.h"
 #include "core/memory.h"
+#include "core/numbers.h"
 #include "core/timers.h"
 #include "core/vectors.h"
 #include "partition/islands.h"
@@ -34,18 +37,21 @@ int NumOfLargeNets__(int nnets, const int *netptr)
 
 /* Work arrays of all levels, sized by the finest: m = max(ncells, nnets). */
 struct CoarsenWork {
-    int *htable; // [2 m] all -1 between calls
-    int *perm;   // [m]
-    int *vpairs; // [2 m]
+    int *htable;      // [2 m] all -1 between calls
+    int *perm;        // [m]
+    int *vpairs;      // [2 m]
+    bool *cutnets[2]; // [m] restricted: of a level and of the next coarser one
 };
 
-static CoarsenWork open_work(const HGraph *graph)
+static CoarsenWork open_work(const HGraph *graph, bool restricted)
 {
     const size_t m = static_cast<size_t>(std::max(graph->ncells, graph->nnets));
     CoarsenWork work;
     work.htable = ismalloc__(2 * m, -1, "Coarsen: htable");
     work.perm = imalloc__(m, "Coarsen: perm");
     work.vpairs = imalloc__(2 * m, "Coarsen: vpairs");
+    work.cutnets[0] = restricted ? alloc_array<bool>(2 * m, "Coarsen: cutnets") : nullptr;
+    work.cutnets[1] = restricted ? work.cutnets[0] + m : nullptr;
     return work;
 }
 
@@ -93,18 +99,46 @@ static void match_level(PartCtrl *ctrl, HGraph *graph, const CoarsenWork *work, 
     Match_Edges__(ctrl, graph, perm, htable, vpairs);
 }
 
+/* The marks that are not the level's. */
+static bool *other_marks(const HGraph *graph, const CoarsenWork *work)
+{
+    return work->cutnets[graph->cutnets == work->cutnets[0] ? 1 : 0];
+}
+
+/* Says which hyperedges of the coarser level the partition cuts: those that cut ones became. */
+static void carry_cut_nets(HGraph *graph, const CoarsenWork *work)
+{
+    HGraph *const coarser = graph->coarser;
+    bool *const marks = other_marks(graph, work);
+    memset(marks, 0, static_cast<size_t>(std::max(coarser->nnets, 1)));
+    for (int e = 0; e < graph->nnets; e++) // dropped ones are not cut, wherever they are noted
+        marks[at_least_0(graph->netmap[e])] |= graph->cutnets[e];
+    coarser->cutnets = marks;
+    graph->cutnets = nullptr;
+}
+
 /* Moves the partition of graph down to its coarser level. */
-static void carry_partition(HGraph *graph)
+static void carry_partition(HGraph *graph, const CoarsenWork *work)
 {
     HGraph *const coarser = graph->coarser;
     int *const cwhere = imalloc__(static_cast<size_t>(coarser->ncells), "CCoarsen: cwhere");
     for (int v = 0; v < graph->ncells; v++) cwhere[graph->cellmap[v]] = graph->where[v];
     QXfree__(&graph->where, LTERM);
     coarser->where = cwhere;
+    carry_cut_nets(graph, work);
+}
+
+/* Tests cutnets from scratch. */
+static bool cut_nets_ok(const HGraph *graph, const CoarsenWork *work)
+{
+    bool *const fresh = other_marks(graph, work);
+    mark_cut_nets(graph, graph->where, fresh);
+    return std::equal(fresh, fresh + graph->nnets, graph->cutnets);
 }
 
 static void match_restricted(PartCtrl *ctrl, HGraph *graph, const CoarsenWork *work)
 {
+    HEAVY_ASSERT(cut_nets_ok(graph, work));
     if (ctrl->CType == RESTRICTED_STARS)
         CMatch_EdgesStars__(ctrl, graph, graph->where, work->htable, work->perm, work->vpairs);
     else if (ctrl->CType == RESTRICTED_EDGES)
@@ -131,7 +165,7 @@ static HGraph *coarsen_level(PartCtrl *ctrl, HGraph *graph, const CoarsenWork *w
     else
         match_level(ctrl, graph, work, level, slow);
     stop_timer(ctrl, TIME_AUX1);
-    if (restricted) carry_partition(graph);
+    if (restricted) carry_partition(graph, work);
     graph->coarser->level = level + 1;
     return graph->coarser;
 }
@@ -140,11 +174,15 @@ static HGraph *coarsen_chain(PartCtrl *ctrl, HGraph *graph, bool restricted)
 {
     const bool trace = (ctrl->dbglvl & DBG_COARSEN) != 0;
     start_timer(ctrl, TIME_COARSENING);
-    CoarsenWork work = open_work(graph);
+    CoarsenWork work = open_work(graph, restricted);
     graph->level = 0;
     if (trace) {
         printf("----------------------------------------------------------\n");
         trace_level(graph);
+    }
+    if (restricted) {
+        mark_cut_nets(graph, graph->where, work.cutnets[0]);
+        graph->cutnets = work.cutnets[0];
     }
     float ratio = PROGRESS_RATIO;
     bool slow = false, aborted = false;
@@ -163,7 +201,8 @@ static HGraph *coarsen_chain(PartCtrl *ctrl, HGraph *graph, bool restricted)
         }
     }
     if (trace && !aborted) printf("\n");
-    QXfree__(&work.htable, &work.perm, &work.vpairs, LTERM);
+    graph->cutnets = nullptr;
+    QXfree__(&work.htable, &work.perm, &work.vpairs, &work.cutnets[0], LTERM);
     stop_timer(ctrl, TIME_COARSENING);
     return graph;
 }

@@ -18,27 +18,13 @@
 
 /* Neighbours of the vertex in search, in the order in which they were met. */
 struct Candidates {
-    int *cand;     // [vertices of the level + 1] vertices
-    int ncand;     // in use
-    int heaviest;  // no vertex and no group outweighs this
-    float skipped; // survey: weight, without sign, of the hyperedges that were not looked at
-    bool *cutnets; // [nnets] restricted: the hyperedge has pins in several parts; else null
+    int *cand;           // [vertices of the level + 1] vertices
+    int ncand;           // in use
+    int heaviest;        // no vertex and no group outweighs this
+    float skipped;       // survey: weight, without sign, of the hyperedges that were not looked at
+    const bool *cutnets; // [nnets] restricted: elsewhere a pin's part need not be looked at
+    bool *marks;         // behind cutnets, if the level has none
 };
-
-/* Marks the hyperedges that the partition cuts: at all others a pin's part need not be looked at.
- */
-inline bool *mark_cut_nets(const HGraph *graph, const int *where)
-{
-    bool *const cutnets =
-        alloc_array<bool>(static_cast<size_t>(graph->nnets), "Candidates: cutnets");
-    for (int e = 0; e < graph->nnets; e++) {
-        const int begin = graph->netptr[e], end = graph->netptr[e + 1];
-        int j = begin;
-        while (j < end && where[graph->netind[j]] == where[graph->netind[begin]]) j++;
-        cutnets[e] = j < end;
-    }
-    return cutnets;
-}
 
 /* Who may be a candidate. */
 struct PartnerRules {
@@ -61,22 +47,29 @@ inline float connectivity(int bits)
 constexpr int UNSEEN = std::bit_cast<int>(-0.0f);
 constexpr int BARRED = std::bit_cast<int>(-std::numeric_limits<float>::infinity());
 
-/* where is null for searches that are not restricted; htable is all -1 before and after. */
+/* where is null for searches that are not restricted, else what cutnets is of, if the level has it;
+ * htable is all -1 before and after. */
 inline void open_candidates(Candidates *list, const HGraph *graph, const int *where, int *htable)
 {
     const int n = graph->ncells;
     list->cand = imalloc__(static_cast<size_t>(n) + 1, "Candidates: cand");
     list->ncand = 0;
     list->skipped = 0;
-    list->heaviest = n > 0 ? graph->cellwgt[iamax__(n, graph->cellwgt)] : 0;
-    list->cutnets = where != nullptr ? mark_cut_nets(graph, where) : nullptr;
+    list->heaviest = largest_of(n, graph->cellwgt);
+    list->cutnets = graph->cutnets;
+    list->marks = nullptr;
+    if (where != nullptr && graph->cutnets == nullptr) {
+        list->marks = alloc_array<bool>(static_cast<size_t>(graph->nnets), "Coarsen: cutnets");
+        mark_cut_nets(graph, where, list->marks);
+        list->cutnets = list->marks;
+    }
     iset__(n, UNSEEN, htable);
 }
 
 inline void close_candidates(Candidates *list, const HGraph *graph, int *htable)
 {
     iset__(graph->ncells, -1, htable);
-    QXfree__(&list->cand, &list->cutnets, LTERM);
+    QXfree__(&list->cand, &list->marks, LTERM);
 }
 
 /* Adds the weight of a shared hyperedge to v's connectivity. Whether v is new can't be predicted,
@@ -153,6 +146,7 @@ inline void list_candidates(const PartCtrl *ctrl, int u, const int *incptr, cons
     const int maxnetsize = ctrl->maxnetsize;
     Candidates found = {list->cand, 0, 0, 0, nullptr};
     const bool *const cutnets = list->cutnets;
+    const int home = R.restricted ? where[u] : 0;
     for (int j = incptr[u]; j < incptr[u + 1]; j++) {
         const int e = incind[j], begin = netptr[e], end = netptr[e + 1];
         if (R.restricted && (end == begin || end - begin > maxnetsize)) continue;
@@ -164,9 +158,9 @@ inline void list_candidates(const PartCtrl *ctrl, int u, const int *incptr, cons
         }
         count_work(WORK_CANDIDATE_PINS, end - begin);
         for (int i = begin; i < end; i++) {
-            const int v = netind[i];
+            int v = netind[i];
             if (!Light && cellwgt[v] > limit) continue;
-            if (checked && where[v] != where[u]) continue;
+            if (checked) v = where[v] == home ? v : u; // who is barred: no branch on the part
             if (!Light && R.star && wgts[cellmap[v]] > limit) continue;
             add_candidate(&found, v, weight, htable);
         }

@@ -95,6 +95,12 @@ void CreateIncidentHGraph__(HGraph *graph)
         graph->edgewgt[e] = edge_weight(graph->netwgt[e], net_size(graph, e));
 }
 
+void mark_cut_nets(const HGraph *graph, const int *where, bool *cutnets)
+{
+    for (int e = 0; e < graph->nnets; e++)
+        cutnets[e] = end_of_part(graph, where, e) < graph->netptr[e + 1];
+}
+
 int ComputeMaxCellWgt__(PartCtrl *ctrl, int n, const int *cellwgt)
 {
     long long total = sum_wide(n, cellwgt);

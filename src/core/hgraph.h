@@ -25,9 +25,11 @@ struct CellKwayInfo {
 };
 
 /* Every array is owned by the record unless said otherwise (see borrows), null until its maker
- * fills it. H1  netptr[0] == 0, netptr never falls; a hyperedge lists each vertex once H2  incind
- * lists each vertex's hyperedges once; increasing at levels that CreateIncidentHGraph__ built, in
- * order of first meeting at contracted ones H3  adjwgt[v] is the sum of netwgt over v's hyperedges
+ * fills it.
+ *   H1  netptr[0] == 0, netptr never falls; a hyperedge lists each vertex once
+ *   H2  incind lists each vertex's hyperedges once; increasing at levels that
+ *       CreateIncidentHGraph__ built, in order of first meeting at contracted ones
+ *   H3  adjwgt[v] is the sum of netwgt over v's hyperedges
  *   H4  edgewgt[e] is netwgt[e] / (size - 1) rounded to single
  *   H5  where[v] is a part for v < ncells + nislands
  *   H6  ndeg, gain, pwgts, mincut describe where (stale after FM passes, see refine/fm.h)
@@ -61,11 +63,12 @@ struct HGraph {
     HGraph *finer;   // not owned
     int level;       // contractions since the finest level of this coarsening
 
-    int *where;   // [ncells + nislands] part of each vertex
-    int mincut;   // cut of where
-    int *gain;    // [ncells] fall of the cut if the vertex changes sides
-    int *ndeg[2]; // [nnets] pins of each hyperedge on side 0 and on side 1
-    int pwgts[2]; // weight of each side
+    int *where;          // [ncells + nislands] part of each vertex
+    const bool *cutnets; // [nnets] whether where cuts each hyperedge: a view; null: not known
+    int mincut;          // cut of where
+    int *gain;           // [ncells] fall of the cut if the vertex changes sides
+    int *ndeg[2];        // [nnets] pins of each hyperedge on side 0 and on side 1
+    int pwgts[2];        // weight of each side
 
     int objval;           // objective that the last k-way refinement optimised
     int minsoed;          // sum of external degrees of where
@@ -80,6 +83,17 @@ struct HGraph {
 inline int net_size(const HGraph *graph, int e)
 {
     return graph->netptr[e + 1] - graph->netptr[e];
+}
+
+/* Where in netind the first pin of e stands that is in another part than e's first; the end of e if
+ * there is none. */
+inline int end_of_part(const HGraph *graph, const int *where, int e)
+{
+    const int *const netind = graph->netind;
+    const int begin = graph->netptr[e], end = graph->netptr[e + 1];
+    int j = begin;
+    while (j < end && where[netind[j]] == where[netind[begin]]) j++;
+    return j;
 }
 
 /* Sets every field to its initial value: -1 for counts and sides not known, null, 0. */
@@ -107,6 +121,9 @@ void CreateIncidentHGraph__(HGraph *graph);
 
 /* edgewgt of a hyperedge of this weight and size. */
 float edge_weight(int netwgt, int size);
+
+/* Writes into cutnets, [nnets], whether where cuts each hyperedge; O(pins). */
+void mark_cut_nets(const HGraph *graph, const int *where, bool *cutnets);
 
 /* The most weight that coarsening may merge into one vertex: twice the average of CoarsenTo
  * vertices, those above it left out. Sets ctrl->heavycells when any was left out. */

@@ -23,4 +23,10 @@ inline float RelDiff__(float a, float b)
     return a > b ? (a - b) / a : (b - a) / b;
 }
 
+/* x, or 0 if it is negative: a mask, where g++ might make a branch of std::max. */
+inline int at_least_0(int x)
+{
+    return x & ~(x >> 31);
+}
+
 #endif

@@ -50,6 +50,13 @@ int iamin__(int n, const int *x)
     return index_of_extreme<false>(n, x);
 }
 
+int largest_of(int n, const int *x)
+{
+    int largest = n > 0 ? x[0] : 0;
+    for (int i = 1; i < n; i++) largest = x[i] > largest ? x[i] : largest;
+    return largest;
+}
+
 void counts_to_starts(int n, int *ptr)
 {
     int start = 0;

@@ -15,14 +15,8 @@
 int ComputeActualCut__(const HGraph *graph, const int *where)
 {
     int cut = 0;
-    for (int e = 0; e < graph->nnets; e++) {
-        const int begin = graph->netptr[e], end = graph->netptr[e + 1];
-        for (int j = begin + 1; j < end; j++) {
-            if (where[graph->netind[j]] == where[graph->netind[begin]]) continue;
-            cut += graph->netwgt[e];
-            break;
-        }
-    }
+    for (int e = 0; e < graph->nnets; e++)
+        if (end_of_part(graph, where, e) < graph->netptr[e + 1]) cut += graph->netwgt[e];
     return cut;
 }
 

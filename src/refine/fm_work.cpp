@@ -10,12 +10,6 @@
 // vertices: smaller levels are in the cache anyway
 constexpr int RELABEL_SIZE = HEAVY_ASSERTS ? 24 : 4096;
 
-/* The bound of every gain on the level: the largest adjwgt, 0 on an empty one. */
-static int gain_bound(const HGraph *graph)
-{
-    return graph->ncells > 0 ? graph->adjwgt[iamax__(graph->ncells, graph->adjwgt)] : 0;
-}
-
 /* Lists what does not change of the hyperedges. */
 static FmNet *list_nets(const HGraph *graph)
 {
@@ -51,7 +45,7 @@ static void open_nets(const HGraph *graph, FmWork *work)
 const HGraph *open_work(HGraph *original, FmWork *work, int nqueues)
 {
     const HGraph *graph = original;
-    const int span = gain_bound(graph);
+    const int span = largest_of(graph->ncells, graph->adjwgt); // no gain is larger
     const size_t n = static_cast<size_t>(graph->ncells);
     work->copy = {};
     work->nqueues = nqueues;

@@ -263,11 +263,25 @@ TEST(RestrictedCoarsenTest, partition_moves_down_to_the_coarsest_level)
             const HGraph *graph = level.get();
             for (; graph->coarser != nullptr; graph = graph->coarser) {
                 EXPECT_EQ(graph->where, nullptr);
+                EXPECT_EQ(graph->cutnets, nullptr);
                 c = graph->cellmap[c];
             }
             EXPECT_EQ(graph->where[c], parts[at(v)]);
+            EXPECT_EQ(graph->cutnets, nullptr);
         }
     }
+}
+
+TEST(RestrictedCoarsenTest, all_hyperedges_may_vanish)
+{
+    Nets pairs;
+    for (int v = 0; v < 80; v += 2) pairs.push_back({v, v + 1});
+    const Level level = make_level(80, pairs);
+    level->where = engine_array(Ints(80, 0));
+    coarsen(traced_ctrl(RESTRICTED_EDGES, 10), level.get(), true);
+    ASSERT_NE(level->coarser, nullptr);
+    EXPECT_EQ(level->coarser->nnets, 0);
+    EXPECT_EQ(level->coarser->removedwgt, 40);
 }
 
 TEST(RestrictedCoarsenTest, first_slow_level_is_the_last)

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <vector>
 
 #include "support.h"
 
@@ -53,6 +54,17 @@ TEST(Vectors, extremes_at_the_last_place_and_below_zero_are_found)
     EXPECT_EQ(iamax__(3, x), 2);
     const int y[] = {-4, -3, -9};
     EXPECT_EQ(iamin__(3, y), 2);
+}
+
+TEST(Vectors, the_largest_entry_may_stand_anywhere_and_be_negative)
+{
+    std::vector<int> x(37, -5);
+    for (size_t i = 0; i < x.size(); i++) {
+        x[i] = -2;
+        EXPECT_EQ(largest_of(37, x.data()), -2);
+        EXPECT_EQ(largest_of(static_cast<int>(i), x.data()), i > 0 ? -5 : 0);
+        x[i] = -5;
+    }
 }
 
 TEST(Vectors, the_extreme_of_less_than_two_entries_is_at_0)
