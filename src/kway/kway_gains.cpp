@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "core/heavy_assert.h"
 #include "core/memory.h"
 #include "core/vectors.h"
 #include "core/work_counts.h"
@@ -31,7 +32,7 @@ void AllocateKwayRefinementMemory__(const PartCtrl *ctrl, HGraph *graph)
     graph->crdata =
         alloc_pool<KwayPartDeg>(ncells * nparts, "AllocateKwayRefinementMemory: crdata");
     graph->kplace = ismalloc__(nparts, -1, "AllocateKwayRefinementMemory: kplace");
-    for (size_t e = 0; e < nnets; e++) graph->nrinfo[e].degrees = graph->nrdata + graph->netptr[e];
+    for (size_t e = 0; e < nnets; e++) graph->nrinfo[e] = {0, graph->nrdata + graph->netptr[e]};
     for (size_t v = 0; v < ncells; v++) graph->crinfo[v].degrees = graph->crdata + v * nparts;
 }
 
@@ -43,6 +44,12 @@ static int find_part(const KwayPartDeg *list, int n, int part)
     return i;
 }
 
+/* The same for a part that is there. Most lists have two parts, and which is met is a toss-up. */
+static int place_in(const KwayPartDeg *list, int n, int part)
+{
+    return n == 2 ? list[0].pid != part : find_part(list, n, part);
+}
+
 static KwayPartDeg *take_list(KwayPartDeg **unused, int size)
 {
     KwayPartDeg *const list = *unused;
@@ -50,33 +57,42 @@ static KwayPartDeg *take_list(KwayPartDeg **unused, int size)
     return list;
 }
 
+/* Adds the parts of these pins of a cut hyperedge to its list. Whether a part is new can't be
+ * foreseen: its entry is written either way. */
+static void list_parts(HGraph *graph, NetKwayInfo *net, int begin, int end)
+{
+    int *const place = graph->kplace;
+    KwayPartDeg *const list = net->degrees;
+    int n = net->ndegrees;
+    place[list[0].pid] = 0;
+    for (int j = begin; j < end; j++) {
+        const int part = graph->where[graph->netind[j]];
+        const int i = place[part] < 0 ? n : place[part];
+        list[i] = {part, i < n ? list[i].num + 1 : 1, 0, 0};
+        place[part] = i;
+        n += i == n;
+    }
+    for (int i = 0; i < n; i++) place[list[i].pid] = -1;
+    net->ndegrees = n;
+}
+
 /* Builds the list of hyperedge e in pin order. Most are within one part: where lists are taken from
  * what is unused of nrdata, those get none. */
 static void count_parts(HGraph *graph, int e, int nparts, KwayPartDeg **unused)
 {
     NetKwayInfo *const net = &graph->nrinfo[e];
-    const int *const netind = graph->netind, *const where = graph->where;
     const int begin = graph->netptr[e], end = graph->netptr[e + 1];
-    net->ndegrees = 0;
-    if (begin == end) return;
-    const int first = where[netind[begin]];
-    int j = begin + 1;
-    while (j < end && where[netind[j]] == first) j++;
-    net->ndegrees = 1;
-    if (unused == nullptr)
-        net->degrees = graph->nrdata + begin;
-    else
-        net->degrees = j == end ? nullptr : take_list(unused, std::min(end - begin, nparts));
-    if (net->degrees == nullptr) return;
-    net->degrees[0] = {first, j - begin, 0, 0};
-    for (; j < end; j++) {
-        const int part = where[netind[j]];
-        const int i = find_part(net->degrees, net->ndegrees, part);
-        if (i < net->ndegrees)
-            net->degrees[i].num++;
-        else
-            net->degrees[net->ndegrees++] = {part, 1, 0, 0};
-    }
+    const bool uncut = net->ndegrees == UNCUT;
+    HEAVY_ASSERT(!uncut || end_of_part(graph, graph->where, e) == end);
+    net->ndegrees = begin < end;
+    net->degrees = unused == nullptr ? graph->nrdata + begin : nullptr;
+    if (begin == end || (uncut && unused != nullptr)) return;
+    const int j = end_of_part(graph, graph->where, e);
+    if (j < end && unused != nullptr)
+        net->degrees = take_list(unused, std::min(end - begin, nparts));
+    if (net->degrees != nullptr)
+        net->degrees[0] = {graph->where[graph->netind[begin]], j - begin, 0, 0};
+    if (j < end) list_parts(graph, net, j, end);
 }
 
 /* A vertex's record under construction. place tells where in the list a part stands, -1 if it does
@@ -146,7 +162,7 @@ static void outline_pins(HGraph *graph, int e)
     const int w = graph->netwgt[e];
     for (int j = graph->netptr[e]; j < graph->netptr[e + 1]; j++) {
         const int u = graph->netind[j];
-        const int i = find_part(net->degrees, net->ndegrees, graph->where[u]);
+        const int i = place_in(net->degrees, net->ndegrees, graph->where[u]);
         CellKwayInfo *const cell = &graph->crinfo[u];
         cell->id -= w;
         cell->ed += net->degrees[i].num == 1 ? w : 0;
@@ -266,9 +282,10 @@ void outline_records(const PartCtrl *ctrl, HGraph *graph, StaleRecords *stale, b
     stale->nparts = ctrl->nparts;
     outline_all(ctrl, graph, compact ? &stale->nets : nullptr);
     for (int v = 0; v < graph->ncells; v++) {
-        if (graph->crinfo[v].ndegrees != NOT_COUNTED) continue;
-        stale->state[v] = STALE | LISTED | OUTLINED;
-        stale->list[stale->n++] = v;
+        const int listed = graph->crinfo[v].ndegrees == NOT_COUNTED; // no branch on it
+        stale->state[v] = static_cast<uint8_t>(-listed & (STALE | LISTED | OUTLINED));
+        stale->list[stale->n] = v;
+        stale->n += listed;
     }
 }
 
@@ -278,9 +295,8 @@ static void make_stale(StaleRecords *stale, int v)
     stale->state[v] = STALE | LISTED;
 }
 
-void refresh_outline(HGraph *graph, StaleRecords *stale, int v)
+void compute_outline(HGraph *graph, StaleRecords *stale, int v)
 {
-    if ((stale->state[v] & (STALE | OUTLINED)) != STALE) return;
     const int home = graph->where[v];
     int id = 0, ed = 0;
     for (int j = graph->incptr[v]; j < graph->incptr[v + 1]; j++) {
@@ -288,7 +304,7 @@ void refresh_outline(HGraph *graph, StaleRecords *stale, int v)
         const NetKwayInfo *const net = &graph->nrinfo[e];
         if (net->ndegrees == 1)
             id += w;
-        else if (net->degrees[find_part(net->degrees, net->ndegrees, home)].num == 1)
+        else if (net->degrees[place_in(net->degrees, net->ndegrees, home)].num == 1)
             ed += w;
     }
     graph->crinfo[v].id = id;

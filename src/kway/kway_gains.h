@@ -8,11 +8,15 @@
 #include "partition/ctrl.h"
 
 /* Allocates where, kpwgts, kplace, nrinfo, crinfo, nrdata and crdata for ctrl->nparts parts and
- * sets the views into the pools; contents are not set. */
+ * sets the views into the pools; contents are not set, but ndegrees of hyperedges is 0. */
 void AllocateKwayRefinementMemory__(const PartCtrl *ctrl, HGraph *graph);
 
 /* Computes kpwgts, mincut, minsoed and all records from where, islands excluded. */
 void ComputeInitKwayGains__(const PartCtrl *ctrl, HGraph *graph);
+
+/* ndegrees of a hyperedge that is known to be within one part before the records are computed, as
+ * that of the coarser level was: its pins need not be looked at. */
+constexpr int UNCUT = -1;
 
 /* Recomputes the records of the n vertices in list from the hyperedges' records. */
 void ComputeKwayGainsSet__(HGraph *graph, int n, const int *list);
@@ -50,8 +54,12 @@ void outline_records(const PartCtrl *ctrl, HGraph *graph, StaleRecords *stale, b
 /* KwayUpdateGainInfo__, but the records become stale instead. */
 void note_kway_move(HGraph *graph, int v, int from, int to, int *marker, StaleRecords *stale);
 
-/* Makes id and ed of v's record current. */
-void refresh_outline(HGraph *graph, StaleRecords *stale, int v);
+/* Makes id and ed of v's record current; compute_outline if they are not. */
+void compute_outline(HGraph *graph, StaleRecords *stale, int v);
+inline void refresh_outline(HGraph *graph, StaleRecords *stale, int v)
+{
+    if ((stale->state[v] & (STALE | OUTLINED)) == STALE) compute_outline(graph, stale, v);
+}
 
 /* Makes v's record, or all, what KwayUpdateGainInfo__ would have left. */
 void refresh_record(HGraph *graph, StaleRecords *stale, int v);

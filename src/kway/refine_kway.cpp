@@ -2,6 +2,7 @@
 #include "kway/refine_kway.h"
 
 #include "core/errors.h"
+#include "core/numbers.h"
 #include "core/timers.h"
 #include "core/vectors.h"
 #include "kway/kway_gains.h"
@@ -9,12 +10,23 @@
 #include "partition/islands.h"
 #include "partition/vcycle.h"
 
+/* Only cut hyperedges of the coarser level, which has been refined, can be cut now. */
+static void note_uncut_nets(const HGraph *cgraph, HGraph *graph)
+{
+    for (int e = 0; e < graph->nnets; e++) {
+        const int d = graph->netmap[e];
+        const int uncut = (d < 0) | (cgraph->nrinfo[at_least_0(d)].ndegrees == 1);
+        graph->nrinfo[e].ndegrees = UNCUT * uncut;
+    }
+}
+
 void ProjectKwayPartition__(PartCtrl *ctrl, HGraph *cgraph)
 {
     HGraph *const graph = cgraph->finer;
     start_timer(ctrl, TIME_PROJECTION);
     AllocateKwayRefinementMemory__(ctrl, graph);
     for (int v = 0; v < graph->ncells; v++) graph->where[v] = cgraph->where[graph->cellmap[v]];
+    if (cgraph->nrinfo != nullptr && cgraph->nnets > 0) note_uncut_nets(cgraph, graph);
     FreeHGraph__(cgraph);
     graph->coarser = nullptr;
     stop_timer(ctrl, TIME_PROJECTION);

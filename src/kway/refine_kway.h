@@ -12,7 +12,8 @@
  * Errors: an unknown RType ends the process. */
 void RefineKway__(PartCtrl *ctrl, HGraph *graph, HGraph *cgraph);
 
-/* Carries the partition of cgraph to its finer level, with fresh k-way arrays; frees cgraph. */
+/* Carries the partition of cgraph to its finer level, with fresh k-way arrays; frees cgraph. If
+ * cgraph has records of its hyperedges, they are current. */
 void ProjectKwayPartition__(PartCtrl *ctrl, HGraph *cgraph);
 
 /* Gives each parked vertex, in order, the lightest part by kpwgts; the lowest number on ties. */

@@ -36,6 +36,13 @@ static int park_numbers(const HGraph *graph, int nfixed, int *perm)
     return next;
 }
 
+static bool has_islands(const HGraph *graph, int nfixed)
+{
+    int found = 0;
+    for (int v = nfixed; v < graph->ncells; v++) found |= graph->incptr[v] == graph->incptr[v + 1];
+    return found != 0;
+}
+
 /* Drops the empty ranges of incptr from the first free vertex on. */
 static void compact_incidence(int *incptr, int nfixed, int n)
 {
@@ -47,14 +54,12 @@ static void compact_incidence(int *incptr, int nfixed, int n)
 void SeparateIslands__(HGraph *graph)
 {
     const int n = graph->ncells, nfixed = graph->nfixed > 0 ? graph->nfixed : 0;
+    graph->nislands = 0;
+    if (!has_islands(graph, nfixed)) return;
     int *perm = imalloc__(static_cast<size_t>(n), "SeparateIslands: ncells");
     const int ncells = park_numbers(graph, nfixed, perm);
     graph->ncells = ncells;
     graph->nislands = n - ncells;
-    if (graph->nislands == 0) {
-        QXfree__(&perm, LTERM);
-        return;
-    }
     int *aux = imalloc__(static_cast<size_t>(n), "SeparateIslands: aux");
     compact_incidence(graph->incptr, nfixed, n);
     if (graph->where != nullptr) permute(n, perm, graph->where, aux);

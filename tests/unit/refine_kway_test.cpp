@@ -39,6 +39,33 @@ TEST(RefineKwayTest, projection_copies_parts_and_frees_the_coarser_level)
     for (int v = 0; v < 4; v++) EXPECT_EQ(level->where[v], cellmap[at(v)] == 0 ? 2 : 1);
 }
 
+TEST(RefineKwayTest, projection_tells_which_hyperedges_are_within_one_part)
+{
+    int nuncut = 0, ncut = 0;
+    for (unsigned seed = 1; seed <= 40; seed++) {
+        PartCtrl ctrl = kway_ctrl(4, 1.5f);
+        const Level level = level_of(60, seed);
+        HGraph *const coarsest = run_matching("Edges", &ctrl, level.get());
+        Draw draw(seed);
+        Ints parts(at(coarsest->ncells));
+        for (int &part : parts) part = static_cast<int>(draw() % 4);
+        const bool refined = seed % 2 == 0;
+        if (refined)
+            set_parts(ctrl, coarsest, parts);
+        else
+            coarsest->where = engine_array(parts);
+        ProjectKwayPartition__(&ctrl, coarsest);
+        for (int e = 0; e < level->nnets; e++) {
+            const int lambda = lambda_of(level.get(), e, level->where);
+            EXPECT_EQ(level->nrinfo[e].ndegrees, refined && lambda == 1 ? UNCUT : 0);
+            nuncut += refined && lambda == 1;
+            ncut += lambda > 1;
+        }
+    }
+    EXPECT_GT(nuncut, 100);
+    EXPECT_GT(ncut, 100);
+}
+
 TEST(RefineKwayTest, objective_of_the_scheme_is_refined)
 {
     for (const int rtype : {RTYPE_CUT, RTYPE_SOED}) {
