@@ -55,6 +55,7 @@ TEST(HGraph, a_new_record_has_unknown_counts_no_arrays_and_cut_0)
           static_cast<void *>(graph->nrdata),    static_cast<void *>(graph->crdata),
           static_cast<void *>(graph->kpwgts),    static_cast<void *>(graph->kplace)})
         EXPECT_EQ(array, nullptr);
+    EXPECT_EQ(graph->cutnets, nullptr);
 }
 
 TEST(HGraph, initialising_again_clears_a_used_record)
@@ -168,6 +169,31 @@ TEST(HGraph, the_edge_weight_is_the_weight_over_size_less_one_in_single_precisio
     EXPECT_EQ(graph->edgewgt[3], static_cast<float>(1.0 / 3));
     /* 16777217 does not fit a single, so dividing in single would round twice */
     EXPECT_EQ(edge_weight(50331651, 4), static_cast<float>(50331651.0 / 3));
+}
+
+TEST(HGraph, the_first_pin_in_another_part_is_found_wherever_it_stands)
+{
+    for (int size = 0; size <= 6; size++) {
+        std::vector<int> pins(static_cast<size_t>(size));
+        for (int j = 0; j < size; j++) pins[static_cast<size_t>(j)] = j;
+        const HGraphPtr graph = make_hgraph(7, {{6}, pins, {6, 0}});
+        for (int other = 1; other <= size; other++) { // size: none
+            std::vector<int> where(7, 3);
+            for (int v = other; v < size; v++) where[static_cast<size_t>(v)] = v == other ? 1 : 3;
+            EXPECT_EQ(end_of_part(graph.get(), where.data(), 1), 1 + other);
+            bool cutnets[] = {true, other == size, true};
+            mark_cut_nets(graph.get(), where.data(), cutnets);
+            EXPECT_FALSE(cutnets[0]);
+            EXPECT_EQ(cutnets[1], other < size);
+            EXPECT_FALSE(cutnets[2]);
+        }
+    }
+    const HGraphPtr graph = make_hgraph(1, {{}});
+    const int where[] = {0};
+    EXPECT_EQ(end_of_part(graph.get(), where, 0), 0);
+    bool cut = true;
+    mark_cut_nets(graph.get(), where, &cut);
+    EXPECT_FALSE(cut);
 }
 
 TEST(HGraph, adjacent_weights_reach_the_largest_total)

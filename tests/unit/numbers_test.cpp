@@ -33,6 +33,12 @@ TEST(Numbers, the_ends_of_the_range_are_kept_and_what_lies_beyond_saturates)
     EXPECT_EQ(truncated(-1e300), INT_MIN);
 }
 
+TEST(Numbers, what_is_negative_becomes_0)
+{
+    for (const int x : {INT_MIN, INT_MIN + 1, -2, -1, 0}) EXPECT_EQ(at_least_0(x), 0);
+    for (const int x : {1, 2, INT_MAX - 1, INT_MAX}) EXPECT_EQ(at_least_0(x), x);
+}
+
 TEST(Numbers, infinity_saturates_and_not_a_number_gives_0)
 {
     const double infinity = std::numeric_limits<double>::infinity();
