@@ -29,7 +29,7 @@ struct Shared {
 static Shared *shared;
 static pid_t host;
 
-static int nforks;                    // since the test began
+static std::atomic<int> nforks;       // since the test began
 static int first_struck, last_struck; // forks that disaster() befalls, from 1
 static void (*disaster)();
 
@@ -243,7 +243,7 @@ TEST_F(Host, the_cancel_flag_ends_the_call)
     options.cancel = &cancel;
     std::thread canceller([&] {
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        cancel = 1;
+        __atomic_store_n(&cancel, 1, __ATOMIC_RELAXED);
     });
     const zorpelx_result result = call(options);
     canceller.join();
