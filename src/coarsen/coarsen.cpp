@@ -8,7 +8,6 @@
 #include "coarsen/coarsen.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -20,6 +19,7 @@
 #include "core/memory.h"
 #include "core/numbers.h"
 #include "core/timers.h"
+#include "core/trace.h"
 #include "core/vectors.h"
 #include "partition/islands.h"
 
@@ -55,14 +55,15 @@ static CoarsenWork open_work(const HGraph *graph, bool restricted)
     return work;
 }
 
-[[gnu::cold]] static void trace_level(const HGraph *graph)
+[[gnu::cold]] static void trace_level(const PartCtrl *ctrl, const HGraph *graph)
 {
     const double ncells = graph->ncells, nnets = graph->nnets;
     const int netwgt = iasum__(graph->nnets, graph->netwgt);
-    printf("[%6d %6d %6.2f %6.2f %6.2f %6.2f, %6d %6d %6d %6.2f]\n", graph->ncells, graph->nnets,
-           graph->incptr[graph->ncells] / ncells, graph->netptr[graph->nnets] / nnets,
-           nnets / ncells, NumOfLargeNets__(graph->nnets, graph->netptr) / ncells, netwgt,
-           graph->removedwgt, netwgt + graph->removedwgt, netwgt / ncells);
+    print_trace(ctrl, "[%6d %6d %6.2f %6.2f %6.2f %6.2f, %6d %6d %6d %6.2f]\n", graph->ncells,
+                graph->nnets, graph->incptr[graph->ncells] / ncells,
+                graph->netptr[graph->nnets] / nnets, nnets / ncells,
+                NumOfLargeNets__(graph->nnets, graph->netptr) / ncells, netwgt, graph->removedwgt,
+                netwgt + graph->removedwgt, netwgt / ncells);
 }
 
 /* level counts the contractions made so far in this call. */
@@ -177,8 +178,8 @@ static HGraph *coarsen_chain(PartCtrl *ctrl, HGraph *graph, bool restricted)
     CoarsenWork work = open_work(graph, restricted);
     graph->level = 0;
     if (trace) {
-        printf("----------------------------------------------------------\n");
-        trace_level(graph);
+        print_trace(ctrl, "----------------------------------------------------------\n");
+        trace_level(ctrl, graph);
     }
     if (restricted) {
         mark_cut_nets(graph, graph->where, work.cutnets[0]);
@@ -188,19 +189,20 @@ static HGraph *coarsen_chain(PartCtrl *ctrl, HGraph *graph, bool restricted)
     bool slow = false, aborted = false;
     for (int level = 0; graph->ncells > ctrl->CoarsenTo && !aborted; level++) {
         graph = coarsen_level(ctrl, graph, &work, level, slow, restricted);
-        if (trace) trace_level(graph);
+        if (trace) trace_level(ctrl, graph);
         if (!slow_progress(graph->finer, graph, ratio)) continue;
         aborted = restricted || slow || ctrl->CType == CTYPE_EDGE;
         if (aborted) {
             if (trace)
-                printf("\nSlow progress in coarsening. Aborted at %d nodes\n\n", graph->ncells);
+                print_trace(ctrl, "\nSlow progress in coarsening. Aborted at %d nodes\n\n",
+                            graph->ncells);
         } else {
-            if (trace) printf("-----------------------------------\n");
+            if (trace) print_trace(ctrl, "-----------------------------------\n");
             ratio = static_cast<float>(ratio * RATIO_RELAXATION);
             slow = true;
         }
     }
-    if (trace && !aborted) printf("\n");
+    if (trace && !aborted) print_trace(ctrl, "\n");
     graph->cutnets = nullptr;
     QXfree__(&work.htable, &work.perm, &work.vpairs, &work.cutnets[0], LTERM);
     stop_timer(ctrl, TIME_COARSENING);

@@ -55,10 +55,9 @@ inline void degree_keys(const PartCtrl *ctrl, const HGraph *graph, int *keys)
 
 /* Lists the vertices in order by increasing capped degree, at random among equals. random and keys
  * are workspace of ncells entries; random may not be order. */
-inline void order_by_degree(const PartCtrl *ctrl, const HGraph *graph, int *random, int *keys,
-                            int *order)
+inline void order_by_degree(PartCtrl *ctrl, const HGraph *graph, int *random, int *keys, int *order)
 {
-    RandomPermute__(random, graph->ncells, 1);
+    RandomPermute__(&ctrl->random, random, graph->ncells, 1);
     degree_keys(ctrl, graph, keys);
     BucketSortKeysInc(graph->ncells, ctrl->maxnetsize + 1, keys, random, order);
 }

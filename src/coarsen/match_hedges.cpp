@@ -10,10 +10,10 @@
 #include "coarsen/match_edges.h"
 
 /* Lists the hyperedges in perm by decreasing ncells x weight - size, which wraps. */
-static void order_hyperedges(const HGraph *graph, int *perm, int *vpairs)
+static void order_hyperedges(PartCtrl *ctrl, const HGraph *graph, int *perm, int *vpairs)
 {
     KeyValue *const pairs = reinterpret_cast<KeyValue *>(vpairs);
-    RandomPermute__(perm, graph->nnets, 1);
+    RandomPermute__(&ctrl->random, perm, graph->nnets, 1);
     for (int i = 0; i < graph->nnets; i++) {
         const int e = perm[i];
         const unsigned key =
@@ -63,7 +63,7 @@ static void match_by_hyperedges(PartCtrl *ctrl, HGraph *graph, int *perm, int *h
     graph->cellmap = ismalloc__(n, SINGLE, "HGraphMatch: graph->cellmap");
     graph->mptr = imalloc__(n + 1, "HGraphMatch: graph->mptr");
     graph->mind = imalloc__(n, "HGraphMatch: graph->mind");
-    order_hyperedges(graph, perm, vpairs);
+    order_hyperedges(ctrl, graph, perm, vpairs);
     Grouping groups = open_grouping(graph);
     match_hyperedges(ctrl, graph, perm, &groups, false);
     if (phases.partial) match_hyperedges(ctrl, graph, perm, &groups, true);

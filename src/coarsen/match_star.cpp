@@ -77,7 +77,7 @@ int ComputeAllWeights__(const PartCtrl *ctrl, const HGraph *graph, int *keys, in
 
 /* Lists the vertices in perm by decreasing strength of their best connection, equals by degree;
  * partners as above. */
-static void order_by_strength(const PartCtrl *ctrl, const HGraph *graph, int *perm, int *partners,
+static void order_by_strength(PartCtrl *ctrl, const HGraph *graph, int *perm, int *partners,
                               int *htable, int *vpairs)
 {
     int *const keys = vpairs, *const bydegree = vpairs + graph->ncells;

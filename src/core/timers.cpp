@@ -3,7 +3,7 @@
 
 #include <sys/resource.h>
 
-#include <cstdio>
+#include "core/trace.h"
 
 double seconds__()
 {
@@ -31,21 +31,23 @@ void stop_timer(PartCtrl *ctrl, Timer timer)
 void PrintTimers__(const PartCtrl *ctrl, int full)
 {
     const double *const timers = ctrl->timers;
-    printf("\nTiming Information ---------------------------------------------------------");
-    printf("\n Multilevel: \t\t %7.3f", timers[TIME_MULTILEVEL]);
-    printf("\n     Coarsening: \t\t %7.3f", timers[TIME_COARSENING]);
-    printf("\n     Initial Partition: \t %7.3f", timers[TIME_INITPARTITION]);
-    printf("\n     Uncoarsening: \t\t %7.3f", timers[TIME_UNCOARSENING]);
-    printf("\n             Aux1: \t\t %7.3f", timers[TIME_AUX1]);
-    printf("\n             Aux2: \t\t %7.3f", timers[TIME_AUX2]);
-    printf("\n             Aux3: \t\t %7.3f", timers[TIME_AUX3]);
-    printf("\n             Aux4: \t\t %7.3f", timers[TIME_AUX4]);
+    print_trace(ctrl,
+                "\nTiming Information ---------------------------------------------------------");
+    print_trace(ctrl, "\n Multilevel: \t\t %7.3f", timers[TIME_MULTILEVEL]);
+    print_trace(ctrl, "\n     Coarsening: \t\t %7.3f", timers[TIME_COARSENING]);
+    print_trace(ctrl, "\n     Initial Partition: \t %7.3f", timers[TIME_INITPARTITION]);
+    print_trace(ctrl, "\n     Uncoarsening: \t\t %7.3f", timers[TIME_UNCOARSENING]);
+    print_trace(ctrl, "\n             Aux1: \t\t %7.3f", timers[TIME_AUX1]);
+    print_trace(ctrl, "\n             Aux2: \t\t %7.3f", timers[TIME_AUX2]);
+    print_trace(ctrl, "\n             Aux3: \t\t %7.3f", timers[TIME_AUX3]);
+    print_trace(ctrl, "\n             Aux4: \t\t %7.3f", timers[TIME_AUX4]);
     if (full) {
-        printf("\n        Refinement: \t\t\t %7.3f", timers[TIME_REFINEMENT]);
-        printf("\n            Initialize: \t\t\t %7.3f", timers[TIME_INITIALIZE]);
-        printf("\n            Iterate: \t\t\t\t %7.3f", timers[TIME_ITERATE]);
-        printf("\n            Wrap Up: \t\t\t\t %7.3f", timers[TIME_WRAPUP]);
+        print_trace(ctrl, "\n        Refinement: \t\t\t %7.3f", timers[TIME_REFINEMENT]);
+        print_trace(ctrl, "\n            Initialize: \t\t\t %7.3f", timers[TIME_INITIALIZE]);
+        print_trace(ctrl, "\n            Iterate: \t\t\t\t %7.3f", timers[TIME_ITERATE]);
+        print_trace(ctrl, "\n            Wrap Up: \t\t\t\t %7.3f", timers[TIME_WRAPUP]);
     }
-    printf("\n Total: \t\t %7.3f", timers[TIME_TOTAL]);
-    printf("\n----------------------------------------------------------------------------");
+    print_trace(ctrl, "\n Total: \t\t %7.3f", timers[TIME_TOTAL]);
+    print_trace(ctrl,
+                "\n----------------------------------------------------------------------------");
 }

@@ -3,10 +3,9 @@
  */
 #include "kway/direct.h"
 
-#include <cstdio>
-
 #include "core/memory.h"
 #include "core/timers.h"
+#include "core/trace.h"
 #include "core/vectors.h"
 #include "kway/kway_gains.h"
 #include "kway/refine_kway.h"
@@ -64,8 +63,8 @@ void InitPartitionKway__(PartCtrl *ctrl, HGraph *cgraph)
     icopy__(cgraph->ncells, cgraph->where, bestwhere);
     icopy__(cgraph->ncells, bestwhere, cgraph->where);
     if (ctrl->dbglvl & DBG_INIT)
-        printf("%d-way initial %s: %d\n", ctrl->nparts, ctrl->RType == RTYPE_CUT ? "cut" : "soed",
-               cgraph->objval);
+        print_trace(ctrl, "%d-way initial %s: %d\n", ctrl->nparts,
+                    ctrl->RType == RTYPE_CUT ? "cut" : "soed", cgraph->objval);
     QXfree__(&bestwhere, LTERM);
     stop_timer(ctrl, TIME_INITPARTITION);
 }
@@ -100,26 +99,27 @@ static void vcycle_kway(PartCtrl *ctrl, HGraph *graph)
 
 static void trace_header(const PartCtrl *ctrl, const HGraph *graph)
 {
-    printf("\n  Partitioning a hgraph of size [vertices=%d, hedges=%d, balance=%4.2f]\n",
-           graph->ncells, graph->nnets, static_cast<double>(ctrl->ubfactor));
+    print_trace(ctrl, "\n  Partitioning a hgraph of size [vertices=%d, hedges=%d, balance=%4.2f]\n",
+                graph->ncells, graph->nnets, static_cast<double>(ctrl->ubfactor));
 }
 
-static void trace_trial(int run, const HGraph *sgraph)
+static void trace_trial(const PartCtrl *ctrl, int run, const HGraph *sgraph)
 {
-    printf("    Cut/SOED of trial %4d:\t %6d %6d", run, sgraph->mincut, sgraph->minsoed);
+    print_trace(ctrl, "    Cut/SOED of trial %4d:\t %6d %6d", run, sgraph->mincut, sgraph->minsoed);
 }
 
-static void trace_run(int run, const HGraph *graph, float balance)
+static void trace_run(const PartCtrl *ctrl, int run, const HGraph *graph, float balance)
 {
-    printf("    Cut/SOED of trial %4d:\t %6d %6d [%4.2f]\n", run, graph->mincut, graph->minsoed,
-           static_cast<double>(balance));
+    print_trace(ctrl, "    Cut/SOED of trial %4d:\t %6d %6d [%4.2f]\n", run, graph->mincut,
+                graph->minsoed, static_cast<double>(balance));
 }
 
 static void trace_summary(const PartCtrl *ctrl, int best, double average, float balance)
 {
-    printf("    The %s for this partitioning = %d, (average = %3.1f) (balance = %4.2f)\n",
-           ctrl->RType == RTYPE_CUT ? "mincut" : "minsoed", best, average,
-           static_cast<double>(balance));
+    print_trace(ctrl,
+                "    The %s for this partitioning = %d, (average = %3.1f) (balance = %4.2f)\n",
+                ctrl->RType == RTYPE_CUT ? "mincut" : "minsoed", best, average,
+                static_cast<double>(balance));
 }
 
 static const RunScheme DIRECT = {

@@ -7,13 +7,12 @@
  */
 #include "kway/refine_random.h"
 
-#include <cstdio>
-
 #include "core/heavy_assert.h"
 #include "core/memory.h"
 #include "core/numbers.h"
 #include "core/random.h"
 #include "core/timers.h"
+#include "core/trace.h"
 #include "core/vectors.h"
 #include "core/work_counts.h"
 #include "kway/kway_gains.h"
@@ -109,9 +108,9 @@ static void make_move(const PartCtrl *ctrl, HGraph *graph, KwayWork *work, int v
     graph->kpwgts[from] -= weight;
     graph->where[v] = to;
     if (ctrl->dbglvl & DBG_MOVE)
-        printf("\tMoving %6d[%3d] (%3d -> %3d) [%4d %4d %4d %4d] %5d %5d\n", v,
-               graph->incptr[v + 1] - graph->incptr[v], from, to, graph->crinfo[v].id, best->num,
-               best->soed, best->ties, graph->mincut, graph->minsoed);
+        print_trace(ctrl, "\tMoving %6d[%3d] (%3d -> %3d) [%4d %4d %4d %4d] %5d %5d\n", v,
+                    graph->incptr[v + 1] - graph->incptr[v], from, to, graph->crinfo[v].id,
+                    best->num, best->soed, best->ties, graph->mincut, graph->minsoed);
     note_kway_move(graph, v, from, to, work->marker, &work->stale);
 }
 
@@ -140,17 +139,19 @@ template <Objective O> static int sweep(const PartCtrl *ctrl, HGraph *graph, Kwa
                                       const KwayWork *work)
 {
     const int *const kpwgts = graph->kpwgts;
-    printf("Partitions: [%5d,%5d], Balance: [%3.2f, %5d,%5d], Init Cut: %5d, Init SOED: %5d\n",
-           kpwgts[iamin__(ctrl->nparts, kpwgts)], kpwgts[iamax__(ctrl->nparts, kpwgts)],
-           static_cast<double>(ctrl->ubfactor), work->minpwgt, work->maxpwgt, graph->mincut,
-           graph->minsoed);
+    print_trace(ctrl,
+                "Partitions: [%5d,%5d], Balance: [%3.2f, %5d,%5d], Init Cut: %5d, Init SOED: %5d\n",
+                kpwgts[iamin__(ctrl->nparts, kpwgts)], kpwgts[iamax__(ctrl->nparts, kpwgts)],
+                static_cast<double>(ctrl->ubfactor), work->minpwgt, work->maxpwgt, graph->mincut,
+                graph->minsoed);
 }
 
 [[gnu::cold]] static void trace_end(const PartCtrl *ctrl, const HGraph *graph, int nmoves)
 {
     const int *const kpwgts = graph->kpwgts;
-    printf("\tCut: %8d, SOED: %8d, Nmoves: %3d, Pwgts: [%6d %6d]\n", graph->mincut, graph->minsoed,
-           nmoves, kpwgts[iamin__(ctrl->nparts, kpwgts)], kpwgts[iamax__(ctrl->nparts, kpwgts)]);
+    print_trace(ctrl, "\tCut: %8d, SOED: %8d, Nmoves: %3d, Pwgts: [%6d %6d]\n", graph->mincut,
+                graph->minsoed, nmoves, kpwgts[iamin__(ctrl->nparts, kpwgts)],
+                kpwgts[iamax__(ctrl->nparts, kpwgts)]);
 }
 
 template <Objective O>
@@ -168,7 +169,7 @@ static void refine(PartCtrl *ctrl, HGraph *graph, int npasses, KwayRecords recor
     stop_timer(ctrl, TIME_INITIALIZE);
 
     for (int pass = 0; pass < npasses; pass++) {
-        RandomPermute__(work.perm, graph->ncells, 0);
+        RandomPermute__(&ctrl->random, work.perm, graph->ncells, 0);
         if ((ctrl->dbglvl & DBG_PASS) && pass == 0) trace_start(ctrl, graph, &work);
         const int oldcut = graph->mincut, oldsoed = graph->minsoed;
         iset__(graph->ncells, -1, work.marker);

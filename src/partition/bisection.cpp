@@ -4,8 +4,8 @@
 #include "partition/bisection.h"
 
 #include <algorithm>
-#include <cstdio>
 
+#include "core/trace.h"
 #include "partition/initbisect.h"
 #include "partition/runs.h"
 #include "partition/vcycle.h"
@@ -61,25 +61,26 @@ static float balance_of(const PartCtrl *, const HGraph *graph, const int *where)
 
 static void trace_header(const PartCtrl *ctrl, const HGraph *graph)
 {
-    printf("\n  Bisecting a hgraph of size [vertices=%d, hedges=%d, balance=%4.2f]\n",
-           graph->ncells, graph->nnets, static_cast<double>(ctrl->splitratio));
+    print_trace(ctrl, "\n  Bisecting a hgraph of size [vertices=%d, hedges=%d, balance=%4.2f]\n",
+                graph->ncells, graph->nnets, static_cast<double>(ctrl->splitratio));
 }
 
-static void trace_trial(int run, const HGraph *sgraph)
+static void trace_trial(const PartCtrl *ctrl, int run, const HGraph *sgraph)
 {
-    printf("    Cut of trial %4d:\t %6d ", run, sgraph->mincut);
+    print_trace(ctrl, "    Cut of trial %4d:\t %6d ", run, sgraph->mincut);
 }
 
-static void trace_run(int run, const HGraph *graph, float balance)
+static void trace_run(const PartCtrl *ctrl, int run, const HGraph *graph, float balance)
 {
-    printf("    Cut of trial %4d:\t %6d [%4.2f]\n", run, graph->mincut,
-           static_cast<double>(balance));
+    print_trace(ctrl, "    Cut of trial %4d:\t %6d [%4.2f]\n", run, graph->mincut,
+                static_cast<double>(balance));
 }
 
-static void trace_summary(const PartCtrl *, int best, double average, float balance)
+static void trace_summary(const PartCtrl *ctrl, int best, double average, float balance)
 {
-    printf("    The mincut for this bisection = %d, (average = %3.1f) (balance = %4.2f)\n", best,
-           average, static_cast<double>(balance));
+    print_trace(ctrl,
+                "    The mincut for this bisection = %d, (average = %3.1f) (balance = %4.2f)\n",
+                best, average, static_cast<double>(balance));
 }
 
 static const RunScheme BISECTION = {
@@ -105,6 +106,6 @@ int Hypergraph_Bisection__(PartCtrl *ctrl, HGraph *graph, int *part)
 {
     const int bestcut = best_of_runs(ctrl, graph, part, &BISECTION);
     const int actual = ComputeActualCut__(graph, part);
-    if (actual != bestcut) printf("Wrong cut! %d %d\n", bestcut, actual);
+    if (actual != bestcut) print_trace(ctrl, "Wrong cut! %d %d\n", bestcut, actual);
     return bestcut;
 }

@@ -7,6 +7,10 @@
 #ifndef ZORPEL_PARTITION_CTRL_H
 #define ZORPEL_PARTITION_CTRL_H
 
+#include <cstdio>
+
+#include "core/random.h"
+
 /* Trace bits of dbglvl. */
 enum DebugBit {
     DBG_COARSEN = 1,
@@ -87,6 +91,8 @@ struct PartCtrl {
     float splitratio; // share of the weight meant for side 0 of the current bisection
     int MaxCellWgt;   // most weight that a merged vertex may reach
     double timers[NTIMERS]; // seconds, charged under DBG_TIME
+    Generator random;       // all 0: the process's; of its own if others run beside this call
+    FILE *traces;           // where traces go; null: standard output
 };
 
 #endif

@@ -5,12 +5,11 @@
  */
 #include "partition/initbisect.h"
 
-#include <cstdio>
-
 #include "core/memory.h"
 #include "core/numbers.h"
 #include "core/random.h"
 #include "core/timers.h"
+#include "core/trace.h"
 #include "core/vectors.h"
 #include "refine/balance.h"
 #include "refine/fm.h"
@@ -29,18 +28,18 @@ int fixed_on_side0(const PartCtrl *ctrl, int nfixed)
 }
 
 /* Fills where with a random bisection whose side 0 holds about goal0. */
-static void grow_bisection(HGraph *graph, int *perm, int goal0, int nfixed0)
+static void grow_bisection(PartCtrl *ctrl, HGraph *graph, int *perm, int goal0, int nfixed0)
 {
     int wgt0 = 0;
     if (graph->nfixed > 0) {
-        RandomPermuteFine__(perm, graph->nfixed, 1);
+        RandomPermuteFine__(&ctrl->random, perm, graph->nfixed, 1);
         for (int i = 0; i < graph->nfixed; i++) {
             const int v = perm[i];
             graph->where[v] = i < nfixed0 ? 0 : 1;
             if (i < nfixed0) wgt0 += graph->cellwgt[v];
         }
     }
-    RandomPermuteFine__(perm, graph->ncells, 1);
+    RandomPermuteFine__(&ctrl->random, perm, graph->ncells, 1);
     for (int i = 0; i < graph->ncells; i++) {
         const int v = perm[i];
         if (v < graph->nfixed) continue;
@@ -64,17 +63,17 @@ void Random_FMPartition__(PartCtrl *ctrl, HGraph *graph)
     const HGraph *const refined = open_work(graph, &work, 2);
     int bestcut = 0;
     for (int trial = 0; trial < ntrials; trial++) {
-        grow_bisection(graph, perm, goal0, nfixed0);
+        grow_bisection(ctrl, graph, perm, goal0, nfixed0);
         Balance__(ctrl, graph);
         refine_fm_again(ctrl, graph, refined, &work, FM_PASSES, ctrl->heavycells);
         if (ctrl->dbglvl & DBG_INIT)
-            printf("%5d %5d %5d\n", graph->pwgts[0], graph->pwgts[1], graph->mincut);
+            print_trace(ctrl, "%5d %5d %5d\n", graph->pwgts[0], graph->pwgts[1], graph->mincut);
         if (trial > 0 && graph->mincut >= bestcut) continue;
         bestcut = graph->mincut;
         icopy__(graph->ncells, graph->where, bestwhere);
     }
     close_work(&work, 2);
-    if (ctrl->dbglvl & DBG_INIT) printf("Bestcut Icut: %5d\n", bestcut);
+    if (ctrl->dbglvl & DBG_INIT) print_trace(ctrl, "Bestcut Icut: %5d\n", bestcut);
     icopy__(graph->ncells, bestwhere, graph->where);
     graph->mincut = bestcut;
     QXfree__(&perm, &bestwhere, LTERM);

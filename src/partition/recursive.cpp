@@ -5,10 +5,9 @@
  */
 #include "partition/recursive.h"
 
-#include <cstdio>
-
 #include "core/memory.h"
 #include "core/numbers.h"
+#include "core/trace.h"
 #include "core/vectors.h"
 #include "kway/kway_gains.h"
 #include "kway/refine_kway.h"
@@ -100,7 +99,7 @@ static int partition_with_fixed(PartCtrl *ctrl, HGraph *graph, int *part)
     ProjectFixedCells__(ctrl, graph, part, fpart);
     for (int v = 0; v < graph->ncells; v++)
         if (orgpart[v] != -1 && orgpart[v] != part[v])
-            printf("Fixing failed: %d %d %d\n", v, orgpart[v], part[v]);
+            print_trace(ctrl, "Fixing failed: %d %d %d\n", v, orgpart[v], part[v]);
     QXfree__(&orgpart, &fpart, LTERM);
     FreeHGraph__(compressed);
     return cut;

@@ -7,11 +7,11 @@
 #include "partition/runs.h"
 
 #include <algorithm>
-#include <cstdio>
 
 #include "coarsen/coarsen.h"
 #include "core/memory.h"
 #include "core/random.h"
+#include "core/trace.h"
 #include "core/vectors.h"
 #include "partition/prune.h"
 
@@ -111,8 +111,8 @@ static void take_over(Runs *runs)
         scheme->adopt_values(graph, sgraph);
     } else {
         if (trace) {
-            printf("[%d, ", scheme->measure(ctrl, graph, where));
-            fflush(stdout);
+            print_trace(ctrl, "[%d, ", scheme->measure(ctrl, graph, where));
+            flush_traces(ctrl);
         }
         if (graph->incptr == nullptr) CreateIncidentHGraph__(graph);
         scheme->allocate(ctrl, graph);
@@ -120,12 +120,13 @@ static void take_over(Runs *runs)
         graph->where = where;
         scheme->refine(ctrl, graph);
         if (trace) {
-            printf("%d]", value_of(runs));
-            fflush(stdout);
+            print_trace(ctrl, "%d]", value_of(runs));
+            flush_traces(ctrl);
         }
     }
     if (trace)
-        printf(" [%4.2f]\n", static_cast<double>(scheme->balance(ctrl, graph, graph->where)));
+        print_trace(ctrl, " [%4.2f]\n",
+                    static_cast<double>(scheme->balance(ctrl, graph, graph->where)));
 }
 
 /* Whether this run deserves V-cycles of its own. */
@@ -150,15 +151,15 @@ static void make_run(Runs *runs, int run)
     HGraph *const graph = runs->graph;
     const bool newmin = partition_pruned(runs);
     if (ctrl->dbglvl & DBG_DETAIL) {
-        scheme->trace_trial(run, runs->sgraph);
-        fflush(stdout);
+        scheme->trace_trial(ctrl, run, runs->sgraph);
+        flush_traces(ctrl);
     }
     take_over(runs);
     free_cycle_arrays(graph);
     free_kway_arrays(graph);
     if (wants_vcycles(runs, newmin)) scheme->vcycles(ctrl, graph);
     if (ctrl->dbglvl & DBG_RUN)
-        scheme->trace_run(run, graph, scheme->balance(ctrl, graph, graph->where));
+        scheme->trace_run(ctrl, run, graph, scheme->balance(ctrl, graph, graph->where));
     runs->sum += value_of(runs);
     if (run == 0) copy_where(graph, runs->part); // even one beyond the start value is a result
     keep_if_best(runs);
@@ -202,7 +203,7 @@ int best_of_runs(PartCtrl *ctrl, HGraph *graph, int *part, const RunScheme *sche
     open_store(&runs);
 
     const int ctype = ctrl->CType;
-    InitRandom__(ctrl->seed);
+    InitRandom__(&ctrl->random, ctrl->seed);
     for (int run = 0; run < ctrl->Nruns; run++) {
         if (ctype == CTYPE_HFC) ctrl->CType = run % 2 == 0 ? CTYPE_HFC : CTYPE_FC;
         make_run(&runs, run);

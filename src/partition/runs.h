@@ -27,8 +27,8 @@ struct RunScheme {
     float (*balance)(const PartCtrl *ctrl, const HGraph *graph, const int *where);
 
     void (*trace_header)(const PartCtrl *ctrl, const HGraph *graph);
-    void (*trace_trial)(int run, const HGraph *sgraph);
-    void (*trace_run)(int run, const HGraph *graph, float balance);
+    void (*trace_trial)(const PartCtrl *ctrl, int run, const HGraph *sgraph);
+    void (*trace_run)(const PartCtrl *ctrl, int run, const HGraph *graph, float balance);
     void (*trace_summary)(const PartCtrl *ctrl, int best, double average, float balance);
 };
 

@@ -3,9 +3,8 @@
  */
 #include "partition/vcycle.h"
 
-#include <cstdio>
-
 #include "coarsen/coarsen.h"
+#include "core/trace.h"
 
 int run_vcycles(PartCtrl *ctrl, HGraph *graph, int ncycles, const VCycleKind *kind)
 {
@@ -15,16 +14,16 @@ int run_vcycles(PartCtrl *ctrl, HGraph *graph, int ncycles, const VCycleKind *ki
     int best = graph->*kind->value, bestcycle = -1;
     if (trace) {
         if (kind->shows_start)
-            printf("          [%d ", best);
+            print_trace(ctrl, "          [%d ", best);
         else
-            printf("          [");
+            print_trace(ctrl, "          [");
     }
     for (int cycle = 0; cycle < ncycles; cycle++) {
         ctrl->CType = cycle % 2 == 0 ? RESTRICTED_STARS : RESTRICTED_EDGES;
         kind->uncoarsen(ctrl, graph, CCoarsen__(ctrl, graph));
         if (trace) {
-            printf("%d ", graph->*kind->value);
-            fflush(stdout);
+            print_trace(ctrl, "%d ", graph->*kind->value);
+            flush_traces(ctrl);
         }
         free_cycle_arrays(graph);
         free_kway_arrays(graph);
@@ -35,7 +34,7 @@ int run_vcycles(PartCtrl *ctrl, HGraph *graph, int ncycles, const VCycleKind *ki
             break;
         }
     }
-    if (trace) printf("(min = %d)]\n", graph->*kind->value);
+    if (trace) print_trace(ctrl, "(min = %d)]\n", graph->*kind->value);
     ctrl->CoarsenTo = coarsento;
     ctrl->CType = ctype;
     return graph->*kind->value;

@@ -5,10 +5,9 @@
  */
 #include "refine/balance.h"
 
-#include <cstdio>
-
 #include "core/heavy_assert.h"
 #include "core/timers.h"
+#include "core/trace.h"
 #include "refine/neighbours.h"
 
 static void sum_sides(HGraph *graph)
@@ -24,11 +23,11 @@ static void balance_begin(PartCtrl *ctrl, const HGraph *original, const HGraph *
     load_sides(original, work);
     compute_gains<Heap>(graph, work);
     reset_pass(work, 2);
-    fill_queues<Heap>(graph, work, -1);
+    fill_queues<Heap>(&ctrl->random, graph, work, -1);
     if (ctrl->dbglvl & DBG_PASS)
-        printf("Partitions[B]: [%6d,%8d]  [%6d,%8d], Initial Cut: %8d [%d] [%d]\n",
-               work->queues[0].nnodes, work->pwgts[0], work->queues[1].nnodes, work->pwgts[1],
-               work->newcut, cut_of_counts(graph, work), work->minpwgts[0]);
+        print_trace(ctrl, "Partitions[B]: [%6d,%8d]  [%6d,%8d], Initial Cut: %8d [%d] [%d]\n",
+                    work->queues[0].nnodes, work->pwgts[0], work->queues[1].nnodes, work->pwgts[1],
+                    work->newcut, cut_of_counts(graph, work), work->minpwgts[0]);
     stop_timer(ctrl, TIME_INITIALIZE);
 }
 

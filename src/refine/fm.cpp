@@ -11,10 +11,10 @@
 #include "refine/fm.h"
 
 #include <cassert>
-#include <cstdio>
 
 #include "core/heavy_assert.h"
 #include "core/timers.h"
+#include "core/trace.h"
 #include "refine/neighbours.h"
 
 struct FmRules {
@@ -24,50 +24,53 @@ struct FmRules {
 constexpr FmRules FM = {false, false}, FM2 = {true, false};
 constexpr FmRules EEFM = {false, true}, EEFM2 = {true, true};
 
-template <FmRules R> [[gnu::cold]] static void trace_start(const HGraph *graph, const FmWork *work)
+template <FmRules R>
+[[gnu::cold]] static void trace_start(const PartCtrl *ctrl, const HGraph *graph, const FmWork *work)
 {
     const int queued[2] = {work->queues[0].nnodes, work->queues[1].nnodes};
     const int cut = cut_of_counts(graph, work);
     if (R.exact)
-        printf("Partitions: [%6d,%8d]  [%6d,%8d], Initial Cut: %8d [%d] [%d]\n", queued[0],
-               work->pwgts[0], queued[1], work->pwgts[1], work->initcut, cut, work->minpwgts[0]);
+        print_trace(ctrl, "Partitions: [%6d,%8d]  [%6d,%8d], Initial Cut: %8d [%d] [%d]\n",
+                    queued[0], work->pwgts[0], queued[1], work->pwgts[1], work->initcut, cut,
+                    work->minpwgts[0]);
     else if (R.constrained)
-        printf("Partitions2: [%6d,%8d]  [%6d,%8d], Initial Cut: %8d [%d] [%d %d]\n", queued[0],
-               work->pwgts[0], queued[1], work->pwgts[1], work->initcut, cut, work->minpwgts[0],
-               work->minpwgts[1]);
+        print_trace(ctrl, "Partitions2: [%6d,%8d]  [%6d,%8d], Initial Cut: %8d [%d] [%d %d]\n",
+                    queued[0], work->pwgts[0], queued[1], work->pwgts[1], work->initcut, cut,
+                    work->minpwgts[0], work->minpwgts[1]);
     else
-        printf("Partitions: [%6d,%8d]  [%6d,%8d], Initial Cut: %8d [%d] [%d %d]\n", queued[0],
-               work->pwgts[0], queued[1], work->pwgts[1], work->initcut, cut, work->minpwgts[0],
-               work->minpwgts[1]);
+        print_trace(ctrl, "Partitions: [%6d,%8d]  [%6d,%8d], Initial Cut: %8d [%d] [%d %d]\n",
+                    queued[0], work->pwgts[0], queued[1], work->pwgts[1], work->initcut, cut,
+                    work->minpwgts[0], work->minpwgts[1]);
 }
 
 /* gain is the one that v had before it moved. */
 template <FmRules R>
-[[gnu::cold]] static void trace_move(const HGraph *graph, const FmWork *work, int v, int from,
-                                     int gain)
+[[gnu::cold]] static void trace_move(const PartCtrl *ctrl, const HGraph *graph, const FmWork *work,
+                                     int v, int from, int gain)
 {
     const int *const pwgts = work->pwgts;
     const int number = original_of(work, v);
     if (R.exact)
-        printf("Gains from moving %8d from %2d: %4d, \tNewcut: %d\n", number, from, gain,
-               work->newcut);
+        print_trace(ctrl, "Gains from moving %8d from %2d: %4d, \tNewcut: %d\n", number, from, gain,
+                    work->newcut);
     else if (R.constrained)
-        printf("Gains from moving %8d from %2d: %4d, \tNewcut: %d [%6d %6d %6d]\n", number, from,
-               gain, work->newcut, graph->cellwgt[v], pwgts[0], pwgts[1]);
+        print_trace(ctrl, "Gains from moving %8d from %2d: %4d, \tNewcut: %d [%6d %6d %6d]\n",
+                    number, from, gain, work->newcut, graph->cellwgt[v], pwgts[0], pwgts[1]);
     else
-        printf("Gains from moving %8d from %2d: %4d, \tNewcut: %d [%6d %6d]\n", number, from, gain,
-               work->newcut, pwgts[0], pwgts[1]);
+        print_trace(ctrl, "Gains from moving %8d from %2d: %4d, \tNewcut: %d [%6d %6d]\n", number,
+                    from, gain, work->newcut, pwgts[0], pwgts[1]);
 }
 
-template <FmRules R> [[gnu::cold]] static void trace_end(const HGraph *graph, const FmWork *work)
+template <FmRules R>
+[[gnu::cold]] static void trace_end(const PartCtrl *ctrl, const HGraph *graph, const FmWork *work)
 {
     const int *const pwgts = work->pwgts;
     if (R.exact)
-        printf("\tMinimum Cut: %8d [%8d] at %5d [%6d %6d]\n", work->mincut,
-               cut_of_counts(graph, work), work->mincutorder, pwgts[0], pwgts[1]);
+        print_trace(ctrl, "\tMinimum Cut: %8d [%8d] at %5d [%6d %6d]\n", work->mincut,
+                    cut_of_counts(graph, work), work->mincutorder, pwgts[0], pwgts[1]);
     else
-        printf("\tMinimum Cut: %8d at %5d [%6d %6d]\n", work->mincut, work->mincutorder, pwgts[0],
-               pwgts[1]);
+        print_trace(ctrl, "\tMinimum Cut: %8d at %5d [%6d %6d]\n", work->mincut, work->mincutorder,
+                    pwgts[0], pwgts[1]);
 }
 
 template <FmRules R, bool Heap>
@@ -82,9 +85,9 @@ static void fm_begin_pass(PartCtrl *ctrl, const HGraph *original, const HGraph *
     if (!R.exact && !work->single) save_start<Heap>(graph, work);
     set_weight_bounds(ctrl, work->pwgts, work->minpwgts);
     reset_pass(work, 2);
-    fill_queues<Heap>(graph, work, -1);
+    fill_queues<Heap>(&ctrl->random, graph, work, -1);
     HEAVY_ASSERT(work_ok(graph, work, R.exact));
-    if ((ctrl->dbglvl & DBG_PASS) && pass == 0) trace_start<R>(graph, work);
+    if ((ctrl->dbglvl & DBG_PASS) && pass == 0) trace_start<R>(ctrl, graph, work);
     stop_timer(ctrl, TIME_INITIALIZE);
 }
 
@@ -150,7 +153,7 @@ static void fm_moves(PartCtrl *ctrl, const HGraph *graph, FmWork *work, int limi
             change_side(graph, work, v, 1 - from, from); // counts and gains were not touched yet
             break;
         }
-        if (ctrl->dbglvl & DBG_MOVE) trace_move<R>(graph, work, v, from, gain);
+        if (ctrl->dbglvl & DBG_MOVE) trace_move<R>(ctrl, graph, work, v, from, gain);
         if (R.exact) gain_of<Heap>(work, v) = -gain;
         update_neighbours<Heap, updates>(graph, work, v, from);
     }
@@ -202,7 +205,7 @@ static void fm_end_pass(PartCtrl *ctrl, HGraph *original, const HGraph *graph, F
         if (work->restarted) restart_at_best<Heap>(original, graph, work);
         keep_prefix(original, graph, work);
     }
-    if (ctrl->dbglvl & DBG_PASS) trace_end<R>(graph, work);
+    if (ctrl->dbglvl & DBG_PASS) trace_end<R>(ctrl, graph, work);
     stop_timer(ctrl, TIME_WRAPUP);
 }
 

@@ -244,10 +244,11 @@ void reset_pass(FmWork *work, int nqueues)
     __builtin_prefetch(&work->queues[0].nodes[v], 1);
 }
 
-template <bool Heap> void fill_queues(const HGraph *graph, FmWork *work, int onlyside)
+template <bool Heap>
+void fill_queues(Generator *random, const HGraph *graph, FmWork *work, int onlyside)
 {
     const bool far = worth_prefetching(graph);
-    RandomPermute__(work->perm, graph->ncells, 1);
+    RandomPermute__(random, work->perm, graph->ncells, 1);
     for (int i = 0; i < graph->ncells; i++) {
         const int v = refined_of(work, work->perm[i]), side = side_of(work, v);
         if (!Heap && far) prefetch_queued(graph, work, i);
@@ -311,5 +312,6 @@ template void save_start<false>(const HGraph *graph, FmWork *work);
 template void save_start<true>(const HGraph *graph, FmWork *work);
 template void restart_at_best<false>(const HGraph *original, const HGraph *graph, FmWork *work);
 template void restart_at_best<true>(const HGraph *original, const HGraph *graph, FmWork *work);
-template void fill_queues<false>(const HGraph *graph, FmWork *work, int onlyside);
-template void fill_queues<true>(const HGraph *graph, FmWork *work, int onlyside);
+template void fill_queues<false>(Generator *random, const HGraph *graph, FmWork *work,
+                                 int onlyside);
+template void fill_queues<true>(Generator *random, const HGraph *graph, FmWork *work, int onlyside);

@@ -195,7 +195,8 @@ void reset_pass(FmWork *work, int nqueues);
 
 /* Fills the queues with the free vertices in a new random order, each into that of its side; with
  * onlyside 0 or 1 only those of that side, all into the first. */
-template <bool Heap> void fill_queues(const HGraph *graph, FmWork *work, int onlyside);
+template <bool Heap>
+void fill_queues(Generator *random, const HGraph *graph, FmWork *work, int onlyside);
 
 /* Tests F1 to F4 from scratch; exact: gains of all vertices, but nqueued is not kept. */
 bool work_ok(const HGraph *graph, FmWork *work, bool exact);

@@ -7,10 +7,9 @@
  */
 #include "refine/oneway.h"
 
-#include <cstdio>
-
 #include "core/heavy_assert.h"
 #include "core/timers.h"
+#include "core/trace.h"
 #include "refine/neighbours.h"
 
 template <bool Heap>
@@ -27,11 +26,12 @@ static void oneway_begin_pass(PartCtrl *ctrl, const HGraph *original, const HGra
         *from = 1 - *from;
     }
     reset_pass(work, 1);
-    fill_queues<Heap>(graph, work, *from);
+    fill_queues<Heap>(&ctrl->random, graph, work, *from);
     if ((ctrl->dbglvl & DBG_PASS) && pass == 0)
-        printf("1-way Partitions: [%6d %8d %8d] Initial Cut: %8d [%d] [%d %d]\n",
-               work->queues[0].nnodes, work->pwgts[*from], work->pwgts[1 - *from], work->initcut,
-               cut_of_counts(graph, work), work->minpwgts[0], work->minpwgts[1]);
+        print_trace(ctrl, "1-way Partitions: [%6d %8d %8d] Initial Cut: %8d [%d] [%d %d]\n",
+                    work->queues[0].nnodes, work->pwgts[*from], work->pwgts[1 - *from],
+                    work->initcut, cut_of_counts(graph, work), work->minpwgts[0],
+                    work->minpwgts[1]);
     stop_timer(ctrl, TIME_INITIALIZE);
 }
 
@@ -51,8 +51,8 @@ static void oneway_moves(PartCtrl *ctrl, const HGraph *graph, FmWork *work, int 
         count_work(WORK_MOVES, 1);
         note_best<true>(work);
         if (ctrl->dbglvl & DBG_MOVE)
-            printf("Gains from moving %8d from %2d: %4d, \tNewcut: %d\n", original_of(work, v),
-                   from, gain, work->newcut);
+            print_trace(ctrl, "Gains from moving %8d from %2d: %4d, \tNewcut: %d\n",
+                        original_of(work, v), from, gain, work->newcut);
         gain_of<Heap>(work, v) = -gain;
         update_neighbours<Heap, updates>(graph, work, v, from);
     }
@@ -74,8 +74,9 @@ static void oneway_end_pass(PartCtrl *ctrl, const HGraph *graph, FmWork *work, i
         update_neighbours<Heap, updates>(graph, work, v, to);
     }
     if (ctrl->dbglvl & DBG_PASS)
-        printf("\tMinimum Cut: %8d [%8d] at %5d [%6d %6d] [%d]\n", work->mincut,
-               cut_of_counts(graph, work), work->mincutorder, work->pwgts[0], work->pwgts[1], from);
+        print_trace(ctrl, "\tMinimum Cut: %8d [%8d] at %5d [%6d %6d] [%d]\n", work->mincut,
+                    cut_of_counts(graph, work), work->mincutorder, work->pwgts[0], work->pwgts[1],
+                    from);
     HEAVY_ASSERT(work_ok(graph, work, true));
     stop_timer(ctrl, TIME_WRAPUP);
 }

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <ctime>
+#include <memory>
 #include <numeric>
 
 #include "support.h"
@@ -186,4 +187,72 @@ TEST(Random, a_negative_seed_takes_the_clock_in_seconds)
         found = found || rand() == drawn;
     }
     EXPECT_TRUE(found);
+}
+
+/* Whether an own generator gives ndraws numbers of rand() after the same seed. */
+static bool same_sequence(unsigned seed, int ndraws)
+{
+    Generator generator = own_generator(seed);
+    srand(seed);
+    for (int i = 0; i < ndraws; i++)
+        if (draw(&generator) != rand()) return false;
+    return generator_ok(&generator);
+}
+
+TEST(Random, an_own_generator_gives_the_numbers_of_the_process)
+{
+    for (const unsigned seed : {0u, 1u, 2u, 2147483646u, 2147483647u, 2147483648u, 4294967295u})
+        ASSERT_TRUE(same_sequence(seed, 1000000)) << "seed " << seed;
+    for (unsigned i = 0; i < 3000; i++) // all over the range of seeds
+        ASSERT_TRUE(same_sequence(i * 1431655u, 1000)) << "seed " << i * 1431655u;
+}
+
+TEST(Random, an_own_generator_leaves_the_process_alone)
+{
+    srand(4);
+    Generator generator = own_generator(7), other = own_generator(8);
+    std::vector<int> p(100);
+    InitRandom__(&generator, 9);
+    RandomPermute__(&generator, p.data(), 100, 1);
+    RandomPermuteFine__(&generator, p.data(), 100, 1);
+    draw(&generator);
+    const int next = rand();
+    srand(4);
+    EXPECT_EQ(next, rand());
+    srand(8);
+    EXPECT_EQ(draw(&other), rand()); // nor did they meet each other
+}
+
+TEST(Random, an_own_generator_shuffles_as_the_process_does)
+{
+    for (int seed = 0; seed < 50; seed++) {
+        const int n = 10 + 3 * seed;
+        std::vector<int> p(static_cast<size_t>(n)), q = p;
+        Generator generator = own_generator(1), process = {};
+        InitRandom__(&generator, seed);
+        InitRandom__(&process, seed);
+        for (int reset = 1; reset >= 0; reset--) {
+            RandomPermute__(&generator, p.data(), n, reset);
+            RandomPermute__(&process, q.data(), n, reset);
+            EXPECT_EQ(p, q);
+            RandomPermuteFine__(&generator, p.data(), n, 0);
+            RandomPermuteFine__(&process, q.data(), n, 0);
+            EXPECT_EQ(p, q);
+        }
+        EXPECT_EQ(draw(&generator), draw(&process));
+    }
+}
+
+TEST(Random, a_broken_generator_is_noticed)
+{
+    Generator generator = own_generator(1);
+    EXPECT_TRUE(generator_ok(&generator));
+    generator.oldest = NLAGGED;
+    EXPECT_FALSE(generator_ok(&generator)); // G1
+    generator.oldest = -1;
+    EXPECT_FALSE(generator_ok(&generator));
+    generator.oldest = 0;
+    for (unsigned &word : generator.lagged) word &= ~1u;
+    EXPECT_FALSE(generator_ok(&generator)); // G2
+    EXPECT_TRUE(generator_ok(std::make_unique<Generator>().get()));
 }

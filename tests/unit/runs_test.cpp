@@ -64,10 +64,10 @@ static float scripted_balance(const PartCtrl *, const HGraph *, const int *)
 static void no_header(const PartCtrl *, const HGraph *)
 {
 }
-static void no_trial(int, const HGraph *)
+static void no_trial(const PartCtrl *, int, const HGraph *)
 {
 }
-static void no_run(int, const HGraph *, float)
+static void no_run(const PartCtrl *, int, const HGraph *, float)
 {
 }
 

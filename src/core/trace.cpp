@@ -1,0 +1,22 @@
+/* core/trace.cpp: where the traces of a call go. */
+#include "core/trace.h"
+
+#include <cstdarg>
+
+static FILE *trace_file(const PartCtrl *ctrl)
+{
+    return ctrl->traces != nullptr ? ctrl->traces : stdout;
+}
+
+void print_trace(const PartCtrl *ctrl, const char *format, ...)
+{
+    va_list args;
+    va_start(args, format);
+    vfprintf(trace_file(ctrl), format, args);
+    va_end(args);
+}
+
+void flush_traces(const PartCtrl *ctrl)
+{
+    fflush(trace_file(ctrl));
+}
