@@ -53,7 +53,7 @@ struct TestBounds : Bounds {
         int64_t total = 0;
         for (int v = 0; v < graph->ncells; v++) total += graph->cellwgt[v];
         const int64_t all = 100 * parts;
-        for (int64_t &most : mosts) most = (total * (100 + epsilon) + all - 1) / all;
+        for (int64_t &bound : mosts) bound = (total * (100 + epsilon) + all - 1) / all;
         nparts = parts;
         most = mosts.data();
         least = leasts.data();

@@ -130,7 +130,7 @@ static void carry_partition(HGraph *graph, const CoarsenWork *work)
 }
 
 /* Tests cutnets from scratch. */
-static bool cut_nets_ok(const HGraph *graph, const CoarsenWork *work)
+[[maybe_unused]] static bool cut_nets_ok(const HGraph *graph, const CoarsenWork *work)
 {
     bool *const fresh = other_marks(graph, work);
     mark_cut_nets(graph, graph->where, fresh);

@@ -144,7 +144,7 @@ inline void list_candidates(const PartCtrl *ctrl, int u, const int *incptr, cons
 {
     const int limit = ctrl->MaxCellWgt - cellwgt[u];
     const int maxnetsize = ctrl->maxnetsize;
-    Candidates found = {list->cand, 0, 0, 0, nullptr};
+    Candidates found = {list->cand, 0, 0, 0, nullptr, nullptr};
     const bool *const cutnets = list->cutnets;
     const int home = R.restricted ? where[u] : 0;
     for (int j = incptr[u]; j < incptr[u + 1]; j++) {

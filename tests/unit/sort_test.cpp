@@ -188,7 +188,7 @@ static std::vector<int> lopsided_order(int n)
     const auto assign = [&](int i) {
         a[static_cast<size_t>(place[static_cast<size_t>(i)])] = next++;
     };
-    for (; n - next > 100;) {
+    while (n > next + 100) {
         const int low = next, middle = low + (n - 1 - low) / 2;
         while (next < low + 23) assign(next);
         assign(middle);
