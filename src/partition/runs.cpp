@@ -20,7 +20,8 @@ constexpr int MOST_KEPT = 3;
 constexpr double NEAR_BEST = 1.2; // V-cycles on all runs: below this times the best value,
 constexpr int WITHIN_BEST = 19;   // or at most this much above it
 
-/* Candidates for the V-cycles after the last run. */
+/* Candidates for the V-cycles after the last run. A slot holds no partition as long as its value is
+ * the start value: a run whose value is not below that is never stored. */
 struct RunStore {
     int nslots;
     int *parts[MOST_KEPT]; // [ncells] each
@@ -33,6 +34,7 @@ struct Runs {
     HGraph *graph;
     HGraph *sgraph;
     int *part;         // best partition so far
+    long long start;   // of the best value, see RunScheme
     long long best;    // its value
     long long bestrun; // best value on sgraph
     double sum;        // of the runs' values
@@ -60,7 +62,7 @@ static void open_store(Runs *runs)
     for (int i = 0; i < store->nslots; i++) {
         store->parts[i] =
             imalloc__(static_cast<size_t>(runs->graph->ncells), "Hypergraph_Bisection: parts[i]");
-        store->values[i] = runs->best;
+        store->values[i] = runs->start;
     }
 }
 
@@ -168,6 +170,15 @@ static void make_run(Runs *runs, int run)
     FreeRootHGraph__(runs->sgraph);
 }
 
+static void finish_slot(Runs *runs, const int *parts, long long value)
+{
+    HGraph *const graph = runs->graph;
+    icopy__(graph->ncells, parts, graph->where);
+    graph->*runs->scheme->value = static_cast<int>(value);
+    runs->scheme->vcycles(runs->ctrl, graph);
+    keep_if_best(runs);
+}
+
 /* V-cycles on the stored candidates, which are freed. */
 static void finish_store(Runs *runs)
 {
@@ -176,10 +187,7 @@ static void finish_store(Runs *runs)
     if (store->nslots == 0) return;
     graph->where = imalloc__(static_cast<size_t>(graph->ncells), "Hypergraph_Bisection: where");
     for (int i = 0; i < store->nslots; i++) {
-        icopy__(graph->ncells, store->parts[i], graph->where);
-        graph->*runs->scheme->value = static_cast<int>(store->values[i]);
-        runs->scheme->vcycles(runs->ctrl, graph);
-        keep_if_best(runs);
+        if (store->values[i] < runs->start) finish_slot(runs, store->parts[i], store->values[i]);
         QXfree__(&store->parts[i], LTERM);
     }
     FreeRootHGraph__(graph);
@@ -197,8 +205,8 @@ int best_of_runs(PartCtrl *ctrl, HGraph *graph, int *part, const RunScheme *sche
     runs.graph = graph;
     runs.part = part;
     runs.sgraph = PruneHGraph__(ctrl, graph);
-    const long long start = scheme->startfactor * sum_wide(graph->nnets, graph->netwgt) + 1;
-    runs.best = runs.bestrun = start;
+    runs.start = scheme->startfactor * sum_wide(graph->nnets, graph->netwgt) + 1;
+    runs.best = runs.bestrun = runs.start;
     ctrl->MaxCellWgt = ComputeMaxCellWgt__(ctrl, graph->ncells, graph->cellwgt);
     open_store(&runs);
 
@@ -210,7 +218,7 @@ int best_of_runs(PartCtrl *ctrl, HGraph *graph, int *part, const RunScheme *sche
     }
     ctrl->CType = ctype;
     finish_store(&runs);
-    if (runs.best == start) runs.best = scheme->measure(ctrl, graph, part);
+    if (runs.best == runs.start) runs.best = scheme->measure(ctrl, graph, part);
     if (summarise)
         scheme->trace_summary(ctrl, static_cast<int>(runs.best), runs.sum / ctrl->Nruns,
                               scheme->balance(ctrl, graph, part));

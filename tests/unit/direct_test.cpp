@@ -199,6 +199,30 @@ TEST(DirectRunsTest, first_run_is_near_the_best_though_soed_exceeds_the_total_we
     EXPECT_EQ(runs[0].cycles.size(), 1u);
 }
 
+TEST(DirectRunsTest, a_run_whose_degrees_are_beyond_the_start_value_is_kept_without_cycles)
+{
+    constexpr int nparts = 40;
+    Draw draw(5);
+    Nets nets(4000);
+    for (Ints &net : nets) {
+        Ints last(1500, 0);
+        while (net.size() < 45) {
+            const int v = static_cast<int>(draw() % 1500);
+            if (last[at(v)]++ == 0) net.push_back(v);
+        }
+    }
+    const Level level = make_level(1500, nets);
+    QXfree__(&level->incptr, &level->incind, &level->adjwgt, &level->edgewgt, LTERM); // built anew
+    PartCtrl ctrl = direct_ctrl(nparts, RTYPE_SOED, VCYCLE_END, 1);
+    const Result result = partition(ctrl, level.get());
+    EXPECT_GT(result.value, 10 * 4000 + 1);
+    EXPECT_EQ(result.value, fresh_soed(level.get(), result.part.data()));
+    const Ints weights = part_weights(level.get(), result.part.data(), nparts);
+    EXPECT_GT(*std::min_element(weights.begin(), weights.end()), 0);
+    EXPECT_LE(nparts * *std::max_element(weights.begin(), weights.end()), 2 * 1500); // coarse
+    EXPECT_EQ(count_lines(result.trace, "          ["), 0u);
+}
+
 TEST(DirectRunsTest, mode_2_gives_cycles_to_new_bests_only)
 {
     const Level level = example("cpu32_bus");

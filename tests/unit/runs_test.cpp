@@ -239,3 +239,17 @@ TEST(Runs, a_value_beyond_the_start_value_leaves_the_first_run_measured_afresh)
     EXPECT_EQ(kept.run, 0);
     EXPECT_EQ(kept.value, 777);
 }
+
+TEST(Runs, at_the_end_slots_that_no_run_has_filled_get_no_vcycles)
+{
+    const Kept none = keep({90, 80}, VCYCLE_END, {}, 10);
+    EXPECT_EQ(cycled_at, std::vector<int>());
+    EXPECT_EQ(none.run, 0);
+    EXPECT_EQ(none.value, 777);
+    const Kept two = keep({90, 90, 90, 90, 7, 90, 90, 90, 90, 90, 5}, VCYCLE_END, {1, 2}, 10);
+    EXPECT_EQ(cycled_at, (std::vector<int>{4, 10}));
+    EXPECT_EQ(two.value, 3);
+    EXPECT_EQ(two.cycle, 2);
+    keep({11, 10}, VCYCLE_END, {}, 10); // the start value itself, and the first below it
+    EXPECT_EQ(cycled_at, (std::vector<int>{1}));
+}
