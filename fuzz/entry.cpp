@@ -1,11 +1,13 @@
 /* fuzz/entry.cpp: any bytes as a call of an entry point.
  *
  * Bytes become counts, options, weights and hyperedges; most are folded into the range where the
- * call is valid, some are taken as they are. A valid call is judged as the tester judges it; an
- * invalid one must take the fatal exit.
+ * call is valid, some are taken as they are: any number may stand in eind, eptr, part and the
+ * weights, as long as the arrays have the sizes that they ought to. A valid call is judged as the
+ * tester judges it; an invalid one must take the fatal exit.
  */
 #include <algorithm>
 #include <cstdio>
+#include <set>
 
 #include "hook.h"
 #include "torture_check.h"
@@ -44,6 +46,33 @@ static void take_weights(Source *source, size_t n, std::vector<int> *weights)
     for (size_t i = 0; i < n; i++) weights->push_back(take_weight(source));
 }
 
+// Mostly a vertex, now and then one just outside, or any number.
+static int take_vertex(Source *source, int nvtxs)
+{
+    const int byte = take_byte(source);
+    if (byte < 250) return byte % std::max(1, nvtxs);
+    if (byte < 253) return nvtxs + byte - 251;
+    return byte == 253 ? -1 - take_byte(source) : take_byte(source) << 23 | take_byte(source);
+}
+
+// A hyperedge of distinct vertices, or one that may list any number any number of times.
+static void take_hedge(Source *source, bool raw, Case *c)
+{
+    std::vector<int> pins;
+    for (int size = take_byte(source) % 9; size > 0 && (raw || c->nvtxs > 0); size--)
+        pins.push_back(raw ? take_vertex(source, c->nvtxs) : take_byte(source) % c->nvtxs);
+    if (!raw) return add_hedge(c, pins);
+    c->eind.insert(c->eind.end(), pins.begin(), pins.end());
+    c->eptr.push_back(static_cast<int>(c->eind.size()));
+}
+
+// A start that may fall, or lie behind the last.
+static void spoil_start(Source *source, Case *c)
+{
+    const size_t e = static_cast<size_t>(take_byte(source)) % c->eptr.size();
+    if (e + 1 < c->eptr.size()) c->eptr[e] += take_byte(source) - 128;
+}
+
 static Case take_case(Source *source)
 {
     Case c = empty_case();
@@ -67,12 +96,9 @@ static Case take_case(Source *source)
     const int least = c.entry == ENTRY_REFINE ? 0 : -1;
     const int most = c.entry == ENTRY_REFINE ? 1 : std::max(0, c.nparts - 1);
     for (int v = 0; v < c.nvtxs; v++) c.part.push_back(take_option(source, least, most));
-    for (int e = 0; e < nhedges; e++) {
-        std::vector<int> pins;
-        for (int size = take_byte(source) % 9; size > 0 && c.nvtxs > 0; size--)
-            pins.push_back(take_byte(source) % c.nvtxs);
-        add_hedge(&c, pins);
-    }
+    const int manners = take_byte(source);
+    for (int e = 0; e < nhedges; e++) take_hedge(source, manners % 4 == 3, &c);
+    if (manners >= 248) spoil_start(source, &c);
     return c;
 }
 
@@ -91,6 +117,23 @@ static bool weights_are_bad(const std::vector<int> &weights)
     return total > 2147483646;
 }
 
+static bool starts_are_bad(const Case &c)
+{
+    return c.eptr[0] != 0 || !std::is_sorted(c.eptr.begin(), c.eptr.end());
+}
+
+// A number that is no vertex, or one listed again.
+static bool pins_are_bad(const Case &c)
+{
+    for (int e = 0; e < count_hedges(c); e++) {
+        const auto begin = c.eind.begin() + c.eptr[static_cast<size_t>(e)];
+        const std::set<int> pins(begin, begin + hedge_size(c, e));
+        if (static_cast<int>(pins.size()) < hedge_size(c, e)) return true;
+        if (!pins.empty() && (*pins.begin() < 0 || *pins.rbegin() >= c.nvtxs)) return true;
+    }
+    return false;
+}
+
 // Whether the call breaks a rule of the entry points.
 static bool is_invalid(const Case &c)
 {
@@ -105,7 +148,8 @@ static bool is_invalid(const Case &c)
     const bool judged = refine || o[ZORPEL_OPT_FIXED] == 1;
     for (const int p : c.part)
         if (judged && outside(p, least, most)) return true;
-    return weights_are_bad(c.vwgts) || weights_are_bad(c.hewgts);
+    return weights_are_bad(c.vwgts) || weights_are_bad(c.hewgts) || starts_are_bad(c) ||
+           pins_are_bad(c);
 }
 
 /* The arrays are the case's own: a fatal exit must not jump over a destructor. */

@@ -3,17 +3,20 @@
  *
  * A hypergraph of nvtxs vertices and nhedges hyperedges arrives as flat arrays:
  *   eptr     [nhedges + 1] start of each hyperedge's vertices in eind; eptr[0] is 0, never falling
- *   eind     [eptr[nhedges]] the vertices of each hyperedge, from 0, each at most once a hyperedge
+ *   eind     [eptr[nhedges]] the vertices of each hyperedge, 0 to nvtxs - 1, each at most once
  *   vwgts    [nvtxs] vertex weights, or NULL: every weight is 1
  *   hewgts   [nhedges] hyperedge weights, or NULL: every weight is 1
- * Weights are not negative and each kind totals at most 2147483646. The arrays are copied, never
+ * Weights are not negative and each kind totals at most 2147483646; vertices, hyperedges and pins
+ * number at most 2147482624 each. All of this is checked, every entry of every array, before any
+ * work is done: a caller vouches for the sizes of the arrays only. The arrays are copied, never
  * kept or changed; only part and edgecut are written.
  *
  * Options are ZORPEL_NOPTIONS ints (slots below); slot 0 = 0 takes the defaults for all others.
  * With a non-negative seed the same call gives the same result on every run.
  *
- * Errors: an invalid argument or a failed allocation prints one sentence on standard error and
- * ends the process with status 0. The routines draw from the C library's rand(), reseed it (all
+ * Errors: an invalid argument or a failed allocation prints one sentence on standard error, which
+ * counts vertices and hyperedges from 0, and ends the process with status 0. zorpel(3) lists the
+ * sentences. The routines draw from the C library's rand(), reseed it (all
  * but ZORPEL_2WayRefine) and are not meant for several threads at once.
  */
 #ifndef ZORPEL_H

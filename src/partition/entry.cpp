@@ -1,10 +1,11 @@
 /* partition/entry.cpp: the exported entry points.
  *
  * Each checks its arguments before anything is built, copies the caller's arrays into a fresh
- * record, runs the work and copies the result out. The arrays' own contents are checked as far as
- * that costs no more than a glance at each: vertex numbers are the caller's word.
+ * record, runs the work and copies the result out. Every entry of every array is checked, in
+ * O(vertices + pins): whatever the arrays hold, a call ends in a result or in one sentence.
+ * Messages count vertices and hyperedges from 0, as the arrays do.
  */
-#include <cstdio>
+#include <climits>
 
 #include "core/errors.h"
 #include "core/heavy_assert.h"
@@ -18,6 +19,7 @@
 
 constexpr int REFINE_PASSES = 10;             // of ZORPEL_2WayRefine
 constexpr long long MOST_WEIGHT = 2147483646; // total of a kind of weights: 32 bits less one
+constexpr int MOST_COUNT = INT_MAX - 1023;    // of anything: an index may look this far ahead
 
 static PartCtrl make_ctrl(int nparts, int ubfactor, const int *options)
 {
@@ -58,16 +60,40 @@ static void check_options(const PartCtrl *ctrl, int ubfactor)
     if (outside(ctrl->fixed, 0, 1)) errexit__("Fixed should be between 0 and 1.\n");
 }
 
-static void check_lists(int nvtxs, int nhedges, const int *eptr, const int *eind)
+/* kind names what is counted. */
+static void check_count(int n, const char *kind)
 {
-    if (nvtxs < 0) errexit__("The number of vertices should not be negative.\n");
-    if (nhedges < 0) errexit__("The number of hyperedges should not be negative.\n");
+    if (n < 0) errexit__("The number of %s should not be negative.\n", kind);
+    if (n > MOST_COUNT) errexit__("The number of %s should be at most %d.\n", kind, MOST_COUNT);
+}
+
+static void check_starts(int nvtxs, int nhedges, const int *eptr, const int *eind)
+{
+    check_count(nvtxs, "vertices");
+    check_count(nhedges, "hyperedges");
     if (eptr == nullptr) errexit__("The array of hyperedge starts is missing.\n");
     if (eptr[0] != 0) errexit__("The first hyperedge should start at 0.\n");
     for (int e = 0; e < nhedges; e++)
         if (eptr[e + 1] < eptr[e]) errexit__("Hyperedge %d ends before it starts.\n", e);
+    check_count(eptr[nhedges], "pins");
     if (eind == nullptr && eptr[nhedges] > 0)
         errexit__("The array of the hyperedges' vertices is missing.\n");
+}
+
+/* Every vertex of a hyperedge is a vertex, listed once. */
+static void check_pins(int nvtxs, int nhedges, const int *eptr, const int *eind)
+{
+    int *last = ismalloc__(static_cast<size_t>(nvtxs), -1, "ZORPEL: last"); // hyperedge with each
+    for (int e = 0; e < nhedges; e++)
+        for (int j = eptr[e]; j < eptr[e + 1]; j++) {
+            const int v = eind[j];
+            if (outside(v, 0, nvtxs - 1))
+                errexit__("Hyperedge %d lists vertex %d; there are %d, counted from 0.\n", e, v,
+                          nvtxs);
+            if (last[v] == e) errexit__("Hyperedge %d lists vertex %d more than once.\n", e, v);
+            last[v] = e;
+        }
+    QXfree__(&last, LTERM);
 }
 
 /* kind names the weights in messages. */
@@ -88,10 +114,30 @@ static void check_parts(int nvtxs, const int *part, int least, int most)
             errexit__("The part of vertex %d should be between %d and %d.\n", v, least, most);
 }
 
+/* Compression makes a vertex of each part, beside the free ones. */
+static void check_compressed(int nvtxs, int nparts, const int *part)
+{
+    long long n = nparts;
+    for (int v = 0; v < nvtxs; v++) n += part[v] == -1;
+    if (n > MOST_COUNT)
+        errexit__("The parts and the free vertices together should number at most %d.\n",
+                  MOST_COUNT);
+}
+
 static void check_results(int nvtxs, const int *part, const int *edgecut)
 {
     if (part == nullptr && nvtxs > 0) errexit__("The part array is missing.\n");
     if (edgecut == nullptr) errexit__("The place for the cut is missing.\n");
+}
+
+static void check_arrays(int nvtxs, int nhedges, const int *vwgts, const int *eptr, const int *eind,
+                         const int *hewgts, const int *part, const int *edgecut)
+{
+    check_starts(nvtxs, nhedges, eptr, eind);
+    check_weights(nvtxs, vwgts, "vertex");
+    check_weights(nhedges, hewgts, "hyperedge");
+    check_results(nvtxs, part, edgecut);
+    check_pins(nvtxs, nhedges, eptr, eind);
 }
 
 /* A copy of wgts [n], all 1 when that is null. */
@@ -152,11 +198,11 @@ static void partition_recursive(int nvtxs, int nhedges, const int *vwgts, const 
     PartCtrl ctrl = make_ctrl(nparts, ubfactor, options);
     ctrl.kwayrefine = kwayrefine;
     check_options(&ctrl, ubfactor);
-    check_lists(nvtxs, nhedges, eptr, eind);
-    check_weights(nvtxs, vwgts, "vertex");
-    check_weights(nhedges, hewgts, "hyperedge");
-    check_results(nvtxs, part, edgecut);
-    if (ctrl.fixed) check_parts(nvtxs, part, -1, nparts - 1);
+    check_arrays(nvtxs, nhedges, vwgts, eptr, eind, hewgts, part, edgecut);
+    if (ctrl.fixed) {
+        check_parts(nvtxs, part, -1, nparts - 1);
+        check_compressed(nvtxs, nparts, part);
+    }
 
     start_total(&ctrl);
     HGraph *const graph = copy_hypergraph(nvtxs, nhedges, vwgts, eptr, eind, hewgts);
@@ -190,10 +236,7 @@ void ZORPEL_2WayRefine(int nvtxs, int nhedges, const int *vwgts, const int *eptr
     ctrl.Reconst = 0;
     ctrl.fixed = 0;
     ctrl.splitratio = 0.5f;
-    check_lists(nvtxs, nhedges, eptr, eind);
-    check_weights(nvtxs, vwgts, "vertex");
-    check_weights(nhedges, hewgts, "hyperedge");
-    check_results(nvtxs, part, edgecut);
+    check_arrays(nvtxs, nhedges, vwgts, eptr, eind, hewgts, part, edgecut);
     check_parts(nvtxs, part, 0, 1);
 
     start_total(&ctrl);

@@ -141,6 +141,7 @@ TEST(EntryErrors, the_checks_come_in_their_order_when_everything_is_wrong)
     args.vwgts[1] = -3;
     args.hewgts[2] = -1;
     args.no_cut = true;
+    args.eind = {0, 1, 1, 4, 2, 2};
     EXPECT_EQ(refusal(args), "Nparts should be at least 2.");
     args.nparts = 2;
     EXPECT_EQ(refusal(args), "UBfactor should be between 1 and 49.");
@@ -170,6 +171,10 @@ TEST(EntryErrors, the_checks_come_in_their_order_when_everything_is_wrong)
     EXPECT_EQ(refusal(args), "The place for the cut is missing.");
     args.no_cut = false;
     args.part = {-1, 5, 2, 0};
+    EXPECT_EQ(refusal(args), "Hyperedge 1 lists vertex 4; there are 4, counted from 0.");
+    args.eind[3] = 2;
+    EXPECT_EQ(refusal(args), "Hyperedge 2 lists vertex 2 more than once.");
+    args.eind[5] = 3;
     EXPECT_EQ(refusal(args), "The part of vertex 1 should be between -1 and 1.");
     args.part = {-1, 1, 1, 0};
     EXPECT_EQ(refusal(args), "");
@@ -202,6 +207,70 @@ TEST(EntryErrors, starts_that_fall_are_refused)
     EXPECT_EQ(refused([](Arguments *a) { a->eptr[1] = -1; }), "Hyperedge 0 ends before it starts.");
     EXPECT_EQ(refused([](Arguments *a) { a->eptr[0] = -2; }),
               "The first hyperedge should start at 0.");
+}
+
+TEST(EntryErrors, vertices_outside_their_range_are_refused)
+{
+    for (int bad : {-1, 4, INT_MIN, INT_MAX}) {
+        const auto change = [=](Arguments *a) { a->eind[5] = bad; };
+        const std::string sentence =
+            "Hyperedge 2 lists vertex " + std::to_string(bad) + "; there are 4, counted from 0.";
+        EXPECT_EQ(refused(change), sentence);
+        EXPECT_EQ(refine_refused(change), sentence);
+    }
+    EXPECT_EQ(refused([](Arguments *a) {
+                  a->nvtxs = 0;
+                  a->vwgts.clear();
+                  a->part.clear();
+              }),
+              "Hyperedge 0 lists vertex 0; there are 0, counted from 0.");
+}
+
+TEST(EntryErrors, a_vertex_that_a_hyperedge_lists_again_is_refused)
+{
+    const auto change = [](Arguments *a) { // 0, 0, 2, 2 in the last one
+        a->eptr = {0, 2, 2, 6};
+        a->eind = {3, 0, 0, 0, 2, 2};
+    };
+    EXPECT_EQ(refused(change), "Hyperedge 2 lists vertex 0 more than once.");
+    EXPECT_EQ(refine_refused(change), "Hyperedge 2 lists vertex 0 more than once.");
+    const auto apart = [](Arguments *a) {
+        a->eptr = {0, 0, 3, 6};
+        a->eind = {3, 0, 3, 0, 1, 2};
+    };
+    EXPECT_EQ(refused(apart), "Hyperedge 1 lists vertex 3 more than once.");
+    EXPECT_EQ(refine_refused(apart), "Hyperedge 1 lists vertex 3 more than once.");
+}
+
+TEST(EntryErrors, counts_that_leave_no_room_for_an_index_behind_them_are_refused)
+{
+    for (int bad : {INT_MAX, INT_MAX - 1022}) {
+        EXPECT_EQ(refused([=](Arguments *a) { a->nvtxs = bad; }),
+                  "The number of vertices should be at most 2147482624.");
+        EXPECT_EQ(refused([=](Arguments *a) { a->nhedges = bad; }),
+                  "The number of hyperedges should be at most 2147482624.");
+        EXPECT_EQ(refused([=](Arguments *a) { a->eptr[3] = bad; }),
+                  "The number of pins should be at most 2147482624.");
+        EXPECT_EQ(refine_refused([=](Arguments *a) { a->nhedges = bad; }),
+                  "The number of hyperedges should be at most 2147482624.");
+    }
+}
+
+TEST(EntryErrors, parts_and_free_vertices_beyond_a_count_are_refused_with_the_fixed_option)
+{
+    const auto change = [](Arguments *a) {
+        a->nparts = INT_MAX - 1025;
+        a->part = {-1, -1, 0, -1};
+        a->options[ZORPEL_OPT_FIXED] = 1;
+    };
+    EXPECT_EQ(refused(change),
+              "The parts and the free vertices together should number at most 2147482624.");
+    EXPECT_EQ(refused([](Arguments *a) {
+                  a->nparts = INT_MAX;
+                  a->part = {3, 2, 1, 0};
+                  a->options[ZORPEL_OPT_FIXED] = 1;
+              }),
+              "The parts and the free vertices together should number at most 2147482624.");
 }
 
 TEST(EntryErrors, negative_weights_are_refused)
