@@ -2,11 +2,15 @@
  *
  * The quicksort partitions down to ranges of at most 21 elements, each of which is then put in
  * order without exchanging equal keys. Its exchanges leave a definite order among equal keys;
- * partitions are reproducible only as long as that order stays as it is.
+ * partitions are reproducible only as long as that order stays as it is. Where the order is the
+ * same whatever the method, another one takes over before the work becomes quadratic: a merge from
+ * the insertion, which keeps equal keys in their order; a sort of the C++ library from the
+ * quicksort, if no two keys are equal or the elements are nothing but keys.
  */
 #include "core/sort.h"
 
 #include <algorithm>
+#include <bit>
 #include <climits>
 #include <cstdint>
 #include <cstdlib>
@@ -60,17 +64,6 @@ template <class Order> static void place_sentinel(int m, typename Order::Element
     for (int i = 1; i < m; i++)
         if (precedes<Order>(a[i], a[best])) best = i;
     std::swap(a[0], a[best]);
-}
-
-/* Inserts a[start..n-1] one by one; a[0] is before or equal to all, so no bound is tested. */
-template <class Order> static void insert_from(int start, int n, typename Order::Element *a)
-{
-    for (int i = start; i < n; i++) {
-        const typename Order::Element moving = a[i];
-        int j = i;
-        for (; precedes<Order>(moving, a[j - 1]); j--) a[j] = a[j - 1];
-        a[j] = moving;
-    }
 }
 
 /* Orders a[low], the middle and a[high]; returns the median's key. */
@@ -200,6 +193,32 @@ template <class Order> static bool is_left_to_split(typename Order::Element *a, 
     return false;
 }
 
+/* Elements that partitioning n of them looks at before it counts as lopsided: well over twice what
+ * is usual. */
+static long long most_work(int n)
+{
+    return 3LL * n * std::bit_width(static_cast<unsigned>(n));
+}
+
+/* Sorts a[0..n-1] in one go; false, and nothing done, if its order depends on the method. */
+static bool sort_at_once(IncreasingInt, int n, int *a)
+{
+    std::sort(a, a + n);
+    return true;
+}
+
+template <class Order> static bool sort_at_once(Order, int n, KeyValue *a)
+{
+    KeyValue *sorted = alloc_array<KeyValue>(static_cast<size_t>(n), "quicksort: sorted");
+    std::copy(a, a + n, sorted);
+    std::sort(sorted, sorted + n, precedes<Order>);
+    bool distinct = true;
+    for (int i = 1; i < n && distinct; i++) distinct = precedes<Order>(sorted[i - 1], sorted[i]);
+    if (distinct) std::copy(sorted, sorted + n, a);
+    free(sorted);
+    return distinct;
+}
+
 template <class Order> static void quicksort(int n, typename Order::Element *a)
 {
     struct Range {
@@ -211,8 +230,10 @@ template <class Order> static void quicksort(int n, typename Order::Element *a)
         order_first_range<Order>(n, a);
         return;
     }
-    for (;;) {
+    for (long long work = most_work(n);; work -= high - low) {
         int left, right;
+        if (work < 0 && sort_at_once(Order(), n, a)) return;
+        if (work < 0) work = LLONG_MAX; // it is as long as it is
         partition_range<Order>(a, low, high, &left, &right);
         const bool lower = is_left_to_split<Order>(a, low, right);
         const bool upper = is_left_to_split<Order>(a, left, high);
@@ -257,9 +278,66 @@ void ikeysort__(int n, KeyValue *pairs)
         quicksort<IncreasingKey>(n, pairs);
 }
 
+/* Inserts pairs[2..n-1] one by one: pairs[0] is before or equal to all, so no bound is tested.
+ * Gives up, with all pairs in some order that keeps equal keys in theirs, once most pairs have been
+ * moved; true if it came to the end. */
+static bool insert_pairs(int n, KeyValue *pairs, long long most)
+{
+    for (int i = 2; i < n && most >= 0; i++) {
+        const KeyValue moving = pairs[i];
+        int j = i;
+        for (; moving.key < pairs[j - 1].key; j--) pairs[j] = pairs[j - 1];
+        pairs[j] = moving;
+        most -= i - j;
+    }
+    return most >= 0;
+}
+
+/* The end of the run of keys that do not fall from begin on. */
+static int end_of_run(int n, const KeyValue *pairs, int begin)
+{
+    int end = begin + 1;
+    while (end < n && pairs[end - 1].key <= pairs[end].key) end++;
+    return end;
+}
+
+/* Merges from[begin..middle-1] and from[middle..end-1] into to[begin..end-1]; of equal keys the
+ * former go first. */
+static void merge_runs(const KeyValue *from, int begin, int middle, int end, KeyValue *to)
+{
+    int i = begin, j = middle;
+    for (int k = begin; k < end; k++)
+        to[k] = j == end || (i < middle && from[i].key <= from[j].key) ? from[i++] : from[j++];
+}
+
+/* Merges the runs of from in pairs; returns how many runs to consists of. */
+static int merge_neighbours(int n, const KeyValue *from, KeyValue *to)
+{
+    int nruns = 0;
+    for (int begin = 0; begin < n; nruns++) {
+        const int middle = end_of_run(n, from, begin);
+        const int end = middle < n ? end_of_run(n, from, middle) : n;
+        merge_runs(from, begin, middle, end, to);
+        begin = end;
+    }
+    return nruns;
+}
+
+/* Sorts by merging what is in order already, equal keys as they are. Source: Knuth, The Art of
+ * Computer Programming 3, 1973, 5.2.4 (natural merge). */
+static void sort_by_merging(int n, KeyValue *pairs)
+{
+    KeyValue *const other = alloc_array<KeyValue>(static_cast<size_t>(n), "ikeysort2: merged");
+    KeyValue *from = pairs, *to = other;
+    while (merge_neighbours(n, from, to) > 1) std::swap(from, to);
+    if (to == other) std::copy(other, other + n, pairs);
+    free(other);
+}
+
 void ikeysort2__(int n, KeyValue *pairs)
 {
+    constexpr int most_moves = 16; // a pair on average: then merging is no slower
     if (n < 1) return;
     place_sentinel<IncreasingKey>(n, pairs);
-    insert_from<IncreasingKey>(2, n, pairs);
+    if (!insert_pairs(n, pairs, 1LL * most_moves * n)) sort_by_merging(n, pairs);
 }

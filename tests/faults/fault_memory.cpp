@@ -19,6 +19,7 @@
 #include "core/heavy_assert.h"
 #include "core/hgraph.h"
 #include "core/memory.h"
+#include "core/sort.h"
 #include "driver/reports.h"
 #include "fault_points.h"
 #include "io/dump.h"
@@ -259,6 +260,34 @@ static void try_large_level(bool all_later)
     FreeHGraph__(graph);
 }
 
+// Pairs that are too far from their places for insertion, and an order that splits off 24 pairs at
+// each partition: the two sorts that need memory then.
+static void try_sorts(bool all_later)
+{
+    constexpr int n = 2000;
+    static KeyValue far[n], lopsided[n];
+    int place[n], next = 0;
+    for (int i = 0; i < n; i++) {
+        far[i] = {i % (n / 2), i};
+        lopsided[i].val = place[i] = i;
+    }
+    while (next < n) {
+        const int low = next, middle = low + (n - 1 - low) / 2;
+        while (next < n && next < low + 23) {
+            lopsided[place[next]].key = next;
+            next++;
+        }
+        if (next == n) break;
+        lopsided[place[middle]].key = next;
+        place[middle] = place[next++];
+    }
+    arm_faults(all_later, judge_message);
+    ikeysort__(n, far);
+    dkeysort__(n, far);
+    ikeysort__(n, lopsided);
+    disarm_faults();
+}
+
 static void write_text(const char *name, const char *text)
 {
     FILE *const file = fopen(name, "w");
@@ -291,6 +320,7 @@ int main(int argc, char **argv)
         try_others(all_later);
         try_vcycle(all_later);
         try_large_level(all_later);
+        try_sorts(all_later);
         try_program(all_later);
     }
     for (const std::string &name : seen) fprintf(names, "%s\n", name.c_str());

@@ -152,6 +152,35 @@ TEST(SortModel, insertion_agrees_with_its_twin)
     drive({"ikeysort2__", ikeysort2__, twin_insertion}, 100);
 }
 
+/* Each partition of the first ones splits off 24 of thousands of pairs, so that the quicksort looks
+ * for a shorter way; keys that repeat forbid it, and the order must be its own. */
+TEST(SortModel, lopsided_partitions_agree_with_the_twin_whether_keys_repeat_or_not)
+{
+    const int n = 60000;
+    std::vector<int> place(n), keys(n);
+    for (int i = 0; i < n; i++) place[static_cast<size_t>(i)] = i;
+    int next = 0;
+    const auto assign = [&](int i) {
+        keys[static_cast<size_t>(place[static_cast<size_t>(i)])] = next++;
+    };
+    while (n > next + 100) {
+        const int low = next, middle = low + (n - 1 - low) / 2;
+        while (next < low + 23) assign(next);
+        assign(middle);
+        std::swap(place[static_cast<size_t>(low + 23)], place[static_cast<size_t>(middle)]);
+    }
+    while (next < n) assign(next);
+    for (const int repeated : {0, 1, 1000}) {
+        Pairs pairs;
+        for (const int key : keys)
+            pairs.push_back({key < n / 2 ? key : std::max(key, n / 2 + repeated),
+                             static_cast<int>(pairs.size())});
+        EXPECT_FALSE(differs({"ikeysort__", ikeysort__, twin_increasing}, pairs)) << repeated;
+        for (KeyValue &pair : pairs) pair.key = -pair.key;
+        EXPECT_FALSE(differs({"dkeysort__", dkeysort__, twin_decreasing}, pairs)) << repeated;
+    }
+}
+
 TEST(SortModel, integers_come_out_sorted)
 {
     for (unsigned seed = 1; seed <= 300; seed++) {

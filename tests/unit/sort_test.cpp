@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <ctime>
 #include <numeric>
 
 #include "support.h"
@@ -203,4 +204,66 @@ TEST(Sort, thousands_of_lopsided_partitions_need_no_more_room_than_32_ranges)
     std::vector<int> a = lopsided_order(240000);
     iintsort__(240000, a.data());
     for (size_t i = 0; i < a.size(); i++) ASSERT_EQ(a[i], static_cast<int>(i));
+}
+
+/* CPU seconds that work takes. */
+template <class Work> static double seconds_of(Work work)
+{
+    const clock_t begin = clock();
+    work();
+    return static_cast<double>(clock() - begin) / CLOCKS_PER_SEC;
+}
+
+static std::vector<KeyValue> stably_sorted(std::vector<KeyValue> pairs)
+{
+    std::stable_sort(pairs.begin(), pairs.end(),
+                     [](const KeyValue &a, const KeyValue &b) { return a.key < b.key; });
+    return pairs;
+}
+
+/* Whether the sort takes no more than 50 times as long as the library's, which is n log n, or a
+ * second; inputs are such that a quadratic one would take minutes. */
+template <class Sort> static void expect_no_quadratic(const std::vector<int> &keys, Sort sort)
+{
+    std::vector<KeyValue> pairs = pairs_of(keys), expected;
+    const double usual = seconds_of([&] { expected = stably_sorted(pairs); });
+    EXPECT_LT(seconds_of([&] { sort(static_cast<int>(pairs.size()), pairs.data()); }),
+              std::max(1.0, 50 * usual));
+    EXPECT_TRUE(same_order(pairs, expected));
+}
+
+TEST(Sort, nearly_sorted_pairs_of_which_half_are_far_from_their_places_are_merged)
+{
+    constexpr int n = 1000000;
+    std::vector<int> keys;
+    for (int i = 0; i < n; i++) keys.push_back(i < n / 2 ? i / 3 : (i - n / 2) / 2);
+    expect_no_quadratic(keys, ikeysort__);
+    expect_no_quadratic(keys, ikeysort2__);
+}
+
+TEST(Sort, millions_of_lopsided_partitions_are_given_up_where_no_keys_are_equal)
+{
+    const std::vector<int> keys = lopsided_order(2000000);
+    expect_no_quadratic(keys, ikeysort__);
+    expect_no_quadratic(keys, [](int n, KeyValue *pairs) {
+        for (int i = 0; i < n; i++) pairs[i].key = -pairs[i].key;
+        dkeysort__(n, pairs);
+        for (int i = 0; i < n; i++) pairs[i].key = -pairs[i].key;
+    });
+    std::vector<int> a = keys;
+    EXPECT_LT(seconds_of([&] { iintsort__(static_cast<int>(a.size()), a.data()); }), 5.0);
+    EXPECT_TRUE(std::is_sorted(a.begin(), a.end()));
+}
+
+TEST(Sort, lopsided_partitions_of_keys_that_repeat_keep_the_order_of_the_quicksort)
+{
+    std::vector<int> keys = lopsided_order(100000);
+    std::replace(keys.begin(), keys.end(), 70001, 70000);
+    std::vector<KeyValue> pairs = pairs_of(keys);
+    ikeysort__(100000, pairs.data());
+    EXPECT_TRUE(std::is_sorted(pairs.begin(), pairs.end(),
+                               [](const KeyValue &a, const KeyValue &b) { return a.key < b.key; }));
+    std::vector<int> values = values_of(pairs);
+    std::sort(values.begin(), values.end());
+    for (int i = 0; i < 100000; i++) ASSERT_EQ(values[static_cast<size_t>(i)], i);
 }
