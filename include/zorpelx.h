@@ -15,16 +15,25 @@
  *     if (zorpelx_partition(&hypergraph, &options, part, &result) != ZORPELX_OK)
  *         fprintf(stderr, "%s\n", result.message);
  *
+ * Callbacks run in the thread that called zorpelx_partition(), before it returns. One may also not
+ * return: by an exception of C++, which comes out of zorpelx_partition(), by pthread_exit(), or by
+ * longjmp(). The children are then ended and all that the call held is released; part is untouched,
+ * and the result says ZORPELX_CANCELLED. (Of the C libraries, glibc makes that so for jumps; and
+ * exceptions need callers compiled with unwind tables, as C++ is.) The same holds when the calling
+ * thread is cancelled by pthread_cancel(), if that is deferred, as it is unless changed. A signal
+ * handler may jump out of the call too; the call's heap memory is then lost, children and files are
+ * not.
+ *
  * Threads: every routine may be called from any number of threads at once, as long as no two calls
- * write to the same arrays. Callbacks run in the thread that called zorpelx_partition(), before it
- * returns. The arrays of a running call must not change.
+ * write to the same arrays. The arrays of a running call must not change.
  *
  * Processes: zorpelx_partition() calls fork() in the calling thread, so handlers registered with
  * pthread_atfork() run. Children are waited for by their ids. A program that reaps all children by
  * wait(), or ignores SIGCHLD, is served too, but the reason why a child died may then be lost. A
- * child has no signal handler of the caller, keeps none of its files open, ignores the
- * terminal's interrupt, and dies with the calling thread. The routine must not be called from a
- * signal handler. Where the heap is not the system's and a fork leaves its locks as they are (the
+ * child has no signal handler of the caller, ignores what the caller ignores and the terminal's
+ * interrupt, keeps none of the caller's files open, and dies with the calling thread. A system that
+ * runs out of memory takes children before the caller. The routine must not be called from a signal
+ * handler. Where the heap is not the system's and a fork leaves its locks as they are (the
  * address sanitizer of gcc 12), a child may wait for ever for one that another thread was holding:
  * set a deadline there.
  *
@@ -102,7 +111,7 @@ typedef void (*zorpelx_trace_fn)(void *user, int start, const char *text, size_t
  * default is in parentheses. */
 typedef struct zorpelx_options {
     size_t size;  /* bytes of this record, set by zorpelx_options_init() */
-    int nparts;   /* parts wanted, at least 2 (2) */
+    int nparts;   /* parts wanted, 2 to 1000000, or to as many as there are vertices (2) */
     int ubfactor; /* percent, 1 to 49: a side of a bisection may miss its share by it (5) */
     int nruns;    /* runs of each bisection, at least 1 (10) */
     int ctype;    /* matching scheme, ZORPEL_CTYPE_* (HFC) */
@@ -112,13 +121,15 @@ typedef struct zorpelx_options {
     int polish;   /* 1: k-way refinement at the end if 2 < nparts < 65; 0: none (1) */
     int trace;    /* sum of ZORPEL_DBG_*, for on_trace (0) */
 
-    int seed;   /* of the first start, then seed + 1 and so on; negative: drawn by chance, and told
-                 * in the result (1). 0 and 1 give the same random numbers. */
+    int seed;   /* of the first start, then seed + 1 and so on; -1: drawn by chance, and told in the
+                 * result (1). 0 and 1 give the same random numbers, so 0 is for one start only. */
     int starts; /* independent starts, at least 1; the best is delivered (1) */
-    int jobs;   /* starts at work at once; 0: one for each processor (0) */
+    int jobs;   /* starts at work at once; 0: one for each processor; more than two for each are
+                 * as two for each (0) */
 
-    double timeout; /* seconds for the whole call; 0: no deadline (0) */
-    size_t memory;  /* most bytes that one start may add to the process; 0: no cap (0) */
+    double timeout; /* seconds for the whole call, its checks included; 0: no deadline (0) */
+    size_t memory;  /* most bytes that the call may take in the caller's process, and together with
+                     * a start's own in the process of that start; 0: no cap (0) */
 
     const int *fixed; /* [nvtxs] part of each pre-assigned vertex, -1 for a free one; or NULL */
 
@@ -182,9 +193,9 @@ ZORPELX_API int zorpelx_quality_init(zorpelx_quality *quality, size_t size);
 
 /* Checks everything that zorpelx_partition() checks, in O(nvtxs + pins): records, null pointers,
  * options, sizes, offsets, vertex numbers, repeated vertices, weights and their totals (each kind
- * at most 2147483646), pre-assignments.
+ * at most 2147483646), pre-assignments. Deadline, cancel flag and memory cap of the options hold.
  *   message  [ZORPELX_MESSAGE_SIZE] out: the first fault found, empty if none; or NULL
- * Returns ZORPELX_OK, _BAD_OPTION, _BAD_INPUT or _NO_MEMORY.
+ * Returns ZORPELX_OK, _BAD_OPTION, _BAD_INPUT, _NO_MEMORY, _TIMEOUT or _CANCELLED.
  */
 ZORPELX_API int zorpelx_check(const zorpelx_hypergraph *hypergraph, const zorpelx_options *options,
                               char *message);
@@ -198,7 +209,8 @@ ZORPELX_API int zorpelx_check(const zorpelx_hypergraph *hypergraph, const zorpel
  * the least sum of external degrees, then the least imbalance, then the least seed. Every start
  * is made and compared, so neither jobs nor timing changes the result, unless the deadline or a
  * cancellation cuts some off, or some fail for want of memory.
- * Cost    each job takes the engine's memory in a process of its own and nvtxs ints in this one.
+ * Cost    each job takes the engine's memory in a process of its own and nvtxs ints in this one;
+ *         with a cap there are no more jobs than fit below it here.
  * Returns any status. With ZORPELX_TIMEOUT and ZORPELX_CANCELLED a partition is delivered if
  *         result->finished is not 0; with every other failure none is.
  */
@@ -208,7 +220,7 @@ ZORPELX_API int zorpelx_partition(const zorpelx_hypergraph *hypergraph,
 
 /* Evaluate a partition of any origin. The hypergraph is checked as zorpelx_check() does, but that
  * totals of weights may exceed 32 bits.
- *   nparts   parts, at least 1
+ *   nparts   parts, 1 to 1000000, or to as many as there are vertices
  *   part     [nvtxs] the part of every vertex, 0 to nparts - 1
  *   message  [ZORPELX_MESSAGE_SIZE] out: the first fault found, empty if none; or NULL
  * Return ZORPELX_OK, _BAD_OPTION, _BAD_INPUT or _NO_MEMORY; on a fault nothing else is written.
@@ -235,10 +247,11 @@ ZORPELX_API int zorpelx_cut_matrix(const zorpelx_hypergraph *hypergraph, int npa
 /* The weights that recursive bisection allows each part: the factor compounds over the bisections,
  * rounded as the engine rounds, and the final refinement may spread what they leave evenly.
  *   ubfactor, polish  as in zorpelx_options
- *   total             weight of all vertices, 0 to 2147483646
+ *   total             weight of all vertices, 0 or more; beyond 2147483646, where no engine runs,
+ *                     what its rules come to
  *   least, most       [nparts] out: the limits of each part; either may be NULL
  * A single heavy vertex, or pre-assignments, can make it impossible to keep them.
- * Returns ZORPELX_OK or ZORPELX_BAD_OPTION.
+ * Returns ZORPELX_OK, ZORPELX_BAD_OPTION or ZORPELX_NO_MEMORY.
  */
 ZORPELX_API int zorpelx_part_limits(int nparts, int ubfactor, int polish, int64_t total,
                                     int64_t *least, int64_t *most);

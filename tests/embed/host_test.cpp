@@ -9,7 +9,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <dirent.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -20,6 +19,7 @@
 #include <thread>
 #include <unistd.h>
 
+#include "process.h"
 #include "sample.h"
 
 /* Counters that children count in too. */
@@ -48,7 +48,7 @@ static void count_exit()
     if (getpid() != host) shared->exits++;
 }
 
-class Host : public testing::Test
+class Host : public LeavesNothing
 {
   protected:
     static void SetUpTestSuite()
@@ -66,14 +66,12 @@ class Host : public testing::Test
         shared->handlers = shared->exits = 0;
         nforks = 0;
         disaster = nullptr;
-        before = open_files();
+        LeavesNothing::SetUp();
     }
     void TearDown() override
     {
         disaster = nullptr;
-        EXPECT_EQ(-1, waitpid(-1, nullptr, WNOHANG)); // no child is left
-        EXPECT_EQ(ECHILD, errno);
-        EXPECT_EQ(before, open_files());
+        LeavesNothing::TearDown();
         EXPECT_EQ(0, shared->handlers);
         EXPECT_EQ(0, shared->exits);
     }
@@ -83,15 +81,6 @@ class Host : public testing::Test
         disaster = what;
         first_struck = first;
         last_struck = last;
-    }
-    static std::vector<std::string> open_files()
-    {
-        std::vector<std::string> names;
-        DIR *const directory = opendir("/proc/self/fd");
-        while (const dirent *entry = readdir(directory)) names.push_back(entry->d_name);
-        closedir(directory);
-        std::sort(names.begin(), names.end());
-        return names;
     }
     zorpelx_result call(const zorpelx::Options &options)
     {
@@ -107,7 +96,6 @@ class Host : public testing::Test
         return std::count(part.begin(), part.end(), 77) == static_cast<long>(part.size());
     }
 
-    std::vector<std::string> before;
     const zorpelx::Hypergraph small = random_hypergraph(100, 150, 1);
     std::vector<int> part;
 };
@@ -400,6 +388,49 @@ TEST_F(Host, a_handler_that_reaps_every_child_is_no_trouble)
     const auto old = signal(SIGCHLD, reap_all);
     EXPECT_EQ(ZORPELX_OK, call(options_for(2, 20, 2)).status);
     signal(SIGCHLD, old);
+}
+
+TEST_F(Host, what_the_caller_ignores_stays_ignored_in_children)
+{
+    const int ignored[] = {SIGTERM, SIGUSR1, SIGCHLD, SIGALRM};
+    for (const int number : ignored) signal(number, SIG_IGN);
+    zorpelx::Options options = options_for(2, 100000, 1);
+    unsigned long long mask = 0;
+    options.progress = [&](const zorpelx_progress &progress) {
+        if (progress.running == 0) return false;
+        for (const pid_t child : children_of(getpid()))
+            mask = std::stoull("0" + status_line(child, "SigIgn"), nullptr, 16);
+        return (mask >> (SIGINT - 1) & 1) != 0; // the child has got so far
+    };
+    options.nruns = 100000;
+    EXPECT_THROW(zorpelx::partition(small, options), zorpelx::Error);
+    for (const int number : ignored) {
+        EXPECT_EQ(1u, mask >> (number - 1) & 1) << number;
+        signal(number, SIG_DFL);
+    }
+    EXPECT_EQ(0u, mask >> (SIGUSR2 - 1) & 1);
+}
+
+TEST_F(Host, children_go_first_when_the_system_runs_out_of_memory)
+{
+    const auto score = [](pid_t pid) {
+        std::ifstream file("/proc/" + std::to_string(pid) + "/oom_score_adj");
+        int value = -1;
+        file >> value;
+        return value;
+    };
+    const int own = score(getpid());
+    if (own < 0) GTEST_SKIP() << "the system tells no such scores";
+    zorpelx::Options options = options_for(2, 100000, 1);
+    options.nruns = 100000;
+    int seen = -1;
+    options.progress = [&](const zorpelx_progress &progress) {
+        for (const pid_t child : children_of(getpid())) seen = score(child);
+        return seen == 1000 || progress.seconds > 10; // or the child has not got so far
+    };
+    EXPECT_THROW(zorpelx::partition(small, options), zorpelx::Error);
+    EXPECT_EQ(1000, seen);
+    EXPECT_EQ(own, score(getpid()));
 }
 
 /* Other threads hold the locks of the generator and the heap at nearly every moment. */

@@ -62,7 +62,28 @@ TEST(Limits, bad_arguments_are_refused_and_arrays_are_optional)
     EXPECT_EQ(ZORPELX_BAD_OPTION, zorpelx_part_limits(4, 0, 1, 100, nullptr, nullptr));
     EXPECT_EQ(ZORPELX_BAD_OPTION, zorpelx_part_limits(4, 5, 2, 100, nullptr, nullptr));
     EXPECT_EQ(ZORPELX_BAD_OPTION, zorpelx_part_limits(4, 5, 1, -1, nullptr, nullptr));
-    EXPECT_EQ(ZORPELX_BAD_OPTION, zorpelx_part_limits(4, 5, 1, 2147483647, nullptr, nullptr));
+}
+
+TEST(Limits, totals_beyond_the_engines_scale)
+{
+    const PartLimits small = limits_of(4, 10, 1, 2000000000);
+    for (const int64_t scale : {int64_t{2}, int64_t{1000}, int64_t{4000000000}}) {
+        const PartLimits large = limits_of(4, 10, 1, 2000000000 * scale);
+        for (size_t p = 0; p < 4; p++) {
+            const double most = static_cast<double>(large.most[p]);
+            EXPECT_NEAR(1, most / static_cast<double>(small.most[p] * scale), 1e-5);
+        }
+    }
+    for (const int nparts : {1, 2, 3, 7, 64, 65, 1000}) {
+        for (int ubfactor = 1; ubfactor <= 49; ubfactor++) {
+            const PartLimits limits = limits_of(nparts, ubfactor, 1, INT64_MAX);
+            for (size_t p = 0; p < limits.most.size(); p++) {
+                EXPECT_GE(limits.most[p], INT64_MAX / nparts) << nparts << " " << ubfactor;
+                EXPECT_LE(limits.least[p], limits.most[p]);
+                EXPECT_GE(limits.least[p], 0);
+            }
+        }
+    }
 }
 
 /* A partition is valid exactly if every weight lies within the limits told. */

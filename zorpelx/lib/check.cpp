@@ -1,17 +1,22 @@
 /* zorpelx/lib/check.cpp: checks of everything that a caller hands over.
  *
  * The order matters: sizes before the arrays they measure, offsets before what they point to. A
- * sentence names the array and the place as the caller wrote them, counted from 0.
+ * sentence names the array and the place as the caller wrote them, counted from 0. Every loop over
+ * the caller's arrays goes by the steps of a watch.
  */
 #include "check.h"
 
+#include <algorithm>
 #include <climits>
 #include <cmath>
 #include <cstdint>
 #include <vector>
 
+#include "records.h"
+
 constexpr int64_t MOST_WEIGHT = 2147483646; // total of a kind of weights in the engine
 constexpr int MOST_THINGS = INT_MAX - 1;    // arrays have one more place than there are things
+constexpr int MOST_EMPTY_PARTS = 1000000;   // parts that any number of vertices may have
 constexpr int ALL_TRACES = ZORPEL_DBG_COARSEN | ZORPEL_DBG_INIT | ZORPEL_DBG_PASS |
                            ZORPEL_DBG_BISECTION | ZORPEL_DBG_RUN | ZORPEL_DBG_TIME |
                            ZORPEL_DBG_DETAIL | ZORPEL_DBG_MOVE;
@@ -27,19 +32,21 @@ static Fault check_sizes(const zorpelx_hypergraph &h)
     return {};
 }
 
-static Fault check_offsets(const zorpelx_hypergraph &h)
+static Fault check_offsets(const zorpelx_hypergraph &h, Watch &watch)
 {
     if (h.eptr == nullptr)
         return fault(ZORPELX_BAD_OPTION, "eptr is null; it should hold nhedges + 1 offsets.");
     if (h.eptr[0] != 0)
         return fault(ZORPELX_BAD_INPUT, "eptr[0] is %d; the first hyperedge starts at 0.",
                      h.eptr[0]);
-    for (int e = 0; e < h.nhedges; e++)
+    for (int e = 0; e < h.nhedges; e++) {
+        watch.step();
         if (h.eptr[e + 1] < h.eptr[e])
             return fault(ZORPELX_BAD_INPUT,
                          "eptr[%d] is %d, less than eptr[%d], which is %d: hyperedge %d ends "
                          "before it starts.",
                          e + 1, h.eptr[e + 1], e, h.eptr[e], e);
+    }
     if (h.eind == nullptr && h.eptr[h.nhedges] > 0)
         return fault(ZORPELX_BAD_OPTION, "eind is null; it should hold %d vertices.",
                      h.eptr[h.nhedges]);
@@ -54,11 +61,15 @@ static Fault repeated_pin(const zorpelx_hypergraph &h, int e, int second)
                  e, h.eind[second], first, second);
 }
 
-static Fault check_pins(const zorpelx_hypergraph &h)
+static Fault check_pins(const zorpelx_hypergraph &h, Watch &watch)
 {
-    std::vector<int> last(static_cast<size_t>(h.nvtxs), -1); // hyperedge that listed each vertex
+    const size_t nvtxs = static_cast<size_t>(h.nvtxs);
+    const Charge charge(watch, nvtxs * sizeof(int), "a mark for each vertex");
+    std::vector<int> last(nvtxs, -1); // hyperedge that listed each vertex
     for (int e = 0; e < h.nhedges; e++) {
+        watch.step();
         for (int j = h.eptr[e]; j < h.eptr[e + 1]; j++) {
+            watch.step();
             const int v = h.eind[j];
             if (v < 0 || v >= h.nvtxs)
                 return fault(ZORPELX_BAD_INPUT,
@@ -75,11 +86,12 @@ static Fault check_pins(const zorpelx_hypergraph &h)
 
 /* name is the array's, things what it weighs. */
 static Fault check_weights(const int *weights, int n, Totals totals, const char *name,
-                           const char *things)
+                           const char *things, Watch &watch)
 {
     if (weights == nullptr) return {};
     int64_t total = 0;
     for (int i = 0; i < n; i++) {
+        watch.step();
         if (weights[i] < 0)
             return fault(ZORPELX_BAD_INPUT, "%s[%d] is %d; weights are not negative.", name, i,
                          weights[i]);
@@ -92,15 +104,16 @@ static Fault check_weights(const int *weights, int n, Totals totals, const char 
     return {};
 }
 
-Fault check_hypergraph(const zorpelx_hypergraph *hypergraph, Totals totals)
+Fault check_hypergraph(const zorpelx_hypergraph *hypergraph, Totals totals, Watch &watch)
 {
     if (hypergraph == nullptr) return fault(ZORPELX_BAD_OPTION, "The hypergraph is null.");
     const zorpelx_hypergraph &h = *hypergraph;
     if (Fault found = check_sizes(h)) return found;
-    if (Fault found = check_offsets(h)) return found;
-    if (Fault found = check_pins(h)) return found;
-    if (Fault found = check_weights(h.vwgts, h.nvtxs, totals, "vwgts", "vertices")) return found;
-    return check_weights(h.hewgts, h.nhedges, totals, "hewgts", "hyperedges");
+    if (Fault found = check_offsets(h, watch)) return found;
+    if (Fault found = check_pins(h, watch)) return found;
+    if (Fault found = check_weights(h.vwgts, h.nvtxs, totals, "vwgts", "vertices", watch))
+        return found;
+    return check_weights(h.hewgts, h.nhedges, totals, "hewgts", "hyperedges", watch);
 }
 
 static Fault check_range(const char *name, int value, int least, int most)
@@ -118,16 +131,11 @@ static Fault check_numbers(const zorpelx_options &o)
         const char *name;
         int value, least, most;
     } ranges[] = {
-        {"nparts", o.nparts, 2, MOST_THINGS},
-        {"ubfactor", o.ubfactor, 1, 49},
-        {"nruns", o.nruns, 1, INT_MAX},
-        {"ctype", o.ctype, 1, 5},
-        {"rtype", o.rtype, 1, 3},
-        {"vcycle", o.vcycle, 0, 3},
-        {"reconst", o.reconst, 0, 1},
-        {"polish", o.polish, 0, 1},
-        {"starts", o.starts, 1, INT_MAX},
-        {"jobs", o.jobs, 0, INT_MAX},
+        {"nparts", o.nparts, 2, INT_MAX}, {"ubfactor", o.ubfactor, 1, 49},
+        {"nruns", o.nruns, 1, INT_MAX},   {"ctype", o.ctype, 1, 5},
+        {"rtype", o.rtype, 1, 3},         {"vcycle", o.vcycle, 0, 3},
+        {"reconst", o.reconst, 0, 1},     {"polish", o.polish, 0, 1},
+        {"starts", o.starts, 1, INT_MAX}, {"jobs", o.jobs, 0, INT_MAX},
     };
     for (const auto &range : ranges)
         if (Fault found = check_range(range.name, range.value, range.least, range.most))
@@ -135,29 +143,48 @@ static Fault check_numbers(const zorpelx_options &o)
     return {};
 }
 
-Fault check_options(const zorpelx_options *options)
+static Fault check_seed(const zorpelx_options &o)
 {
-    if (options == nullptr) return fault(ZORPELX_BAD_OPTION, "The options are null.");
-    const zorpelx_options &o = *options;
-    if (o.size != sizeof o)
+    if (o.seed < -1)
         return fault(ZORPELX_BAD_OPTION,
-                     "The size of the options is %zu instead of %zu; set them by "
-                     "zorpelx_options_init().",
-                     o.size, sizeof o);
+                     "seed is %d; it should be -1, for one drawn by chance, or at least 0.",
+                     o.seed);
+    if (o.seed == 0 && o.starts > 1)
+        return fault(
+            ZORPELX_BAD_OPTION,
+            "seed is 0, which gives the same random numbers as 1; with %d starts it should "
+            "be at least 1.",
+            o.starts);
+    if (o.seed > 0 && o.starts - 1 > INT_MAX - o.seed)
+        return fault(ZORPELX_BAD_OPTION, "seed is %d; with %d starts it should be at most %d.",
+                     o.seed, o.starts, INT_MAX - (o.starts - 1));
+    return {};
+}
+
+static Fault check_options(const zorpelx_options &o)
+{
     if (Fault found = check_numbers(o)) return found;
     if ((o.trace & ~ALL_TRACES) != 0)
         return fault(ZORPELX_BAD_OPTION, "trace is %d; it should be a sum of ZORPEL_DBG_* values.",
                      o.trace);
-    if (o.seed >= 0 && o.starts - 1 > INT_MAX - o.seed)
-        return fault(ZORPELX_BAD_OPTION, "seed is %d; with %d starts it should be at most %d.",
-                     o.seed, o.starts, INT_MAX - (o.starts - 1));
+    if (Fault found = check_seed(o)) return found;
     if (std::isnan(o.timeout) || o.timeout < 0)
         return fault(ZORPELX_BAD_OPTION, "timeout is %g; it should be 0 or more seconds.",
                      o.timeout);
     return {};
 }
 
-static Fault check_fixed(const zorpelx_hypergraph &h, const zorpelx_options &o)
+/* More parts than vertices leave some empty, which can be meant; far more are a mistake that would
+ * cost memory and time by the part. */
+static Fault check_nparts(int nparts, int nvtxs)
+{
+    const int most = std::max(nvtxs, MOST_EMPTY_PARTS);
+    if (nparts <= most) return {};
+    return fault(ZORPELX_BAD_OPTION, "nparts is %d; with %d vertices it should be at most %d.",
+                 nparts, nvtxs, most);
+}
+
+static Fault check_fixed(const zorpelx_hypergraph &h, const zorpelx_options &o, Watch &watch)
 {
     if (o.fixed == nullptr) return {};
     if (h.nvtxs > MOST_THINGS - o.nparts) // the engine adds a vertex for each part
@@ -165,36 +192,48 @@ static Fault check_fixed(const zorpelx_hypergraph &h, const zorpelx_options &o)
                      "With pre-assignments nvtxs and nparts should total at most %d; they are %d "
                      "and %d.",
                      MOST_THINGS, h.nvtxs, o.nparts);
-    for (int v = 0; v < h.nvtxs; v++)
+    for (int v = 0; v < h.nvtxs; v++) {
+        watch.step();
         if (o.fixed[v] < -1 || o.fixed[v] >= o.nparts)
             return fault(ZORPELX_BAD_INPUT, "fixed[%d] is %d; it should be between -1 and %d.", v,
                          o.fixed[v], o.nparts - 1);
+    }
     return {};
 }
 
-Fault check_call(const zorpelx_hypergraph *hypergraph, const zorpelx_options *options)
+Fault check_call(const zorpelx_hypergraph *hypergraph, const zorpelx_options &options, Watch &watch)
 {
     if (Fault found = check_options(options)) return found;
-    if (Fault found = check_hypergraph(hypergraph, Totals::Bounded)) return found;
-    return check_fixed(*hypergraph, *options);
+    if (Fault found = check_hypergraph(hypergraph, Totals::Bounded, watch)) return found;
+    if (Fault found = check_nparts(options.nparts, hypergraph->nvtxs)) return found;
+    return check_fixed(*hypergraph, options, watch);
 }
 
-Fault check_partition(const zorpelx_hypergraph *hypergraph, int nparts, const int *part)
+Fault check_partition(const zorpelx_hypergraph *hypergraph, int nparts, const int *part,
+                      Watch &watch)
 {
-    if (Fault found = check_range("nparts", nparts, 1, INT_MAX)) return found;
     const int nvtxs = hypergraph->nvtxs;
+    if (Fault found = check_range("nparts", nparts, 1, INT_MAX)) return found;
+    if (Fault found = check_nparts(nparts, nvtxs)) return found;
     if (part == nullptr && nvtxs > 0)
         return fault(ZORPELX_BAD_OPTION, "part is null; it should hold the parts of %d vertices.",
                      nvtxs);
-    for (int v = 0; v < nvtxs; v++)
+    for (int v = 0; v < nvtxs; v++) {
+        watch.step();
         if (part[v] < 0 || part[v] >= nparts)
             return fault(ZORPELX_BAD_INPUT, "part[%d] is %d; it should be between 0 and %d.", v,
                          part[v], nparts - 1);
+    }
     return {};
 }
 
 int zorpelx_check(const zorpelx_hypergraph *hypergraph, const zorpelx_options *options,
                   char *message)
 {
-    return reporting_to(message, [&] { return check_call(hypergraph, options); });
+    return reporting_to(message, [&]() -> Fault {
+        zorpelx_options known;
+        if (Fault found = adopt_options(options, &known)) return found;
+        Watch watch(known);
+        return check_call(hypergraph, known, watch);
+    });
 }

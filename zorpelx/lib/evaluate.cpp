@@ -9,6 +9,7 @@
 #include <cmath>
 
 #include "check.h"
+#include "records.h"
 
 static int64_t weight_of(const int *weights, int i)
 {
@@ -20,34 +21,43 @@ static size_t at(int i)
     return static_cast<size_t>(i);
 }
 
-/* Lists the parts that a hyperedge touches. */
-class Touched
+static int64_t most_touched(const zorpelx_hypergraph &h, int nparts)
 {
-  public:
-    Touched(const zorpelx_hypergraph &hypergraph, int nparts, const int *parts)
-        : h(hypergraph), part(parts), mark(at(nparts), -1)
-    {
-    }
+    return std::min<int64_t>(nparts, h.nhedges > 0 ? h.eptr[h.nhedges] : 0);
+}
 
-    /* The parts of hyperedge e in order of first meeting; good until the next call. */
-    const std::vector<int> &by(int e)
-    {
-        list.clear();
-        for (int j = h.eptr[e]; j < h.eptr[e + 1]; j++) {
-            const int p = part[h.eind[j]];
-            if (mark[at(p)] == e) continue;
-            mark[at(p)] = e;
-            list.push_back(p);
-        }
-        return list;
-    }
+static size_t bytes_of_marks(const zorpelx_hypergraph &h, int nparts)
+{
+    return sizeof(int) * static_cast<size_t>(nparts + most_touched(h, nparts));
+}
 
-  private:
-    const zorpelx_hypergraph &h;
-    const int *part;
-    std::vector<int> mark; // [nparts] last hyperedge that touched each part
-    std::vector<int> list;
-};
+Touched::Touched(const zorpelx_hypergraph &hypergraph, int nparts, Watch &heeded)
+    : h(hypergraph), watch(heeded),
+      charge(heeded, bytes_of_marks(hypergraph, nparts), "a mark for each part"),
+      mark(at(nparts), -1)
+{
+    list.reserve(static_cast<size_t>(most_touched(h, nparts)));
+}
+
+void Touched::turn_to(const int *parts)
+{
+    part = parts;
+    std::fill(mark.begin(), mark.end(), -1);
+}
+
+const std::vector<int> &Touched::by(int e)
+{
+    list.clear();
+    watch.step();
+    for (int j = h.eptr[e]; j < h.eptr[e + 1]; j++) {
+        watch.step();
+        const int p = part[h.eind[j]];
+        if (mark[at(p)] == e) continue;
+        mark[at(p)] = e;
+        list.push_back(p);
+    }
+    return list;
+}
 
 /* A sum of reals that stays exact to the last place of the result (Neumaier's compensation). */
 struct Sum {
@@ -62,39 +72,47 @@ struct Sum {
     double value() const { return std::isfinite(sum) ? sum + lost : sum; }
 };
 
-static void weigh_parts(const zorpelx_hypergraph &h, const int *part, Evaluation *evaluation)
+constexpr size_t BYTES_A_PART = 2 * sizeof(int64_t) + sizeof(int);
+
+Evaluator::Evaluator(const zorpelx_hypergraph &hypergraph, int nparts, Watch &heeded)
+    : h(hypergraph), watch(heeded),
+      charge(heeded, BYTES_A_PART * at(nparts), "the figures of each part"), weights(at(nparts)),
+      external(at(nparts)), nvtxs(at(nparts)), touched(hypergraph, nparts, heeded)
 {
-    std::vector<int> nvtxs(evaluation->pwgts.size(), 0);
+}
+
+void Evaluator::weigh_parts(const int *part)
+{
+    std::fill(weights.begin(), weights.end(), 0);
+    std::fill(nvtxs.begin(), nvtxs.end(), 0);
     for (int v = 0; v < h.nvtxs; v++) {
-        evaluation->pwgts[at(part[v])] += weight_of(h.vwgts, v);
+        watch.step();
+        weights[at(part[v])] += weight_of(h.vwgts, v);
         nvtxs[at(part[v])]++;
     }
-    zorpelx_quality &quality = evaluation->quality;
-    for (const int64_t weight : evaluation->pwgts) quality.total_weight += weight;
-    const auto [lightest, heaviest] =
-        std::minmax_element(evaluation->pwgts.begin(), evaluation->pwgts.end());
+    for (const int64_t weight : weights) quality.total_weight += weight;
+    const auto [lightest, heaviest] = std::minmax_element(weights.begin(), weights.end());
     quality.lightest_part = *lightest;
     quality.heaviest_part = *heaviest;
     quality.empty_parts = static_cast<int>(std::count(nvtxs.begin(), nvtxs.end(), 0));
     if (quality.total_weight == 0) return;
-    const double nparts = static_cast<double>(evaluation->pwgts.size());
+    const double nparts = static_cast<double>(weights.size());
     quality.imbalance =
         static_cast<double>(*heaviest) * nparts / static_cast<double>(quality.total_weight) - 1;
 }
 
 /* External degrees and everything that sums over the hyperedges. */
-static void weigh_cut(const zorpelx_hypergraph &h, int nparts, const int *part,
-                      Evaluation *evaluation)
+void Evaluator::weigh_cut(const int *part)
 {
-    zorpelx_quality &quality = evaluation->quality;
-    Touched touched(h, nparts, part);
+    std::fill(external.begin(), external.end(), 0);
+    touched.turn_to(part);
     Sum absorbed; // by the hyperedges cut
     for (int e = 0; e < h.nhedges; e++) {
         const std::vector<int> &parts = touched.by(e);
         if (parts.size() < 2) continue;
         const int64_t weight = weight_of(h.hewgts, e), degree = static_cast<int64_t>(parts.size());
         const int64_t npins = h.eptr[e + 1] - h.eptr[e];
-        for (const int p : parts) evaluation->pcuts[at(p)] += weight;
+        for (const int p : parts) external[at(p)] += weight;
         quality.cut_hedges++;
         quality.cut += weight;
         quality.soed += weight * degree;
@@ -105,34 +123,32 @@ static void weigh_cut(const zorpelx_hypergraph &h, int nparts, const int *part,
     quality.absorption = absorbed.value();
 }
 
-static double scaled_cost(const zorpelx_hypergraph &h, int nparts, const Evaluation &evaluation)
+double Evaluator::scaled_cost() const
 {
-    if (nparts == 1 || h.nvtxs == 0) return 0;
+    if (weights.size() == 1 || h.nvtxs == 0) return 0;
     Sum sum;
-    for (size_t p = 0; p < evaluation.pwgts.size(); p++)
-        if (evaluation.pcuts[p] != 0)
-            sum.add(static_cast<double>(evaluation.pcuts[p]) /
-                    static_cast<double>(evaluation.pwgts[p]));
-    return sum.value() / (static_cast<double>(h.nvtxs) * (nparts - 1));
+    for (size_t p = 0; p < weights.size(); p++)
+        if (external[p] != 0)
+            sum.add(static_cast<double>(external[p]) / static_cast<double>(weights[p]));
+    return sum.value() / (static_cast<double>(h.nvtxs) * static_cast<double>(weights.size() - 1));
 }
 
-Evaluation evaluate(const zorpelx_hypergraph &h, int nparts, const int *part)
+const zorpelx_quality &Evaluator::evaluate(const int *part)
 {
-    Evaluation evaluation = {
-        {}, std::vector<int64_t>(at(nparts), 0), std::vector<int64_t>(at(nparts), 0)};
-    evaluation.quality.size = sizeof evaluation.quality;
-    weigh_parts(h, part, &evaluation);
-    weigh_cut(h, nparts, part, &evaluation);
-    evaluation.quality.scaled_cost = scaled_cost(h, nparts, evaluation);
-    return evaluation;
+    quality = {};
+    quality.size = sizeof quality;
+    weigh_parts(part);
+    weigh_cut(part);
+    quality.scaled_cost = scaled_cost();
+    return quality;
 }
 
 /* Checks common to the evaluations; result is the array that the caller wants filled. */
 static Fault check_evaluation(const zorpelx_hypergraph *hypergraph, int nparts, const int *part,
-                              const void *result, const char *name)
+                              const void *result, const char *name, Watch &watch)
 {
-    if (Fault found = check_hypergraph(hypergraph, Totals::Any)) return found;
-    if (Fault found = check_partition(hypergraph, nparts, part)) return found;
+    if (Fault found = check_hypergraph(hypergraph, Totals::Any, watch)) return found;
+    if (Fault found = check_partition(hypergraph, nparts, part, watch)) return found;
     if (result == nullptr) return fault(ZORPELX_BAD_OPTION, "%s is null.", name);
     return {};
 }
@@ -141,17 +157,19 @@ int zorpelx_evaluate(const zorpelx_hypergraph *hypergraph, int nparts, const int
                      zorpelx_quality *quality, int64_t *pwgts, int64_t *pcuts, char *message)
 {
     return reporting_to(message, [&]() -> Fault {
-        if (Fault found = check_evaluation(hypergraph, nparts, part, quality, "quality"))
+        Watch watch;
+        if (Fault found = check_evaluation(hypergraph, nparts, part, quality, "quality", watch))
             return found;
-        if (quality->size != sizeof *quality)
+        if (!size_is_known(*quality))
             return fault(ZORPELX_BAD_OPTION,
                          "The size of quality is %zu instead of %zu; set it by "
                          "zorpelx_quality_init().",
                          quality->size, sizeof *quality);
-        const Evaluation evaluation = evaluate(*hypergraph, nparts, part);
-        *quality = evaluation.quality;
-        if (pwgts != nullptr) std::copy(evaluation.pwgts.begin(), evaluation.pwgts.end(), pwgts);
-        if (pcuts != nullptr) std::copy(evaluation.pcuts.begin(), evaluation.pcuts.end(), pcuts);
+        Evaluator evaluator(*hypergraph, nparts, watch);
+        hand_back(evaluator.evaluate(part), quality);
+        const auto &weights = evaluator.pwgts(), &external = evaluator.pcuts();
+        if (pwgts != nullptr) std::copy(weights.begin(), weights.end(), pwgts);
+        if (pcuts != nullptr) std::copy(external.begin(), external.end(), pcuts);
         return {};
     });
 }
@@ -160,10 +178,13 @@ int zorpelx_cut_hyperedges(const zorpelx_hypergraph *hypergraph, int nparts, con
                            int *hedges, int *count, char *message)
 {
     return reporting_to(message, [&]() -> Fault {
-        if (Fault found = check_evaluation(hypergraph, nparts, part, count, "count")) return found;
+        Watch watch;
+        if (Fault found = check_evaluation(hypergraph, nparts, part, count, "count", watch))
+            return found;
         if (hedges == nullptr && hypergraph->nhedges > 0)
             return fault(ZORPELX_BAD_OPTION, "hedges is null.");
-        Touched touched(*hypergraph, nparts, part);
+        Touched touched(*hypergraph, nparts, watch);
+        touched.turn_to(part);
         int found = 0;
         for (int e = 0; e < hypergraph->nhedges; e++)
             if (touched.by(e).size() > 1) hedges[found++] = e;
@@ -176,10 +197,12 @@ int zorpelx_cut_matrix(const zorpelx_hypergraph *hypergraph, int nparts, const i
                        int64_t *matrix, char *message)
 {
     return reporting_to(message, [&]() -> Fault {
-        if (Fault found = check_evaluation(hypergraph, nparts, part, matrix, "matrix"))
+        Watch watch;
+        if (Fault found = check_evaluation(hypergraph, nparts, part, matrix, "matrix", watch))
             return found;
         const size_t n = at(nparts);
-        Touched touched(*hypergraph, nparts, part);
+        Touched touched(*hypergraph, nparts, watch);
+        touched.turn_to(part);
         std::fill(matrix, matrix + n * n, 0);
         for (int e = 0; e < hypergraph->nhedges; e++) {
             const std::vector<int> &parts = touched.by(e);

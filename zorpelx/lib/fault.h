@@ -22,13 +22,22 @@ struct Fault {
  * message is null. */
 void put_message(char *message, const std::string &sentence);
 
-/* Runs work, which returns a Fault, for a caller in C: no exception passes. */
+/* Thrown where a call is to end now. */
+struct Stopped {
+    Fault why;
+};
+
+/* Runs work, which returns a Fault, for a caller in C: no exception of the library's or of C++'s
+ * own passes; anything else that a callback threw does. */
 template <class Work> int reporting_to(char *message, const Work &work)
 {
     Fault outcome;
     try {
         outcome = work();
         put_message(message, outcome.sentence);
+    } catch (const Stopped &stopped) {
+        outcome.status = stopped.why.status;
+        put_message(message, stopped.why.sentence);
     } catch (const std::bad_alloc &) {
         outcome.status = ZORPELX_NO_MEMORY;
         put_message(message, "Memory ran out.");

@@ -5,8 +5,9 @@
  * is the best of the starts taken in so far, by an order that no timing can change.
  */
 #include <algorithm>
-#include <chrono>
+#include <cassert>
 #include <climits>
+#include <cxxabi.h>
 #include <memory>
 #include <optional>
 #include <random>
@@ -16,26 +17,27 @@
 
 #include "check.h"
 #include "evaluate.h"
+#include "leaving.h"
 #include "limits.h"
+#include "records.h"
 #include "trim.h"
 #include "worker.h"
 
-constexpr double LONGEST_SLEEP = 0.02; // seconds until a silent death is noticed
-constexpr double PROGRESS_EVERY = 0.1; // seconds
+constexpr double LONGEST_SLEEP = 0.02;   // seconds until a silent death is noticed
+constexpr double PROGRESS_EVERY = 0.1;   // seconds
+constexpr unsigned JOBS_A_PROCESSOR = 2; // more at once take memory and time, and bring nothing
 
-/* One start's partition and what decides between it and others. */
+/* What decides between one start and another. */
 struct Candidate {
     int seed = 0;
     Fault blemish; // why it is not valid
-    Evaluation evaluation = {};
-    std::vector<int> part;
+    zorpelx_quality quality = {};
 
     bool better_than(const Candidate &other) const { return rank() < other.rank(); }
 
   private:
     std::tuple<bool, int64_t, int64_t, int64_t, int> rank() const
     {
-        const zorpelx_quality &quality = evaluation.quality;
         return {bool(blemish), quality.cut, quality.soed, quality.heaviest_part, seed};
     }
 };
@@ -51,7 +53,7 @@ static size_t count_jobs(const zorpelx_options &options)
 {
     const unsigned processors = std::max(1u, std::thread::hardware_concurrency());
     const unsigned jobs = options.jobs > 0 ? static_cast<unsigned>(options.jobs) : processors;
-    return std::min(jobs, static_cast<unsigned>(options.starts));
+    return std::min({jobs, JOBS_A_PROCESSOR * processors, static_cast<unsigned>(options.starts)});
 }
 
 /* As many as 64 bits can hold, at most. */
@@ -65,21 +67,21 @@ static int64_t all_runs(const zorpelx_options &options)
 class Call
 {
   public:
-    Call(const zorpelx_hypergraph &hypergraph, const zorpelx_options &chosen);
+    Call(const zorpelx_hypergraph &hypergraph, const zorpelx_options &chosen, Watch &heeded);
     /* Makes all starts, or as many as there is time for; a fault if the caller is to know. */
     Fault run();
     void report(zorpelx_result *result) const;
-    const std::optional<Candidate> &winner() const { return best; }
+    void deliver(int *part) const;
+
+    /* For a jump out of the call: from a callback everything is released; from a signal handler,
+     * which may have interrupted anything, the children and files are. */
+    static void release_after_jump(void *call);
 
   private:
-    using Clock = std::chrono::steady_clock;
     using Workers = std::vector<std::unique_ptr<Worker>>;
 
-    double seconds() const { return std::chrono::duration<double>(Clock::now() - began).count(); }
     bool unfinished() const { return next < o.starts || busy > 0; }
-    double nap() const;
-    bool cancelled() const;
-    Fault stop_reason();
+    void hire();
     void hand_out();
     void collect();
     void take_in(Worker &worker);
@@ -88,63 +90,92 @@ class Call
     Fault blemish_of(const int *part, const std::vector<int64_t> &pwgts) const;
     void tell_progress(bool now);
     Fault outcome() const;
+    template <class Callback> void call_back(const Callback &callback);
 
     const zorpelx_hypergraph &h;
     const zorpelx_options &o;
-    const Clock::time_point began = Clock::now();
-    const Trimmed trimmed;
+    Watch &watch;
     const int seed0;
+    const Trimmed trimmed;
+    Evaluator evaluator;
+    const Charge charge;
     std::vector<Limits> limits; // [nparts]
     Bell bell;
+    std::optional<Charge> workers_charge;
     Workers workers;
-    int next = 0; // start to be handed out
-    int busy = 0; // workers at work
-    int finished = 0, failed = 0;
+    size_t allowance = SIZE_MAX; // most bytes that a child may add
+    int next = 0;                // start to be handed out
+    int busy = 0;                // workers at work
     int failed_seed = INT_MAX;
     Fault failure; // of the failed start with the least seed
     Counts counts;
-    double told = 0; // when progress was told last
-    bool stopped_by_callback = false;
+    double told = 0;          // when progress was told last
+    double looked = 0;        // when deaths were looked for last
+    bool calling = false;     // the caller's code is at work
+    bool told_enough = false; // the progress callback has cancelled
     std::optional<Candidate> best;
+    std::vector<int> best_part; // [nvtxs]
 };
 
-static int64_t total_weight(const zorpelx_hypergraph &h)
+static int64_t total_weight(const zorpelx_hypergraph &h, Watch &watch)
 {
+    if (h.vwgts == nullptr) return h.nvtxs;
     int64_t total = 0;
-    for (int v = 0; v < h.nvtxs; v++) total += h.vwgts != nullptr ? h.vwgts[v] : 1;
+    for (int v = 0; v < h.nvtxs; v++) {
+        watch.step();
+        total += h.vwgts[v];
+    }
     return total;
 }
 
-Call::Call(const zorpelx_hypergraph &hypergraph, const zorpelx_options &chosen)
-    : h(hypergraph), o(chosen), trimmed(hypergraph), seed0(first_seed(chosen)),
-      limits(part_limits(o.nparts, o.ubfactor, o.polish != 0, total_weight(h)))
+static size_t bytes_held(const zorpelx_hypergraph &h, const zorpelx_options &o)
 {
-    for (size_t i = 0; i < count_jobs(o); i++)
-        workers.push_back(std::make_unique<Worker>(bell, h.nvtxs));
+    return static_cast<size_t>(h.nvtxs) * sizeof(int) +
+           static_cast<size_t>(o.nparts) * sizeof(Limits);
 }
 
-bool Call::cancelled() const
+Call::Call(const zorpelx_hypergraph &hypergraph, const zorpelx_options &chosen, Watch &heeded)
+    : h(hypergraph), o(chosen), watch(heeded), seed0(first_seed(chosen)),
+      trimmed(hypergraph, heeded), evaluator(hypergraph, chosen.nparts, heeded),
+      charge(heeded, bytes_held(hypergraph, chosen), "the best partition and the limits of parts"),
+      limits(part_limits(o.nparts, o.ubfactor, o.polish != 0, total_weight(h, heeded))),
+      best_part(static_cast<size_t>(h.nvtxs))
 {
-    return stopped_by_callback ||
-           (o.cancel != nullptr && __atomic_load_n(o.cancel, __ATOMIC_RELAXED) != 0);
+    hire();
 }
 
-/* The fault that ends the call now, if any. */
-Fault Call::stop_reason()
+/* As many workers as there are jobs and as the cap has room for. What a child may take depends on
+ * neither. */
+void Call::hire()
 {
-    const char *const kept = finished > 0 ? "the best finished start is kept" : "none has finished";
-    if (cancelled())
-        return fault(ZORPELX_CANCELLED, "Cancelled after %d of %d starts; %s.", finished + failed,
-                     o.starts, kept);
-    if (o.timeout > 0 && seconds() >= o.timeout)
-        return fault(ZORPELX_TIMEOUT, "The deadline came after %d of %d starts; %s.",
-                     finished + failed, o.starts, kept);
-    return {};
+    const size_t room = watch.room(), place = Worker::footprint(h.nvtxs);
+    const size_t njobs = std::min(count_jobs(o), std::max<size_t>(1, room / place));
+    workers_charge.emplace(watch, njobs * place, "the partition of a start");
+    if (room != SIZE_MAX) allowance = room - place;
+    for (size_t i = 0; i < njobs; i++) workers.push_back(std::make_unique<Worker>(bell, h.nvtxs));
 }
 
-double Call::nap() const
+void Call::release_after_jump(void *argument)
 {
-    return o.timeout > 0 ? std::min(LONGEST_SLEEP, o.timeout - seconds()) : LONGEST_SLEEP;
+    Call *const call = static_cast<Call *>(argument);
+    if (call->calling)
+        delete call;
+    else
+        for (const auto &worker : call->workers) worker->abandon();
+}
+
+/* Lets the caller's code run, which need not return. */
+template <class Callback> void Call::call_back(const Callback &callback)
+{
+    calling = true;
+    try {
+        callback();
+    } catch (const abi::__forced_unwind &) { // the thread ends
+        throw;
+    } catch (...) {
+        throw LeftByException{std::current_exception()};
+    }
+    calling = false;
 }
 
 /* Gives the idle workers starts. A system that refuses a process is asked again once another
@@ -154,7 +185,7 @@ void Call::hand_out()
     for (const auto &worker : workers) {
         if (next == o.starts) return;
         if (worker->state() != Worker::State::Idle) continue;
-        const Task task = {&trimmed.hypergraph(), &o, next, seed0 + next};
+        const Task task = {&trimmed.hypergraph(), &o, allowance, next, seed0 + next};
         if (Fault refused = worker->start(task)) {
             if (busy > 0) return;
             note_failure(task.seed, refused);
@@ -167,7 +198,7 @@ void Call::hand_out()
 
 void Call::note_failure(int seed, const Fault &why)
 {
-    failed++;
+    watch.note_end(false);
     if (seed > failed_seed) return;
     failed_seed = seed;
     failure = why;
@@ -192,19 +223,18 @@ void Call::take_partition(const Worker &worker)
 {
     const int seed = worker.task().seed;
     const int *const part = worker.part();
-    if (Fault found =
-            check_partition(&h, o.nparts, part)) { // a child's memory is not to be trusted
+    if (Fault found = check_partition(&h, o.nparts, part, watch)) { // not to be trusted
         note_failure(seed, fault(ZORPELX_FAILED, "The start with seed %d left rubbish: %s", seed,
                                  found.sentence.c_str()));
         return;
     }
-    finished++;
     Candidate candidate;
     candidate.seed = seed;
-    candidate.evaluation = evaluate(h, o.nparts, part);
-    candidate.blemish = blemish_of(part, candidate.evaluation.pwgts);
+    candidate.quality = evaluator.evaluate(part);
+    candidate.blemish = blemish_of(part, evaluator.pwgts());
+    watch.note_end(true);
     if (best && !candidate.better_than(*best)) return;
-    candidate.part.assign(part, part + h.nvtxs);
+    std::copy(part, part + h.nvtxs, best_part.begin());
     best = std::move(candidate);
 }
 
@@ -215,16 +245,18 @@ void Call::take_in(Worker &worker)
         take_partition(worker);
     else
         note_failure(worker.task().seed, worker.failure());
-    worker.deliver_trace();
+    call_back([&] { worker.deliver_trace(); });
     worker.stop();
     busy--;
 }
 
 void Call::collect()
 {
+    const bool for_deaths = watch.seconds() - looked >= LONGEST_SLEEP;
+    if (for_deaths) looked = watch.seconds();
     for (const auto &worker : workers) {
         if (worker->state() != Worker::State::Busy) continue;
-        worker->poll();
+        worker->poll(for_deaths);
         if (worker->state() == Worker::State::Busy) continue;
         take_in(*worker);
         tell_progress(true);
@@ -233,37 +265,40 @@ void Call::collect()
 
 void Call::tell_progress(bool now)
 {
-    if (o.on_progress == nullptr || stopped_by_callback) return;
-    if (!now && seconds() - told < PROGRESS_EVERY) return;
+    if (o.on_progress == nullptr || told_enough) return;
+    if (!now && watch.seconds() - told < PROGRESS_EVERY) return;
     for (const auto &worker : workers)
         if (worker->state() == Worker::State::Busy) worker->scan(&counts);
     zorpelx_progress progress = {};
     progress.size = sizeof progress;
     progress.starts = o.starts;
     progress.running = busy;
-    progress.finished = finished;
-    progress.failed = failed;
+    progress.finished = watch.nfinished();
+    progress.failed = watch.nfailed();
     progress.runs = counts.runs;
     progress.allruns = all_runs(o);
     progress.levels = counts.levels;
     progress.level_vtxs = counts.level_vtxs;
     progress.run_cut = counts.run_cut;
-    progress.cut = best ? best->evaluation.quality.cut : -1;
-    told = progress.seconds = seconds();
-    stopped_by_callback = o.on_progress(o.user, &progress) != 0;
+    progress.cut = best ? best->quality.cut : -1;
+    told = progress.seconds = watch.seconds();
+    call_back([&] { told_enough = o.on_progress(o.user, &progress) != 0; });
+    if (told_enough) watch.cancel();
 }
 
 Fault Call::run()
 {
-    while (unfinished()) {
-        if (Fault reason = stop_reason()) {
-            for (const auto &worker : workers) worker->stop();
-            return reason;
+    try {
+        while (unfinished()) {
+            watch.look();
+            hand_out();
+            bell.wait(std::min(LONGEST_SLEEP, watch.left()));
+            collect();
+            tell_progress(false);
         }
-        hand_out();
-        bell.wait(nap());
-        collect();
-        tell_progress(false);
+    } catch (const Stopped &stopped) {
+        for (const auto &worker : workers) worker->stop();
+        return stopped.why;
     }
     return outcome();
 }
@@ -271,23 +306,26 @@ Fault Call::run()
 /* How a call ends that made all its starts. A success may have something to say too. */
 Fault Call::outcome() const
 {
-    if (finished == 0) return failure;
+    if (!best) return failure;
     return {ZORPELX_OK, best->blemish ? best->blemish.sentence : failure.sentence};
 }
 
 void Call::report(zorpelx_result *result) const
 {
-    result->seconds = seconds();
     result->dropped = trimmed.dropped();
-    result->finished = finished;
-    result->failed = failed;
+    result->finished = watch.nfinished();
+    result->failed = watch.nfailed();
     if (!best) return;
-    const zorpelx_quality &quality = best->evaluation.quality;
     result->seed = best->seed;
     result->valid = !best->blemish;
-    result->cut = quality.cut;
-    result->soed = quality.soed;
-    result->imbalance = quality.imbalance;
+    result->cut = best->quality.cut;
+    result->soed = best->quality.soed;
+    result->imbalance = best->quality.imbalance;
+}
+
+void Call::deliver(int *part) const
+{
+    if (best) std::copy(best_part.begin(), best_part.end(), part);
 }
 
 static Fault check_outputs(const zorpelx_hypergraph *hypergraph, const int *part)
@@ -298,19 +336,48 @@ static Fault check_outputs(const zorpelx_hypergraph *hypergraph, const int *part
     return {};
 }
 
+/* The checked call. It stands on the heap, where a jump can leave it to be released. */
+static Fault make_starts(const zorpelx_hypergraph &hypergraph, const zorpelx_options &options,
+                         Watch &watch, int *part, zorpelx_result *result)
+{
+    Call *const call = new Call(hypergraph, options, watch);
+    const std::unique_ptr<Call> owner(call);
+    const JumpGuard guard(Call::release_after_jump, call);
+    Fault outcome = call->run();
+    call->report(result);
+    call->deliver(part);
+    return outcome;
+}
+
+/* What a caller finds in the result that leaves the call by an exception or a jump. */
+static void foresee_leaving(zorpelx_result *result)
+{
+    zorpelx_result left = {};
+    left.status = ZORPELX_CANCELLED;
+    put_message(left.message, "A callback left the call.");
+    hand_back(left, result);
+}
+
 int zorpelx_partition(const zorpelx_hypergraph *hypergraph, const zorpelx_options *options,
                       int *part, zorpelx_result *result)
 {
-    if (result == nullptr || result->size != sizeof *result) return ZORPELX_BAD_OPTION;
-    zorpelx_result_init(result, result->size);
-    result->status = reporting_to(result->message, [&]() -> Fault {
-        if (Fault found = check_call(hypergraph, options)) return found;
-        if (Fault found = check_outputs(hypergraph, part)) return found;
-        Call call(*hypergraph, *options);
-        Fault outcome = call.run();
-        call.report(result);
-        if (call.winner()) std::copy(call.winner()->part.begin(), call.winner()->part.end(), part);
-        return outcome;
-    });
-    return result->status;
+    if (result == nullptr || !size_is_known(*result)) return ZORPELX_BAD_OPTION;
+    zorpelx_result known = {};
+    zorpelx_options chosen;
+    std::optional<Watch> watch;
+    try {
+        known.status = reporting_to(known.message, [&]() -> Fault {
+            if (Fault found = adopt_options(options, &chosen)) return found;
+            watch.emplace(chosen);
+            if (Fault found = check_call(hypergraph, chosen, *watch)) return found;
+            if (Fault found = check_outputs(hypergraph, part)) return found;
+            foresee_leaving(result);
+            return make_starts(*hypergraph, chosen, *watch, part, &known);
+        });
+    } catch (const LeftByException &left) {
+        std::rethrow_exception(left.thrown);
+    }
+    if (watch) known.seconds = watch->seconds();
+    hand_back(known, result);
+    return known.status;
 }

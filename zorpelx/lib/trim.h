@@ -2,16 +2,17 @@
 #ifndef ZORPELX_LIB_TRIM_H
 #define ZORPELX_LIB_TRIM_H
 
+#include <optional>
 #include <vector>
 
-#include "zorpelx.h"
+#include "watch.h"
 
 /* Stands for a hypergraph whose hyperedges have two vertices or more: the caller's own arrays if
  * they all do, else copies. */
 class Trimmed
 {
   public:
-    explicit Trimmed(const zorpelx_hypergraph &hypergraph);
+    Trimmed(const zorpelx_hypergraph &hypergraph, Watch &watch);
     Trimmed(const Trimmed &) = delete;
     Trimmed &operator=(const Trimmed &) = delete;
 
@@ -19,8 +20,9 @@ class Trimmed
     int dropped() const { return ndropped; }
 
   private:
-    void copy(const zorpelx_hypergraph &hypergraph);
+    void copy(const zorpelx_hypergraph &hypergraph, Watch &watch);
 
+    std::optional<Charge> charge;
     std::vector<int> eptr, eind, hewgts;
     zorpelx_hypergraph view;
     int ndropped = 0;

@@ -23,6 +23,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "engine_memory.h"
+
+constexpr rlim_t LEAST_TEXT = rlim_t{64} << 10;  // bytes that a child may always write
 constexpr rlim_t MOST_TRACE = rlim_t{256} << 20; // bytes of a trace kept for the caller
 constexpr int SETUP_FAILED = 71;                 // status of a child that never ran the engine
 
@@ -72,7 +75,13 @@ Scratch::Scratch()
 
 Scratch::~Scratch()
 {
+    close_now();
+}
+
+void Scratch::close_now()
+{
     if (descriptor >= 0) close(descriptor);
+    descriptor = -1;
 }
 
 size_t Scratch::size() const
@@ -87,14 +96,14 @@ void Scratch::clear()
 }
 
 Worker::Worker(Bell &ring, int nvtxs)
-    : bell(ring), memory((static_cast<size_t>(nvtxs) + 1) * sizeof(int)),
-      done(static_cast<int *>(memory.data())), parts(done + 1)
+    : bell(ring), memory(footprint(nvtxs)), done(static_cast<int *>(memory.data())), parts(done + 1)
 {
 }
 
 Worker::~Worker()
 {
     stop();
+    drop_trace();
 }
 
 /* Blocks every signal in this thread while it lives. */
@@ -135,13 +144,29 @@ Fault Worker::start(const Task &what)
 
 /* The rest of this file up to poll() runs in the child. */
 
+/* No handler of the caller's; what the caller ignores stays ignored. The terminal's signals are
+ * for the caller to act on. */
 static void forget_signals()
 {
-    for (int number = 1; number < NSIG; number++) signal(number, SIG_DFL);
+    for (int number = 1; number < NSIG; number++) {
+        struct sigaction action;
+        const bool ignored =
+            sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+        if (!ignored) signal(number, SIG_DFL);
+    }
     for (const int number : {SIGINT, SIGQUIT, SIGHUP, SIGPIPE, SIGXFSZ}) signal(number, SIG_IGN);
     sigset_t none;
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
+/* A system that runs out of memory takes this process first. */
+static void volunteer_for_want_of_memory()
+{
+    const int file = open("/proc/self/oom_score_adj", O_WRONLY | O_CLOEXEC);
+    if (file < 0) return; // then as likely as the caller
+    [[maybe_unused]] const ssize_t written = write(file, "1000", 4);
+    close(file);
 }
 
 static void die_with(pid_t parent)
@@ -185,7 +210,7 @@ static size_t address_space()
 
 static void cap_memory(size_t most)
 {
-    if (most == 0) return;
+    if (most == SIZE_MAX) return;
     const size_t used = address_space();
     if (used == 0) {
         fprintf(stderr, "The memory cap needs /proc.\n");
@@ -193,6 +218,7 @@ static void cap_memory(size_t most)
         _exit(SETUP_FAILED);
     }
     lower_limit(RLIMIT_AS, most > RLIM_INFINITY - used ? RLIM_INFINITY : used + most);
+    cap_engine_memory(most);
 }
 
 static void call_engine(const Task &task, int trace, int *part)
@@ -225,11 +251,13 @@ void Worker::run_child(pid_t parent)
     const bool progress = reads_progress(options);
     die_with(parent);
     forget_signals();
+    volunteer_for_want_of_memory();
     replace_files(out.fd(), err.fd());
     if (progress) setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
-    if (!progress) lower_limit(RLIMIT_FSIZE, MOST_TRACE);
+    if (!progress)
+        lower_limit(RLIMIT_FSIZE, std::clamp<rlim_t>(work.memory, LEAST_TEXT, MOST_TRACE));
     lower_limit(RLIMIT_CORE, 0);
-    cap_memory(options.memory);
+    cap_memory(work.memory);
     call_engine(work, progress ? PROGRESS_TRACES : wanted_traces(options), parts);
     fflush(stdout);
     __atomic_store_n(done, 1, __ATOMIC_RELEASE);
@@ -263,6 +291,11 @@ static Fault explain(const Task &task, int wait_status, bool known, const std::s
                      "The start with seed %d ended without a partition, and the caller reaped its "
                      "process. %s",
                      seed, text);
+    if (WIFSIGNALED(wait_status) && WTERMSIG(wait_status) == SIGKILL)
+        return fault(ZORPELX_FAILED,
+                     "The start with seed %d was ended by signal %d (%s), as by a system that runs "
+                     "out of memory. %s",
+                     seed, SIGKILL, strsignal(SIGKILL), text);
     if (WIFSIGNALED(wait_status))
         return fault(ZORPELX_FAILED, "The start with seed %d was ended by signal %d (%s). %s", seed,
                      WTERMSIG(wait_status), strsignal(WTERMSIG(wait_status)), text);
@@ -278,11 +311,13 @@ void Worker::reap(int wait_status, bool known)
     if (now == State::Failed) why = explain(work, wait_status, known, last_words(err));
 }
 
-void Worker::poll()
+void Worker::poll(bool for_deaths)
 {
+    const bool rang = __atomic_load_n(done, __ATOMIC_ACQUIRE) != 0;
+    if (!rang && !for_deaths) return;
     int wait_status = 0;
     pid_t found = waitpid(pid, &wait_status, WNOHANG);
-    if (found == 0 && __atomic_load_n(done, __ATOMIC_ACQUIRE) != 0) { // on its way out
+    if (found == 0 && rang) { // on its way out
         kill(pid, SIGKILL);
         do {
             found = waitpid(pid, &wait_status, 0);
@@ -292,17 +327,29 @@ void Worker::poll()
     reap(wait_status, found > 0);
 }
 
+void Worker::end_child()
+{
+    if (now != State::Busy) return;
+    int wait_status;
+    if (waitpid(pid, &wait_status, WNOHANG) == 0) {
+        kill(pid, SIGKILL);
+        while (waitpid(pid, &wait_status, 0) < 0 && errno == EINTR) continue;
+    }
+    pid = -1;
+}
+
 void Worker::stop()
 {
-    if (now == State::Busy) {
-        int wait_status;
-        if (waitpid(pid, &wait_status, WNOHANG) == 0) {
-            kill(pid, SIGKILL);
-            while (waitpid(pid, &wait_status, 0) < 0 && errno == EINTR) continue;
-        }
-        pid = -1;
-    }
+    end_child();
     now = State::Idle;
+}
+
+void Worker::abandon()
+{
+    end_child();
+    now = State::Idle;
+    out.close_now();
+    err.close_now();
 }
 
 void Worker::scan(Counts *counts)
@@ -310,15 +357,22 @@ void Worker::scan(Counts *counts)
     if (reads_progress(*work.options)) scanner.scan(out.fd(), counts);
 }
 
-void Worker::deliver_trace() const
+void Worker::drop_trace()
+{
+    if (trace != nullptr) munmap(trace, trace_size);
+    trace = nullptr;
+}
+
+void Worker::deliver_trace()
 {
     const zorpelx_options &options = *work.options;
     if (options.on_trace == nullptr) return;
-    const size_t size = reads_progress(options) ? 0 : out.size();
-    void *const text =
-        size > 0 ? mmap(nullptr, size, PROT_READ, MAP_PRIVATE, out.fd(), 0) : MAP_FAILED;
-    const bool mapped = text != MAP_FAILED;
-    options.on_trace(options.user, work.start, mapped ? static_cast<const char *>(text) : "",
-                     mapped ? size : 0);
-    if (mapped) munmap(text, size);
+    trace_size = reads_progress(options) ? 0 : out.size();
+    void *const text = trace_size > 0
+                           ? mmap(nullptr, trace_size, PROT_READ, MAP_PRIVATE, out.fd(), 0)
+                           : MAP_FAILED;
+    trace = text != MAP_FAILED ? text : nullptr;
+    options.on_trace(options.user, work.start, trace != nullptr ? static_cast<char *>(trace) : "",
+                     trace != nullptr ? trace_size : 0);
+    drop_trace();
 }

@@ -51,6 +51,7 @@ class Scratch
     int fd() const { return descriptor; } // negative: the system gave none
     size_t size() const;
     void clear();
+    void close_now();
 
   private:
     int descriptor;
@@ -60,6 +61,7 @@ class Scratch
 struct Task {
     const zorpelx_hypergraph *hypergraph; // checked, and without small hyperedges
     const zorpelx_options *options;       // checked
+    size_t memory;                        // most bytes that the child may add; SIZE_MAX: no cap
     int start;                            // from 0
     int seed;
 };
@@ -81,8 +83,9 @@ class Worker
 
     /* Starts a child; needs Idle. Gives a fault if there can be none: then nothing happened. */
     Fault start(const Task &what);
-    /* Looks at the child of a busy worker. */
-    void poll();
+    /* Looks at the child of a busy worker: whether it has rung, which costs nothing, or also
+     * whether it died in silence. */
+    void poll(bool for_deaths);
     /* Ends the child, if any, and makes the worker idle. */
     void stop();
 
@@ -91,17 +94,26 @@ class Worker
     const int *part() const { return parts; } // [nvtxs], if Done
     Fault failure() const { return why; }     // if Failed
     void scan(Counts *counts);                // brings the counts up to the trace written so far
-    void deliver_trace() const;               // to the caller's on_trace
+    void deliver_trace();                     // to the caller's on_trace
+    /* Ends the child and closes the files, by nothing that a signal handler may not call. */
+    void abandon();
+
+    /* Bytes that a worker holds in the caller's process. */
+    static size_t footprint(int nvtxs) { return (static_cast<size_t>(nvtxs) + 1) * sizeof(int); }
 
   private:
     [[noreturn]] void run_child(pid_t parent);
     void reap(int wait_status, bool known);
+    void end_child();
+    void drop_trace();
 
     Bell &bell;
     SharedMemory memory; // a done flag and the partition
     int *done;
     int *parts;
     Scratch out, err;
+    void *trace = nullptr; // mapped while the caller looks at it
+    size_t trace_size = 0;
     TraceScanner scanner;
     State now = State::Idle;
     Task work = {};

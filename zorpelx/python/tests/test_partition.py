@@ -164,7 +164,7 @@ class FaultTest(unittest.TestCase):
         size = 1000000
         large = (array("i", range(0, 2 * size + 1, 2)), array("i", range(2 * size)))
         with self.assertRaises(MemoryError) as caught:
-            zorpel.partition(large, 2, memory=1 << 20)
+            zorpel.partition(large, 2, memory=32 << 20)
         self.assertIn("Memory ran out in the start with seed 1", str(caught.exception))
 
     def test_a_deadline_without_a_result_is_a_timeout_error(self):
