@@ -11,10 +11,12 @@ void errexit__(const char *format, ...)
 {
     va_list args;
     va_start(args, format);
+    flockfile(stderr); // another thread may fail at the same time
     vfprintf(stderr, format, args);
-    va_end(args);
     fprintf(stderr, "\n");
     fflush(stderr);
+    funlockfile(stderr);
+    va_end(args);
     exit(0);
 }
 

@@ -20,3 +20,8 @@ void flush_traces(const PartCtrl *ctrl)
 {
     fflush(trace_file(ctrl));
 }
+
+void write_trace(const PartCtrl *ctrl, const char *text, size_t size)
+{
+    fwrite(text, 1, size, trace_file(ctrl));
+}

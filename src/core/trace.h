@@ -9,6 +9,9 @@
 void print_trace(const PartCtrl *ctrl, const char *format, ...)
     __attribute__((format(printf, 2, 3)));
 
+/* Puts out a text [size] that was printed elsewhere. */
+void write_trace(const PartCtrl *ctrl, const char *text, size_t size);
+
 /* Passes on what was printed. */
 void flush_traces(const PartCtrl *ctrl);
 

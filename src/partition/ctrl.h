@@ -93,6 +93,7 @@ struct PartCtrl {
     double timers[NTIMERS]; // seconds, charged under DBG_TIME
     Generator random;       // all 0: the process's; of its own if others run beside this call
     FILE *traces;           // where traces go; null: standard output
+    struct Crew *crew;      // threads that halves may take; null: none
 };
 
 #endif

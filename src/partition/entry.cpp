@@ -5,6 +5,8 @@
  * O(vertices + pins): whatever the arrays hold, a call ends in a result or in one sentence.
  * Messages count vertices and hyperedges from 0, as the arrays do.
  */
+#include "partition/entry.h"
+
 #include <climits>
 
 #include "core/errors.h"
@@ -193,10 +195,13 @@ static void stop_total(PartCtrl *ctrl)
 
 static void partition_recursive(int nvtxs, int nhedges, const int *vwgts, const int *eptr,
                                 const int *eind, const int *hewgts, int nparts, int ubfactor,
-                                const int *options, int *part, int *edgecut, int kwayrefine)
+                                const int *options, int *part, int *edgecut, int kwayrefine,
+                                Crew *crew)
 {
     PartCtrl ctrl = make_ctrl(nparts, ubfactor, options);
     ctrl.kwayrefine = kwayrefine;
+    ctrl.crew = crew;
+    if (crew != nullptr) ctrl.random = own_generator(1); // where rand() starts
     check_options(&ctrl, ubfactor);
     check_arrays(nvtxs, nhedges, vwgts, eptr, eind, hewgts, part, edgecut);
     if (ctrl.fixed) {
@@ -218,7 +223,7 @@ void ZORPEL_PartRecursive(int nvtxs, int nhedges, const int *vwgts, const int *e
                           const int *options, int *part, int *edgecut)
 {
     partition_recursive(nvtxs, nhedges, vwgts, eptr, eind, hewgts, nparts, ubfactor, options, part,
-                        edgecut, nparts < KWAY_POLISH_PARTS);
+                        edgecut, nparts < KWAY_POLISH_PARTS, nullptr);
 }
 
 void ZORPEL_PartRecursiveInternal(int nvtxs, int nhedges, const int *vwgts, const int *eptr,
@@ -226,7 +231,15 @@ void ZORPEL_PartRecursiveInternal(int nvtxs, int nhedges, const int *vwgts, cons
                                   const int *options, int *part, int *edgecut)
 {
     partition_recursive(nvtxs, nhedges, vwgts, eptr, eind, hewgts, nparts, ubfactor, options, part,
-                        edgecut, 0);
+                        edgecut, 0, nullptr);
+}
+
+void partition_with_crew(int nvtxs, int nhedges, const int *vwgts, const int *eptr, const int *eind,
+                         const int *hewgts, int nparts, int ubfactor, const int *options, int *part,
+                         int *edgecut, int polish, Crew *crew)
+{
+    partition_recursive(nvtxs, nhedges, vwgts, eptr, eind, hewgts, nparts, ubfactor, options, part,
+                        edgecut, polish && nparts < KWAY_POLISH_PARTS, crew);
 }
 
 void ZORPEL_2WayRefine(int nvtxs, int nhedges, const int *vwgts, const int *eptr, const int *eind,

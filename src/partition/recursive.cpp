@@ -1,7 +1,8 @@
 /* partition/recursive.cpp: recursive bisection into any number of parts.
  *
  * The left half is recursed into, the right half iterated on. With an odd number of parts the
- * right half gets the extra one. Fixed vertices are compressed first, one vertex per part.
+ * right half gets the extra one. Fixed vertices are compressed first, one vertex per part. With
+ * threads to spare the two halves are partitioned side by side, to the same end.
  */
 #include "partition/recursive.h"
 
@@ -14,6 +15,7 @@
 #include "kway/refine_random.h"
 #include "partition/bisection.h"
 #include "partition/fixed.h"
+#include "partition/halves.h"
 #include "partition/split.h"
 #include "partition/vcycle.h"
 
@@ -43,6 +45,10 @@ int MLRB__(PartCtrl *ctrl, HGraph *graph, int *part, int k, int offset)
         if (k == 2) return clamp_int(cuts);
         if (left == 1) // done already; its vertices have their part
             free_half(lgraph);
+        else if (long long both;
+                 ctrl->crew != nullptr &&
+                 partition_side_by_side(ctrl, lgraph, rgraph, part, left, k - left, offset, &both))
+            return clamp_int(cuts + both);
         else
             cuts += MLRB__(ctrl, lgraph, part, left, offset);
         // vertices of the right half stand at offset + 1 until its own bisection numbers them

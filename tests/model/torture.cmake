@@ -13,6 +13,18 @@ target_link_libraries(zorpel-torture PRIVATE torture_cases)
 add_test(NAME torture.dose COMMAND zorpel-torture --n 4000 --seed 20 --jobs 2)
 set_tests_properties(torture.dose PROPERTIES LABELS model TIMEOUT 600)
 
+# The same bits and traces from any number of threads: a dose, and the whole of it.
+find_package(Threads REQUIRED)
+add_executable(threads_check ${torture_dir}/threads_check.cpp)
+target_link_libraries(threads_check PRIVATE torture_cases Threads::Threads)
+add_test(NAME threads.a_dose_gives_the_same COMMAND threads_check --n 1500 --seed 5 --jobs 2)
+set_tests_properties(threads.a_dose_gives_the_same PROPERTIES LABELS model TIMEOUT 600
+  PASS_REGULAR_EXPRESSION "1500 cases of seed 5: all the same")
+add_test(NAME threads.ten_thousand_cases_give_the_same
+  COMMAND threads_check --n 10000 --seed 6 --jobs 2)
+set_tests_properties(threads.ten_thousand_cases_give_the_same PROPERTIES LABELS slow TIMEOUT 3600
+  PASS_REGULAR_EXPRESSION "10000 cases of seed 6: all the same")
+
 add_executable(torture_edges ${torture_dir}/torture_edges_test.cpp)
 target_link_libraries(torture_edges PRIVATE torture_cases GTest::gtest)
 add_test(NAME torture.edges_of_32_bits COMMAND torture_edges)

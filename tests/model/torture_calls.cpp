@@ -16,6 +16,7 @@
 #include "core/hgraph.h"
 #include "kway/direct.h"
 #include "partition/ctrl.h"
+#include "partition/entry.h"
 #include "partition/recursive.h"
 
 extern "C" time_t time(time_t *place)
@@ -108,9 +109,11 @@ static HGraph *record_of(const Case &c)
     return graph;
 }
 
-static void call_by_record(const Case &c, int *part, int *edgecut)
+static void call_by_record(const Case &c, int *part, int *edgecut, Crew *crew)
 {
     PartCtrl ctrl = control_of(c);
+    ctrl.crew = crew;
+    if (crew != nullptr) ctrl.random = own_generator(1);
     HGraph *const graph = record_of(c);
     if (c.entry == ENTRY_DIRECT) {
         ctrl.ubfactor = static_cast<float>(1.0 + c.ubfactor / 100.0);
@@ -122,7 +125,7 @@ static void call_by_record(const Case &c, int *part, int *edgecut)
     FreeHGraph__(graph);
 }
 
-static void call_entry(const Case &c, int *part, int *edgecut)
+static void call_entry(const Case &c, int *part, int *edgecut, Crew *crew)
 {
     int *const eptr = copy_of(c.eptr), *const eind = copy_of(c.eind);
     int *const vwgts = copy_of(c.vwgts), *const hewgts = copy_of(c.hewgts);
@@ -131,6 +134,9 @@ static void call_entry(const Case &c, int *part, int *edgecut)
         srand(static_cast<unsigned>(c.options[ZORPEL_OPT_SEED]));
         ZORPEL_2WayRefine(c.nvtxs, nhedges, vwgts, eptr, eind, hewgts, c.ubfactor, c.options, part,
                           edgecut);
+    } else if (crew != nullptr) {
+        partition_with_crew(c.nvtxs, nhedges, vwgts, eptr, eind, hewgts, c.nparts, c.ubfactor,
+                            c.options, part, edgecut, c.entry == ENTRY_RECURSIVE, crew);
     } else {
         const auto entry =
             c.entry == ENTRY_RECURSIVE ? ZORPEL_PartRecursive : ZORPEL_PartRecursiveInternal;
@@ -143,15 +149,15 @@ static void call_entry(const Case &c, int *part, int *edgecut)
     same_or_abort(c.hewgts, hewgts);
 }
 
-Outcome make_call(const Case &c)
+Outcome make_call(const Case &c, Crew *crew)
 {
     Outcome outcome = {c.part, -1, {}};
     int *const part = copy_of(c.part);
     const Output output = begin_output();
     if (c.entry == ENTRY_SHALLOW || c.entry == ENTRY_DIRECT)
-        call_by_record(c, part, &outcome.edgecut);
+        call_by_record(c, part, &outcome.edgecut, crew);
     else
-        call_entry(c, part, &outcome.edgecut);
+        call_entry(c, part, &outcome.edgecut, crew);
     outcome.output = end_output(&output);
     if (part != nullptr) outcome.part.assign(part, part + c.nvtxs);
     free(part);

@@ -27,8 +27,9 @@ struct Figures {
 
 Figures count_figures(const Case &c, const std::vector<int> &part, int nparts);
 
-/* Makes the call and collects what it prints. */
-Outcome make_call(const Case &c);
+/* Makes the call and collects what it prints. With a crew a partition by bisection is made by its
+ * threads, with a generator of its own. */
+Outcome make_call(const Case &c, struct Crew *crew = nullptr);
 
 /* Makes the calls that a case needs and judges them; an empty text when all is well. */
 std::string check_case(const Case &c);

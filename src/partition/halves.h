@@ -1,0 +1,39 @@
+/* partition/halves.h: the two halves of a bisection side by side, in two threads. */
+#ifndef ZORPEL_PARTITION_HALVES_H
+#define ZORPEL_PARTITION_HALVES_H
+
+#include <atomic>
+
+#include "core/hgraph.h"
+#include "partition/ctrl.h"
+
+/* A half of fewer pins takes less time than it takes to start a thread for it. */
+constexpr int WORTH_A_THREAD = 1000;
+
+/* The threads of one call, shared by the control records of all its halves. Where threads come from
+ * is for the program around the engine to say.
+ *   W1  threads at work, those that wait for another not counted, are at most the number wanted,
+ *       but for the moment between the end of a half and its waiter's return
+ */
+struct Crew {
+    /* Runs work(half) in a thread, which it returns; null, and nothing is run, if none can be had.
+     */
+    void *(*start)(void (*work)(void *half), void *half);
+    void (*await)(void *thread); // returns when its work is done
+
+    std::atomic<int> idle; // threads wanted and not at work
+    bool ordered;          // traces come out in the order in which one thread would print them
+    int least_pins;        // a half of fewer gets no thread: WORTH_A_THREAD, less in tests
+};
+
+/* Partitions the halves of a bisection as MLRB__ does, the left one into parts offset to offset +
+ * left - 1, the right one into right parts behind them, side by side if crew has an idle thread
+ * and both are worth one.
+ *   ctrl    in/out  afterwards as if one thread had gone through left, then right: generator,
+ *                   MaxCellWgt, timers and traces
+ *   cut     out     sum of the cuts of both
+ * False, and nothing is done, if there is no thread to be had. Frees both halves otherwise. */
+bool partition_side_by_side(PartCtrl *ctrl, HGraph *lgraph, HGraph *rgraph, int *part, int left,
+                            int right, int offset, long long *cut);
+
+#endif
