@@ -93,6 +93,7 @@ static int pins_of(const HGraph *graph)
  * buckets or a heap. */
 struct QueueData {
     PQueue queue;
+    int nvertices;
     Ints gains;
 };
 
@@ -100,12 +101,13 @@ static void open_queue(const benchmark::State &state, QueueData *data)
 {
     const int n = static_cast<int>(state.range(0)), span = static_cast<int>(state.range(1));
     PQueueInit__(&data->queue, n, span);
+    data->nvertices = n;
     data->gains = random_ints(n, -std::min(span, 2 * n), std::min(span, 2 * n));
 }
 
 static void fill(QueueData *data)
 {
-    for (int v = 0; v < data->queue.maxnodes; v++)
+    for (int v = 0; v < data->nvertices; v++)
         PQueueInsert__(&data->queue, v, data->gains[static_cast<size_t>(v)]);
 }
 
@@ -131,7 +133,7 @@ static void queue_update(benchmark::State &state)
     QueueData data;
     open_queue(state, &data);
     fill(&data);
-    const Ints order = random_ints(1 << 16, 0, data.queue.maxnodes - 1);
+    const Ints order = random_ints(1 << 16, 0, data.nvertices - 1);
     size_t i = 0;
     for (auto _ : state) {
         const int v = order[i++ & 0xffff];

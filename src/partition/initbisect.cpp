@@ -13,7 +13,6 @@
 #include "core/vectors.h"
 #include "refine/balance.h"
 #include "refine/fm.h"
-#include "refine/fm_work.h"
 #include "refine/gains.h"
 #include "refine/refine.h"
 
@@ -59,20 +58,19 @@ void Random_FMPartition__(PartCtrl *ctrl, HGraph *graph)
     const int goal0 = trunc_int(static_cast<float>(total) * ctrl->splitratio);
     const int nfixed0 = fixed_on_side0(ctrl, graph->nfixed);
     const int ntrials = ctrl->kwayrefine ? TRIALS_BEFORE_POLISH : TRIALS;
-    FmWork work; // one for all trials, which often take less time than its arrays
-    const HGraph *const refined = open_work(graph, &work, 2);
+    FmSession *const session = open_fm_session(graph);
     int bestcut = 0;
     for (int trial = 0; trial < ntrials; trial++) {
         grow_bisection(ctrl, graph, perm, goal0, nfixed0);
         Balance__(ctrl, graph);
-        refine_fm_again(ctrl, graph, refined, &work, FM_PASSES, ctrl->heavycells);
+        refine_in_session(ctrl, session, FM_PASSES, ctrl->heavycells);
         if (ctrl->dbglvl & DBG_INIT)
             print_trace(ctrl, "%5d %5d %5d\n", graph->pwgts[0], graph->pwgts[1], graph->mincut);
         if (trial > 0 && graph->mincut >= bestcut) continue;
         bestcut = graph->mincut;
         icopy__(graph->ncells, graph->where, bestwhere);
     }
-    close_work(&work, 2);
+    close_fm_session(session);
     if (ctrl->dbglvl & DBG_INIT) print_trace(ctrl, "Bestcut Icut: %5d\n", bestcut);
     icopy__(graph->ncells, bestwhere, graph->where);
     graph->mincut = bestcut;

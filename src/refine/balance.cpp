@@ -8,7 +8,8 @@
 #include "core/heavy_assert.h"
 #include "core/timers.h"
 #include "core/trace.h"
-#include "refine/neighbours.h"
+#include "refine/fm_pass.h"
+#include "refine/move_vertex.h"
 
 static void sum_sides(HGraph *graph)
 {
@@ -16,58 +17,51 @@ static void sum_sides(HGraph *graph)
     for (int v = 0; v < graph->ncells; v++) graph->pwgts[graph->where[v]] += graph->cellwgt[v];
 }
 
-template <bool Heap>
-static void balance_begin(PartCtrl *ctrl, const HGraph *original, const HGraph *graph, FmWork *work)
+template <class Queue>
+static void balance_begin(PartCtrl *ctrl, OpenBisection<Queue> *b, const int minpwgts[2])
 {
+    constexpr bool both[2] = {true, true};
     start_timer(ctrl, TIME_INITIALIZE);
-    load_sides(original, work);
-    compute_gains<Heap>(graph, work);
-    reset_pass(work, 2);
-    fill_queues<Heap>(&ctrl->random, graph, work, -1);
+    load_bisection(b);
+    fill_queues(&ctrl->random, b, both);
     if (ctrl->dbglvl & DBG_PASS)
         print_trace(ctrl, "Partitions[B]: [%6d,%8d]  [%6d,%8d], Initial Cut: %8d [%d] [%d]\n",
-                    work->queues[0].nnodes, work->pwgts[0], work->queues[1].nnodes, work->pwgts[1],
-                    work->newcut, cut_of_counts(graph, work), work->minpwgts[0]);
+                    b->queues[0].nnodes, b->pwgts[0], b->queues[1].nnodes, b->pwgts[1], b->cut,
+                    cut_of_counts(b), minpwgts[0]);
     stop_timer(ctrl, TIME_INITIALIZE);
 }
 
 /* Moves or discards the best vertex of side from. */
-template <bool Heap> static void balance_step(const HGraph *graph, FmWork *work, int from)
+template <class Queue>
+static void balance_step(OpenBisection<Queue> *b, const int minpwgts[2], int from)
 {
-    constexpr UpdateRules updates = {true, false, true};
-    const int v = PQueueGetMax__(&work->queues[from]);
-    if (work->pwgts[from] - graph->cellwgt[v] < work->minpwgts[from]) return;
+    const int v = queue_top(&b->queues[from]);
+    queue_delete(&b->queues[from], v);
+    if (b->pwgts[from] - b->level->cellwgt[v] < minpwgts[from]) return;
     count_work(WORK_MOVES, 1);
-    work->newcut -= gain_of<Heap>(work, v);
-    change_side(graph, work, v, from, 1 - from);
-    gain_of<Heap>(work, v) = -gain_of<Heap>(work, v);
-    update_neighbours<Heap, updates>(graph, work, v, from);
+    move_vertex<ALL_GAINS>(b, v);
 }
 
-template <bool Heap>
-static void balance_sides(PartCtrl *ctrl, HGraph *original, const HGraph *graph, FmWork *work)
+template <class Queue>
+static void balance_sides(PartCtrl *ctrl, OpenBisection<Queue> *b, const int minpwgts[2])
 {
-    balance_begin<Heap>(ctrl, original, graph, work);
+    balance_begin(ctrl, b, minpwgts);
     start_timer(ctrl, TIME_ITERATE);
-    while (!within_bounds(work->pwgts, work->minpwgts)) {
-        const int from = work->pwgts[0] >= work->minpwgts[0] ? 0 : 1;
-        if (work->queues[from].nnodes == 0) break;
-        balance_step<Heap>(graph, work, from);
+    while (!within_bounds(b->pwgts, minpwgts)) {
+        const int from = b->pwgts[0] >= minpwgts[0] ? 0 : 1;
+        if (b->queues[from].nnodes == 0) break;
+        balance_step(b, minpwgts, from);
     }
-    work->mincut = work->newcut;
-    store_sides(original, work);
-    store_gains<Heap>(original, work);
-    HEAVY_ASSERT(work_ok(graph, work, true));
+    HEAVY_ASSERT(bisection_ok(b, true));
+    store_bisection(b);
     stop_timer(ctrl, TIME_ITERATE);
 }
 
 void Balance__(PartCtrl *ctrl, HGraph *graph)
 {
-    FmWork work;
+    int minpwgts[2];
     sum_sides(graph);
-    set_weight_bounds(ctrl, graph->pwgts, work.minpwgts);
-    if (within_bounds(graph->pwgts, work.minpwgts)) return;
-    const HGraph *const refined = open_work(graph, &work, 2);
-    with_form(&work, [&]<bool Heap>() { balance_sides<Heap>(ctrl, graph, refined, &work); });
-    close_work(&work, 2);
+    set_weight_bounds(ctrl, graph->pwgts, minpwgts);
+    if (within_bounds(graph->pwgts, minpwgts)) return;
+    with_open_bisection(graph, [&](auto *b) { balance_sides(ctrl, b, minpwgts); });
 }

@@ -1,106 +1,96 @@
 /* refine/oneway.cpp: FM passes that move vertices in one direction.
  *
- * One queue holds the movable vertices of the giving side. A vertex that the side's bound holds
- * back is skipped while its gain is positive (it counts as a step and stays on its side);
- * otherwise it ends the pass. Rollback keeps gains and pin counts exact, so they are computed once
- * a call.
+ * The movable vertices of the giving side are queued, nobody of the other. A vertex that the side's
+ * bound holds back is skipped while its gain is positive (it counts as a step and stays on its
+ * side); otherwise it ends the pass. The way back to the best point keeps gains and pin counts
+ * exact, so they are computed once a call.
  */
 #include "refine/oneway.h"
 
 #include "core/heavy_assert.h"
 #include "core/timers.h"
 #include "core/trace.h"
-#include "refine/neighbours.h"
+#include "refine/fm_pass.h"
+#include "refine/move_vertex.h"
 
-template <bool Heap>
-static void oneway_begin_pass(PartCtrl *ctrl, const HGraph *original, const HGraph *graph,
-                              FmWork *work, int pass, int *from)
+/* Opens pass number i; returns the side that gives: first the heavier one, then in turn. */
+template <class Queue>
+static int oneway_begin_pass(PartCtrl *ctrl, OpenBisection<Queue> *b, FmPass *pass, int i, int last)
 {
     start_timer(ctrl, TIME_INITIALIZE);
-    if (pass == 0) {
-        load_sides(original, work);
-        compute_gains<Heap>(graph, work);
-        set_weight_bounds(ctrl, work->pwgts, work->minpwgts);
-        *from = work->pwgts[0] >= work->pwgts[1] ? 0 : 1;
-    } else {
-        *from = 1 - *from;
+    if (i == 0) {
+        load_bisection(b);
+        set_weight_bounds(ctrl, b->pwgts, pass->minpwgts);
     }
-    reset_pass(work, 1);
-    fill_queues<Heap>(&ctrl->random, graph, work, *from);
-    if ((ctrl->dbglvl & DBG_PASS) && pass == 0)
+    const int from = i > 0 ? 1 - last : b->pwgts[0] >= b->pwgts[1] ? 0 : 1;
+    const bool gives[2] = {from == 0, from == 1};
+    begin_pass(pass, b);
+    empty_queues(b);
+    fill_queues(&ctrl->random, b, gives);
+    if ((ctrl->dbglvl & DBG_PASS) && i == 0)
         print_trace(ctrl, "1-way Partitions: [%6d %8d %8d] Initial Cut: %8d [%d] [%d %d]\n",
-                    work->queues[0].nnodes, work->pwgts[*from], work->pwgts[1 - *from],
-                    work->initcut, cut_of_counts(graph, work), work->minpwgts[0],
-                    work->minpwgts[1]);
+                    b->queues[from].nnodes, b->pwgts[from], b->pwgts[1 - from], pass->initcut,
+                    cut_of_counts(b), pass->minpwgts[0], pass->minpwgts[1]);
     stop_timer(ctrl, TIME_INITIALIZE);
+    return from;
 }
 
-template <bool Heap>
-static void oneway_moves(PartCtrl *ctrl, const HGraph *graph, FmWork *work, int from)
+template <class Queue>
+static void oneway_moves(PartCtrl *ctrl, OpenBisection<Queue> *b, FmPass *pass, int from)
 {
-    constexpr UpdateRules updates = {true, true, true};
     start_timer(ctrl, TIME_ITERATE);
-    for (int v; (v = PQueueGetMax__(&work->queues[0])) >= 0; work->nswaps++) {
-        const int gain = gain_of<Heap>(work, v);
-        const bool held = work->pwgts[from] - graph->cellwgt[v] < work->minpwgts[from];
+    for (int v; (v = queue_top(&b->queues[from])) >= 0;) {
+        queue_delete(&b->queues[from], v);
+        const int gain = gain_of(b, v);
+        const bool held = b->pwgts[from] - b->level->cellwgt[v] < pass->minpwgts[from];
         if (held && gain <= 0) break;
-        work->swaps[work->nswaps] = v;
+        note_step(pass, v, b->level->ncells);
         if (held) continue;
-        work->newcut -= gain;
-        change_side(graph, work, v, from, 1 - from);
         count_work(WORK_MOVES, 1);
-        note_best<true>(work);
+        move_vertex<ALL_GAINS>(b, v);
+        note_best<true>(pass, b);
         if (ctrl->dbglvl & DBG_MOVE)
             print_trace(ctrl, "Gains from moving %8d from %2d: %4d, \tNewcut: %d\n",
-                        original_of(work, v), from, gain, work->newcut);
-        gain_of<Heap>(work, v) = -gain;
-        update_neighbours<Heap, updates>(graph, work, v, from);
+                        original_of(b, v), from, gain, b->cut);
     }
+    HEAVY_ASSERT(bisection_ok(b, true));
     stop_timer(ctrl, TIME_ITERATE);
 }
 
-template <bool Heap>
-static void oneway_end_pass(PartCtrl *ctrl, const HGraph *graph, FmWork *work, int from)
+template <class Queue>
+static void oneway_end_pass(PartCtrl *ctrl, OpenBisection<Queue> *b, const FmPass *pass, int from)
 {
-    constexpr UpdateRules updates = {true, true, false};
-    const int to = 1 - from;
     start_timer(ctrl, TIME_WRAPUP);
-    for (int i = work->nswaps - 1; i > work->mincutorder; i--) {
-        const int v = work->swaps[i];
-        if (side_of(work, v) == from) continue; // it was held back
-        change_side(graph, work, v, to, from);
+    for (int i = pass->nswaps - 1; i > pass->mincutorder; i--) {
+        const int v = pass->swaps[i];
+        if (side_of(b, v) == from) continue; // it was held back
         count_work(WORK_UNDONE, 1);
-        gain_of<Heap>(work, v) = -gain_of<Heap>(work, v);
-        update_neighbours<Heap, updates>(graph, work, v, to);
+        undo_vertex(b, v);
     }
+    assert(b->cut == pass->mincut);
     if (ctrl->dbglvl & DBG_PASS)
-        print_trace(ctrl, "\tMinimum Cut: %8d [%8d] at %5d [%6d %6d] [%d]\n", work->mincut,
-                    cut_of_counts(graph, work), work->mincutorder, work->pwgts[0], work->pwgts[1],
-                    from);
-    HEAVY_ASSERT(work_ok(graph, work, true));
+        print_trace(ctrl, "\tMinimum Cut: %8d [%8d] at %5d [%6d %6d] [%d]\n", pass->mincut,
+                    cut_of_counts(b), pass->mincutorder, b->pwgts[0], b->pwgts[1], from);
     stop_timer(ctrl, TIME_WRAPUP);
 }
 
-template <bool Heap>
-static void oneway_passes(PartCtrl *ctrl, HGraph *original, const HGraph *graph, FmWork *work,
-                          int npasses)
+template <class Queue>
+static void oneway_passes(PartCtrl *ctrl, OpenBisection<Queue> *b, FmPass *pass, int npasses)
 {
-    for (int pass = 0, from = 0; pass < npasses; pass++) {
-        oneway_begin_pass<Heap>(ctrl, original, graph, work, pass, &from);
-        oneway_moves<Heap>(ctrl, graph, work, from);
-        oneway_end_pass<Heap>(ctrl, graph, work, from);
-        if (pass % 2 == 1 && work->mincut == work->initcut) break;
+    for (int i = 0, from = 0; i < npasses; i++) {
+        from = oneway_begin_pass(ctrl, b, pass, i, from);
+        oneway_moves(ctrl, b, pass, from);
+        oneway_end_pass(ctrl, b, pass, from);
+        if (i % 2 == 1 && pass->mincut == pass->initcut) break;
     }
-    store_sides(original, work);
-    store_gains<Heap>(original, work);
+    store_bisection(b);
 }
 
 void Refine_OneWayFM__(PartCtrl *ctrl, HGraph *graph, int npasses)
 {
     if (npasses < 1) return;
-    FmWork work;
-    const HGraph *const refined = open_work(graph, &work, 1);
-    with_form(&work,
-              [&]<bool Heap>() { oneway_passes<Heap>(ctrl, graph, refined, &work, npasses); });
-    close_work(&work, 1);
+    FmPass pass;
+    open_pass(&pass, graph->ncells);
+    with_open_bisection(graph, [&](auto *b) { oneway_passes(ctrl, b, &pass, npasses); });
+    close_pass(&pass);
 }

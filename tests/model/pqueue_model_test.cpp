@@ -206,15 +206,16 @@ static bool apply(const Step &step, PQueue *queue, Twin *twin)
 static bool maxgain_agrees(const PQueue *queue, const Twin &twin)
 {
     if (queue->type != PQ_BUCKETS) return true;
-    int best = -queue->gainspan;
+    int best = -queue->bucket.gainspan;
     for (const TwinEntry &entry : twin) best = std::max(best, entry.gain);
-    return queue->maxgain == best;
+    return queue->bucket.maxgain == best;
 }
 
 static bool agree(PQueue *queue, const Twin &twin, int limit, const Setting &setting)
 {
+    const int nnodes = queue->type == PQ_BUCKETS ? queue->bucket.nnodes : queue->tree.nnodes;
     return pqueue_ok(queue) && maxgain_agrees(queue, twin) &&
-           queue->nnodes == static_cast<int>(twin.size()) &&
+           nnodes == static_cast<int>(twin.size()) &&
            PQueueSeeMax__(queue) == twin_max(queue->type, twin) &&
            PQueueSeeConstraintMax(queue, limit, setting.vwgt.data()) ==
                twin_constraint_max(queue->type, twin, limit, setting.vwgt);
