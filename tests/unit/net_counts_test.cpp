@@ -70,7 +70,9 @@ TEST(NetCountsTest, a_move_that_may_change_no_gain_changes_none)
             const bool entered = nto > 1 && share(before, 0) != share(after, 0);
             const bool left = nfrom > 0 && share(before, 1) != share(after, 1);
             EXPECT_LE(entered || left, few_pins(nto, nfrom)) << nto << ' ' << nfrom;
-            if (nfrom > 1 && nto > 1) EXPECT_EQ(entered || left, few_pins(nto, nfrom));
+            if (nfrom > 1 && nto > 1) {
+                EXPECT_EQ(entered || left, few_pins(nto, nfrom));
+            }
         }
 }
 
