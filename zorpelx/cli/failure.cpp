@@ -28,15 +28,6 @@ static std::string formatted(const char *format, va_list arguments)
     return text;
 }
 
-std::string text_of(const char *format, ...)
-{
-    va_list arguments;
-    va_start(arguments, format);
-    std::string text = formatted(format, arguments);
-    va_end(arguments);
-    return text;
-}
-
 void fail(Status status, const char *format, ...)
 {
     va_list arguments;

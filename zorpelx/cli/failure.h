@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "fileerror.h" // text_of
+
 enum Status : int {
     STATUS_OK = 0,
     STATUS_FAILED = 1,     // the run failed, or what was to be verified is not so
@@ -28,9 +30,6 @@ struct Failure {
     Status status;
     std::string text;
 };
-
-/* Text as printf would write it. */
-std::string text_of(const char *format, ...) __attribute__((format(printf, 1, 2)));
 
 [[noreturn]] void fail(Status status, const char *format, ...)
     __attribute__((format(printf, 2, 3)));

@@ -1,134 +1,101 @@
-/* zorpelx/cli/input.cpp: whole files, plain or compressed by gzip or zstd.
- *
- * A file is read to its end first and expanded in memory then: the commands need all of it anyway,
- * and a pipe can be read only once.
- */
+/* zorpelx/cli/input.cpp: the files of a command, read within its caps. */
 #include "input.h"
 
-#include <cerrno>
-#include <climits>
 #include <cstdio>
-#include <cstring>
-#include <memory>
 
-#include <zlib.h>
-#include <zstd.h>
+#include "partfiles.h"
 
-#include "failure.h"
+static const double began = budget_clock(); // the program
 
-constexpr size_t BLOCK = size_t{1} << 18;
+static long long ll(int64_t number)
+{
+    return number;
+}
 
 std::string shown_name(const std::string &name)
 {
     return name == "-" ? "standard input" : name;
 }
 
-static bool ends_with(const std::string &name, const char *ending)
+Budget budget_for(const Settings &settings, const std::string &name)
 {
-    const size_t length = strlen(ending);
-    return name.size() > length && name.compare(name.size() - length, length, ending) == 0;
+    return make_budget(shown_name(name), static_cast<size_t>(settings.memory) << 20,
+                       settings.timeout, began);
 }
 
-std::string plain_name(const std::string &name)
+Reading reading_of(const Settings &settings)
 {
-    if (ends_with(name, ".gz")) return name.substr(0, name.size() - 3);
-    if (ends_with(name, ".zst")) return name.substr(0, name.size() - 4);
-    return name;
+    return {static_cast<LineMode>(settings.lines), settings.from, false};
 }
 
-static std::string read_stream(FILE *stream, const std::string &name)
+/* What explains all the others comes first. */
+const Finding *refusal(const Findings &findings, bool strict, bool force)
 {
-    std::string bytes;
-    for (size_t got = 1; got > 0;) {
-        const size_t size = bytes.size();
-        bytes.resize(size + BLOCK);
-        got = fread(bytes.data() + size, 1, BLOCK, stream);
-        bytes.resize(size + got);
-    }
-    if (ferror(stream)) fail(STATUS_IO, "%s: %s", shown_name(name).c_str(), strerror(errno));
-    return bytes;
+    const Severity least = strict ? WARNING : force ? ERROR : LOSS;
+    for (const RuleIndex rule : {RULE_OTHER_FORMAT, RULE_ZERO_BASED})
+        for (const Finding &finding : findings.listed)
+            if (finding.rule == rule && finding.severity >= least) return &finding;
+    return first_finding(findings, least);
 }
 
-static std::string read_bytes(const std::string &name)
+static void check_findings(const Settings &settings, const std::string &name,
+                           const Findings &findings)
 {
-    if (name == "-") return read_stream(stdin, name);
-    const auto close = [](FILE *stream) { fclose(stream); };
-    const std::unique_ptr<FILE, decltype(close)> stream(fopen(name.c_str(), "rb"), close);
-    if (!stream) fail(STATUS_IO, "%s: %s", name.c_str(), strerror(errno));
-    return read_stream(stream.get(), name);
+    const Finding *const bad = refusal(findings, settings.strict, settings.force);
+    if (bad == nullptr) return;
+    const bool forcible = bad->severity == LOSS && first_finding(findings, ERROR) == nullptr;
+    fail(STATUS_BAD_INPUT, "%s\n(zorpelx lint tells more%s)",
+         finding_line(shown_name(name), *bad).c_str(),
+         forcible ? "; --force goes on without what is lost" : "");
 }
 
-[[noreturn]] static void damaged(const std::string &name, const char *kind, const char *what)
+Hypergraph read_hypergraph(const Settings &settings, Reading reading, Findings *findings)
 {
-    fail(STATUS_BAD_INPUT, "%s: %s data: %s", shown_name(name).c_str(), kind, what);
+    Budget budget = budget_for(settings, settings.hypergraph);
+    Hypergraph graph = or_fail([&] {
+        const Bytes bytes = read_bytes(settings.hypergraph, &budget);
+        return scan_hypergraph(view_of(bytes), reading, findings, &budget);
+    });
+    check_findings(settings, settings.hypergraph, *findings);
+    return graph;
 }
 
-/* Expands the member that stream points at into plain, up to its end. */
-static void inflate_member(z_stream *stream, const std::string &name, std::string *plain)
+static void tell_count(const std::string &name, int64_t count, const char *what)
 {
-    for (int code = Z_OK; code != Z_STREAM_END;) {
-        const size_t size = plain->size();
-        plain->resize(size + BLOCK);
-        stream->next_out = reinterpret_cast<Bytef *>(plain->data() + size);
-        stream->avail_out = static_cast<uInt>(BLOCK);
-        code = inflate(stream, Z_NO_FLUSH);
-        plain->resize(size + BLOCK - stream->avail_out);
-        if (code == Z_MEM_ERROR) throw std::bad_alloc();
-        if (code == Z_BUF_ERROR) damaged(name, "gzip", "the file ends too early");
-        if (code != Z_OK && code != Z_STREAM_END)
-            damaged(name, "gzip", stream->msg != nullptr ? stream->msg : "damaged");
-    }
+    if (count > 0)
+        fprintf(stderr, "zorpelx: %s: %lld %s%s; zorpelx lint tells more\n",
+                shown_name(name).c_str(), ll(count), what, count == 1 ? "" : "s");
 }
 
-static bool gzip_begins(const std::string &bytes, size_t place)
+void tell_warnings(const std::string &name, const Findings &findings)
 {
-    return bytes.size() >= place + 2 && bytes.compare(place, 2, "\x1f\x8b") == 0;
+    tell_count(name, count_errors(findings), "error");
+    tell_count(name, findings.severities[WARNING], "warning");
 }
 
-static std::string expand_gzip(const std::string &bytes, const std::string &name)
+std::vector<int64_t> read_fix(const Settings &settings, int64_t nvertices, int64_t nparts)
 {
-    const auto end = [](z_stream *stream) { inflateEnd(stream); };
-    std::string plain;
-    for (size_t place = 0; place < bytes.size();) {
-        if (!gzip_begins(bytes, place)) damaged(name, "gzip", "other bytes follow the data");
-        z_stream stream = {};
-        if (inflateInit2(&stream, 16 + MAX_WBITS) != Z_OK) throw std::bad_alloc();
-        const std::unique_ptr<z_stream, decltype(end)> release(&stream, end);
-        const size_t left = bytes.size() - place;
-        if (left > UINT_MAX) damaged(name, "gzip", "more than 4 GiB compressed");
-        stream.next_in = reinterpret_cast<Bytef *>(const_cast<char *>(bytes.data() + place));
-        stream.avail_in = static_cast<uInt>(left);
-        inflate_member(&stream, name, &plain);
-        place = bytes.size() - stream.avail_in;
-    }
-    return plain;
+    Findings findings;
+    Budget budget = budget_for(settings, settings.fix);
+    std::vector<int64_t> fix = or_fail([&] {
+        const Bytes bytes = read_bytes(settings.fix, &budget);
+        return scan_fix(view_of(bytes), nvertices, nparts, &findings, &budget);
+    });
+    check_findings(settings, settings.fix, findings);
+    if (!settings.quiet) tell_warnings(settings.fix, findings);
+    return fix;
 }
 
-static std::string expand_zstd(const std::string &bytes, const std::string &name)
+std::vector<int64_t> read_partition(const Settings &settings, int64_t nvertices)
 {
-    const std::unique_ptr<ZSTD_DStream, size_t (*)(ZSTD_DStream *)> stream(ZSTD_createDStream(),
-                                                                           ZSTD_freeDStream);
-    if (!stream) throw std::bad_alloc();
-    std::string plain;
-    ZSTD_inBuffer in = {bytes.data(), bytes.size(), 0};
-    size_t wanted = 1, made = 1; // wanted is 0 at the end of a frame
-    while (in.pos < in.size || (wanted > 0 && made > 0)) {
-        const size_t size = plain.size();
-        plain.resize(size + BLOCK);
-        ZSTD_outBuffer out = {plain.data() + size, BLOCK, 0};
-        wanted = ZSTD_decompressStream(stream.get(), &out, &in);
-        plain.resize(size + out.pos);
-        if (ZSTD_isError(wanted)) damaged(name, "zstd", ZSTD_getErrorName(wanted));
-        made = out.pos;
-    }
-    if (wanted > 0) damaged(name, "zstd", "the file ends too early");
-    return plain;
-}
-
-std::string read_whole(const std::string &name)
-{
-    std::string bytes = read_bytes(name);
-    if (gzip_begins(bytes, 0)) return expand_gzip(bytes, name);
-    if (bytes.compare(0, 4, "\x28\xb5\x2f\xfd") == 0) return expand_zstd(bytes, name);
-    return bytes;
+    Budget budget = budget_for(settings, settings.partition);
+    bool unended = false;
+    std::vector<int64_t> part = or_fail([&] {
+        const Bytes bytes = read_bytes(settings.partition, &budget);
+        return scan_partition(view_of(bytes), nvertices, &budget, &unended);
+    });
+    if (unended && !settings.quiet)
+        fprintf(stderr, "zorpelx: %s: the last line has no newline: it may have been cut off\n",
+                shown_name(settings.partition).c_str());
+    return part;
 }

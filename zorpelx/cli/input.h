@@ -1,19 +1,51 @@
-/* zorpelx/cli/input.h: whole files, plain or compressed. */
+/* zorpelx/cli/input.h: the files of a command, read within its caps. */
 #ifndef ZORPELX_CLI_INPUT_H
 #define ZORPELX_CLI_INPUT_H
 
 #include <string>
+#include <vector>
 
-/* The content of a file. The name "-" is standard input. Gzip and zstd are told by the first
- * bytes, not by the name, and may hold several members one after another.
- * Errors  a file that cannot be opened or read: STATUS_IO; damaged or cut compression:
- *         STATUS_BAD_INPUT */
-std::string read_whole(const std::string &name);
+#include "bytes.h"
+#include "expand.h" // plain_name
+#include "failure.h"
+#include "options.h"
+#include "read_hgr.h"
 
 /* How messages call a file: its name, "standard input" for "-". */
 std::string shown_name(const std::string &name);
 
-/* The name without a last .gz or .zst. */
-std::string plain_name(const std::string &name);
+/* Runs work, and gives up where reading does. */
+template <class Work> auto or_fail(const Work &work)
+{
+    try {
+        return work();
+    } catch (const FileError &error) {
+        throw Failure{static_cast<Status>(error.status), error.text};
+    }
+}
+
+/* What is left for a file of --memory and, since the program was started, of --timeout. */
+Budget budget_for(const Settings &settings, const std::string &name);
+
+/* How the command line wants the hypergraph to be read; without notes. */
+Reading reading_of(const Settings &settings);
+
+/* The finding for which a file is refused; null if it is not. A loss is forgiven by force, warnings
+ * unless strict. */
+const Finding *refusal(const Findings &findings, bool strict, bool force);
+
+/* Reads the hypergraph of a command, which is going to be used.
+ * Errors  STATUS_BAD_INPUT with the finding for which it is refused */
+Hypergraph read_hypergraph(const Settings &settings, Reading reading, Findings *findings);
+
+/* Says on standard error that there were errors, overcome by force, or warnings. */
+void tell_warnings(const std::string &name, const Findings &findings);
+
+/* A fix file that is going to be used: one entry from -1 to nparts - 1 per vertex. */
+std::vector<int64_t> read_fix(const Settings &settings, int64_t nvertices, int64_t nparts);
+
+/* A partition file: exactly one part number per vertex, each from 0 and below 2^31.
+ * Errors  STATUS_BAD_INPUT with the place */
+std::vector<int64_t> read_partition(const Settings &settings, int64_t nvertices);
 
 #endif

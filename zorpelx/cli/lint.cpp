@@ -9,6 +9,7 @@
 #include "hypergraph.h"
 #include "input.h"
 #include "output.h"
+#include "partfiles.h"
 
 using Json = nlohmann::ordered_json;
 
@@ -24,6 +25,7 @@ struct Lint {
     Hypergraph graph;
     std::vector<int64_t> fix;
     Findings findings, fixfindings;
+    Judgement judgement; // what zorpel makes of the hypergraph file
 };
 
 /* Text in lines of at most 78 characters, each behind two blanks. */
@@ -62,9 +64,14 @@ static int64_t found(const Lint &lint, Severity severity)
     return lint.findings.severities[severity] + lint.fixfindings.severities[severity];
 }
 
+static int64_t found_errors(const Lint &lint)
+{
+    return count_errors(lint.findings) + count_errors(lint.fixfindings);
+}
+
 static bool are_bad(const Findings &findings, bool strict)
 {
-    return findings.severities[ERROR] > 0 || (strict && findings.severities[WARNING] > 0);
+    return refusal(findings, strict, false) != nullptr;
 }
 
 static bool is_bad(const Lint &lint, bool strict)
@@ -72,14 +79,31 @@ static bool is_bad(const Lint &lint, bool strict)
     return are_bad(lint.findings, strict) || are_bad(lint.fixfindings, strict);
 }
 
-static void print_findings(const std::string &file, const Findings &findings)
+/* All notes in one line. */
+static void print_notes_summed(const std::string &file, const Findings &findings)
 {
-    for (const Finding &finding : findings.listed)
-        puts(finding_line(shown_name(file), finding).c_str());
+    std::string text;
     for (int rule = 0; rule < NRULES; rule++)
-        if (findings.most > 0 && findings.count[rule] > findings.most)
+        if (findings.met[rule][NOTE])
+            text += text_of("%s%lld x %s %s", text.empty() ? "" : ", ", ll(findings.count[rule]),
+                            RULES[rule].id, RULES[rule].name);
+    if (!text.empty())
+        printf("%s: notes: %s (--notes shows them)\n", shown_name(file).c_str(), text.c_str());
+}
+
+static void print_findings(const std::string &file, const Findings &findings, bool notes)
+{
+    int64_t shown[NRULES] = {};
+    for (const Finding &finding : findings.listed) {
+        if (finding.severity == NOTE && !notes) continue;
+        puts(finding_line(shown_name(file), finding).c_str());
+        shown[finding.rule]++;
+    }
+    for (int rule = 0; rule < NRULES; rule++)
+        if (shown[rule] > 0 && findings.count[rule] > shown[rule])
             printf("%s: %s %s: %lld more (--limit 0 shows them)\n", shown_name(file).c_str(),
-                   RULES[rule].id, RULES[rule].name, ll(findings.count[rule] - findings.most));
+                   RULES[rule].id, RULES[rule].name, ll(findings.count[rule] - shown[rule]));
+    if (!notes) print_notes_summed(file, findings);
 }
 
 static const char *ending(int64_t count)
@@ -87,12 +111,25 @@ static const char *ending(int64_t count)
     return count == 1 ? "" : "s";
 }
 
+static const char *judgement_text(Judgement judgement)
+{
+    static const char *const texts[] = {"reads", "refuses", "was not asked about"};
+    return texts[judgement];
+}
+
 static void print_summary(const Lint &lint)
 {
-    const int64_t errors = found(lint, ERROR), warnings = found(lint, WARNING),
+    const int64_t errors = found_errors(lint), warnings = found(lint, WARNING),
                   notes = found(lint, NOTE);
-    printf("%lld error%s, %lld warning%s, %lld note%s\n", ll(errors), ending(errors), ll(warnings),
-           ending(warnings), ll(notes), ending(notes));
+    printf("%lld error%s, %lld warning%s, %lld note%s; zorpel %s the hypergraph\n", ll(errors),
+           ending(errors), ll(warnings), ending(warnings), ll(notes), ending(notes),
+           judgement_text(lint.judgement));
+}
+
+static const char *judgement_name(Judgement judgement)
+{
+    static const char *const names[] = {"reads", "refuses", "unknown"};
+    return names[judgement];
 }
 
 static Json findings_json(const std::string &file, const Findings &findings)
@@ -105,6 +142,7 @@ static Json findings_json(const std::string &file, const Findings &findings)
                         {"severity", severity_name(finding.severity)},
                         {"rule", RULES[finding.rule].id},
                         {"name", RULES[finding.rule].name},
+                        {"forcible", finding.severity == LOSS},
                         {"text", finding.text}});
     return list;
 }
@@ -243,24 +281,29 @@ static std::string map_name(const Settings &settings)
     return settings.clean == "-" ? "" : settings.clean + ".map";
 }
 
-/* Errors that leave nothing sensible to write. Empty hyperedges are left out, long lines are
- * joined, a byte order mark goes. */
-static const Finding *beyond_mending(const Findings &findings)
+/* Errors of which the clean file is free, with nothing lost. */
+static bool is_mended(RuleIndex rule)
+{
+    return rule == RULE_EMPTY_NET || rule == RULE_LONG_LINE || rule == RULE_MARK ||
+           rule == RULE_NO_ROOM;
+}
+
+/* What leaves nothing sensible to write; with force a loss is accepted. */
+static const Finding *beyond_mending(const Findings &findings, bool force)
 {
     for (const Finding &finding : findings.listed)
-        if (finding.severity == ERROR && finding.rule != RULE_EMPTY_NET &&
-            finding.rule != RULE_LONG_LINE && finding.rule != RULE_MARK)
-            return &finding;
+        if (finding.severity >= (force ? ERROR : LOSS) && !is_mended(finding.rule)) return &finding;
     return nullptr;
 }
 
 /* The clean file and the map back. */
 static void write_clean(const Settings &settings, const Lint &lint)
 {
-    const Finding *const bad = beyond_mending(lint.findings);
+    const Finding *const bad = beyond_mending(lint.findings, settings.force);
     if (bad != nullptr)
-        fail(STATUS_BAD_INPUT, "no clean file is written: %s",
-             finding_line(shown_name(settings.hypergraph), *bad).c_str());
+        fail(STATUS_BAD_INPUT, "no clean file is written: %s%s",
+             finding_line(shown_name(settings.hypergraph), *bad).c_str(),
+             bad->severity == LOSS ? " (--force writes what zorpel reads)" : "");
     std::string map;
     int64_t nkept = 0;
     for (int64_t e = 0; e < lint.graph.nnets; e++) {
@@ -287,15 +330,33 @@ static void sort_by_place(Findings *findings)
                      [&](const Finding &a, const Finding &b) { return key(a) < key(b); });
 }
 
+static void scan_hypergraph_file(const Settings &settings, Lint *lint)
+{
+    Budget budget = budget_for(settings, settings.hypergraph);
+    Reading reading = reading_of(settings);
+    reading.notes = true;
+    lint->findings.budget = &budget;
+    const Bytes bytes = read_bytes(settings.hypergraph, &budget);
+    lint->graph = scan_hypergraph(view_of(bytes), reading, &lint->findings, &budget);
+    lint->judgement = judge(view_of(bytes), reading, lint->findings, &budget);
+    lint->findings.budget = nullptr;
+}
+
+static void scan_fix_file(const Settings &settings, Lint *lint)
+{
+    Budget budget = budget_for(settings, settings.fix);
+    const Bytes bytes = read_bytes(settings.fix, &budget);
+    lint->fix = scan_fix(view_of(bytes), lint->graph.nvertices, settings.nparts, &lint->fixfindings,
+                         &budget);
+}
+
 static Lint scan_files(const Settings &settings)
 {
-    Lint lint;
+    Lint lint = {};
     lint.findings.most = lint.fixfindings.most = settings.limit;
-    const Reading reading = {static_cast<LineMode>(settings.lines), settings.from};
-    lint.graph = scan_hypergraph(read_whole(settings.hypergraph), reading, &lint.findings);
+    or_fail([&] { scan_hypergraph_file(settings, &lint); });
     if (!settings.fix.empty() && lint.graph.nvertices > 0)
-        lint.fix = scan_fix(read_whole(settings.fix), lint.graph.nvertices, settings.nparts,
-                            &lint.fixfindings);
+        or_fail([&] { scan_fix_file(settings, &lint); });
     sort_by_place(&lint.findings);
     sort_by_place(&lint.fixfindings);
     return lint;
@@ -306,7 +367,8 @@ static void print_answer(const Settings &settings, const Lint &lint, const Advic
     if (settings.clean == "-") return; // the clean file goes there
     if (settings.format == FORMAT_JSON) {
         Json json = {{"hypergraph", settings.hypergraph},
-                     {"errors", found(lint, ERROR)},
+                     {"zorpel", judgement_name(lint.judgement)},
+                     {"errors", found_errors(lint)},
                      {"warnings", found(lint, WARNING)},
                      {"notes", found(lint, NOTE)},
                      {"counts", counts_json(lint)},
@@ -318,8 +380,8 @@ static void print_answer(const Settings &settings, const Lint &lint, const Advic
         return;
     }
     if (!settings.quiet || is_bad(lint, settings.strict)) {
-        print_findings(settings.hypergraph, lint.findings);
-        print_findings(settings.fix, lint.fixfindings);
+        print_findings(settings.hypergraph, lint.findings, settings.notes);
+        print_findings(settings.fix, lint.fixfindings, settings.notes);
     }
     if (!settings.quiet) print_summary(lint);
     if (advice != nullptr) print_advice(settings, lint, *advice);
@@ -338,8 +400,7 @@ Status run_lint(const Settings &settings)
     if (!settings.clean.empty()) // which may take the place of the hypergraph
         check_outputs({settings.clean, map_name(settings)}, {settings.fix});
     const Lint lint = scan_files(settings);
-    const bool readable =
-        first_error(lint.findings) == nullptr && first_error(lint.fixfindings) == nullptr;
+    const bool readable = found_errors(lint) == 0;
     const bool asked = settings.nparts > 0 && readable;
     Advice advice = {};
     if (asked)

@@ -19,7 +19,7 @@ struct Settings {
     int64_t preset, progress, lines, from, format, expect;
     std::string output, json, report, clean, map, explain;
     int64_t limit;
-    bool quiet, strict, force, list_cut, man;
+    bool quiet, strict, force, list_cut, notes, man;
     int64_t completion;
     std::vector<bool> given; // by row of the table: the command line has it
 };

@@ -131,14 +131,12 @@ static Job read_files(const Settings &settings)
     Job job = {};
     job.began = Clock::now();
     Findings findings;
-    const Reading reading = {static_cast<LineMode>(settings.lines), settings.from};
-    job.graph = read_hypergraph(settings.hypergraph, reading, settings.strict, &findings);
+    job.graph = read_hypergraph(settings, reading_of(settings), &findings);
     if (!settings.quiet) tell_warnings(settings.hypergraph, findings);
     if (job.graph.pins.size() > INT_MAX)
         fail(STATUS_BAD_INPUT, "%s: more than %d vertex entries",
              shown_name(settings.hypergraph).c_str(), INT_MAX);
-    if (!settings.fix.empty())
-        job.fix = read_fix(settings.fix, job.graph.nvertices, settings.nparts);
+    if (!settings.fix.empty()) job.fix = read_fix(settings, job.graph.nvertices, settings.nparts);
     return job;
 }
 

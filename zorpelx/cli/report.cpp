@@ -40,8 +40,8 @@ int64_t parts_in_report(const std::string &report)
 /* "-nan" and "nan" are the same figure, in the same width. */
 static std::string without_sign_of_nan(std::string text)
 {
-    for (size_t place; (place = text.find("-nan")) != std::string::npos;)
-        text.replace(place, 4, " nan");
+    for (size_t place = 0; (place = text.find("-nan", place)) != std::string::npos; place += 4)
+        text[place] = ' ';
     return text;
 }
 

@@ -254,8 +254,7 @@ static Json stats_json(const Settings &settings, const Stats &stats)
 Status run_stats(const Settings &settings)
 {
     Findings findings;
-    const Reading reading = {static_cast<LineMode>(settings.lines), settings.from};
-    const Stats stats = collect(read_hypergraph(settings.hypergraph, reading, false, &findings));
+    const Stats stats = collect(read_hypergraph(settings, reading_of(settings), &findings));
     tell_warnings(settings.hypergraph, findings);
     if (settings.format == FORMAT_JSON)
         puts(stats_json(settings, stats)

@@ -1,5 +1,6 @@
 /* zorpelx/cli/verify.cpp: the verify command: every figure of a partition, and what was claimed. */
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <cstdio>
 
@@ -13,6 +14,9 @@
 #include "report.h"
 
 using Json = nlohmann::ordered_json;
+
+constexpr int64_t MOST_PARTS = 1000000; // as -k takes
+constexpr size_t MOST_LISTED = 20;      // empty parts named in a text
 
 /* Something that should be so. */
 struct Claim {
@@ -99,36 +103,71 @@ static Claim check_cut(int64_t expected, int64_t cut)
     return {"cut", false, text_of("it is %lld, not %lld", ll(cut), ll(expected))};
 }
 
-/* As many parts as asked for, or as the report says, or as the largest part number tells. */
-static int64_t count_parts(const Settings &settings, const std::vector<int64_t> &part,
-                           const std::string &report)
+/* K of a name that ends with ".part.K", compressed or not; 0 if there is none. */
+static int64_t parts_in_name(const std::string &file)
+{
+    static const std::string mark = ".part.";
+    const std::string name = plain_name(file);
+    const size_t place = name.rfind(mark);
+    if (place == std::string::npos) return 0;
+    const std::string digits = name.substr(place + mark.size());
+    const bool number =
+        !digits.empty() && digits.size() <= 7 &&
+        std::all_of(digits.begin(), digits.end(), [](unsigned char c) { return isdigit(c) != 0; });
+    return number ? std::stoll(digits) : 0;
+}
+
+/* As many parts as asked for, or as the report says, or as the name of the partition file tells.
+ * The numbers in the file do not: parts without a vertex have none there. */
+static int64_t count_parts(const Settings &settings, const std::string &report)
+{
+    if (settings.nparts > 0) return settings.nparts;
+    if (!settings.report.empty()) {
+        const int64_t told = parts_in_report(report);
+        if (told > MOST_PARTS)
+            fail(STATUS_BAD_INPUT, "%s: it tells of more than %lld parts",
+                 shown_name(settings.report).c_str(), ll(MOST_PARTS));
+        if (told > 0) return told;
+    }
+    const int64_t nparts = parts_in_name(settings.partition);
+    if (nparts >= 2 && nparts <= MOST_PARTS) return nparts;
+    fail(STATUS_USAGE, "%s: its name does not end with .part.K for 2 parts or more: -k is needed",
+         shown_name(settings.partition).c_str());
+}
+
+static void check_parts(const Settings &settings, const std::vector<int64_t> &part, int64_t nparts)
 {
     const auto largest = std::max_element(part.begin(), part.end());
-    int64_t nparts = settings.nparts > 0 ? settings.nparts : parts_in_report(report);
-    const bool asked = nparts > 0;
-    if (!asked) nparts = std::min(*largest + 1, static_cast<int64_t>(part.size()));
-    if (*largest < nparts) return nparts;
-    fail(STATUS_BAD_INPUT, "%s: vertex %lld is in part %lld%s", settings.partition.c_str(),
-         ll(largest - part.begin() + 1), ll(*largest),
-         asked ? text_of(", and there are %lld parts", ll(nparts)).c_str()
-               : ": more parts than vertices; -k allows them");
+    if (*largest >= nparts)
+        fail(STATUS_BAD_INPUT, "%s: vertex %lld is in part %lld, and there are %lld parts",
+             shown_name(settings.partition).c_str(), ll(largest - part.begin() + 1), ll(*largest),
+             ll(nparts));
+}
+
+static std::string read_report(const Settings &settings)
+{
+    if (settings.report.empty()) return "";
+    Budget budget = budget_for(settings, settings.report);
+    return or_fail([&] { return std::string(view_of(read_bytes(settings.report, &budget))); });
 }
 
 static Verified verify_files(const Settings &settings)
 {
     const bool reported = !settings.report.empty();
-    const LineMode lines = reported ? LINES_PIECES : static_cast<LineMode>(settings.lines);
+    Reading reading = reading_of(settings);
+    if (reported) reading.lines = LINES_PIECES;
     Findings findings;
     Verified verified;
-    verified.graph = read_hypergraph(settings.hypergraph, {lines, settings.from}, false, &findings);
+    verified.graph = read_hypergraph(settings, reading, &findings);
     if (!settings.quiet) tell_warnings(settings.hypergraph, findings);
-    verified.part = read_partition(settings.partition, verified.graph.nvertices);
-    const std::string report = reported ? read_whole(settings.report) : "";
-    const int64_t nparts = count_parts(settings, verified.part, report);
+    verified.part = read_partition(settings, verified.graph.nvertices);
+    const std::string report = read_report(settings);
+    const int64_t nparts = count_parts(settings, report);
+    check_parts(settings, verified.part, nparts);
     verified.figures = figures_of(verified.graph, verified.part, nparts);
     if (!settings.fix.empty())
         verified.claims.push_back(
-            check_fix(verified.part, read_fix(settings.fix, verified.graph.nvertices, nparts)));
+            check_fix(verified.part, read_fix(settings, verified.graph.nvertices, nparts)));
     if (was_given(settings, &Settings::expect))
         verified.claims.push_back(check_cut(settings.expect, verified.figures.cut));
     if (was_given(settings, &Settings::imbalance))
@@ -137,6 +176,26 @@ static Verified verify_files(const Settings &settings)
         verified.claims.push_back(check_keep(settings.keep, verified.figures));
     if (reported) verified.claims.push_back(check_report(settings, report, verified));
     return verified;
+}
+
+static std::vector<size_t> empty_parts(const Figures &figures)
+{
+    std::vector<size_t> empty;
+    for (size_t p = 0; p < figures.vertices.size(); p++)
+        if (figures.vertices[p] == 0) empty.push_back(p);
+    return empty;
+}
+
+/* "3 of 8 parts are empty: 5, 6, 7"; nothing if none is. */
+static std::string empty_parts_text(const Figures &figures)
+{
+    const std::vector<size_t> empty = empty_parts(figures);
+    if (empty.empty()) return "";
+    std::string text = text_of("%zu of %lld parts %s empty: ", empty.size(), ll(figures.nparts),
+                               empty.size() == 1 ? "is" : "are");
+    for (size_t i = 0; i < empty.size() && i < MOST_LISTED; i++)
+        text += (i > 0 ? ", " : "") + std::to_string(empty[i]);
+    return text + (empty.size() > MOST_LISTED ? ", ..." : "");
 }
 
 /* Absorption with six decimals; the whole part may have more digits than a double. */
@@ -164,6 +223,8 @@ static void print_figures(const Verified &verified)
     printf("  Absorption               %12s\n", absorption_text(figures).c_str());
     printf("  Heaviest part            %10.3f %%   above the average\n\n",
            imbalance_percent(figures));
+    const std::string empty = empty_parts_text(figures);
+    if (!empty.empty()) printf("  %s\n\n", empty.c_str());
     printf("  part   vertices     weight  external degree\n");
     for (size_t p = 0; p < figures.weight.size(); p++)
         printf("  %4zu %10lld %10lld %16lld\n", p, ll(figures.vertices[p]), ll(figures.weight[p]),
@@ -236,6 +297,7 @@ static Json figures_json(const Settings &settings, const Verified &verified)
                  {"scaled_cost", static_cast<double>(figures.scaled_cost)},
                  {"absorption", absorption_number(figures)},
                  {"imbalance_percent", imbalance_percent(figures)},
+                 {"empty_parts", empty_parts(figures)},
                  {"parts", parts_json(figures)}};
     if (settings.list_cut) json["cut_list"] = cut_json(verified);
     Json claims = Json::array();
@@ -256,6 +318,7 @@ static void print_csv(const Settings &settings, const Verified &verified)
            ll(figures.ncut), ll(figures.soed), ll(figures.km1));
     printf("scaled_cost,%.17Lg\nabsorption,%s\nimbalance_percent,%.17g\n", figures.scaled_cost,
            absorption_text(figures).c_str(), imbalance_percent(figures));
+    printf("empty_parts,%zu\n", empty_parts(figures).size());
     for (size_t p = 0; p < figures.weight.size(); p++)
         printf("part_%zu_vertices,%lld\npart_%zu_weight,%lld\npart_%zu_external_degree,%lld\n", p,
                ll(figures.vertices[p]), p, ll(figures.weight[p]), p, ll(figures.external[p]));
@@ -269,6 +332,8 @@ static void print_csv(const Settings &settings, const Verified &verified)
 Status run_verify(const Settings &settings)
 {
     const Verified verified = verify_files(settings);
+    const std::string empty = empty_parts_text(verified.figures);
+    if (!empty.empty() && !settings.quiet) fprintf(stderr, "zorpelx: %s\n", empty.c_str());
     if (settings.format == FORMAT_JSON)
         puts(figures_json(settings, verified)
                  .dump(2, ' ', false, Json::error_handler_t::replace)

@@ -25,7 +25,7 @@ class EveryCommand(Case):
 
     COMMANDS = {
         "partition": ("partition", "g.hgr", "-k", "2", "-b", "40", "-o", "-"),
-        "verify": ("verify", "g.hgr", "g.part"),
+        "verify": ("verify", "g.hgr", "g.part.2"),
         "lint": ("lint", "g.hgr"),
         "stats": ("stats", "g.hgr"),
     }
@@ -33,7 +33,7 @@ class EveryCommand(Case):
     def setUp(self):
         super().setUp()
         self.file("g.hgr", "2 4\n1 2 3\n3 4\n")
-        self.file("g.part", "0\n0\n1\n1\n")
+        self.file("g.part.2", "0\n0\n1\n1\n")
 
     def test_0_done(self):
         for words in self.COMMANDS.values():
@@ -45,7 +45,7 @@ class EveryCommand(Case):
                 done = self.fails(2, more[:6], *words, more)
                 self.assertIn(f"See zorpelx {name} --help.", done.stderr)
                 self.assertEqual(done.stdout, "")
-            self.fails(2, "fourth", *words, "g.part", "g.part", "fourth")
+            self.fails(2, "fourth", *words, "g.part.2", "g.part.2", "fourth")
 
     def test_3_a_file_with_an_error(self):
         self.file("g.hgr", "2 4\n1 2 3\n3 5\n")

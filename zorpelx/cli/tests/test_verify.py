@@ -20,10 +20,10 @@ class Figures(Case):
     def setUp(self):
         super().setUp()
         self.file("g.hgr", GRAPH)
-        self.file("g.part", PART)
+        self.file("g.part.2", PART)
 
     def test_figures_counted_by_hand(self):
-        answer = self.json_of("verify", "g.hgr", "g.part", "--format", "json", "--list-cut")
+        answer = self.json_of("verify", "g.hgr", "g.part.2", "--format", "json", "--list-cut")
         self.assertEqual((answer["cut"], answer["soed"], answer["connectivity"]), (7, 14, 7))
         self.assertEqual([part["weight"] for part in answer["parts"]], [3, 12])
         self.assertEqual([part["vertices"] for part in answer["parts"]], [2, 3])
@@ -34,8 +34,8 @@ class Figures(Case):
         self.assertEqual([cut["hyperedge"] for cut in answer["cut_list"]], [2, 3])
 
     def test_csv_holds_the_same_figures(self):
-        answer = self.json_of("verify", "g.hgr", "g.part", "--format", "json")
-        done = self.run_ok("verify", "g.hgr", "g.part", "--format", "csv")
+        answer = self.json_of("verify", "g.hgr", "g.part.2", "--format", "json")
+        done = self.run_ok("verify", "g.hgr", "g.part.2", "--format", "csv")
         rows = dict(csv.reader(io.StringIO(done.stdout)))
         for name in ("cut", "soed", "connectivity", "pins", "nparts", "cut_hyperedges"):
             self.assertEqual(int(rows[name]), answer[name])
@@ -44,27 +44,27 @@ class Figures(Case):
         self.assertEqual(rows["part_1_weight"], "12")
 
     def test_text_lists_the_cut_hyperedges(self):
-        done = self.run_ok("verify", "g.hgr", "g.part", "--list-cut")
+        done = self.run_ok("verify", "g.hgr", "g.part.2", "--list-cut")
         self.assertIn("Hyperedge cut                       7   (2 of 3 hyperedges)", done.stdout)
         self.assertIn("            3          4          3      2\n", done.stdout)
 
     def test_quiet_prints_only_what_is_false(self):
-        self.assertEqual(self.run_ok("verify", "g.hgr", "g.part", "--expect", 7, "-q").stdout, "")
-        done = self.fails(1, "it is 7, not 6", "verify", "g.hgr", "g.part", "--expect", 6, "-q")
+        self.assertEqual(self.run_ok("verify", "g.hgr", "g.part.2", "--expect", 7, "-q").stdout, "")
+        done = self.fails(1, "it is 7, not 6", "verify", "g.hgr", "g.part.2", "--expect", 6, "-q")
         self.assertEqual(done.stdout.count("\n"), 1)
 
     def test_sums_need_no_more_than_64_bits(self):
         nets = "".join("1000000000 1 2\n" for _ in range(2))
         self.file("h.hgr", "2 2 1\n" + nets)
-        self.file("h.part", "0\n1\n")
-        answer = self.json_of("verify", "h.hgr", "h.part", "--format", "json")
+        self.file("h.part.2", "0\n1\n")
+        answer = self.json_of("verify", "h.hgr", "h.part.2", "--format", "json")
         self.assertEqual((answer["cut"], answer["soed"]), (2_000_000_000, 4_000_000_000))
 
     def test_absorption_stays_exact_over_a_million_hyperedges(self):
         """In single precision the sum would stop growing by thirds long before."""
         self.file("h.hgr", "1000000 4\n" + "1 2 3 4\n" * 1000000)
-        self.file("h.part", "0\n0\n1\n2\n")
-        done = self.run_ok("verify", "h.hgr", "h.part", "--format", "csv")
+        self.file("h.part.3", "0\n0\n1\n2\n")
+        done = self.run_ok("verify", "h.hgr", "h.part.3", "--format", "csv")
         self.assertIn("absorption,333333.333333\n", done.stdout)
 
     def test_random_partitions_against_exact_fractions(self):
@@ -100,40 +100,41 @@ class Claims(Case):
     def setUp(self):
         super().setUp()
         self.file("g.hgr", GRAPH)
-        self.file("g.part", PART)
+        self.file("g.part.2", PART)
 
     def test_fixed_vertices(self):
         self.file("good.fix", "0\n-1\n-1\n1\n-1\n")
         self.file("bad.fix", "0\n-1\n0\n0\n-1\n")
-        self.run_ok("verify", "g.hgr", "g.part", "good.fix")
+        self.run_ok("verify", "g.hgr", "g.part.2", "good.fix")
         self.fails(
             1,
             "2 of 3 fixed vertices are elsewhere; the first is vertex 3, in part 1 " "instead of 0",
             "verify",
             "g.hgr",
-            "g.part",
+            "g.part.2",
             "bad.fix",
         )
 
     def test_fix_file_of_another_hypergraph(self):
         self.file("short.fix", "0\n-1\n")
-        self.fails(3, "short.fix:3:1: error F01", "verify", "g.hgr", "g.part", "short.fix")
+        self.fails(3, "short.fix:3:1: error F01", "verify", "g.hgr", "g.part.2", "short.fix")
 
     def test_balance(self):
-        self.fails(1, "part 0 weighs 3, not between 6 and 9", "verify", "g.hgr", "g.part", "-b", 5)
-        self.run_ok("verify", "g.hgr", "g.part", "--imbalance", 40)
+        words = ("verify", "g.hgr", "g.part.2", "-b", 5)
+        self.fails(1, "part 0 weighs 3, not between 6 and 9", *words)
+        self.run_ok("verify", "g.hgr", "g.part.2", "--imbalance", 40)
 
     def test_broken_partition_files(self):
         for content, sentence in {
             "0\n1\n0\n1\n": "4 part numbers for 5 vertices",
-            "0\n1\n0\n1\n0\n1\n": "wrong.part:6:1: more entries than the 5 vertices",
-            "0\n1\nx\n1\n0\n": "wrong.part:3:1: 'x' is not a part number",
-            "0\n1\n-1\n1\n0\n": "wrong.part:3:1: part number -1",
-            "0\n1\n9\n1\n0\n": "vertex 3 is in part 9: more parts than vertices",
-            "0\n1\n3000000000\n1\n0\n": "part number 3000000000",
+            "0\n1\n0\n1\n0\n1\n": "wrong.part.2:6:1: more entries than the 5 vertices",
+            "0\n1\nx\n1\n0\n": "wrong.part.2:3:1: 'x' is not a part number",
+            "0\n1\n-1\n1\n0\n": "wrong.part.2:3:1: -1 is not between 0 and 2147483646",
+            "0\n1\n9\n1\n0\n": "vertex 3 is in part 9, and there are 2 parts",
+            "0\n1\n3000000000\n1\n0\n": "3000000000 is not between",
         }.items():
-            self.file("wrong.part", content)
-            self.fails(3, sentence, "verify", "g.hgr", "wrong.part")
+            self.file("wrong.part.2", content)
+            self.fails(3, sentence, "verify", "g.hgr", "wrong.part.2")
 
     def test_part_beyond_those_asked_for(self):
         self.fails(
@@ -141,13 +142,40 @@ class Claims(Case):
             "vertex 3 is in part 2, and there are 2 parts",
             "verify",
             "g.hgr",
-            self.file("w.part", "0\n1\n2\n0\n0\n"),
+            self.file("w.part.2", "0\n1\n2\n0\n0\n"),
             "-k",
             2,
         )
 
+    def test_the_number_of_parts_is_told_by_the_name_or_asked_for(self):
+        """Not by the numbers in the file: parts at the end may be empty."""
+        for name in "p p.part p.part. p.part.x p.part.1 p.part.0 p.part.99999999".split():
+            self.file(name, PART)
+            self.fails(2, "-k is needed", "verify", "g.hgr", name)
+            answer = self.json_of("verify", "g.hgr", name, "-k", 3, "--format", "json")
+            self.assertEqual(answer["nparts"], 3)
+        for name in ("p.part.4", "q.part.2.part.4", "p.part.4.gz"):
+            self.file(name, PART)
+            answer = self.json_of("verify", "g.hgr", name, "--format", "json")
+            self.assertEqual((answer["nparts"], answer["empty_parts"]), (4, [2, 3]))
+
+    def test_empty_parts_are_told(self):
+        self.file("g.part.4", "0\n" * 5)
+        done = self.run_ok("verify", "g.hgr", "g.part.4")
+        self.assertEqual(done.stderr, "zorpelx: 3 of 4 parts are empty: 1, 2, 3\n")
+        self.assertIn("3 of 4 parts are empty: 1, 2, 3", done.stdout)
+        self.assertIn("300.000 %   above the average", done.stdout)
+        done = self.run_ok("verify", "g.hgr", "g.part.4", "--format", "csv")
+        self.assertIn("empty_parts,3\n", done.stdout)
+        self.assertEqual(self.run_ok("verify", "g.hgr", "g.part.4", "-q").stderr, "")
+
+    def test_a_partition_without_its_last_newline_may_have_been_cut(self):
+        self.file("g.part.2", PART[:-1])
+        done = self.run_ok("verify", "g.hgr", "g.part.2")
+        self.assertIn("g.part.2: the last line has no newline", done.stderr)
+
     def test_missing_files(self):
-        self.fails(5, "No such file", "verify", "absent.hgr", "g.part")
+        self.fails(5, "No such file", "verify", "absent.hgr", "g.part.2")
         self.fails(5, "No such file", "verify", "g.hgr", "absent.part")
 
 
@@ -195,8 +223,8 @@ class Reports(Case):
         parts = self.text(part).split()
         for v in range(0, len(parts), 7):
             moved = [*parts[:v], str((int(parts[v]) + 1) % 5), *parts[v + 1 :]]
-            self.file("moved", "\n".join(moved) + "\n")
-            words = ("verify", "cpu32_bus.hgr", "moved", "--report", "report")
+            self.file("moved.part.5", "\n".join(moved) + "\n")
+            words = ("verify", "cpu32_bus.hgr", "moved.part.5", "--report", "report")
             self.fails(1, "FALSE: report", *words)
 
     def test_a_report_of_another_hypergraph(self):
@@ -213,6 +241,26 @@ class Reports(Case):
         self.fails(1, "should read", "verify", "cpu32_bus.hgr", part, "--report", "changed")
         self.file("changed", report[: report.index("\n  Summary")])
         self.fails(1, "no statistics", "verify", "cpu32_bus.hgr", part, "--report", "changed")
+
+    def test_long_reports_take_no_longer_than_they_are(self):
+        """2 MB of this took 13 s; the time is of the whole command."""
+        part = self.partition_by_zorpel("cpu32_bus.hgr", 2)
+        self.file("rubbish", "-nan" * 500000)
+        self.fails(
+            1,
+            "should read",
+            *("verify", "cpu32_bus.hgr", part, "--report", "rubbish"),
+            timeout=5,
+        )
+
+    def test_the_parts_that_a_report_tells_of_are_bounded(self):
+        part = self.partition_by_zorpel("cpu32_bus.hgr", 2)
+        for number in ("1000001", "100000000000", "99999999999999999999999"):
+            self.file("vast", f"\n  Summary for the {number}-way partition:")
+            words = ("verify", "cpu32_bus.hgr", part, "--report", "vast")
+            self.fails(3, "it tells of more than 1000000 parts", *words, timeout=5)
+        self.file("none", "\n  Summary for the -5-way partition:")
+        self.fails(1, "FALSE: report", "verify", "cpu32_bus.hgr", part, "--report", "none")
 
     def test_a_weightless_part_prints_what_zorpel_prints(self):
         self.file("z.hgr", "1 4 10\n1 2 3 4\n0\n0\n0\n0\n")

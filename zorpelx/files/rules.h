@@ -1,16 +1,20 @@
-/* zorpelx/cli/rules.h: the numbered rules that lint holds files against. */
-#ifndef ZORPELX_CLI_RULES_H
-#define ZORPELX_CLI_RULES_H
+/* zorpelx/files/rules.h: the numbered rules that files are held against. */
+#ifndef ZORPELX_FILES_RULES_H
+#define ZORPELX_FILES_RULES_H
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
+#include "budget.h"
+
 enum Severity {
     NOTE,    // harmless, worth knowing
     WARNING, // read in another way than the file suggests
+    LOSS,    // read without some of its vertices or weights: an error unless that is forced
     ERROR    // cannot be partitioned, or not safely
 };
+constexpr int NSEVERITIES = ERROR + 1;
 
 /* Rules in the order of the table. */
 enum RuleIndex {
@@ -47,6 +51,8 @@ enum RuleIndex {
     RULE_ISLANDS,
     RULE_TWIN_NETS,
     RULE_HOLLOW,
+    RULE_OTHER_FORMAT,
+    RULE_UNENDED,
     RULE_FIX_SHORT,
     RULE_FIX_RUBBISH,
     RULE_FIX_NEGATIVE,
@@ -55,6 +61,7 @@ enum RuleIndex {
     RULE_FIX_LINES,
     RULE_FIX_RANGE,
     RULE_FIX_NONE,
+    RULE_FIX_UNENDED,
     NRULES
 };
 
@@ -62,6 +69,7 @@ struct Rule {
     const char *id;
     const char *name;
     Severity severity;
+    bool stops; // zorpel refuses a file for it, unless its place makes it a warning
     const char *title;
     const char *explanation;
 };
@@ -70,6 +78,7 @@ extern const Rule RULES[NRULES];
 /* The rule with this id or name, letters of any case; null if there is none. */
 const Rule *find_rule(const std::string &word);
 
+/* "note", "warning" or "error". */
 const char *severity_name(Severity severity);
 
 /* A place in a file, counted from 1; line 0: the file as a whole. */
@@ -86,20 +95,30 @@ struct Finding {
 
 /* What was found in one file.
  *   F1  count[r] is the number of findings of rule r, listed holds the first `most` of each,
- *       all of them if that is 0; so it holds the first finding of every kind */
+ *       all of them if that is 0; and the first of each severity of a rule in any case
+ *   F2  severities[s] is the number of findings of severity s
+ *   F3  stops is the number of findings for which zorpel refuses the file */
 struct Findings {
     std::vector<Finding> listed;
     int64_t count[NRULES] = {};
-    int64_t severities[ERROR + 1] = {};
+    int64_t severities[NSEVERITIES] = {};
+    bool met[NRULES][NSEVERITIES] = {};
+    int64_t stops = 0;
     int64_t most = 20;
+    Budget *budget = nullptr; // charged with what is listed; or null
 };
 
 void add_finding(Findings *findings, RuleIndex rule, Place place, std::string text);
-void add_milder(Findings *findings, RuleIndex rule, Severity severity, Place place,
-                std::string text);
 
-/* The first finding that is an error; null if there is none. */
-const Finding *first_error(const Findings &findings);
+/* With a severity that is not the rule's own. */
+void add_finding_as(Findings *findings, RuleIndex rule, Severity severity, Place place,
+                    std::string text);
+
+/* The first listed finding that is at least as severe; null if there is none. */
+const Finding *first_finding(const Findings &findings, Severity least);
+
+/* Errors and losses. */
+int64_t count_errors(const Findings &findings);
 
 /* "FILE:LINE:COLUMN: error H09 vertex-above: text" */
 std::string finding_line(const std::string &file, const Finding &finding);

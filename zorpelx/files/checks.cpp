@@ -1,8 +1,10 @@
-/* zorpelx/cli/checks.cpp: what shows once a hypergraph file is read to its end. */
+/* zorpelx/files/checks.cpp: what shows once a hypergraph file is read to its end. */
 #include <algorithm>
-#include <numeric>
+#include <cstdint>
+#include <tuple>
+#include <vector>
 
-#include "failure.h"
+#include "fileerror.h"
 #include "reading.h"
 
 constexpr int64_t MOST_WEIGHT = 2147483646; // total of one kind of weights
@@ -53,32 +55,68 @@ static void check_isolated(Scan *scan)
                                 ll(static_cast<int64_t>(v) + scan->reading.first)));
 }
 
-/* Hyperedges ordered by their vertices, so that twins stand together. */
+/* A number that depends on the vertices of hyperedge e, not on their order. */
+static uint64_t mixed_pins(const Hypergraph &graph, int64_t e)
+{
+    uint64_t sum = 0;
+    for (int64_t j = graph.start[static_cast<size_t>(e)];
+         j < graph.start[static_cast<size_t>(e) + 1]; j++) {
+        uint64_t x = static_cast<uint64_t>(graph.pins[static_cast<size_t>(j)]) + 1;
+        x *= 0x9e3779b97f4a7c15; // scatters neighbouring numbers over all 64 bits
+        x ^= x >> 29;
+        x *= 0xbf58476d1ce4e5b9;
+        sum += x ^ x >> 32;
+    }
+    return sum;
+}
+
+static std::vector<int32_t> sorted_pins(const Hypergraph &graph, int64_t e)
+{
+    const auto begin = graph.pins.begin() + graph.start[static_cast<size_t>(e)];
+    std::vector<int32_t> pins(begin, begin + net_size(graph, e));
+    std::sort(pins.begin(), pins.end());
+    return pins;
+}
+
+struct MixedNet {
+    uint64_t mix;
+    int64_t size, e;
+};
+
+static bool mix_before(const MixedNet &a, const MixedNet &b)
+{
+    return std::tuple(a.mix, a.size, a.e) < std::tuple(b.mix, b.size, b.e);
+}
+
+/* Hyperedges in the order of a mix of their vertices, so that twins stand side by side; only
+ * neighbours of the same mix are compared. O(pins + hyperedges x log hyperedges). */
 static void check_twins(Scan *scan, const Hypergraph &graph)
 {
-    std::vector<int32_t> pins = graph.pins;
-    std::vector<int64_t> order(static_cast<size_t>(graph.nnets));
-    std::iota(order.begin(), order.end(), 0);
-    const auto at = [&](int64_t e) { return pins.begin() + graph.start[static_cast<size_t>(e)]; };
-    for (const int64_t e : order) std::sort(at(e), at(e + 1));
-    const auto before = [&](int64_t a, int64_t b) {
-        return std::lexicographical_compare(at(a), at(a + 1), at(b), at(b + 1));
-    };
-    std::stable_sort(order.begin(), order.end(), before);
-    for (size_t i = 1; i < order.size(); i++) {
-        const int64_t a = order[i - 1], b = order[i];
-        if (net_size(graph, b) > 1 && !before(a, b))
-            add_finding(scan->findings, RULE_TWIN_NETS, scan->netplace[static_cast<size_t>(b)],
-                        text_of("hyperedge %lld joins the same vertices as hyperedge %lld",
-                                ll(b + 1), ll(a + 1)));
+    const size_t nnets = static_cast<size_t>(graph.nnets);
+    charge(scan->budget, nnets * sizeof(MixedNet));
+    std::vector<MixedNet> nets(nnets);
+    for (size_t i = 0; i < nnets; i++) {
+        const int64_t e = static_cast<int64_t>(i);
+        nets[i] = {mixed_pins(graph, e), net_size(graph, e), e};
     }
+    check_time(*scan->budget);
+    std::sort(nets.begin(), nets.end(), mix_before);
+    for (size_t i = 1; i < nnets; i++) {
+        const MixedNet &a = nets[i - 1], &b = nets[i];
+        if (b.size < 2 || a.mix != b.mix || a.size != b.size) continue;
+        if (sorted_pins(graph, a.e) != sorted_pins(graph, b.e)) continue;
+        add_finding(scan->findings, RULE_TWIN_NETS, scan->netplace[static_cast<size_t>(b.e)],
+                    text_of("hyperedge %lld joins the same vertices as hyperedge %lld", ll(b.e + 1),
+                            ll(a.e + 1)));
+    }
+    give_back(scan->budget, nnets * sizeof(MixedNet));
 }
 
 void check_whole(Scan *scan, const Hypergraph &graph)
 {
     if (scan->reading.first == 1 && scan->zero.line > 0 && scan->largest < graph.nvertices)
         add_finding(scan->findings, RULE_ZERO_BASED, scan->zero,
-                    text_of("the smallest vertex number is 0, the largest %lld of %lld",
+                    text_of("the smallest vertex number is 0, the largest %lld of %lld (--from 0)",
                             ll(scan->largest), ll(graph.nvertices)));
     if (scan->crlf > 0) add_finding(scan->findings, RULE_LINE_ENDS, {scan->crlf, 1}, "CR LF");
     check_sum(scan, graph.netwgt, graph.netweights, scan->netplace, "hyperedges");
@@ -89,6 +127,7 @@ void check_whole(Scan *scan, const Hypergraph &graph)
         add_finding(scan->findings, RULE_NO_ROOM, scan->tight,
                     text_of("zorpel makes room for %lld vertex entries, and there are %lld",
                             ll(std::max(scan->room, int64_t{0})), ll(used)));
+    if (!scan->reading.notes) return;
     check_isolated(scan);
     check_twins(scan, graph);
 }

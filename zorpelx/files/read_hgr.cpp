@@ -1,29 +1,19 @@
-/* zorpelx/cli/hypergraph.cpp: the reader of hypergraph files.
+/* zorpelx/files/read_hgr.cpp: the reader of hypergraph files.
  *
  * One pass over the text. A mark per vertex (the last hyperedge that listed it) tells repeated
  * ones; the count that zorpel's first pass would make is kept beside, to tell whether it stops.
+ * Arrays grow with the lines that fill them: of the header only the number of vertices is believed,
+ * and that as far as the length of the file bears it out.
  */
-#include "hypergraph.h"
+#include "read_hgr.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <numeric>
 
-#include "failure.h"
-#include "input.h"
+#include "fileerror.h"
+#include "known.h"
 #include "reading.h"
 
 constexpr int64_t HOLLOW_COUNT = 1000000, HOLLOW_RATIO = 16;
-
-int64_t net_size(const Hypergraph &graph, int64_t e)
-{
-    return graph.start[static_cast<size_t>(e) + 1] - graph.start[static_cast<size_t>(e)];
-}
-
-int64_t total_weight(const std::vector<int64_t> &weights)
-{
-    return std::accumulate(weights.begin(), weights.end(), int64_t{0});
-}
 
 static long long ll(int64_t number)
 {
@@ -40,15 +30,13 @@ static void check_range(Scan *scan, const Token &token)
 /* A line, or the first part of one, that zorpel does not read at once. */
 static void found_long(Scan *scan, const Line &line)
 {
+    static const Severity severities[] = {ERROR, WARNING, NOTE}; // by LineMode
     const LineMode mode = scan->reading.lines;
-    const Place place = {line.number, line.column + PIECE};
-    if (mode == LINES_PIECES)
-        add_milder(scan->findings, RULE_LONG_LINE, NOTE, place,
-                   "a line is read in pieces: the next one begins here");
-    else
-        add_milder(scan->findings, RULE_LONG_LINE, mode == LINES_WHOLE ? NOTE : ERROR, place,
-                   text_of("the line has %lld characters, more than %lld",
-                           ll(line.end - line.begin), ll(PIECE)));
+    add_finding_as(
+        scan->findings, RULE_LONG_LINE, severities[mode], {line.number, line.column + PIECE},
+        mode == LINES_PIECES ? "a line is read in pieces: the next one begins here"
+                             : text_of("the line has %lld characters; zorpel reads %lld at a time",
+                                       ll(line.end - line.begin), ll(PIECE)));
 }
 
 /* The next line that is no comment; false at the end of the file. */
@@ -57,6 +45,7 @@ static bool data_line(Scan *scan, Line *line)
     while (!at_end(scan->text)) {
         *line = take_line(&scan->text);
         const int64_t length = line->end - line->begin;
+        look_at_clock(scan, scan->text.place);
         if (is_long(*line) || (length == PIECE && scan->text.column > 1 && !at_end(scan->text)))
             found_long(scan, *line);
         if (length > 1 && line->end[-1] == '\n' && line->end[-2] == '\r' && scan->crlf == 0)
@@ -66,20 +55,20 @@ static bool data_line(Scan *scan, Line *line)
     return false;
 }
 
-/* Adds a finding about a token that is no number. */
-static void found_rubbish(Scan *scan, RuleIndex rule, const Token &token)
+/* Adds a finding about a token that is no number: a comment, which loses nothing, or text. */
+static void found_rubbish(Scan *scan, RuleIndex rule, const Line &line, const Token &token)
 {
     if (*token.begin == '%')
         add_finding(scan->findings, RULE_COMMENT, token.place, "% after the start of the line");
     else
         add_finding(scan->findings, rule, token.place,
-                    text_of("'%s' is not a number", shown(token).c_str()));
+                    text_of("'%s' is not a whole number", shown_word(line, token).c_str()));
 }
 
 static void skip_mark(Scan *scan)
 {
     Text *const text = &scan->text;
-    if (text->size < 3 || std::string(text->bytes, 3) != "\xef\xbb\xbf") return;
+    if (text->size < 3 || std::string_view(text->bytes, 3) != "\xef\xbb\xbf") return;
     text->place = 3;
     add_finding(scan->findings, RULE_MARK, {1, 1}, "the bytes EF BB BF before the first line");
 }
@@ -106,18 +95,29 @@ static void check_code(Scan *scan, Place place)
                             (code / 10 % 10 > 0 ? 10 : 0) + (code % 10 > 0 ? 1 : 0)));
 }
 
+/* What stands behind the numbers of the header that are read. A third word that is no number is
+ * read as no format code, and all weights go with it. */
+static void header_rest(Scan *scan, const Line &line, const Token &token, bool coded)
+{
+    const bool number = token.kind == TOKEN_NUMBER;
+    if (token.kind == TOKEN_END) return;
+    if (*token.begin == '%') return found_rubbish(scan, RULE_HEADER_REST, line, token);
+    const bool glued = token.begin > line.begin && token.begin[-1] >= '0' && token.begin[-1] <= '9';
+    add_finding_as(scan->findings, RULE_HEADER_REST, (glued || !coded) && !number ? LOSS : WARNING,
+                   token.place, text_of("'%s' is ignored", shown(token).c_str()));
+}
+
 static void header_code(Scan *scan, Line *line)
 {
     Token token = take_token(line);
+    const bool coded = token.kind == TOKEN_NUMBER;
     check_range(scan, token);
-    if (token.kind == TOKEN_NUMBER) {
+    if (coded) {
         scan->code = token.value;
         check_code(scan, token.place);
         token = take_token(line);
     }
-    if (token.kind == TOKEN_END) return;
-    add_finding(scan->findings, RULE_HEADER_REST, token.place,
-                text_of("'%s' is ignored", shown(token).c_str()));
+    header_rest(scan, *line, token, coded);
 }
 
 /* False if there is nothing to go on with. */
@@ -182,7 +182,7 @@ static void list_ended(Scan *scan, Line *line, Token token)
 {
     if (token.kind == TOKEN_END) return;
     if (token.kind == TOKEN_RUBBISH)
-        found_rubbish(scan, RULE_RUBBISH, token);
+        found_rubbish(scan, RULE_RUBBISH, *line, token);
     else
         add_finding(scan->findings, RULE_LIST_ENDED, token.place,
                     text_of("%lld ends the list%s", ll(token.value),
@@ -199,15 +199,15 @@ static void add_pin(Scan *scan, Hypergraph *graph, int64_t e, const Token &token
                     text_of("vertex %lld of %lld", ll(token.value), ll(graph->nvertices)));
         return;
     }
-    int64_t *const last = &scan->last[static_cast<size_t>(v)];
+    int32_t *const last = &scan->last[static_cast<size_t>(v)];
     if (*last == e) {
         add_finding(
             scan->findings, RULE_REPEATED_PIN, token.place,
             text_of("vertex %lld is in hyperedge %lld already", ll(token.value), ll(e + 1)));
         return;
     }
-    *last = e;
-    graph->pins.push_back(static_cast<int32_t>(v));
+    *last = static_cast<int32_t>(e);
+    push_charged(scan->budget, &graph->pins, static_cast<int32_t>(v));
 }
 
 static void scan_pins(Scan *scan, Hypergraph *graph, int64_t e, Line *line)
@@ -215,6 +215,7 @@ static void scan_pins(Scan *scan, Hypergraph *graph, int64_t e, Line *line)
     for (;;) {
         const Token token = take_token(line);
         check_range(scan, token);
+        look_at_clock(scan, token.begin - scan->text.bytes);
         const bool listed = token.kind == TOKEN_NUMBER && token.value >= scan->reading.first;
         if (!listed) return list_ended(scan, line, token);
         note_number(scan, token);
@@ -239,8 +240,8 @@ static void check_size(Scan *scan, const Hypergraph &graph, int64_t e, const Lin
     const int64_t size = net_size(graph, e);
     const Place place = {line.number, line.column};
     if (size == 0)
-        add_milder(scan->findings, RULE_EMPTY_NET, e + 1 < graph.nnets ? ERROR : WARNING, place,
-                   text_of("hyperedge %lld has no vertex", ll(e + 1)));
+        add_finding_as(scan->findings, RULE_EMPTY_NET, e + 1 < graph.nnets ? ERROR : WARNING, place,
+                       text_of("hyperedge %lld has no vertex", ll(e + 1)));
     if (size == 1)
         add_finding(scan->findings, RULE_SINGLE_PIN, place,
                     text_of("hyperedge %lld has one vertex", ll(e + 1)));
@@ -259,33 +260,42 @@ static void scan_nets(Scan *scan, Hypergraph *graph)
         const int64_t room = first_pass_count(*scan, line, graph->netweights);
         const Place place = {line.number, line.column};
         scan->room += room;
-        scan->netplace.push_back(place);
-        graph->netwgt.push_back(graph->netweights ? net_weight(scan, &line) : 1);
+        push_charged(scan->budget, &scan->netplace, place);
+        push_charged(scan->budget, &graph->netwgt,
+                     graph->netweights ? net_weight(scan, &line) : int64_t{1});
         scan_pins(scan, graph, e, &line);
-        graph->start.push_back(static_cast<int64_t>(graph->pins.size()));
+        push_charged(scan->budget, &graph->start, static_cast<int64_t>(graph->pins.size()));
         if (scan->tight.line == 0 && net_size(*graph, e) > room) scan->tight = place;
         check_size(scan, *graph, e, line);
     }
 }
 
+static void weight_rest(Scan *scan, Line *line)
+{
+    const Token token = take_token(line);
+    if (token.kind == TOKEN_RUBBISH) found_rubbish(scan, RULE_WEIGHT_REST, *line, token);
+    if (token.kind == TOKEN_NUMBER)
+        add_finding(scan->findings, RULE_WEIGHT_REST, token.place,
+                    text_of("'%s' is ignored", shown(token).c_str()));
+}
+
 static int64_t vertex_weight(Scan *scan, Line *line)
 {
-    Token token = take_token(line);
+    const Token token = take_token(line);
     check_range(scan, token);
     if (token.kind == TOKEN_END)
         add_finding(scan->findings, RULE_NO_VERTEX_WEIGHT, token.place, "the line is blank");
-    if (token.kind == TOKEN_RUBBISH) found_rubbish(scan, RULE_NO_VERTEX_WEIGHT, token);
+    if (token.kind == TOKEN_RUBBISH)
+        add_finding(scan->findings, RULE_NO_VERTEX_WEIGHT, token.place,
+                    text_of("'%s' is not a whole number", shown_word(*line, token).c_str()));
     if (token.kind != TOKEN_NUMBER) return 0;
     if (token.value < 0)
         add_finding(scan->findings, RULE_NEGATIVE_WEIGHT, token.place,
                     text_of("vertex weight %lld", ll(token.value)));
     if (token.value == 0)
         add_finding(scan->findings, RULE_ZERO_VERTEX_WEIGHT, token.place, "vertex weight 0");
-    const int64_t weight = token.value;
-    if ((token = take_token(line)).kind != TOKEN_END)
-        add_finding(scan->findings, RULE_WEIGHT_REST, token.place,
-                    text_of("'%s' is ignored", shown(token).c_str()));
-    return weight;
+    weight_rest(scan, line);
+    return token.value;
 }
 
 static void scan_vertex_weights(Scan *scan, Hypergraph *graph)
@@ -298,7 +308,7 @@ static void scan_vertex_weights(Scan *scan, Hypergraph *graph)
                 text_of("%lld of %lld vertex weights are there", ll(v), ll(graph->nvertices)));
             break;
         }
-        scan->wgtplace.push_back({line.number, line.column});
+        push_charged(scan->budget, &scan->wgtplace, Place{line.number, line.column});
         graph->vertexwgt[static_cast<size_t>(v)] = vertex_weight(scan, &line);
     }
 }
@@ -308,60 +318,87 @@ static void scan_rest(Scan *scan, const Hypergraph &graph)
     Line line;
     Place place = {0, 0};
     int64_t nlines = 0;
+    bool numbers = false; // some line begins with one
     while (data_line(scan, &line)) {
         if (is_blank(line)) continue;
         if (nlines++ == 0) place = {line.number, 1};
+        numbers = numbers || take_token(&line).kind == TOKEN_NUMBER;
     }
     if (nlines == 0) return;
     const bool weights = nlines == graph.nvertices && !graph.vertexweights;
-    add_finding(
-        scan->findings, RULE_TRAILING, place,
+    add_finding_as(
+        scan->findings, RULE_TRAILING, numbers ? LOSS : WARNING, place,
         text_of("%lld line%s too many%s", ll(nlines), nlines == 1 ? "" : "s",
                 weights ? ", as many as vertices: the format code may lack vertex weights" : ""));
 }
 
-Hypergraph scan_hypergraph(const std::string &bytes, Reading reading, Findings *findings)
+/* The arrays of which the header alone tells the size. */
+static void make_vertex_arrays(Scan *scan, Hypergraph *graph)
+{
+    const size_t nvertices = static_cast<size_t>(graph->nvertices);
+    charge(scan->budget, nvertices * (sizeof scan->last[0] + sizeof graph->vertexwgt[0]));
+    scan->last.assign(nvertices, -1);
+    graph->vertexwgt.assign(nvertices, 1);
+}
+
+static void check_end(Scan *scan)
+{
+    const Text &text = scan->text;
+    if (text.size > 0 && text.bytes[text.size - 1] != '\n')
+        add_finding(scan->findings, RULE_UNENDED, {text.number, text.column},
+                    "the file ends within a line");
+}
+
+static void give_back_places(Scan *scan)
+{
+    give_back(scan->budget, scan->last.capacity() * sizeof scan->last[0] +
+                                scan->netplace.capacity() * sizeof scan->netplace[0] +
+                                scan->wgtplace.capacity() * sizeof scan->wgtplace[0]);
+}
+
+Hypergraph scan_hypergraph(std::string_view bytes, Reading reading, Findings *findings,
+                           Budget *budget)
 {
     Hypergraph graph = {0, 0, false, false, {0}, {}, {}, {}};
     Scan scan = {};
     scan.text = text_over(bytes, reading.lines == LINES_PIECES);
     scan.reading = reading;
     scan.findings = findings;
+    scan.budget = budget;
+    charge(budget, graph.start.capacity() * sizeof graph.start[0]);
+    if (const char *const format = known_format(bytes))
+        add_finding(findings, RULE_OTHER_FORMAT, {1, 1},
+                    text_of("it begins as %s files do", format));
     if (!scan_header(&scan, &graph)) {
         graph.nvertices = graph.nnets = 0;
         return graph;
     }
-    scan.last.assign(static_cast<size_t>(graph.nvertices), -1);
-    graph.vertexwgt.assign(static_cast<size_t>(graph.nvertices), 1);
+    make_vertex_arrays(&scan, &graph);
     scan_nets(&scan, &graph);
     if (graph.vertexweights) scan_vertex_weights(&scan, &graph);
     scan_rest(&scan, graph);
+    check_end(&scan);
     check_whole(&scan, graph);
+    give_back_places(&scan);
     return graph;
 }
 
-static const Finding *first_warning(const Findings &findings)
+/* zorpel reads lines in pieces, and vertices from 1. */
+static bool reads_as_zorpel(Reading reading, const Findings &findings)
 {
-    for (const Finding &finding : findings.listed)
-        if (finding.severity >= WARNING) return &finding;
-    return nullptr;
+    if (reading.first != 1) return false;
+    return reading.lines == LINES_PIECES || findings.count[RULE_LONG_LINE] == 0;
 }
 
-Hypergraph read_hypergraph(const std::string &name, Reading reading, bool strict,
-                           Findings *findings)
+Judgement judge(std::string_view bytes, Reading reading, const Findings &findings, Budget *budget)
 {
-    Hypergraph graph = scan_hypergraph(read_whole(name), reading, findings);
-    const Finding *const bad = strict ? first_warning(*findings) : first_error(*findings);
-    if (bad != nullptr)
-        fail(STATUS_BAD_INPUT, "%s\n(zorpelx lint tells more)",
-             finding_line(shown_name(name), *bad).c_str());
-    return graph;
-}
-
-void tell_warnings(const std::string &name, const Findings &findings)
-{
-    const int64_t count = findings.severities[WARNING];
-    if (count > 0)
-        fprintf(stderr, "zorpelx: %s: %lld warning%s; zorpelx lint tells more\n",
-                shown_name(name).c_str(), ll(count), count == 1 ? "" : "s");
+    if (!reads_as_zorpel(reading, findings)) {
+        Findings again;
+        Budget own = *budget; // what it takes is given back at its end
+        const Reading as_zorpel = {LINES_PIECES, 1, false};
+        scan_hypergraph(bytes, as_zorpel, &again, &own);
+        return judge(bytes, as_zorpel, again, &own);
+    }
+    if (findings.stops > 0) return JUDGED_REFUSED;
+    return findings.count[RULE_HOLLOW] > 0 ? JUDGED_UNKNOWN : JUDGED_READ;
 }

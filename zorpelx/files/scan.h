@@ -1,9 +1,10 @@
-/* zorpelx/cli/scan.h: lines and tokens of a text, with their places. */
-#ifndef ZORPELX_CLI_SCAN_H
-#define ZORPELX_CLI_SCAN_H
+/* zorpelx/files/scan.h: lines and tokens of a text, with their places. */
+#ifndef ZORPELX_FILES_SCAN_H
+#define ZORPELX_FILES_SCAN_H
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "rules.h"
 
@@ -40,7 +41,7 @@ struct Token {
     const char *begin, *end; // its characters
 };
 
-Text text_over(const std::string &bytes, bool pieces);
+Text text_over(std::string_view bytes, bool pieces);
 bool at_end(const Text &text);
 
 /* The next line, up to and with its newline, or the next piece of it. */
@@ -59,5 +60,8 @@ Token take_token(Line *line);
 
 /* The token as a message shows it: shortened, unprintable characters as dots. */
 std::string shown(const Token &token);
+
+/* The same, from the white space before the token on: "1.5" for the ".5" behind a 1. */
+std::string shown_word(const Line &line, const Token &token);
 
 #endif

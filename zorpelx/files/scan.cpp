@@ -1,10 +1,10 @@
-/* zorpelx/cli/scan.cpp: lines and tokens of a text, with their places. */
+/* zorpelx/files/scan.cpp: lines and tokens of a text, with their places. */
 #include "scan.h"
 
 #include <climits>
 #include <cstring>
 
-Text text_over(const std::string &bytes, bool pieces)
+Text text_over(std::string_view bytes, bool pieces)
 {
     return {bytes.data(), static_cast<int64_t>(bytes.size()), 0, 0, 1, pieces};
 }
@@ -91,12 +91,24 @@ Token take_token(Line *line)
     return token;
 }
 
-std::string shown(const Token &token)
+static std::string printable(const char *begin, const char *end)
 {
     constexpr int64_t MOST = 24;
     std::string text;
-    for (const char *s = token.begin; s < token.end && s < token.begin + MOST; s++)
+    for (const char *s = begin; s < end && s < begin + MOST; s++)
         text += *s >= ' ' && *s <= '~' ? *s : '.';
-    if (token.end - token.begin > MOST) text += "...";
+    if (end - begin > MOST) text += "...";
     return text;
+}
+
+std::string shown(const Token &token)
+{
+    return printable(token.begin, token.end);
+}
+
+std::string shown_word(const Line &line, const Token &token)
+{
+    const char *begin = token.begin;
+    while (begin > line.begin && !is_space(begin[-1])) begin--;
+    return printable(begin, token.end);
 }

@@ -1,0 +1,56 @@
+/* zorpelx/files/budget.h: the memory and the time that reading may take.
+ *
+ * Everything whose size a file decides is charged before it is taken, from the first byte on: the
+ * bytes read, what they expand to, and the arrays made of them.
+ */
+#ifndef ZORPELX_FILES_BUDGET_H
+#define ZORPELX_FILES_BUDGET_H
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+/*   B1  used <= most */
+struct Budget {
+    std::string name; // of the file, for messages
+    size_t most;      // bytes that may be held at once
+    size_t used;
+    bool capped;                // the caller chose most; otherwise it is the machine's memory
+    double deadline;            // on the clock of budget_clock(), in seconds; 0: none
+    const volatile int *cancel; // reading ends soon after it is not 0; or null
+};
+
+/* Seconds on a clock that only goes forward. */
+double budget_clock();
+
+/*   memory   most bytes held at once; 0: as many as the machine has
+ *   timeout  seconds from began on; 0: no deadline */
+Budget make_budget(const std::string &name, size_t memory, double timeout, double began);
+
+/* Errors  ZORPELX_NO_MEMORY past the most */
+void charge(Budget *budget, size_t bytes);
+void give_back(Budget *budget, size_t bytes);
+
+/* Errors  ZORPELX_TIMEOUT past the deadline, ZORPELX_CANCELLED once the flag is set */
+void check_time(const Budget &budget);
+
+/* Seconds until the deadline, at most `most`. */
+double time_left(const Budget &budget, double most);
+
+/* Appends to a vector that is charged with its capacity. While it grows, the old array and the new
+ * one are both held. */
+template <class T> void push_charged(Budget *budget, std::vector<T> *list, const T &value)
+{
+    constexpr size_t FIRST_CAPACITY = 64;
+    const size_t old = list->capacity();
+    if (list->size() == old) {
+        const size_t larger = old < FIRST_CAPACITY ? FIRST_CAPACITY : 2 * old;
+        charge(budget, larger * sizeof(T));
+        list->reserve(larger);
+        give_back(budget, old * sizeof(T));
+    }
+    list->push_back(value);
+}
+
+#endif
