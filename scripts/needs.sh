@@ -34,6 +34,8 @@ note_missing_for_zorpelx() {
     [ -e /usr/include/nlohmann/json.hpp ] || MISSING="$MISSING nlohmann-json3-dev"
     [ -e /usr/include/zlib.h ] || MISSING="$MISSING zlib1g-dev"
     [ -e /usr/include/zstd.h ] || MISSING="$MISSING libzstd-dev"
+    [ -e /usr/include/lzma.h ] || MISSING="$MISSING liblzma-dev"
+    [ -e /usr/include/bzlib.h ] || MISSING="$MISSING libbz2-dev"
 }
 
 note_missing_for_tests() {
