@@ -52,6 +52,10 @@ note_missing_for_tests() {
     if ! /usr/bin/python3 -c 'import numpy, scipy' 2>/dev/null; then
         MISSING="$MISSING python3-numpy python3-scipy"
     fi
+    # The wheel is built and installed without a network.
+    if ! /usr/bin/python3 -c 'import setuptools, wheel, venv, ensurepip, pip' 2>/dev/null; then
+        MISSING="$MISSING python3-pip python3-setuptools python3-venv python3-wheel"
+    fi
 }
 
 install_missing() {

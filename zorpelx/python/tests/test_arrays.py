@@ -67,6 +67,21 @@ class NumpyTest(unittest.TestCase):
         spread = numpy.array([[v, -1] for v in EIND])[:, 0]
         self.assertEqual(zorpel.as_hypergraph((EPTR, spread)), zorpel.as_hypergraph((EPTR, EIND)))
 
+    def test_partitions_of_arrays_compare(self):
+        arrays = (numpy.array(EPTR), numpy.array(EIND))
+        first, second = zorpel.partition(arrays, 2), zorpel.partition(arrays, 2)
+        self.assertTrue(first == second)
+        self.assertEqual(first, zorpel.partition((EPTR, EIND), 2))
+        self.assertNotEqual(first, zorpel.partition(arrays, 3))
+        self.assertEqual(len({first, second}), 1)
+
+    def test_numbers_may_be_numpys(self):
+        two = numpy.int64(2)
+        self.assertEqual(
+            zorpel.partition((EPTR, EIND), two, nvtxs=numpy.int32(4), timeout=numpy.float64(9)),
+            zorpel.partition((EPTR, EIND), 2),
+        )
+
     def test_lists_give_lists(self):
         self.assertIsInstance(zorpel.partition([[0, 1], [2, 3]], 2).part, list)
 

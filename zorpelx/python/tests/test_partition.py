@@ -16,6 +16,7 @@ from pathlib import Path
 import zorpel
 import zorpel._library
 import zorpel.api
+import zorpel.options
 
 
 def random_hyperedges(nvtxs, nhedges, seed):
@@ -62,7 +63,7 @@ class PartitionTest(unittest.TestCase):
         self.assertEqual(drawn.part, again.part)
 
     def test_schemes_are_taken_by_name_and_by_number(self):
-        for matching, number in zorpel.api.MATCHINGS.items():
+        for matching, number in zorpel.options.MATCHINGS.items():
             by_name = zorpel.partition(SMALL, 2, runs=1, matching=matching.upper())
             by_number = zorpel.partition(SMALL, 2, runs=1, matching=number)
             self.assertEqual(by_name.part, by_number.part)
@@ -73,7 +74,7 @@ class PartitionTest(unittest.TestCase):
         fixed = [-1] * 200
         fixed[3], fixed[150] = 1, 0
         partition = zorpel.partition(
-            SMALL, 2, runs=1, vertex_weights=weights, fixed=fixed, nvtxs=200
+            SMALL, 2, runs=1, vertex_weights=weights, fix=fixed, nvtxs=200
         )
         self.assertEqual((partition.part[3], partition.part[150]), (1, 0))
         quality = zorpel.evaluate(SMALL, partition, vertex_weights=weights)
@@ -94,11 +95,11 @@ class PartitionTest(unittest.TestCase):
         def call(seed):
             return zorpel.partition(SMALL, 3, runs=1, seed=seed).part
 
-        sequential = [call(seed) for seed in range(8)]
+        sequential = [call(1 + seed) for seed in range(8)]
         parallel = [None] * 8
 
         def store(seed):
-            parallel[seed] = call(seed)
+            parallel[seed] = call(1 + seed)
 
         threads = [threading.Thread(target=store, args=(seed,)) for seed in range(8)]
         for thread in threads:
@@ -131,9 +132,9 @@ class FaultTest(unittest.TestCase):
 
     def test_faults_are_exceptions_with_a_sentence(self):
         fault = self.check
-        fault(zorpel.InputError, "nparts is 1; it should be", SMALL, 1)
+        fault(zorpel.InputError, "nparts is 1; it should be at least 2.", SMALL, 1)
         fault(zorpel.InputError, "nparts is 2.5; it should be an integer", SMALL, 2.5)
-        fault(zorpel.InputError, "ubfactor is 77; it should be", SMALL, 2, 77)
+        fault(zorpel.InputError, "imbalance is 77; it should be between 1 and 49", SMALL, 2, 77)
         fault(
             zorpel.InputError,
             "matching is 'best'; it should be one of hfc",
@@ -141,17 +142,31 @@ class FaultTest(unittest.TestCase):
             2,
             matching="best",
         )
-        fault(zorpel.InputError, "ctype is 9; it should be", SMALL, 2, matching=9)
-        fault(zorpel.InputError, "seed is 4294967296; it should be", SMALL, 2, seed=2**32)
+        fault(zorpel.InputError, "matching is 9; it should be between 1 and 5", SMALL, 2, matching=9)
+        fault(zorpel.InputError, "seed is 4294967296; it should be between -1 and 2147483647", SMALL, 2, seed=2**32)
         fault(zorpel.InputError, "memory is -1; it should be", SMALL, 2, memory=-1)
+        fault(zorpel.InputError, "should be between 0 and 16777216", SMALL, 2, memory=1 << 30)
+        fault(zorpel.InputError, "seed is -2; it should be at least -1", SMALL, 2, seed=-2)
+        fault(zorpel.InputError, "seed is 0, which gives the same random", SMALL, 2, seed=0)
+        fault(zorpel.InputError, "timeout is 'soon'; it should be a number", SMALL, 2, timeout="soon")
+        fault(zorpel.InputError, "timeout is nan; it should be", SMALL, 2, timeout=float("nan"))
+        fault(zorpel.InputError, "progress is 3; it should be a function", SMALL, 2, progress=3)
+        fault(zorpel.InputError, "preset is 'slow'; it should be one of fast", SMALL, 2, preset="slow")
+        fault(zorpel.InputError, "nvtxs is 2.5 instead of an integer", SMALL, 2, nvtxs=2.5)
+        fault(zorpel.InputError, "keep is -1; it should be a number of percent", SMALL, 2, keep=-1)
+        fault(zorpel.InputError, "No imbalance keeps 8 parts within 1 %", SMALL, 8, keep=1)
+        fault(zorpel.InputError, "nparts is 100000000; with 2 vertices it should", [[0, 1]], 10**8)
+        fault(zorpel.InputError, "fix is 3 instead of a list", SMALL, 2, fix=3)
+        fault(zorpel.InputError, "7 is no hypergraph", 7, 2)
+        fault(zorpel.InputError, "hyperedge_weights[0] is -1", [[0, 1]], 2, hyperedge_weights=[-1])
         fault(zorpel.InputError, "timeout is -3; it should be", SMALL, 2, timeout=-3)
         fault(zorpel.InputError, "starts is 0; it should be", SMALL, 2, starts=0)
-        fault(zorpel.InputError, "fixed has 2 entries instead of 200", SMALL, 2, fixed=[0, 1])
-        fault(zorpel.InputError, "fixed[1] is 2; it should be", [[0, 1]], 2, fixed=[0, 2])
+        fault(zorpel.InputError, "fix has 2 entries instead of 200", SMALL, 2, fix=[0, 1])
+        fault(zorpel.InputError, "fix[1] is 2; it should be", [[0, 1]], 2, fix=[0, 2])
         fault(zorpel.InputError, "eind[1] is -1, in hyperedge 0", [[0, -1]], 2)
         fault(zorpel.InputError, "eind[2] is 7, in hyperedge 1", [[0], [1, 7]], 2, nvtxs=3)
         fault(zorpel.InputError, "Hyperedge 1 lists vertex 4 twice", [[0, 1], [4, 2, 4]], 2)
-        fault(zorpel.InputError, "vwgts[1] is -5", [[0, 1]], 2, vertex_weights=[1, -5])
+        fault(zorpel.InputError, "vertex_weights[1] is -5", [[0, 1]], 2, vertex_weights=[1, -5])
 
     def test_faults_are_value_errors_with_a_status(self):
         with self.assertRaises(ValueError) as caught:
@@ -164,7 +179,7 @@ class FaultTest(unittest.TestCase):
         size = 1000000
         large = (array("i", range(0, 2 * size + 1, 2)), array("i", range(2 * size)))
         with self.assertRaises(MemoryError) as caught:
-            zorpel.partition(large, 2, memory=32 << 20)
+            zorpel.partition(large, 2, memory=32)
         self.assertIn("Memory ran out in the start with seed 1", str(caught.exception))
 
     def test_a_deadline_without_a_result_is_a_timeout_error(self):
@@ -242,8 +257,32 @@ class EvaluateTest(unittest.TestCase):
             zorpel.evaluate(graph, [0, 2], 2)
         with self.assertRaisesRegex(ValueError, r"part\[0\] is -1"):
             zorpel.evaluate(graph, [-1, -1])
-        with self.assertRaisesRegex(ValueError, "No limits for nparts 2, ubfactor 50"):
+        with self.assertRaisesRegex(ValueError, "imbalance is 50; it should be between 1 and 49"):
             zorpel.part_limits(2, 50, 100)
+
+
+class LimitsTest(unittest.TestCase):
+    def test_totals_of_64_bits_are_taken_and_others_refused(self):
+        (least, most), _ = zorpel.part_limits(2, 5, 2**62)
+        self.assertAlmostEqual(least / 2**62, 0.45, 5)
+        self.assertAlmostEqual(most / 2**62, 0.55, 5)
+        self.assertEqual(zorpel.part_limits(1, 5, 2**63 - 1), [(2**63 - 1, 2**63 - 1)])
+        for total in (2**63, 2**64 + 100, -1):
+            with self.assertRaisesRegex(zorpel.InputError, f"total is {total}; it should be"):
+                zorpel.part_limits(2, 5, total)
+        with self.assertRaisesRegex(zorpel.InputError, "total is 1.5; it should be an integer"):
+            zorpel.part_limits(2, 5, 1.5)
+
+    def test_absurd_numbers_of_parts_are_refused(self):
+        for call in (zorpel.evaluate, zorpel.cut_hyperedges, zorpel.cut_matrix):
+            with self.assertRaisesRegex(zorpel.InputError, "nparts is 2147483647; with 2 vertices"):
+                call([[0, 1]], [0, 1], 2**31 - 1)
+            with self.assertRaisesRegex(zorpel.InputError, "nparts is 2000000001; with 2 vertices"):
+                call([[0, 1]], [0, 2 * 10**9])
+        with self.assertRaisesRegex(zorpel.InputError, "a matrix is for at most 10000"):
+            zorpel.cut_matrix([[0, 1]], [0, 1], 10001)
+        with self.assertRaisesRegex(zorpel.InputError, "nparts is 2147483647; it should be"):
+            zorpel.part_limits(2**31 - 1, 5, 100)
 
 
 class PackageTest(unittest.TestCase):

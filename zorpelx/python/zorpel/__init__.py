@@ -12,16 +12,7 @@ The work is done by the library libzorpelx, in child processes; numpy arrays and
 matrices are taken where they are used, and needed nowhere.
 """
 
-from .api import (
-    Partition,
-    Progress,
-    Quality,
-    cut_hyperedges,
-    cut_matrix,
-    evaluate,
-    part_limits,
-    partition,
-)
+from .api import cut_hyperedges, cut_matrix, evaluate, part_limits, partition
 from .errors import (
     CancelledError,
     DeadlineError,
@@ -32,6 +23,7 @@ from .errors import (
 )
 from .files import read, read_partition, write, write_partition
 from .hypergraph import Hypergraph, HypergraphLike, as_hypergraph
+from .results import Partition, Progress, Quality
 
 __version__ = "1.0.0"
 

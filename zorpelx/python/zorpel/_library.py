@@ -161,7 +161,9 @@ def loaded() -> ctypes.CDLL:
     """The library, loaded on first use."""
     loaded = _load()
     for name, arguments in _ROUTINES.items():
-        routine = getattr(loaded, name)
+        routine = getattr(loaded, name, None)
+        if routine is None:
+            raise LibraryError(f"The library {_find()} has no {name}(): it is of another version.")
         routine.argtypes = arguments
         routine.restype = c_int
     loaded.zorpelx_version.restype = c_char_p

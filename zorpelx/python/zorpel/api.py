@@ -3,79 +3,42 @@
 from __future__ import annotations
 
 import ctypes
+import re
 import signal
 import threading
 from array import array
-from dataclasses import dataclass
 from typing import Any, Callable, Dict, Iterable, List, Optional, Sequence, Tuple, Union
 
 from . import _library as lib
-from .errors import InputError, error_for
-from .hypergraph import Hypergraph, HypergraphLike, as_hypergraph, pointer, to_ints, wants_numpy
+from . import options as opt
+from .errors import Error, InputError, OutOfMemoryError, error_for
+from .hypergraph import (
+    Hypergraph,
+    HypergraphLike,
+    Path,
+    as_hypergraph,
+    is_path,
+    pointer,
+    to_ints,
+    wants_numpy,
+)
+from .results import Partition, Progress, Quality
 
-MATCHINGS = {"hfc": 1, "fc": 2, "gfc": 3, "hedge": 4, "edge": 5}
-REFINEMENTS = {"fm": 1, "1wayfm": 2, "eefm": 3}
-VCYCLES = {"no": 0, "end": 1, "formin": 2, "all": 3}
+#: Parts that any number of vertices may have; beyond, there are at least as many vertices.
+MOST_EMPTY_PARTS = 1000000
+MOST_MATRIX_PARTS = 10000
+MOST_LISTED_PARTS = 100000000
 
-
-@dataclass(frozen=True)
-class Progress:
-    """How far a call is, see zorpelx_progress in zorpelx.h."""
-
-    starts: int
-    running: int
-    finished: int
-    failed: int
-    runs: int
-    allruns: int
-    levels: int
-    level_vtxs: int
-    run_cut: int
-    cut: int
-    seconds: float
+Parts = Union[Partition, Sequence[int], Path]
+_OUR_NAMES = {"vwgts": "vertex_weights", "hewgts": "hyperedge_weights", "fixed": "fix"}
 
 
-@dataclass(frozen=True)
-class Partition:
-    """A partition and what is known of it.
-
-    part is a list, or a numpy array if the hypergraph came in numpy arrays or a scipy matrix.
-    """
-
-    part: Any  #: the part of every vertex, from 0
-    nparts: int
-    cut: int  #: total weight of the hyperedges cut
-    soed: int  #: sum of external degrees
-    imbalance: float  #: heaviest part over the average part, less 1
-    valid: bool  #: pre-assignments kept, every part within its limits
-    seed: int  #: of the start that won
-    finished: int  #: starts that gave a partition
-    failed: int  #: starts that gave none
-    dropped: int  #: hyperedges of less than two vertices, kept from the engine
-    seconds: float
-    complete: bool  #: False: a deadline or a cancellation cut starts off
-    message: str  #: empty, or what is to be said
-    traces: List[str]  #: of each start, if traces were asked for
-
-    def __len__(self) -> int:
-        """The number of vertices."""
-        return len(self.part)
-
-
-@dataclass(frozen=True)
-class Quality:
-    """Figures of a partition, exact in 64 bits; see zorpelx_quality in zorpelx.h."""
-
-    cut: int
-    soed: int
-    connectivity: int
-    cut_hyperedges: int
-    absorption: float
-    scaled_cost: float
-    imbalance: float
-    empty_parts: int
-    part_weights: List[int]
-    external_degrees: List[int]
+def _fault(status: int, message: bytes) -> Error:
+    """The exception for a status of the library, its sentence in the words of this package."""
+    sentence = message.decode(errors="replace")
+    return error_for(
+        status, re.sub(r"\b(vwgts|hewgts|fixed)(?=\[)", lambda name: _OUR_NAMES[name[1]], sentence)
+    )
 
 
 class _Callbacks:
@@ -85,26 +48,48 @@ class _Callbacks:
     back, where nobody would see the exception, so they are wrapped while the call lasts.
     """
 
-    def __init__(
-        self, progress: Optional[Callable[[Progress], Any]], starts: int, traced: bool
-    ) -> None:
+    def __init__(self, progress: Optional[Callable[[Progress], Any]], traced: bool) -> None:
         self.progress = progress
         self.thrown: Optional[BaseException] = None
-        self.traces = [""] * starts if traced else []
+        self.texts: Dict[int, str] = {}
+        self.handlers: Dict[int, Any] = {}
         self.on_progress = lib.ProgressFunction(self._tell_progress)
         self.on_trace = lib.TraceFunction(self._keep_trace) if traced else lib.NO_TRACES
 
+    def traces(self) -> List[str]:
+        """The text of each start; of those before the last that gave one, perhaps empty."""
+        return [self.texts.get(start, "") for start in range(max(self.texts, default=-1) + 1)]
+
     def __enter__(self) -> _Callbacks:
-        self.handlers: Dict[int, Any] = {}
-        if threading.current_thread() is threading.main_thread():
-            for number in signal.valid_signals():
-                if callable(signal.getsignal(number)):
-                    self.handlers[number] = signal.signal(number, self._handle_signal)
+        try:
+            self._wrap()
+        except BaseException:
+            self._restore()
+            raise
         return self
 
     def __exit__(self, *_exception: Any) -> None:
-        for number, handler in self.handlers.items():
-            signal.signal(number, handler)
+        self._restore()
+
+    def _wrap(self) -> None:
+        """Each handler is noted before it is replaced. That of the keyboard comes first and is the
+        last to be there again: a handler that is wrapped throws nothing here."""
+        if threading.current_thread() is not threading.main_thread():
+            return
+        for number in sorted(signal.valid_signals(), key=lambda number: number != signal.SIGINT):
+            handler = signal.getsignal(number)
+            if callable(handler):
+                self.handlers[number] = handler
+                signal.signal(number, self._handle_signal)
+
+    def _restore(self) -> None:
+        while self.handlers:
+            try:
+                number = next(reversed(self.handlers))
+                signal.signal(number, self.handlers[number])
+                del self.handlers[number]
+            except BaseException as thrown:  # pylint: disable=broad-except
+                self.thrown = thrown
 
     def _handle_signal(self, number: int, frame: Any) -> None:
         try:
@@ -124,29 +109,9 @@ class _Callbacks:
 
     def _keep_trace(self, _user: Any, start: int, text: Any, length: int) -> None:
         try:
-            self.traces[start] = ctypes.string_at(text, length).decode()
+            self.texts[start] = ctypes.string_at(text, length).decode(errors="replace")
         except BaseException as thrown:  # pylint: disable=broad-except
             self.thrown = thrown
-
-
-def _code(name: str, value: Union[str, int], codes: Dict[str, int]) -> int:
-    if not isinstance(value, str):
-        return _check_int(name, value)
-    if value.lower() not in codes:
-        raise InputError(f"{name} is {value!r}; it should be one of {', '.join(codes)}.", 2)
-    return codes[value.lower()]
-
-
-def _check_int(name: str, value: Any) -> int:
-    if not hasattr(value, "__index__") or not -(2**31) <= value.__index__() < 2**31:
-        raise InputError(f"{name} is {value!r}; it should be an integer of 32 bits.", 2)
-    return int(value.__index__())
-
-
-def _check_size(name: str, value: Any) -> int:
-    if not hasattr(value, "__index__") or not 0 <= value.__index__() < 2**63:
-        raise InputError(f"{name} is {value!r}; it should be a number of bytes.", 2)
-    return int(value.__index__())
 
 
 def _as_numpy(values: array[int]) -> Any:
@@ -155,20 +120,66 @@ def _as_numpy(values: array[int]) -> Any:
     return numpy.array(values, dtype=numpy.intc)
 
 
+def _read_parts(parts: Any) -> Any:
+    """The numbers of a file of them, if this is the path of one."""
+    if not is_path(parts):
+        return parts
+    from .files import read_partition  # pylint: disable=import-outside-toplevel,cyclic-import
+
+    return read_partition(parts)
+
+
+def _fixed_parts(fix: Any, nvtxs: int) -> Optional[array[int]]:
+    if fix is None:
+        return None
+    ints = to_ints(_read_parts(fix), "fix")
+    if len(ints) != nvtxs:
+        raise InputError(f"fix has {len(ints)} entries instead of {nvtxs}.")
+    return ints
+
+
+def _total_weight(graph: Hypergraph) -> int:
+    return graph.nvtxs if graph.vertex_weights is None else sum(graph.vertex_weights)
+
+
+def _excess(nparts: int, imbalance: int, polish: bool, total: int) -> float:
+    """Percent that the heaviest part may be above the average."""
+    heaviest = max(most for _, most in part_limits(nparts, imbalance, total, polish))
+    return 100 * (heaviest * nparts / total - 1)
+
+
+def _kept_imbalance(keep: Any, nparts: int, polish: bool, total: int) -> int:
+    """The largest imbalance that keeps every part within keep percent above the average."""
+    percent = opt.check_real("keep", keep, "percent")
+    if total <= 0:
+        return 49
+    for imbalance in range(49, 0, -1):
+        if _excess(nparts, imbalance, polish, total) <= percent:
+            return imbalance
+    least = _excess(nparts, 1, polish, total)
+    raise InputError(
+        f"No imbalance keeps {nparts} parts within {percent:g} % of the average for certain: with "
+        f"imbalance 1 a part can be {least:.2f} % above it.",
+        4,
+    )
+
+
 def partition(
     hypergraph: HypergraphLike,
     nparts: int,
-    ubfactor: int = 5,
+    imbalance: int = 5,
     *,
+    keep: Optional[float] = None,
+    preset: str = "default",
+    runs: Optional[int] = None,
+    matching: Union[str, int, None] = None,
+    refine: Union[str, int, None] = None,
+    vcycle: Union[str, int, None] = None,
+    reconst: Union[bool, str] = False,
+    polish: Union[bool, str] = True,
+    fix: Union[Iterable[int], Path, None] = None,
     seed: Optional[int] = 1,
-    runs: int = 10,
-    matching: Union[str, int] = "hfc",
-    refine: Union[str, int] = "fm",
-    vcycle: Union[str, int] = "end",
-    reconst: bool = False,
-    polish: bool = True,
-    fixed: Optional[Iterable[int]] = None,
-    starts: int = 1,
+    starts: Optional[int] = None,
     jobs: int = 0,
     timeout: Optional[float] = None,
     memory: Optional[int] = None,
@@ -177,24 +188,30 @@ def partition(
     nvtxs: Optional[int] = None,
     vertex_weights: Optional[Iterable[int]] = None,
     hyperedge_weights: Optional[Iterable[int]] = None,
+    **older: Any,
 ) -> Partition:
     """Partitions a hypergraph into nparts parts, so that little weight of hyperedges is cut.
 
     >>> partition([[0, 1], [1, 2], [0, 2], [3, 4], [4, 5], [3, 5], [2, 3]], 2).cut
     1
 
+    The options are those of the program zorpelx, by the same names and in the same units:
+
     hypergraph, nvtxs, vertex_weights, hyperedge_weights: see as_hypergraph().
-    ubfactor: percent by which a side of a bisection may miss its share, 1 to 49.
-    seed: of the first start, the others count on; None draws one by chance.
+    imbalance: percent by which a side of a bisection may miss its share, 1 to 49.
+    keep: percent above the average that no part may pass; chooses the imbalance.
+    preset: fast, default or best; sets runs, matching, refine, vcycle and starts if they are None.
     runs: of each bisection.
     matching: hfc, fc, gfc, hedge or edge.
     refine: fm, 1wayfm or eefm.
     vcycle: no, end, formin or all.
     reconst: keep the pieces of cut hyperedges when splitting.
     polish: refine all parts together at the end, if there are 3 to 64.
-    fixed: the part of each vertex that is pre-assigned, -1 for a free one.
+    fix: the part of each vertex that is pre-assigned, -1 for a free one; or the path of such a file.
+    seed: of the first start, at least 1, the others count on; None or -1 draws one by chance.
     starts, jobs: independent starts, and how many at once; 0 jobs: one for each processor.
-    timeout, memory: seconds for the whole call, bytes that one start may take.
+    timeout: seconds for the whole call; None or 0 for no deadline.
+    memory: MiB that the call may take here and one start in all; None or 0 for no cap.
     trace: sum of trace bits; the texts are in the result.
     progress: called a few times a second with a Progress; cancels if it returns something true.
 
@@ -203,31 +220,33 @@ def partition(
     deadline or a cancellation comes after a start has finished, the best is returned and its
     field complete is False.
     """
-    graph = as_hypergraph(hypergraph, nvtxs, vertex_weights, hyperedge_weights)
+    given: Dict[str, Any] = {"imbalance": imbalance, "fix": fix}
+    if older:
+        given = opt.by_new_names(older, given)
+    chosen = dict(opt.of_preset(preset))
+    schemes = {"runs": runs, "matching": matching, "refine": refine, "vcycle": vcycle}
+    for name, value in {**schemes, "starts": starts}.items():
+        if value is not None:
+            chosen[name] = value
+    chosen.update(nparts=nparts, imbalance=given["imbalance"], reconst=reconst, polish=polish)
+    chosen.update(trace=trace, jobs=jobs)
+    numbers = {name: opt.number(name, value) for name, value in chosen.items()}
+    numbers["seed"] = opt.check_seed(seed)
+    opt.check_callable("progress", progress)
     options = lib.new_record(lib.COptions, "zorpelx_options_init")
-    numbers = {
-        "nparts": nparts,
-        "ubfactor": ubfactor,
-        "nruns": runs,
-        "ctype": _code("matching", matching, MATCHINGS),
-        "rtype": _code("refine", refine, REFINEMENTS),
-        "vcycle": _code("vcycle", vcycle, VCYCLES),
-        "reconst": reconst,
-        "polish": polish,
-        "trace": trace,
-        "seed": -1 if seed is None else seed,
-        "starts": starts,
-        "jobs": jobs,
-    }
+    options.timeout = 0 if timeout is None else opt.check_real("timeout", timeout, "seconds")
+    options.memory = opt.check_memory(memory)
+    graph = as_hypergraph(hypergraph, nvtxs, vertex_weights, hyperedge_weights)
+    _check_nparts(numbers["nparts"], graph.nvtxs)
+    if keep is not None:
+        numbers["imbalance"] = _kept_imbalance(
+            keep, numbers["nparts"], bool(numbers["polish"]), _total_weight(graph)
+        )
     for name, value in numbers.items():
-        setattr(options, name, _check_int(name, value))
-    options.timeout = 0 if timeout is None else timeout
-    options.memory = 0 if memory is None else _check_size("memory", memory)
-    fixed_ints = None if fixed is None else to_ints(fixed, "fixed")
-    if fixed_ints is not None and len(fixed_ints) != graph.nvtxs:
-        raise InputError(f"fixed has {len(fixed_ints)} entries instead of {graph.nvtxs}.")
-    options.fixed = pointer(fixed_ints)
-    callbacks = _Callbacks(progress, max(0, options.starts), trace != 0)
+        setattr(options, opt.NUMBERS[name].field, value)
+    fixed = _fixed_parts(given["fix"], graph.nvtxs)
+    options.fixed = pointer(fixed)
+    callbacks = _Callbacks(progress, trace != 0)
     options.on_progress = callbacks.on_progress
     options.on_trace = callbacks.on_trace
     part = array("i", bytes(4 * graph.nvtxs))
@@ -239,7 +258,7 @@ def partition(
     if callbacks.thrown is not None:
         raise callbacks.thrown
     if result.finished == 0 or status not in (lib.OK, lib.TIMEOUT, lib.CANCELLED):
-        raise error_for(status, result.message.decode())
+        raise _fault(status, result.message)
     return Partition(
         part=_as_numpy(part) if wants_numpy(hypergraph) else part.tolist(),
         nparts=options.nparts,
@@ -253,9 +272,18 @@ def partition(
         dropped=result.dropped,
         seconds=result.seconds,
         complete=status == lib.OK,
-        message=result.message.decode(),
-        traces=callbacks.traces,
+        message=result.message.decode(errors="replace"),
+        traces=callbacks.traces(),
     )
+
+
+def _check_nparts(nparts: int, nvtxs: int) -> None:
+    """As the library does, before anything is made for each part."""
+    most = max(nvtxs, MOST_EMPTY_PARTS)
+    if nparts > most:
+        raise opt.bad_option(
+            f"nparts is {nparts}; with {nvtxs} vertices it should be at most {most}."
+        )
 
 
 class _Evaluation:
@@ -264,7 +292,7 @@ class _Evaluation:
     def __init__(
         self,
         hypergraph: HypergraphLike,
-        part: Union[Partition, Sequence[int]],
+        part: Parts,
         nparts: Optional[int],
         vertex_weights: Optional[Iterable[int]],
         hyperedge_weights: Optional[Iterable[int]],
@@ -272,7 +300,9 @@ class _Evaluation:
         if isinstance(part, Partition):
             nparts = part.nparts if nparts is None else nparts
             part = part.part
-        self.part = to_ints(part, "part")
+        self.part = to_ints(_read_parts(part), "part")
+        if is_path(hypergraph):
+            hypergraph = as_hypergraph(hypergraph)
         counted = isinstance(hypergraph, Hypergraph) or hasattr(hypergraph, "tocsr")
         nvtxs = None if counted else len(self.part)
         self.graph = as_hypergraph(hypergraph, nvtxs, vertex_weights, hyperedge_weights)
@@ -280,7 +310,8 @@ class _Evaluation:
             raise InputError(f"part has {len(self.part)} entries instead of {self.graph.nvtxs}.")
         if nparts is None:
             nparts = max(1, max(self.part, default=0) + 1)
-        self.nparts = _check_int("nparts", nparts)
+        self.nparts = opt.check_int("nparts", nparts, 1, opt.INT_MAX)
+        _check_nparts(self.nparts, self.graph.nvtxs)
 
     def call(self, routine: str, *outputs: Any) -> None:
         """Calls a routine of the library, or raises what it finds wrong."""
@@ -290,12 +321,12 @@ class _Evaluation:
             record, self.nparts, pointer(self.part), *outputs, message
         )
         if status != lib.OK:
-            raise error_for(status, message.value.decode())
+            raise _fault(status, message.value)
 
 
 def evaluate(
     hypergraph: HypergraphLike,
-    part: Union[Partition, Sequence[int]],
+    part: Parts,
     nparts: Optional[int] = None,
     *,
     vertex_weights: Optional[Iterable[int]] = None,
@@ -308,8 +339,8 @@ def evaluate(
     """
     given = _Evaluation(hypergraph, part, nparts, vertex_weights, hyperedge_weights)
     quality = lib.new_record(lib.CQuality, "zorpelx_quality_init")
-    pwgts = (ctypes.c_int64 * max(1, given.nparts))()
-    pcuts = (ctypes.c_int64 * max(1, given.nparts))()
+    pwgts = (ctypes.c_int64 * given.nparts)()
+    pcuts = (ctypes.c_int64 * given.nparts)()
     given.call("zorpelx_evaluate", ctypes.byref(quality), pwgts, pcuts)
     return Quality(
         cut=quality.cut,
@@ -327,7 +358,7 @@ def evaluate(
 
 def cut_hyperedges(
     hypergraph: HypergraphLike,
-    part: Union[Partition, Sequence[int]],
+    part: Parts,
     nparts: Optional[int] = None,
 ) -> List[int]:
     """The numbers of the hyperedges cut, increasing.
@@ -344,7 +375,7 @@ def cut_hyperedges(
 
 def cut_matrix(
     hypergraph: HypergraphLike,
-    part: Union[Partition, Sequence[int]],
+    part: Parts,
     nparts: Optional[int] = None,
     *,
     hyperedge_weights: Optional[Iterable[int]] = None,
@@ -355,25 +386,33 @@ def cut_matrix(
     [[1, 1], [1, 0]]
     """
     given = _Evaluation(hypergraph, part, nparts, None, hyperedge_weights)
-    size = max(1, given.nparts)
-    matrix = (ctypes.c_int64 * (size * size))()
+    size = given.nparts
+    if size > MOST_MATRIX_PARTS:
+        raise opt.bad_option(f"nparts is {size}; a matrix is for at most {MOST_MATRIX_PARTS}.")
+    try:
+        matrix = (ctypes.c_int64 * (size * size))()
+    except MemoryError:
+        raise OutOfMemoryError(f"No memory for a matrix of {size} x {size}.", 6) from None
     given.call("zorpelx_cut_matrix", matrix)
     return [matrix[p * size : (p + 1) * size] for p in range(size)]
 
 
 def part_limits(
-    nparts: int, ubfactor: int, total: int, polish: bool = True
+    nparts: int, imbalance: int, total: int, polish: bool = True
 ) -> List[Tuple[int, int]]:
     """The least and the most weight that each part may get of the total.
 
     >>> part_limits(2, 5, 100)
     [(45, 56), (44, 55)]
     """
-    size = max(1, _check_int("nparts", nparts))
-    least, most = (ctypes.c_int64 * size)(), (ctypes.c_int64 * size)()
-    numbers = (nparts, _check_int("ubfactor", ubfactor), int(polish), int(total))
-    if lib.loaded().zorpelx_part_limits(*numbers, least, most) != lib.OK:
-        raise InputError(
-            f"No limits for nparts {nparts}, ubfactor {ubfactor} and a weight of {total}.", 2
-        )
+    size = opt.check_int("nparts", nparts, 1, MOST_LISTED_PARTS)
+    factor, polished = opt.number("imbalance", imbalance), opt.number("polish", polish)
+    weight = opt.check_int("total", total, 0)
+    try:
+        least, most = (ctypes.c_int64 * size)(), (ctypes.c_int64 * size)()
+    except MemoryError:
+        raise OutOfMemoryError(f"No memory for the limits of {size} parts.", 6) from None
+    status = lib.loaded().zorpelx_part_limits(size, factor, polished, weight, least, most)
+    if status != lib.OK:
+        raise error_for(status, f"No limits for {size} parts of a weight of {weight}.")
     return list(zip(least, most))

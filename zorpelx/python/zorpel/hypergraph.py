@@ -3,17 +3,27 @@
 from __future__ import annotations
 
 import ctypes
+import operator
+import os
 from array import array
 from dataclasses import dataclass
 from typing import Any, Iterable, Iterator, List, Optional, Sequence, Tuple, Union
 
 from ._library import CHypergraph, int_p
 from .errors import InputError
+from .results import table
+
+Path = Union[str, "os.PathLike[str]"]
 
 #: What partition(), evaluate() and write() take for a hypergraph, see as_hypergraph().
-HypergraphLike = Union["Hypergraph", Sequence[Iterable[int]], Tuple[Any, Any], Any]
+HypergraphLike = Union["Hypergraph", Sequence[Iterable[int]], Tuple[Any, Any], Path, Any]
 
 _LEAST, _MOST = -(2**31), 2**31 - 1
+
+
+def is_path(source: Any) -> bool:
+    """Whether this names a file."""
+    return isinstance(source, (str, os.PathLike))
 
 
 def _is_array(values: Any) -> bool:
@@ -43,16 +53,24 @@ def to_ints(values: Any, name: str) -> array[int]:
         return values
     if _is_array(values):
         return _ints_of_array(values, name)
-    values = list(values)
+    try:
+        values = list(values)
+    except TypeError:
+        raise InputError(f"{name} is {values!r} instead of a list of integers.") from None
     try:
         return array("i", values)
     except (TypeError, OverflowError):
-        for place, value in enumerate(values):
-            if not hasattr(value, "__index__"):
-                raise InputError(f"{name}[{place}] is {value!r} instead of an integer.") from None
-            if not _LEAST <= value.__index__() <= _MOST:
-                raise _too_large(name, place, value) from None
-        raise
+        return array("i", [_to_int(value, name, place) for place, value in enumerate(values)])
+
+
+def _to_int(value: Any, name: str, place: int) -> int:
+    try:
+        number = operator.index(value)
+    except TypeError:
+        raise InputError(f"{name}[{place}] is {value!r} instead of an integer.") from None
+    if not _LEAST <= number <= _MOST:
+        raise _too_large(name, place, number)
+    return number
 
 
 def pointer(ints: Optional[array[int]]) -> Any:
@@ -64,7 +82,17 @@ def pointer(ints: Optional[array[int]]) -> Any:
     return ctypes.cast((ctypes.c_int * len(ints)).from_buffer(ints), int_p)
 
 
-@dataclass(frozen=True)
+def _check_nvtxs(nvtxs: Any) -> int:
+    try:
+        number = operator.index(nvtxs)
+    except TypeError:
+        raise InputError(f"nvtxs is {nvtxs!r} instead of an integer.") from None
+    if not 0 <= number <= _MOST:
+        raise InputError(f"nvtxs is {number}; it should be between 0 and {_MOST}.")
+    return number
+
+
+@dataclass(frozen=True, repr=False)
 class Hypergraph:
     """A hypergraph of nvtxs vertices, numbered from 0.
 
@@ -79,8 +107,7 @@ class Hypergraph:
     hyperedge_weights: Optional[array[int]] = None
 
     def __post_init__(self) -> None:
-        if not isinstance(self.nvtxs, int) or not 0 <= self.nvtxs <= _MOST:
-            raise InputError(f"nvtxs is {self.nvtxs}; it should be between 0 and {_MOST}.")
+        object.__setattr__(self, "nvtxs", _check_nvtxs(self.nvtxs))
         for name in ("eptr", "eind", "vertex_weights", "hyperedge_weights"):
             values = getattr(self, name)
             if values is not None:
@@ -106,6 +133,25 @@ class Hypergraph:
         for e in range(len(self)):
             yield self.eind[self.eptr[e] : self.eptr[e + 1]].tolist()
 
+    def __hash__(self) -> int:
+        return hash((self.nvtxs, len(self), len(self.eind)))
+
+    def __repr__(self) -> str:
+        weights = [("vertex weights", self.vertex_weights)]
+        weights += [("hyperedge weights", self.hyperedge_weights)]
+        sizes = [f"{value} {name}" for name, value in self._sizes()]
+        sizes += [name for name, given in weights if given is not None]
+        return f"<zorpel.Hypergraph: {', '.join(sizes)}>"
+
+    def _repr_html_(self) -> str:
+        rows: List[Tuple[str, Any]] = list(self._sizes())
+        rows.append(("vertex weights", "no" if self.vertex_weights is None else "yes"))
+        rows.append(("hyperedge weights", "no" if self.hyperedge_weights is None else "yes"))
+        return table("Hypergraph", rows)
+
+    def _sizes(self) -> List[Tuple[str, int]]:
+        return [("vertices", self.nvtxs), ("hyperedges", len(self)), ("pins", len(self.eind))]
+
     def record(self) -> CHypergraph:
         """The record of the library. It borrows the arrays."""
         return CHypergraph(
@@ -119,6 +165,8 @@ class Hypergraph:
 
 
 def _lists(hyperedges: Iterable[Iterable[int]]) -> Tuple[array[int], array[int]]:
+    if not hasattr(hyperedges, "__iter__") or isinstance(hyperedges, type):
+        raise InputError(f"{hyperedges!r} is no hypergraph.")
     eptr, eind = array("i", [0]), array("i")
     for e, vertices in enumerate(hyperedges):
         if isinstance(vertices, (str, bytes)) or not hasattr(vertices, "__iter__"):
@@ -147,10 +195,15 @@ def as_hypergraph(
     - a Hypergraph, whose weights the arguments may replace;
     - a list of hyperedges, each a list of vertices: [[0, 1, 2], [2, 3]];
     - a tuple of two flat arrays (eptr, eind), of numpy or not: ([0, 3, 5], [0, 1, 2, 2, 3]);
-    - a scipy sparse matrix: rows are hyperedges, columns vertices, any value but 0 belongs.
+    - a scipy sparse matrix: rows are hyperedges, columns vertices, any value but 0 belongs;
+    - the path of a hypergraph file, as read() takes it.
 
     Without nvtxs there are as many vertices as the largest number (or the matrix) needs.
     """
+    if is_path(source):
+        from .files import read  # pylint: disable=import-outside-toplevel,cyclic-import
+
+        source = read(source)
     if isinstance(source, Hypergraph):
         eptr, eind, columns = source.eptr, source.eind, source.nvtxs
         vertex_weights = source.vertex_weights if vertex_weights is None else vertex_weights

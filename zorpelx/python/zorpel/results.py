@@ -1,0 +1,151 @@
+"""What comes out: records that compare, and that show themselves in a line or a table."""
+
+from __future__ import annotations
+
+from dataclasses import dataclass, field
+from html import escape
+from typing import Any, Iterable, List, Tuple
+
+
+def short(values: Any, most: int = 8) -> str:
+    """The first values of a list, and how many there are if that is not all."""
+    shown = ", ".join(map(str, values[:most]))
+    return f"[{shown}]" if len(values) <= most else f"[{shown}, ... {len(values)} in all]"
+
+
+def table(title: str, rows: Iterable[Tuple[str, Any]]) -> str:
+    """A table of HTML, as notebooks show it."""
+    lines = "".join(
+        f"<tr><th style='text-align: left'>{escape(name)}</th><td>{escape(str(value))}</td></tr>"
+        for name, value in rows
+    )
+    return f"<table><caption>{escape(title)}</caption>{lines}</table>"
+
+
+@dataclass(frozen=True)
+class Progress:
+    """How far a call is, see zorpelx_progress in zorpelx.h."""
+
+    starts: int
+    running: int
+    finished: int
+    failed: int
+    runs: int
+    allruns: int
+    levels: int
+    level_vtxs: int
+    run_cut: int
+    cut: int
+    seconds: float
+
+
+@dataclass(frozen=True, repr=False, eq=False)
+class Partition:
+    """A partition and what is known of it.
+
+    part is a list, or a numpy array if the hypergraph came in numpy arrays or a scipy matrix. Two
+    are equal if all but the seconds is, whatever holds their parts.
+    """
+
+    part: Any  #: the part of every vertex, from 0
+    nparts: int
+    cut: int  #: total weight of the hyperedges cut
+    soed: int  #: sum of external degrees
+    imbalance: float  #: heaviest part over the average part, less 1
+    valid: bool  #: pre-assignments kept, every part within its limits
+    seed: int  #: of the start that won
+    finished: int  #: starts that gave a partition
+    failed: int  #: starts that gave none
+    dropped: int  #: hyperedges of less than two vertices, kept from the engine
+    seconds: float
+    complete: bool  #: False: a deadline or a cancellation cut starts off
+    message: str  #: empty, or what is to be said
+    traces: List[str] = field(default_factory=list)  #: of each start, if traces were asked for
+
+    def __len__(self) -> int:
+        """The number of vertices."""
+        return len(self.part)
+
+    def _key(self) -> Tuple[Any, ...]:
+        figures = (self.nparts, self.cut, self.soed, self.imbalance, self.valid, self.seed)
+        return figures + (self.finished, self.failed, self.dropped, self.complete, self.message)
+
+    def __eq__(self, other: object) -> bool:
+        if not isinstance(other, Partition):
+            return NotImplemented
+        if self._key() != other._key() or self.traces != other.traces:
+            return False
+        return list(self.part) == list(other.part)
+
+    def __hash__(self) -> int:
+        return hash(self._key())
+
+    def _remarks(self) -> List[str]:
+        remarks = [] if self.valid else ["not valid"]
+        return remarks if self.complete else remarks + ["not complete"]
+
+    def __repr__(self) -> str:
+        figures = [
+            f"{len(self.part)} vertices in {self.nparts} parts",
+            f"cut {self.cut}",
+            f"imbalance {100 * self.imbalance:.1f} %",
+            f"seed {self.seed}",
+        ]
+        return f"<zorpel.Partition: {', '.join(figures + self._remarks())}>"
+
+    def _repr_html_(self) -> str:
+        rows: List[Tuple[str, Any]] = [
+            ("vertices", len(self.part)),
+            ("parts", self.nparts),
+            ("cut", self.cut),
+            ("sum of external degrees", self.soed),
+            ("imbalance", f"{100 * self.imbalance:.3f} %"),
+            ("valid", "yes" if self.valid else "no"),
+            ("seed", self.seed),
+            ("starts finished", self.finished),
+            ("seconds", f"{self.seconds:.3f}"),
+        ]
+        if not self.complete:
+            rows.append(("complete", "no"))
+        if self.message:
+            rows.append(("message", self.message))
+        return table("Partition", rows)
+
+
+@dataclass(frozen=True, repr=False)
+class Quality:
+    """Figures of a partition, exact in 64 bits; see zorpelx_quality in zorpelx.h."""
+
+    cut: int
+    soed: int
+    connectivity: int
+    cut_hyperedges: int
+    absorption: float
+    scaled_cost: float
+    imbalance: float
+    empty_parts: int
+    part_weights: List[int]
+    external_degrees: List[int]
+
+    def _rows(self) -> List[Tuple[str, Any]]:
+        return [
+            ("cut", self.cut),
+            ("soed", self.soed),
+            ("connectivity", self.connectivity),
+            ("cut_hyperedges", self.cut_hyperedges),
+            ("absorption", self.absorption),
+            ("scaled_cost", self.scaled_cost),
+            ("imbalance", self.imbalance),
+            ("empty_parts", self.empty_parts),
+            ("part_weights", short(self.part_weights)),
+            ("external_degrees", short(self.external_degrees)),
+        ]
+
+    def __hash__(self) -> int:
+        return hash((self.cut, self.soed, self.connectivity, self.cut_hyperedges, self.imbalance))
+
+    def __repr__(self) -> str:
+        return f"<zorpel.Quality: {', '.join(f'{name} {value}' for name, value in self._rows())}>"
+
+    def _repr_html_(self) -> str:
+        return table("Quality", self._rows())
