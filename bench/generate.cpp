@@ -43,6 +43,8 @@ static const Family families[] = {
     {"islands", write_islands, "nine vertices in ten are in no hyperedge"},
     {"heavy", write_heavy, "vertices too heavy to fit; always with vertex weights"},
     {"swing", write_swing, "gains that swing over all buckets; always with hyperedge weights"},
+    {"stairs", write_stairs, "two vertices in a row, and three in a row: two rising sequences"},
+    {"sums", write_sums, "pairs of vertices whose numbers have one sum"},
 };
 
 static void print_usage(FILE *file)

@@ -104,5 +104,7 @@ void write_wide(Writer *out);
 void write_islands(Writer *out);
 void write_heavy(Writer *out);
 void write_swing(Writer *out);
+void write_stairs(Writer *out);
+void write_sums(Writer *out);
 
 #endif

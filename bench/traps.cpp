@@ -190,3 +190,34 @@ void write_swing(Writer *out)
     }
     put_vertex_weights(out, uint64_t{2} * npairs);
 }
+
+/* A hyperedge for each two vertices in a row, and then one for each three: with reconstruction the
+ * keys of what a bisection leaves are two rising sequences, one behind the other, which look nearly
+ * sorted. */
+void write_stairs(Writer *out)
+{
+    const uint32_t nvertices = std::max(4u, static_cast<uint32_t>(out->pins / 5));
+    put_header(out, uint64_t{2} * nvertices - 3, nvertices);
+    for (uint32_t v = 0; v + 1 < nvertices; v++) {
+        const uint32_t pins[2] = {v, v + 1};
+        put_net(out, pins, 2);
+    }
+    for (uint32_t v = 0; v + 2 < nvertices; v++) {
+        const uint32_t pins[3] = {v, v + 1, v + 2};
+        put_net(out, pins, 3);
+    }
+    put_vertex_weights(out, nvertices);
+}
+
+/* The first vertex with the last, the second with the last but one, and so on: their numbers have
+ * one sum, and so with reconstruction all have one key. */
+void write_sums(Writer *out)
+{
+    const uint32_t npairs = static_cast<uint32_t>(out->pins / 2);
+    put_header(out, npairs, uint64_t{2} * npairs);
+    for (uint32_t v = 0; v < npairs; v++) {
+        const uint32_t pins[2] = {v, 2 * npairs - 1 - v};
+        put_net(out, pins, 2);
+    }
+    put_vertex_weights(out, uint64_t{2} * npairs);
+}

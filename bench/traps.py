@@ -15,7 +15,7 @@ The readers are the program's own; other libraries have no part in them.
 import argparse
 import subprocess
 import sys
-from dataclasses import dataclass
+from dataclasses import dataclass, replace
 from functools import partial
 from pathlib import Path
 from statistics import median
@@ -42,6 +42,7 @@ class Trap:
     pins: int  # of the generator, for each of them
     nparts: int = 3  # two bisections and a k-way polish
     options: tuple = ()
+    reconst: int = 0
     most: int = 10**9  # a larger one takes many minutes although time is linear
 
 
@@ -55,6 +56,8 @@ TRAPS = [
     Trap("islands", "pins, nine vertices in ten without", "islands", 1),
     Trap("heavy", "pins, vertices that do not fit", "heavy", 1),
     Trap("swing", "pins, gains over all buckets", "swing", 1),
+    Trap("stairs", "pins, two rising sequences", "stairs", 1, reconst=1),
+    Trap("sums", "pins, different ones of equal keys", "sums", 1, reconst=1),
     Trap("weights", "pins, gains in heaps", "netlist", 1, options=("--vweights", "--hweights")),
     *(Trap("%d parts" % n, "pins", "netlist", 1, n) for n in (2, 8, 64, 65, 256, 1024)),
 ]
@@ -198,7 +201,8 @@ def spring_library(trap, library, request, lines):
     for word, setting in list(SCHEMES.items())[: None if request.schemes else 1]:
         base = "" if library.name == "new" else library.name
         name = ", ".join(part for part in (trap.name, word, base) if part)
-        cost_of = partial(cost_of_call, library, trap, setting=setting, request=request)
+        kept = replace(setting, reconst=trap.reconst)
+        cost_of = partial(cost_of_call, library, trap, setting=kept, request=request)
         complaints += spring(name, trap.what, cost_of, request, lines, trap.most)
     return complaints
 

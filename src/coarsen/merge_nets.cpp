@@ -1,10 +1,13 @@
 /* coarsen/merge_nets.cpp: merging of identical hyperedges.
  *
  * Candidates for merging stand next to each other once the hyperedges are sorted by a key computed
- * from their pins; only neighbours of equal key are compared pin by pin.
+ * from their pins; only neighbours of equal key are compared pin by pin. Keys that many different
+ * hyperedges share, as sums of pins easily are, would make that quadratic: when the comparisons
+ * have mostly been in vain, what is left of such a run is ordered by its pins.
  */
 #include "coarsen/merge_nets.h"
 
+#include <algorithm>
 #include <cstring>
 #include <utility>
 
@@ -81,8 +84,63 @@ static int append_net(const NetLists *nets, int e, NetLists *merged)
     __builtin_prefetch(&nets->netind[nets->netptr[pairs[i + ahead].val]]);
 }
 
+/* The end of the hyperedges from begin on that have its key and size. */
+static int end_of_run(const NetLists *nets, const KeyValue *pairs, int begin)
+{
+    const int key = pairs[begin].key, size = size_of(nets, pairs[begin].val);
+    int end = begin + 1;
+    while (end < nets->nnets && pairs[end].key == key && size_of(nets, pairs[end].val) == size)
+        end++;
+    return end;
+}
+
+/* Orders the run by pins, equal ones as they are, and tells in first [run] for each place the first
+ * place of the same pins; the run stays as it is, but its keys become the places. */
+static void find_first_places(const NetLists *nets, KeyValue *pairs, int begin, int end, int *first)
+{
+    const int size = size_of(nets, pairs[begin].val);
+    const auto in_order = [=](const KeyValue &a, const KeyValue &b) {
+        const int *const p = pins_of(nets, a.val), *const q = pins_of(nets, b.val);
+        const int same = static_cast<int>(std::mismatch(p, p + size, q).first - p);
+        return same < size ? p[same] < q[same] : a.key < b.key;
+    };
+    for (int i = begin; i < end; i++) pairs[i].key = i;
+    std::sort(pairs + begin, pairs + end, in_order);
+    for (int i = begin, place = begin; i < end; i++) {
+        if (i == begin ||
+            !same_pins(size, pins_of(nets, pairs[i - 1].val), pins_of(nets, pairs[i].val)))
+            place = pairs[i].key;
+        first[pairs[i].key] = place;
+    }
+    std::sort(pairs + begin, pairs + end,
+              [](const KeyValue &a, const KeyValue &b) { return a.key < b.key; });
+}
+
+/* Merges what is left, from begin on, of the hyperedges of its key and size; returns their end.
+ * What was merged into earlier ones is marked in seen, and so are all that have the same pins as
+ * it. */
+static int merge_in_order(const NetLists *nets, KeyValue *pairs, int begin, NetLists *merged,
+                          int *map, int *seen)
+{
+    const int end = end_of_run(nets, pairs, begin);
+    int kept = begin; // those not seen stand first
+    for (int i = begin; i < end; i++)
+        if (seen[i] != 1) pairs[kept++] = pairs[i];
+    find_first_places(nets, pairs, begin, kept, seen);
+    for (int i = begin; i < kept; i++) {
+        const int e = pairs[i].val, first = seen[i];
+        const int d = first == i ? append_net(nets, e, merged) : pairs[first].key;
+        if (first != i) merged->netwgt[d] += nets->netwgt[e];
+        if (map != nullptr) map[e] = d;
+        pairs[i].key = d;
+    }
+    return end;
+}
+
 void merge_identical(const NetLists *nets, KeyValue *pairs, NetLists *merged, int *map, int *seen)
 {
+    constexpr int usual = 16; // comparisons in vain, for each hyperedge so far
+    long long patience = 0;
     const bool far = nets->netptr[nets->nnets] >= PREFETCH_PINS;
     ikeysort__(nets->nnets, pairs);
     merged->nnets = 0;
@@ -90,14 +148,23 @@ void merge_identical(const NetLists *nets, KeyValue *pairs, NetLists *merged, in
     for (int i = 0; i < nets->nnets; i++) {
         const int e = pairs[i].val, size = size_of(nets, e);
         if (far) prefetch_sorted(nets, pairs, i);
+        patience += usual;
         if (seen[i] == 1) continue;
+        if (patience < 0) {
+            i = merge_in_order(nets, pairs, i, merged, map, seen) - 1;
+            patience = 0;
+            continue;
+        }
         const int d = append_net(nets, e, merged);
         if (map != nullptr) map[e] = d;
         for (int j = i + 1; j < nets->nnets && pairs[j].key == pairs[i].key; j++) {
             if (seen[j] == 1) continue;
             const int f = pairs[j].val;
             if (size_of(nets, f) != size) break;
-            if (!same_pins(size, pins_of(nets, e), pins_of(nets, f))) continue;
+            if (!same_pins(size, pins_of(nets, e), pins_of(nets, f))) {
+                patience--;
+                continue;
+            }
             seen[j] = 1;
             merged->netwgt[d] += nets->netwgt[f];
             if (map != nullptr) map[f] = d;

@@ -17,10 +17,11 @@ void sort_pins(int size, int *pins);
 
 /* Merges hyperedges of equal pins; pins are sorted within each.
  *   nets    in   hyperedges to merge
- *   pairs   in/out  [nets->nnets] (key, number) of each; sorted by key on return
+ *   pairs   in   [nets->nnets] (key, number) of each; of no use on return
  *   merged  out  hyperedges in key order, weights summed; arrays large enough come with it
  *   map     out  [nets->nnets] number in merged of each hyperedge, or null
  *   seen    work [nets->nnets] all -1; 1 marks what was merged into an earlier one
+ * Cost    O(n log n) for n hyperedges of bounded size, however many share a key.
  * A hyperedge of equal key but other size ends the search for duplicates of the one before it,
  * even if an identical one follows: kept on purpose. */
 void merge_identical(const NetLists *nets, KeyValue *pairs, NetLists *merged, int *map, int *seen);

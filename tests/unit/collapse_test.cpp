@@ -1,6 +1,9 @@
 /* tests/unit/collapse_test.cpp: merging of identical hyperedges in bare lists. */
 #include "coarsen/collapse.h"
 
+#include <ctime>
+
+#include "coarsen/merge_nets.h"
 #include "levels.h"
 
 struct Collapsed {
@@ -75,4 +78,85 @@ TEST(CollapseTest, equal_key_of_another_size_ends_the_search_for_duplicates)
     std::iota(large.begin(), large.end(), 0);
     EXPECT_EQ(collapse({{0, 530152}, large, {530152, 0}}, {1, 1, 1}).nets.size(), 3u);
     EXPECT_EQ(collapse({{0, 530152}, {530152, 0}, large}, {1, 1, 1}).nets.size(), 2u);
+}
+
+/* What merging should give for hyperedges of one key: numbers and weights of the merged ones. */
+struct Merged {
+    Ints map, wgts;
+    bool operator==(const Merged &) const = default;
+};
+
+/* Each hyperedge takes in those of the same pins up to the first of another size. */
+static Merged merged_one_by_one(const Nets &nets, const Ints &wgts)
+{
+    Merged merged = {Ints(nets.size(), -1), {}};
+    for (size_t i = 0; i < nets.size(); i++) {
+        if (merged.map[i] != -1) continue;
+        const int d = static_cast<int>(merged.wgts.size());
+        merged.wgts.push_back(0);
+        for (size_t j = i; j < nets.size(); j++) {
+            if (merged.map[j] != -1) continue;
+            if (nets[j].size() != nets[i].size()) break;
+            if (nets[j] != nets[i]) continue;
+            merged.map[j] = d;
+            merged.wgts.back() += wgts[j];
+        }
+    }
+    return merged;
+}
+
+static Merged merged_by_engine(const Nets &lists, const Ints &wgts)
+{
+    const int n = static_cast<int>(lists.size());
+    Ints netptr = {0}, netind, netwgt = wgts, map(at(n), -1), seen(at(n), -1);
+    std::vector<KeyValue> pairs;
+    for (const Ints &pins : lists) {
+        pairs.push_back({7, static_cast<int>(pairs.size())});
+        netind.insert(netind.end(), pins.begin(), pins.end());
+        netptr.push_back(static_cast<int>(netind.size()));
+    }
+    Ints ptr(at(n) + 1), ind(netind.size()), wgt(at(n));
+    const NetLists nets = {n, netptr.data(), netind.data(), netwgt.data()};
+    NetLists merged = {0, ptr.data(), ind.data(), wgt.data()};
+    merge_identical(&nets, pairs.data(), &merged, map.data(), seen.data());
+    for (size_t e = 0; e < lists.size(); e++) {
+        const int d = map[e];
+        EXPECT_EQ(to_ints(&ind[at(ptr[at(d)])], ptr[at(d) + 1] - ptr[at(d)]), lists[e]);
+    }
+    wgt.resize(at(merged.nnets));
+    return {map, wgt};
+}
+
+TEST(CollapseTest, many_hyperedges_of_one_key_are_merged_as_if_one_by_one)
+{
+    Draw draw(3);
+    for (const unsigned nsets : {1u, 20u, 300u, 3000u}) {
+        for (const unsigned changes : {0u, 1u, 40u}) { // of size, in the run of equal keys
+            Nets nets(3000);
+            Ints wgts;
+            for (size_t e = 0; e < nets.size(); e++) {
+                const size_t piece = e * (changes + 1) / nets.size();
+                const int set = static_cast<int>(draw() % nsets);
+                nets[e] = {set / 50, 100 + set % 50, 200};
+                if (piece % 2 == 1) nets[e].push_back(201);
+                wgts.push_back(1 + static_cast<int>(draw() % 5));
+            }
+            EXPECT_EQ(merged_by_engine(nets, wgts), merged_one_by_one(nets, wgts))
+                << nsets << " sets, " << changes << " changes of size";
+        }
+    }
+}
+
+TEST(CollapseTest, pins_of_equal_sums_take_no_quadratic_time)
+{
+    constexpr int n = 400000;
+    Nets nets;
+    for (int i = 0; i < n; i++) nets.push_back({i, 2 * n - i});
+    nets.push_back({5, 2 * n - 5});
+    const clock_t begin = clock();
+    const Collapsed result = collapse(nets, Ints(nets.size(), 1));
+    EXPECT_LT(static_cast<double>(clock() - begin) / CLOCKS_PER_SEC, 10);
+    EXPECT_EQ(result.nets.size(), at(n));
+    EXPECT_EQ(result.nets[5], nets[5]);
+    EXPECT_EQ(result.wgts[5], 2);
 }
