@@ -139,6 +139,9 @@ typedef struct zorpelx_options {
     zorpelx_progress_fn on_progress; /* a few times a second and after each start; or NULL */
     zorpelx_trace_fn on_trace;       /* or NULL: no trace is kept */
     void *user;                      /* handed to both */
+
+    int threads; /* of each start; 0: all processors divided by the jobs; more than two for each
+                  * processor are as two for each. They change nothing but the time (0) */
 } zorpelx_options;
 
 /* What came out. */
@@ -207,8 +210,8 @@ ZORPELX_API int zorpelx_check(const zorpelx_hypergraph *hypergraph, const zorpel
  *   result  in: its size; out: the rest
  * Of several starts the best is delivered: a valid one before the others, then the least cut, then
  * the least sum of external degrees, then the least imbalance, then the least seed. Every start
- * is made and compared, so neither jobs nor timing changes the result, unless the deadline or a
- * cancellation cuts some off, or some fail for want of memory.
+ * is made and compared, so neither jobs nor threads nor timing changes the result, unless the
+ * deadline or a cancellation cuts some off, or some fail for want of memory.
  * Cost    each job takes the engine's memory in a process of its own and nvtxs ints in this one;
  *         with a cap there are no more jobs than fit below it here.
  * Returns any status. With ZORPELX_TIMEOUT and ZORPELX_CANCELLED a partition is delivered if

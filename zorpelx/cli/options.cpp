@@ -109,6 +109,9 @@ const std::vector<OptionRow> OPTIONS = {
      "independent starts, with seeds one after another; the best is taken"},
     {PARTITION, "-j,--jobs", "N", &Settings::jobs, "0", 0, INT_MAX, nullptr,
      "starts at work at once; 0 for one on each processor"},
+    {PARTITION, "-t,--threads", "N", &Settings::threads, "0", 0, INT_MAX, nullptr,
+     "threads of each start, which change nothing but the time; 0 for all processors divided by the "
+     "jobs"},
     {PARTITION, "--timeout", "SECONDS", &Settings::timeout, "0", 0, 1000000000, nullptr,
      "stop so long after the begin and deliver the best finished start; 0 for no deadline"},
     {PARTITION, "--memory", "MIB", &Settings::memory, "0", 0, INT_MAX, nullptr,

@@ -14,7 +14,7 @@
 struct Settings {
     std::string hypergraph, partition, fix; // files
     int64_t nparts, imbalance, runs, matching, refine, vcycle, reconst, polish, trace;
-    int64_t seed, starts, jobs, memory;
+    int64_t seed, starts, jobs, threads, memory;
     double timeout, keep;
     int64_t preset, progress, lines, from, format, expect;
     std::string output, json, report, clean, map, explain;

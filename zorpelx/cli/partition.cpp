@@ -118,6 +118,7 @@ static void set_options(const Settings &settings, Job *job)
     options->seed = static_cast<int>(settings.seed);
     options->starts = static_cast<int>(settings.starts);
     options->jobs = static_cast<int>(settings.jobs);
+    options->threads = static_cast<int>(settings.threads);
     options->timeout = time_left(settings, *job);
     options->memory = static_cast<size_t>(settings.memory) << 20;
     options->fixed = job->fixed.empty() ? nullptr : job->fixed.data();

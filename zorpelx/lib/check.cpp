@@ -136,6 +136,7 @@ static Fault check_numbers(const zorpelx_options &o)
         {"rtype", o.rtype, 1, 3},         {"vcycle", o.vcycle, 0, 3},
         {"reconst", o.reconst, 0, 1},     {"polish", o.polish, 0, 1},
         {"starts", o.starts, 1, INT_MAX}, {"jobs", o.jobs, 0, INT_MAX},
+        {"threads", o.threads, 0, INT_MAX},
     };
     for (const auto &range : ranges)
         if (Fault found = check_range(range.name, range.value, range.least, range.most))

@@ -3,7 +3,8 @@
  * The linker sends the engine's calls of malloc() and free() here. A limit of the address space
  * alone is no cap: a child inherits the caller's heap, and blocks that were free there are used
  * without the heap growing. So the bytes of the blocks that the engine holds are counted.
- *   M1  with a cap, held is the sum of the usable sizes of the blocks given out since it was set
+ *   M1  with a cap, held is the sum of the usable sizes of the blocks given out since it was set,
+ *       and of what threads at work in malloc() are about to take
  */
 #include "engine_memory.h"
 
@@ -31,9 +32,13 @@ void cap_engine_memory(size_t most)
 void *__wrap_malloc(size_t size)
 {
     if (cap == SIZE_MAX) return __real_malloc(size);
-    if (size > cap || held > cap - size) return nullptr;
+    if (size > cap) return nullptr;
+    if (held.fetch_add(size) > cap - size) {
+        held -= size;
+        return nullptr;
+    }
     void *const block = __real_malloc(size);
-    held += malloc_usable_size(block);
+    held += malloc_usable_size(block) - size; // null has no size
     return block;
 }
 

@@ -25,7 +25,7 @@
 
 constexpr double LONGEST_SLEEP = 0.02;   // seconds until a silent death is noticed
 constexpr double PROGRESS_EVERY = 0.1;   // seconds
-constexpr unsigned JOBS_A_PROCESSOR = 2; // more at once take memory and time, and bring nothing
+constexpr unsigned MOST_A_PROCESSOR = 2; // jobs or threads: more take memory and bring nothing
 
 /* What decides between one start and another. */
 struct Candidate {
@@ -49,11 +49,25 @@ static int first_seed(const zorpelx_options &options)
     return std::uniform_int_distribution<int>(1, INT_MAX - (options.starts - 1))(chance);
 }
 
+static unsigned count_processors()
+{
+    return std::max(1u, std::thread::hardware_concurrency());
+}
+
 static size_t count_jobs(const zorpelx_options &options)
 {
-    const unsigned processors = std::max(1u, std::thread::hardware_concurrency());
+    const unsigned processors = count_processors();
     const unsigned jobs = options.jobs > 0 ? static_cast<unsigned>(options.jobs) : processors;
-    return std::min({jobs, JOBS_A_PROCESSOR * processors, static_cast<unsigned>(options.starts)});
+    return std::min({jobs, MOST_A_PROCESSOR * processors, static_cast<unsigned>(options.starts)});
+}
+
+/* Threads of each of so many jobs. */
+static int count_threads(const zorpelx_options &options, size_t njobs)
+{
+    const unsigned processors = count_processors();
+    const unsigned share = std::max(1u, processors / static_cast<unsigned>(njobs));
+    const unsigned threads = options.threads > 0 ? static_cast<unsigned>(options.threads) : share;
+    return static_cast<int>(std::min(threads, MOST_A_PROCESSOR * processors));
 }
 
 /* As many as 64 bits can hold, at most. */
@@ -103,6 +117,7 @@ class Call
     Bell bell;
     std::optional<Charge> workers_charge;
     Workers workers;
+    int threads = 1;             // of each child
     size_t allowance = SIZE_MAX; // most bytes that a child may add
     int next = 0;                // start to be handed out
     int busy = 0;                // workers at work
@@ -152,6 +167,7 @@ void Call::hire()
     const size_t njobs = std::min(count_jobs(o), std::max<size_t>(1, room / place));
     workers_charge.emplace(watch, njobs * place, "the partition of a start");
     if (room != SIZE_MAX) allowance = room - place;
+    threads = count_threads(o, njobs);
     for (size_t i = 0; i < njobs; i++) workers.push_back(std::make_unique<Worker>(bell, h.nvtxs));
 }
 
@@ -185,7 +201,7 @@ void Call::hand_out()
     for (const auto &worker : workers) {
         if (next == o.starts) return;
         if (worker->state() != Worker::State::Idle) continue;
-        const Task task = {&trimmed.hypergraph(), &o, allowance, next, seed0 + next};
+        const Task task = {&trimmed.hypergraph(), &o, threads, allowance, next, seed0 + next};
         if (Fault refused = worker->start(task)) {
             if (busy > 0) return;
             note_failure(task.seed, refused);

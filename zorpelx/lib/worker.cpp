@@ -23,7 +23,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "crew.h"
 #include "engine_memory.h"
+#include "partition/entry.h"
 
 constexpr rlim_t LEAST_TEXT = rlim_t{64} << 10;  // bytes that a child may always write
 constexpr rlim_t MOST_TRACE = rlim_t{256} << 20; // bytes of a trace kept for the caller
@@ -221,17 +223,17 @@ static void cap_memory(size_t most)
     cap_engine_memory(most);
 }
 
-static void call_engine(const Task &task, int trace, int *part)
+static void call_engine(const Task &task, int trace, bool ordered, int *part)
 {
     const zorpelx_hypergraph &h = *task.hypergraph;
     const zorpelx_options &o = *task.options;
     const int options[ZORPEL_NOPTIONS] = {
         1, o.nruns, o.ctype, o.rtype, o.vcycle, o.reconst, o.fixed != nullptr, task.seed, trace};
-    const auto entry = o.polish != 0 ? ZORPEL_PartRecursive : ZORPEL_PartRecursiveInternal;
     if (o.fixed != nullptr) std::copy(o.fixed, o.fixed + h.nvtxs, part);
+    Crew crew = make_crew(task.threads, ordered);
     int cut;
-    entry(h.nvtxs, h.nhedges, h.vwgts, h.eptr, h.eind, h.hewgts, o.nparts, o.ubfactor, options,
-          part, &cut);
+    partition_with_crew(h.nvtxs, h.nhedges, h.vwgts, h.eptr, h.eind, h.hewgts, o.nparts, o.ubfactor,
+                        options, part, &cut, o.polish, &crew);
 }
 
 /* The traces that the caller gets. */
@@ -258,7 +260,7 @@ void Worker::run_child(pid_t parent)
         lower_limit(RLIMIT_FSIZE, std::clamp<rlim_t>(work.memory, LEAST_TEXT, MOST_TRACE));
     lower_limit(RLIMIT_CORE, 0);
     cap_memory(work.memory);
-    call_engine(work, progress ? PROGRESS_TRACES : wanted_traces(options), parts);
+    call_engine(work, progress ? PROGRESS_TRACES : wanted_traces(options), !progress, parts);
     fflush(stdout);
     __atomic_store_n(done, 1, __ATOMIC_RELEASE);
     bell.ring();

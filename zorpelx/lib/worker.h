@@ -61,6 +61,7 @@ class Scratch
 struct Task {
     const zorpelx_hypergraph *hypergraph; // checked, and without small hyperedges
     const zorpelx_options *options;       // checked
+    int threads;                          // of the child, at least 1
     size_t memory;                        // most bytes that the child may add; SIZE_MAX: no cap
     int start;                            // from 0
     int seed;

@@ -47,6 +47,14 @@ class PartitionTest(unittest.TestCase):
         self.assertTrue(partition.valid and partition.complete)
         self.assertEqual(partition.message, "")
 
+    def test_threads_change_nothing_but_the_time(self):
+        chain = [[v, v + 1, (v + 1500) % 3000] for v in range(2999)]
+        results = [zorpel.partition(chain, 8, runs=1, seed=9, threads=t) for t in (1, 0, 2, 4)]
+        for result in results:
+            self.assertEqual(results[0].part, result.part)
+        with self.assertRaises(ValueError):
+            zorpel.partition(SMALL, 2, threads=-1)
+
     def test_equal_arguments_give_equal_partitions_whatever_the_jobs(self):
         results = [
             zorpel.partition(SMALL, 4, runs=1, seed=9, starts=4, jobs=jobs) for jobs in (1, 2, 4)

@@ -73,6 +73,7 @@ class COptions(ctypes.Structure):
         ("on_progress", ProgressFunction),
         ("on_trace", TraceFunction),
         ("user", c_void_p),
+        ("threads", c_int),
     ]
 
 

@@ -181,6 +181,7 @@ def partition(
     seed: Optional[int] = 1,
     starts: Optional[int] = None,
     jobs: int = 0,
+    threads: int = 0,
     timeout: Optional[float] = None,
     memory: Optional[int] = None,
     trace: int = 0,
@@ -210,15 +211,16 @@ def partition(
     fix: the part of each vertex that is pre-assigned, -1 for a free one; or the path of such a file.
     seed: of the first start, at least 1, the others count on; None or -1 draws one by chance.
     starts, jobs: independent starts, and how many at once; 0 jobs: one for each processor.
+    threads: of each start; 0: all processors divided by the jobs. They change nothing but the time.
     timeout: seconds for the whole call; None or 0 for no deadline.
     memory: MiB that the call may take here and one start in all; None or 0 for no cap.
     trace: sum of trace bits; the texts are in the result.
     progress: called a few times a second with a Progress; cancels if it returns something true.
 
     The work is done in child processes: nothing it suffers reaches this one. Equal arguments give
-    equal partitions, whatever the jobs. Raises Error or one of its kinds if there is none; when a
-    deadline or a cancellation comes after a start has finished, the best is returned and its
-    field complete is False.
+    equal partitions, whatever the jobs and threads. Raises Error or one of its kinds if there is
+    none; when a deadline or a cancellation comes after a start has finished, the best is returned
+    and its field complete is False.
     """
     given: Dict[str, Any] = {"imbalance": imbalance, "fix": fix}
     if older:
@@ -229,7 +231,7 @@ def partition(
         if value is not None:
             chosen[name] = value
     chosen.update(nparts=nparts, imbalance=given["imbalance"], reconst=reconst, polish=polish)
-    chosen.update(trace=trace, jobs=jobs)
+    chosen.update(trace=trace, jobs=jobs, threads=threads)
     numbers = {name: opt.number(name, value) for name, value in chosen.items()}
     numbers["seed"] = opt.check_seed(seed)
     opt.check_callable("progress", progress)

@@ -44,6 +44,7 @@ NUMBERS = {
     "seed": Number("seed", -1, INT_MAX),
     "starts": Number("starts", 1, INT_MAX),
     "jobs": Number("jobs", 0, INT_MAX),
+    "threads": Number("threads", 0, INT_MAX),
     # 16 TiB: who counts in bytes, as no other place here does, is told so
     "memory": Number("memory", 0, 2**24),
 }
