@@ -94,6 +94,17 @@ int64_t excess_of(const Parts *parts)
     return excess;
 }
 
+void move_pin(Parts *parts, int e, int from, int to)
+{
+    const int before = parts->touched[e];
+    remove_pin(parts, e, from);
+    add_pin(parts, e, to);
+    const int after = parts->touched[e];
+    if (after != before)
+        parts->value += net_cost(parts->objective, parts->graph->netwgt[e], after) -
+                        net_cost(parts->objective, parts->graph->netwgt[e], before);
+}
+
 void move_vertex(Parts *parts, int v, int to)
 {
     const HGraph *const graph = parts->graph;
@@ -103,15 +114,8 @@ void move_vertex(Parts *parts, int v, int to)
     parts->part[v] = to;
     parts->weight[from] -= graph->cellwgt[v];
     parts->weight[to] += graph->cellwgt[v];
-    for (int i = graph->incptr[v]; i < graph->incptr[v + 1]; i++) {
-        const int e = graph->incind[i], before = parts->touched[e];
-        remove_pin(parts, e, from);
-        add_pin(parts, e, to);
-        const int after = parts->touched[e];
-        if (after != before)
-            parts->value += net_cost(parts->objective, graph->netwgt[e], after) -
-                            net_cost(parts->objective, graph->netwgt[e], before);
-    }
+    for (int i = graph->incptr[v]; i < graph->incptr[v + 1]; i++)
+        move_pin(parts, graph->incind[i], from, to);
 }
 
 int64_t gain_of_move(const Parts *parts, int v, int to)

@@ -1,0 +1,140 @@
+/* search/gain_cache.cpp: rows of gains. See the header for what they hold. */
+#include "search/gain_cache.h"
+
+#include <algorithm>
+
+#include "core/memory.h"
+
+constexpr size_t BYTES_A_PIN = 64; // most that rows take
+constexpr int CUT_SHARE = 4;       // of the objective cut, beside one share of km1
+
+void open_gain_cache(GainCache *cache, const HGraph *graph, int nparts, Objective objective)
+{
+    int64_t total = 0;
+    for (int e = 0; e < graph->nnets; e++) total += graph->netwgt[e];
+    cache->km1 = 1;
+    cache->cut = objective == Objective::km1 ? 0 : 1;
+    if (objective == Objective::cut && total > INT32_MAX / (CUT_SHARE + 1))
+        cache->km1 = 0;
+    else if (objective == Objective::cut)
+        cache->cut = CUT_SHARE;
+    if (objective == Objective::soed && total > INT32_MAX / 2) cache->cut = 0;
+    const size_t n = static_cast<size_t>(graph->ncells), k = static_cast<size_t>(nparts);
+    const size_t bytes = BYTES_A_PIN * static_cast<size_t>(graph->netptr[graph->nnets]);
+    const size_t rows = std::min(n, std::max<size_t>(bytes / (sizeof(int) * k), 1024));
+    cache->nparts = nparts;
+    cache->nrows = 0;
+    cache->mostrows = static_cast<int>(rows);
+    cache->row = ismalloc__(n, -1, "search: row");
+    cache->owner = alloc_pool<int>(rows, "search: owner");
+    cache->base = alloc_pool<int>(rows, "search: base");
+    cache->gains = alloc_pool<int>(rows * k, "search: gains");
+}
+
+void close_gain_cache(GainCache *cache)
+{
+    QXfree__(&cache->row, &cache->owner, &cache->base, &cache->gains, LTERM);
+}
+
+void clear_gain_cache(GainCache *cache)
+{
+    for (int i = 0; i < cache->nrows; i++)
+        if (cache->owner[i] >= 0) cache->row[cache->owner[i]] = -1;
+    cache->nrows = 0;
+}
+
+/* Adds sign times e's share to a row of a vertex in part from. */
+static void add_share(const Parts *parts, const GainCache *cache, int e, int from, int sign,
+                      int *base, int *gains)
+{
+    const int n = parts->touched[e], w = sign * parts->graph->netwgt[e];
+    const PinCount *const list = parts->counts + parts->graph->netptr[e];
+    if (n == 1) {
+        if (list[0].npins > 1) *base -= w * (cache->cut + cache->km1);
+        return;
+    }
+    bool alone = false;
+    for (int i = 0; i < n; i++)
+        if (list[i].part == from) alone = list[i].npins == 1;
+    if (!alone) *base -= w * cache->km1;
+    const int each = w * (n == 2 && alone ? cache->cut + cache->km1 : cache->km1);
+    for (int i = 0; i < n; i++)
+        if (list[i].part != from) gains[list[i].part] += each;
+}
+
+int row_of(GainCache *cache, const Parts *parts, int v)
+{
+    const HGraph *const graph = parts->graph;
+    if (has_row(cache, v)) return cache->row[v];
+    if (cache->nrows == cache->mostrows) clear_gain_cache(cache);
+    const int row = cache->nrows++;
+    int *const gains = cache->gains + static_cast<size_t>(row) * static_cast<size_t>(cache->nparts);
+    cache->row[v] = row;
+    cache->owner[row] = v;
+    cache->base[row] = 0;
+    std::fill(gains, gains + cache->nparts, 0);
+    for (int i = graph->incptr[v]; i < graph->incptr[v + 1]; i++)
+        add_share(parts, cache, graph->incind[i], parts->part[v], 1, &cache->base[row], gains);
+    return row;
+}
+
+static void add_to_rows(const Parts *parts, GainCache *cache, int e, int sign)
+{
+    const HGraph *const graph = parts->graph;
+    for (int j = graph->netptr[e]; j < graph->netptr[e + 1]; j++) {
+        const int u = graph->netind[j], row = cache->row[u];
+        if (row < 0) continue;
+        add_share(parts, cache, e, parts->part[u], sign, &cache->base[row],
+                  cache->gains + static_cast<size_t>(row) * static_cast<size_t>(cache->nparts));
+    }
+}
+
+static void give_up_row(GainCache *cache, int v)
+{
+    if (!has_row(cache, v)) return;
+    cache->owner[cache->row[v]] = -1;
+    cache->row[v] = -1;
+}
+
+void move_and_update(Parts *parts, GainCache *cache, int v, int to)
+{
+    const HGraph *const graph = parts->graph;
+    const int from = parts->part[v];
+    assert(from != to && to >= 0 && to < parts->nparts);
+    assert(!is_fixed(parts, v));
+    give_up_row(cache, v);
+    parts->part[v] = to;
+    parts->weight[from] -= graph->cellwgt[v];
+    parts->weight[to] += graph->cellwgt[v];
+    for (int i = graph->incptr[v]; i < graph->incptr[v + 1]; i++) {
+        const int e = graph->incind[i];
+        // shares depend on which parts are touched and who is alone
+        const bool matters = pins_in(parts, e, from) <= 2 || pins_in(parts, e, to) <= 1;
+        if (matters) add_to_rows(parts, cache, e, -1);
+        move_pin(parts, e, from, to);
+        if (matters) add_to_rows(parts, cache, e, 1);
+    }
+}
+
+/* The gain by the header's table, from the pin lists. */
+static int64_t fresh_gain(const GainCache *cache, const Parts *parts, int v, int p)
+{
+    Parts other = *parts;
+    other.objective = Objective::cut;
+    int64_t gain = cache->cut * gain_of_move(&other, v, p);
+    other.objective = Objective::km1;
+    return gain + cache->km1 * gain_of_move(&other, v, p);
+}
+
+bool gain_cache_ok(const GainCache *cache, const Parts *parts)
+{
+    for (int v = 0; v < parts->graph->ncells; v++) {
+        const int row = cache->row[v];
+        if (row < -1 || row >= cache->nrows) return false;    // C1
+        if (row >= 0 && cache->owner[row] != v) return false; // C1
+        for (int p = 0; row >= 0 && p < parts->nparts; p++)
+            if (p != parts->part[v] && cached_gain(cache, v, p) != fresh_gain(cache, parts, v, p))
+                return false; // C2
+    }
+    return true;
+}

@@ -1,0 +1,72 @@
+/* search/gain_cache.h: gains of the vertices near the boundary, kept up to date under moves.
+ *
+ * The gain of moving a vertex to part p is a number of its own and one for p, both sums over its
+ * hyperedges. With a the vertex's part, w the weight of a hyperedge and d the parts it touches:
+ *
+ *             to base                                   to each p
+ *     km1     -w, but 0 where it is alone in a          w where the hyperedge touches p
+ *     cut     -w where d is 1                           w where d is 2, p is the other part and
+ *                                                       the vertex alone in a
+ *
+ * Rows hold cut times the one and km1 times the other. For the sum of external degrees both are 1.
+ * When the cut is minimised km1 counts a little as well: it tells moves apart that leave the cut
+ * as it is, and hyperedges that touch few parts are cut no more sooner. Where weights are too large
+ * for such sums the main term stands alone.
+ *
+ * A vertex gets its row when it is first asked for; until its next move every change of a hyperedge
+ * takes the hyperedge's old share out of the rows of its pins and puts the new one in.
+ * Source: Akhremtsev, Heuer, Sanders, Schlag, ALENEX 2017 (a cache of gains for adjacent parts).
+ */
+#ifndef ZORPEL_SEARCH_GAIN_CACHE_H
+#define ZORPEL_SEARCH_GAIN_CACHE_H
+
+#include <cassert>
+#include <cstddef>
+#include <cstdint>
+
+#include "search/parts.h"
+
+/*   C1  row[v] is -1, or the place of v's row, one of nrows, no other vertex's
+ *   C2  base and gains of a row are the sums above for the partition as it is
+ */
+struct GainCache {
+    int nparts;
+    int cut, km1; // how often the two count
+    int nrows, mostrows;
+    int *row;   // [ncells]
+    int *owner; // [mostrows] vertex of each row, -1 for one that was given up
+    int *base;  // [mostrows]
+    int *gains; // [mostrows x nparts]
+};
+
+/* Room for the rows of all vertices, or as many as fit into some bytes a pin. */
+void open_gain_cache(GainCache *cache, const HGraph *graph, int nparts, Objective objective);
+void close_gain_cache(GainCache *cache);
+
+/* Gives all rows up. */
+void clear_gain_cache(GainCache *cache);
+
+/* Sees to it that v has a row; may give up all others. Returns its place. */
+int row_of(GainCache *cache, const Parts *parts, int v);
+
+inline bool has_row(const GainCache *cache, int v)
+{
+    return cache->row[v] >= 0;
+}
+
+/* The gain of v, which has a row, to part p, another than its own, as rows count it. */
+inline int64_t cached_gain(const GainCache *cache, int v, int p)
+{
+    assert(has_row(cache, v));
+    const size_t row = static_cast<size_t>(cache->row[v]);
+    return static_cast<int64_t>(cache->base[row]) +
+           cache->gains[row * static_cast<size_t>(cache->nparts) + static_cast<size_t>(p)];
+}
+
+/* move_vertex, and the rows of all others; v's own is given up. */
+void move_and_update(Parts *parts, GainCache *cache, int v, int to);
+
+/* Tests C1 and C2 from scratch. */
+bool gain_cache_ok(const GainCache *cache, const Parts *parts);
+
+#endif

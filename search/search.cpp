@@ -1,0 +1,372 @@
+/* search/search.cpp: a pool of partitions, improved by combining the best of them.
+ *
+ * Jobs are numbered: first the members of the pool, then combinations in batches. What a job does
+ * depends on its number, the seed and the results of earlier batches only, and results are taken
+ * in by number: so neither threads nor timing change what is found.
+ *
+ * Stages: reduce, pack, members, batches of combinations, complete by the islands.
+ */
+#include "search/search.h"
+
+#include <algorithm>
+#include <atomic>
+#include <mutex>
+
+#include "core/memory.h"
+#include "core/vectors.h"
+#include "partition/ctrl.h"
+#include "search/multilevel.h"
+#include "search/overlay.h"
+#include "search/rebalance.h"
+
+const Schedule SCHEDULES[NPRESETS] = {
+    {"fast", 2, 1, 1, 1, 1500, 500, 2, 1},
+    {"default", 4, 2, 3, 1, 2000, 500, 3, 1},
+    {"best", 16, 4, 24, 4, 2000, 1000, 6, 2},
+};
+
+constexpr int COARSEST_A_PART = 150; // vertices of the coarsest level, at least
+constexpr int MOST_NET_SIZE = 1000;  // larger hyperedges never take part in coarsening
+constexpr int64_t RATING_COST = 64;  // pins looked at for each when clusters are formed
+constexpr int MOST_POOL = 32;
+
+/* A partition of the clusters. */
+struct Member {
+    int *part; // [nclusters]
+    int64_t objective, excess;
+};
+
+struct Pool {
+    int n, most;
+    Member members[MOST_POOL + 1]; // best first
+};
+
+struct Search {
+    const FlatHypergraph *flat;
+    const SearchOptions *options;
+    const Reduction *reduction;
+    Task task;
+    Pool pool;
+    int *whole; // [nvtxs] for publishing
+    int njobs, alljobs;
+    Found best;
+};
+
+static bool better(const Member *a, const Member *b)
+{
+    return a->excess != b->excess ? a->excess < b->excess : a->objective < b->objective;
+}
+
+static size_t at_least_one(int n)
+{
+    return n > 0 ? static_cast<size_t>(n) : 1;
+}
+
+/* Hyperedges above this size stay out of coarsening: 50 at least, as in the engine, and more while
+ * looking at every pin's neighbours costs a bounded number of pins. */
+static int size_limit(const HGraph *graph)
+{
+    int *count = ismalloc__(MOST_NET_SIZE + 1, 0, "search: sizes");
+    for (int e = 0; e < graph->nnets; e++)
+        if (net_size(graph, e) <= MOST_NET_SIZE) count[net_size(graph, e)]++;
+    const int64_t most = RATING_COST * graph->netptr[graph->nnets];
+    int64_t cost = 0;
+    int limit = 0;
+    for (int64_t size = 0; size <= MOST_NET_SIZE; size++) {
+        cost += count[size] * size * size;
+        if (cost > most) break;
+        limit = static_cast<int>(size);
+    }
+    QXfree__(&count, LTERM);
+    return std::max(limit, MAX_NET_SIZE);
+}
+
+/* The graph of all clusters: islands have empty ranges at the end of the incidence. */
+static HGraph with_islands(const Reduction *reduction)
+{
+    HGraph graph = *reduction->graph;
+    graph.ncells = reduction->nclusters;
+    graph.cellwgt = reduction->weight;
+    graph.incptr = imalloc__(at_least_one(reduction->nclusters) + 1, "search: incidence");
+    const int kept = reduction->graph->ncells;
+    icopy__(kept + 1, reduction->graph->incptr, graph.incptr);
+    for (int c = kept; c < reduction->nclusters; c++) graph.incptr[c + 1] = graph.incptr[kept];
+    return graph;
+}
+
+static void measure(const Search *search, Member *member)
+{
+    const Bounds *const bounds = search->task.bounds;
+    const Reduction *const reduction = search->reduction;
+    int64_t *weight = alloc_array<int64_t>(at_least_one(bounds->nparts), "search: weights");
+    std::fill(weight, weight + bounds->nparts, 0);
+    for (int c = 0; c < reduction->nclusters; c++) weight[member->part[c]] += reduction->weight[c];
+    member->excess = 0;
+    for (int p = 0; p < bounds->nparts; p++) member->excess += excess_at(bounds, p, weight[p]);
+    member->objective =
+        objective_of(reduction->graph, bounds->nparts, search->task.objective, member->part);
+    QXfree__(&weight, LTERM);
+}
+
+/* Tries to bring member within the bounds by moves of all clusters, islands included. */
+static void mend(const Search *search, Member *member)
+{
+    HGraph graph = with_islands(search->reduction);
+    Parts parts;
+    KwayFmWork work;
+    open_parts(&parts, &graph, search->task.bounds, search->task.objective,
+               search->reduction->fixed);
+    open_kway_fm(&work, &graph, parts.nparts, parts.objective);
+    load_parts(&parts, member->part);
+    rebalance(&parts, &work);
+    if (!within_bounds(&parts)) {
+        pack(&graph, parts.bounds, parts.fixed, true, parts.part);
+        load_parts(&parts, parts.part);
+    }
+    if (!within_bounds(&parts)) {
+        pack(&graph, parts.bounds, parts.fixed, false, parts.part);
+        load_parts(&parts, parts.part);
+    }
+    Random random = random_for(search->options->seed, 1);
+    if (within_bounds(&parts)) refine_kway_fm(&parts, &work, 3, &random);
+    if (excess_of(&parts) < member->excess) {
+        icopy__(graph.ncells, parts.part, member->part);
+        measure(search, member);
+    }
+    close_kway_fm(&work);
+    close_parts(&parts);
+    QXfree__(&graph.incptr, LTERM);
+}
+
+/* Gives the islands parts, the heaviest first, and sees to the bounds. */
+static void complete(const Search *search, Member *member)
+{
+    const Reduction *const reduction = search->reduction;
+    const Bounds *const bounds = search->task.bounds;
+    const int kept = reduction->graph->ncells, nislands = reduction->nclusters - kept;
+    if (nislands > 0) {
+        int64_t *weight = alloc_array<int64_t>(at_least_one(bounds->nparts), "search: weights");
+        int64_t *most = alloc_array<int64_t>(at_least_one(bounds->nparts), "search: room");
+        std::fill(weight, weight + bounds->nparts, 0);
+        for (int c = 0; c < kept; c++) weight[member->part[c]] += reduction->weight[c];
+        for (int p = 0; p < bounds->nparts; p++) most[p] = bounds->most[p] - weight[p];
+        HGraph islands = {};
+        islands.ncells = nislands;
+        islands.cellwgt = reduction->weight + kept;
+        const Bounds room = {bounds->nparts, most, most};
+        pack(&islands, &room, nullptr, false, member->part + kept);
+        QXfree__(&weight, &most, LTERM);
+    }
+    measure(search, member);
+    if (member->excess > 0) mend(search, member);
+}
+
+static void publish(Search *search, const Member *member, const char *step)
+{
+    search->best = {member->objective, member->excess, search->njobs, search->alljobs, step};
+    if (search->options->publish == nullptr) return;
+    for (int v = 0; v < search->flat->nvtxs; v++)
+        search->whole[v] = member->part[search->reduction->cluster[v]];
+    search->options->publish(search->options->user, search->whole, &search->best);
+}
+
+/* Takes member, whose part it owns from now on, into the pool if it is good enough. */
+static void take_in(Search *search, Member member, const char *step)
+{
+    Pool *const pool = &search->pool;
+    search->njobs++;
+    int place = pool->n;
+    while (place > 0 && better(&member, &pool->members[place - 1])) place--;
+    const bool twin = place > 0 && pool->members[place - 1].objective == member.objective &&
+                      std::equal(member.part, member.part + search->reduction->nclusters,
+                                 pool->members[place - 1].part);
+    if (place == pool->most || twin) {
+        QXfree__(&member.part, LTERM);
+        return;
+    }
+    for (int i = pool->n; i > place; i--) pool->members[i] = pool->members[i - 1];
+    pool->members[place] = member;
+    if (++pool->n > pool->most) QXfree__(&pool->members[--pool->n].part, LTERM);
+    if (place == 0) publish(search, &member, step);
+}
+
+static Member new_member(const Search *search)
+{
+    return {imalloc__(at_least_one(search->reduction->nclusters), "search: member"), 0, 0};
+}
+
+/* Jobs of one batch. */
+struct Batch {
+    const Search *search;
+    int first, n;    // numbers of the jobs
+    Member *results; // [n]
+    void (*work)(const Search *search, int job, Member *result);
+    std::atomic<int> next;
+};
+
+static void work_off(void *place)
+{
+    Batch *const batch = static_cast<Batch *>(place);
+    for (int i; (i = batch->next++) < batch->n;) {
+        batch->results[i] = new_member(batch->search);
+        batch->work(batch->search, batch->first + i, &batch->results[i]);
+        complete(batch->search, &batch->results[i]);
+    }
+}
+
+/* Makes n jobs, several at a time, and takes their results in by number. */
+static void make_batch(Search *search, int n, const char *step,
+                       void (*work)(const Search *search, int job, Member *result))
+{
+    constexpr int MOST = MOST_POOL;
+    const SearchOptions *const options = search->options;
+    Member results[MOST] = {};
+    Batch batch = {search, search->njobs, std::min(n, MOST), results, work, {0}};
+    void *threads[MOST];
+    int nthreads = 0;
+    while (options->crew != nullptr && nthreads + 1 < std::min(options->threads, batch.n)) {
+        threads[nthreads] = options->crew->start(work_off, &batch);
+        if (threads[nthreads] == nullptr) break;
+        nthreads++;
+    }
+    work_off(&batch);
+    for (int i = 0; i < nthreads; i++) options->crew->await(threads[i]);
+    for (int i = 0; i < batch.n; i++) take_in(search, results[i], step);
+}
+
+static uint64_t seed_of(const Search *search, int job)
+{
+    Random random = random_for(search->options->seed, static_cast<uint64_t>(job) + 2);
+    return next_random(&random) >> 16;
+}
+
+static Pass base_pass(const Search *search, int job)
+{
+    const Schedule *const schedule = &search->options->schedule;
+    Pass pass = {};
+    pass.ntrials = schedule->ntrials;
+    pass.rounds = schedule->rounds;
+    pass.seed = seed_of(search, job);
+    return pass;
+}
+
+static void make_member(const Search *search, int job, Member *result)
+{
+    const Schedule *const schedule = &search->options->schedule;
+    Pass pass = base_pass(search, job);
+    pass.scheme = job % 2 == 0 ? CTYPE_HFC : CTYPE_FC;
+    pass.coarsest = std::max(schedule->coarsest, COARSEST_A_PART * search->task.bounds->nparts);
+    pass.flows = schedule->flows > 1;
+    make_pass(&search->task, &pass, result->part);
+}
+
+/* Which two of n ranks are combined in turn i: 0 and 1, 0 and 2, 1 and 2, 0 and 3, ... */
+static void choose_parents(int n, int i, int *a, int *b)
+{
+    const int npairs = n * (n - 1) / 2;
+    *a = *b = 0;
+    if (npairs == 0) return;
+    int left = i % npairs;
+    for (*b = 1; left >= *b; ++*b) left -= *b;
+    *a = left;
+}
+
+static void combine(const Search *search, int job, Member *result)
+{
+    const Schedule *const schedule = &search->options->schedule;
+    const Pool *const pool = &search->pool;
+    const int n = search->task.graph->ncells, k = search->task.bounds->nparts;
+    const int turn = job - schedule->nmembers;
+    int first, second;
+    choose_parents(std::min(pool->n, 4), turn % schedule->batch + turn / schedule->batch % 2,
+                   &first, &second);
+    int *label = ismalloc__(at_least_one(n), 0, "search: label");
+    split_cells(n, pool->members[first].part, k, label);
+    split_cells(n, pool->members[second].part, k, label);
+    Pass pass = base_pass(search, job);
+    pass.label = label;
+    pass.start = pool->members[first].part;
+    pass.scheme = turn % 2 == 0 ? RESTRICTED_STARS : RESTRICTED_EDGES;
+    pass.coarsest = std::max(schedule->combined_coarsest, COARSEST_A_PART / 2 * k);
+    pass.flows = schedule->flows > 0;
+    make_pass(&search->task, &pass, result->part);
+    QXfree__(&label, LTERM);
+}
+
+static void take_start(Search *search)
+{
+    const int *const start = search->options->start;
+    if (start == nullptr) return;
+    Member member = new_member(search);
+    for (int v = 0; v < search->flat->nvtxs; v++)
+        member.part[search->reduction->cluster[v]] = start[v];
+    for (int c = 0; search->reduction->fixed != nullptr && c < search->reduction->nclusters; c++)
+        if (search->reduction->fixed[c] >= 0) member.part[c] = search->reduction->fixed[c];
+    measure(search, &member);
+    if (member.excess > 0) mend(search, &member);
+    take_in(search, member, "start");
+    search->njobs--;
+}
+
+/* A partition within the bounds at once, however bad. */
+static void take_packing(Search *search)
+{
+    Member member = new_member(search);
+    HGraph graph = {};
+    graph.ncells = search->reduction->nclusters;
+    graph.cellwgt = search->reduction->weight;
+    pack(&graph, search->task.bounds, search->reduction->fixed, false, member.part);
+    measure(search, &member);
+    take_in(search, member, "packing");
+    search->njobs--;
+}
+
+static bool is_over(const Search *search)
+{
+    return is_cancelled(&search->task) || (search->best.objective == 0 && search->best.excess == 0);
+}
+
+static void run_schedule(Search *search)
+{
+    const Schedule *const schedule = &search->options->schedule;
+    const bool endless = search->options->endless;
+    // a first partition soon, then the others
+    for (int made = 0; made < schedule->nmembers && !is_over(search);) {
+        const int n = std::min(schedule->nmembers - made, MOST_POOL);
+        make_batch(search, n, "member", make_member);
+        made += n;
+    }
+    for (int made = 0; (endless || made < schedule->ncombined) && !is_over(search);) {
+        const int n =
+            endless ? schedule->batch : std::min(schedule->batch, schedule->ncombined - made);
+        make_batch(search, n, "combination", combine);
+        made += n;
+    }
+}
+
+Found search_partition(const FlatHypergraph *flat, const Constraints *constraints,
+                       const Bounds *bounds, Objective objective, const SearchOptions *options,
+                       int *part)
+{
+    Reduction reduction;
+    open_reduction(&reduction, flat, constraints, bounds->nparts);
+    Search search = {};
+    search.flat = flat;
+    search.options = options;
+    search.reduction = &reduction;
+    search.task = {reduction.graph, bounds, objective, reduction.fixed, size_limit(reduction.graph),
+                   options->cancel};
+    search.pool.most = std::clamp(options->schedule.nmembers, 1, MOST_POOL);
+    search.whole = imalloc__(at_least_one(flat->nvtxs), "search: whole");
+    search.alljobs =
+        options->endless ? -1 : options->schedule.nmembers + options->schedule.ncombined;
+    take_packing(&search);
+    take_start(&search);
+    if (reduction.graph->nnets > 0 && bounds->nparts > 1) run_schedule(&search);
+    for (int v = 0; v < flat->nvtxs; v++)
+        part[v] = search.pool.members[0].part[reduction.cluster[v]];
+    for (int i = 0; i < search.pool.n; i++) QXfree__(&search.pool.members[i].part, LTERM);
+    QXfree__(&search.whole, LTERM);
+    close_reduction(&reduction);
+    return search.best;
+}

@@ -1,0 +1,60 @@
+/* search/search.h: the best partition that a schedule of work finds within bounds. */
+#ifndef ZORPEL_SEARCH_SEARCH_H
+#define ZORPEL_SEARCH_SEARCH_H
+
+#include "partition/halves.h"
+#include "search/reduce.h"
+
+/* How much is done. Work is counted, never timed, so that equal schedules and seeds give equal
+ * results on any machine with any number of threads. */
+struct Schedule {
+    const char *name;
+    int nmembers;          // partitions from scratch, each by a coarsening of its own
+    int ntrials;           // partitions of the coarsest level that each of them chooses from
+    int ncombined;         // combinations of two of the best partitions
+    int batch;             // of which so many are made at a time, without knowing of each other
+    int coarsest;          // vertices that a member coarsens to, at least
+    int combined_coarsest; // and a combination
+    int rounds;            // of local refinement on each level
+    int flows;             // 0: none; 1: in combinations; 2: everywhere
+};
+
+enum Preset { PRESET_FAST, PRESET_DEFAULT, PRESET_BEST, NPRESETS };
+extern const Schedule SCHEDULES[NPRESETS];
+
+/* What has been found. */
+struct Found {
+    int64_t objective;
+    int64_t excess;   // by how much parts are outside their bounds, in all
+    int jobs;         // finished
+    int alljobs;      // in all; -1: goes on until it is ended
+    const char *step; // what found it, such as "member"
+};
+
+struct SearchOptions {
+    Schedule schedule;
+    uint64_t seed;
+    bool endless; // combinations go on until cancel is set, or the process ends
+    int threads;
+    Crew *crew;                 // where threads come from; null: all is done in this one
+    const volatile int *cancel; // not 0: end soon with the best so far; or null
+    const int *start;           // [nvtxs] a partition to begin with; or null
+    /* Receives every partition that is better than all before, whole, in [nvtxs]; or null. Is
+     * called by one thread at a time. */
+    void (*publish)(void *user, const int *part, const Found *found);
+    void *user;
+};
+
+/* Partitions a hypergraph into part [nvtxs].
+ *   flat, constraints  in   checked by the caller: numbers in range, totals of weights at most
+ *                           2147483646, groups that can be kept
+ *   bounds             in   of the parts' weights
+ * Returns what was found: excess is 0 where the bounds are kept, and they are if a packing that
+ * takes the heaviest vertices first keeps them.
+ * Source  Andre, Schlag, Schulz, Memetic multilevel hypergraph partitioning, GECCO 2018; Bustany,
+ *         Kahng, Koutis, Pramanik, Wang, SpecPart, ICCAD 2022 (overlays of solutions). */
+Found search_partition(const FlatHypergraph *flat, const Constraints *constraints,
+                       const Bounds *bounds, Objective objective, const SearchOptions *options,
+                       int *part);
+
+#endif

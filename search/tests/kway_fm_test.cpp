@@ -1,0 +1,164 @@
+/* search/tests/kway_fm_test.cpp: gain rows, local refinement, rebalancing, packing. */
+#include <gtest/gtest.h>
+
+#include "search/kway_fm.h"
+#include "search/rebalance.h"
+#include "search_support.h"
+
+namespace
+{
+
+constexpr Objective OBJECTIVES[] = {Objective::cut, Objective::km1, Objective::soed};
+
+/* A random partition of a random hypergraph, some vertices fixed. */
+struct RandomCase {
+    explicit RandomCase(unsigned seed)
+        : random(seed), n(4 + static_cast<int>(random() % 60)),
+          nparts(2 + static_cast<int>(random() % 7)), objective(OBJECTIVES[seed % 3]),
+          graph(
+              random_hypergraph(random, n, n + static_cast<int>(random() % 60), 7, seed % 2 == 0)),
+          bounds(graph.get(), nparts, static_cast<int>(random() % 30)),
+          where(random_partition(random, n, nparts)), fixed(static_cast<size_t>(n), -1)
+    {
+        for (size_t v = 0; v < fixed.size(); v++)
+            if (random() % 6 == 0) fixed[v] = where[v];
+        open_parts(&parts, graph.get(), &bounds, objective, seed % 4 == 0 ? fixed.data() : nullptr);
+        load_parts(&parts, where.data());
+        open_kway_fm(&work, graph.get(), nparts, objective);
+    }
+    ~RandomCase()
+    {
+        close_kway_fm(&work);
+        close_parts(&parts);
+    }
+
+    std::mt19937 random;
+    int n, nparts;
+    Objective objective;
+    HGraphPtr graph;
+    TestBounds bounds;
+    std::vector<int> where, fixed;
+    Parts parts;
+    KwayFmWork work;
+};
+
+TEST(GainCache, rows_follow_random_moves)
+{
+    for (unsigned seed = 1; seed <= 90; seed++) {
+        RandomCase c(seed);
+        GainCache *const cache = &c.work.cache;
+        for (int step = 0; step < 60; step++) {
+            const int v = static_cast<int>(c.random() % static_cast<unsigned>(c.n));
+            const int to = static_cast<int>(c.random() % static_cast<unsigned>(c.nparts));
+            row_of(cache, &c.parts, static_cast<int>(c.random() % static_cast<unsigned>(c.n)));
+            if (to == c.parts.part[v] || is_fixed(&c.parts, v)) continue;
+            move_and_update(&c.parts, cache, v, to);
+            ASSERT_TRUE(gain_cache_ok(cache, &c.parts)) << "seed " << seed;
+        }
+        ASSERT_TRUE(parts_ok(&c.parts)) << "seed " << seed;
+    }
+}
+
+TEST(GainCache, a_wrong_gain_or_owner_is_found)
+{
+    RandomCase c(2);
+    GainCache *const cache = &c.work.cache;
+    const int row = row_of(cache, &c.parts, 0);
+    ASSERT_TRUE(gain_cache_ok(cache, &c.parts));
+    cache->base[row]++; // C2
+    EXPECT_FALSE(gain_cache_ok(cache, &c.parts));
+    cache->base[row]--;
+    cache->row[1] = row; // C1
+    EXPECT_FALSE(gain_cache_ok(cache, &c.parts));
+    cache->row[1] = -1;
+    EXPECT_TRUE(gain_cache_ok(cache, &c.parts));
+}
+
+TEST(KwayFm, never_makes_the_objective_or_the_excess_worse)
+{
+    int improved = 0;
+    for (unsigned seed = 1; seed <= 200; seed++) {
+        RandomCase c(seed);
+        Random random = random_for(seed, 0);
+        const int64_t before = c.parts.value, excess = excess_of(&c.parts);
+        const int64_t gain = refine_kway_fm(&c.parts, &c.work, 5, &random);
+        ASSERT_EQ(c.parts.value, before - gain) << "seed " << seed;
+        ASSERT_GE(gain, 0) << "seed " << seed;
+        ASSERT_LE(excess_of(&c.parts), excess) << "seed " << seed;
+        ASSERT_TRUE(parts_ok(&c.parts)) << "seed " << seed;
+        ASSERT_EQ(c.parts.value, objective_of(c.graph.get(), c.nparts, c.objective, c.parts.part));
+        improved += gain > 0;
+    }
+    EXPECT_GT(improved, 150); // most random partitions can be improved
+}
+
+TEST(KwayFm, two_cliques_are_found)
+{
+    // vertices 0-5 and 6-11 hang together by all pairs; one hyperedge joins them
+    HGraph *const graph = CreateHGraph__();
+    std::vector<int> ptr = {0}, ind;
+    for (int side = 0; side < 2; side++)
+        for (int u = 0; u < 6; u++)
+            for (int v = u + 1; v < 6; v++) {
+                ind.insert(ind.end(), {6 * side + u, 6 * side + v});
+                ptr.push_back(static_cast<int>(ind.size()));
+            }
+    ind.insert(ind.end(), {5, 6});
+    ptr.push_back(static_cast<int>(ind.size()));
+    graph->ncells = 12;
+    graph->nnets = static_cast<int>(ptr.size()) - 1;
+    graph->nfixed = 0;
+    graph->netptr = new_array(ptr);
+    graph->netind = new_array(ind);
+    graph->cellwgt = new_array(std::vector<int>(12, 1));
+    graph->netwgt = new_array(std::vector<int>(ptr.size() - 1, 1));
+    CreateIncidentHGraph__(graph);
+    const HGraphPtr owner(graph);
+    const TestBounds bounds(graph, 2, 20);
+    Parts parts;
+    KwayFmWork work;
+    open_parts(&parts, graph, &bounds, Objective::cut, nullptr);
+    open_kway_fm(&work, graph, 2, Objective::cut);
+    const std::vector<int> where = {0, 0, 0, 0, 0, 1, 0, 1, 1, 1, 1, 1};
+    load_parts(&parts, where.data());
+    Random random = random_for(1, 0);
+    refine_kway_fm(&parts, &work, 10, &random);
+    EXPECT_EQ(parts.value, 1);
+    close_kway_fm(&work);
+    close_parts(&parts);
+}
+
+TEST(Rebalance, reaches_the_bounds_of_unit_weights_and_keeps_fixed_vertices)
+{
+    for (unsigned seed = 1; seed <= 200; seed++) {
+        RandomCase c(seed);
+        const int64_t excess = excess_of(&c.parts);
+        const bool reached = rebalance(&c.parts, &c.work);
+        ASSERT_EQ(reached, within_bounds(&c.parts)) << "seed " << seed;
+        ASSERT_LE(excess_of(&c.parts), excess) << "seed " << seed;
+        ASSERT_TRUE(parts_ok(&c.parts)) << "seed " << seed;
+        if (seed % 2 != 0) { // weights of 1, and seeds that are multiples of 4 alone fix vertices
+            ASSERT_TRUE(reached) << "seed " << seed;
+        }
+    }
+}
+
+TEST(Pack, heaviest_first_fills_parts_of_unequal_size)
+{
+    HGraph graph = {};
+    std::vector<int> weights = {3, 5, 2, 7, 1, 6};
+    graph.ncells = 6;
+    graph.cellwgt = weights.data();
+    int64_t most[] = {12, 6, 6}, least[] = {0, 0, 0};
+    const Bounds bounds = {3, most, least};
+    std::vector<int> where(6, 0), fixed = {-1, -1, 2, -1, -1, -1};
+    EXPECT_EQ(pack(&graph, &bounds, fixed.data(), false, where.data()), 0);
+    EXPECT_EQ(where[2], 2);
+    int64_t weight[3] = {};
+    for (size_t v = 0; v < 6; v++) weight[where[v]] += weights[v];
+    for (int p = 0; p < 3; p++) EXPECT_LE(weight[p], most[p]);
+    most[0] = 10; // 24 into 22
+    EXPECT_EQ(pack(&graph, &bounds, fixed.data(), false, where.data()), 2);
+}
+
+} // namespace
