@@ -1,5 +1,5 @@
 # LIBRARY exports routines of the zorpelx_ family and its version node, nothing else; and its soname
-# carries the major version.
+# carries the major version. ARCHIVE, if given, defines the same routines and shows nothing else.
 execute_process(COMMAND ${NM} -D --defined-only ${LIBRARY} OUTPUT_VARIABLE text
   COMMAND_ERROR_IS_FATAL ANY)
 string(REGEX MATCHALL "[^\n]+" lines "${text}")
@@ -7,7 +7,11 @@ list(LENGTH lines count)
 if(count LESS 10)
   message(FATAL_ERROR "${LIBRARY} exports too little:\n${text}")
 endif()
+set(routines 0)
 foreach(line ${lines})
+  if(line MATCHES " T ")
+    math(EXPR routines "${routines} + 1")
+  endif()
   if(NOT line MATCHES " T zorpelx_[a-z_]+@@ZORPELX_1$" AND NOT line MATCHES " A ZORPELX_1")
     message(FATAL_ERROR "${LIBRARY} exports: ${line}")
   endif()
@@ -15,4 +19,19 @@ endforeach()
 execute_process(COMMAND ${OBJDUMP} -p ${LIBRARY} OUTPUT_VARIABLE text COMMAND_ERROR_IS_FATAL ANY)
 if(NOT text MATCHES "SONAME +libzorpelx[.]so[.]${MAJOR}\n")
   message(FATAL_ERROR "${LIBRARY} has another soname:\n${text}")
+endif()
+
+if(ARCHIVE)
+  execute_process(COMMAND ${NM} -g --defined-only ${ARCHIVE} OUTPUT_VARIABLE text
+    COMMAND_ERROR_IS_FATAL ANY)
+  string(REGEX MATCHALL "[0-9a-f]+ [A-Za-z] [^\n]+" lines "${text}")
+  list(LENGTH lines in_archive)
+  if(NOT in_archive EQUAL routines)
+    message(FATAL_ERROR "${ARCHIVE} defines ${in_archive} names, not ${routines}:\n${text}")
+  endif()
+  foreach(line ${lines})
+    if(NOT line MATCHES " T zorpelx_[a-z_]+$")
+      message(FATAL_ERROR "${ARCHIVE} shows: ${line}")
+    endif()
+  endforeach()
 endif()

@@ -1,5 +1,6 @@
 # Installs the build tree BUILD into WORK, moves it, builds the project CONSUMER against it and runs
-# what came out; runs the program zorpelx in its new place if ZORPELX, PYTHON if that is set.
+# what came out, from the archives too if STATIC; runs the program zorpelx in its new place if ZORPELX,
+# PYTHON if that is set.
 function(run)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE status OUTPUT_VARIABLE text ERROR_VARIABLE text)
   if(NOT status EQUAL 0)
@@ -10,22 +11,23 @@ endfunction()
 
 file(REMOVE_RECURSE ${WORK})
 run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${WORK}/first)
-if(EXISTS ${WORK}/first/share/lintian OR EXISTS ${WORK}/first/share/doc/libzorpel1)
-  message(FATAL_ERROR "Files for Debian packages are installed outside of packages")
-endif()
 file(RENAME ${WORK}/first ${WORK}/moved)
 set(ENV{PKG_CONFIG_PATH} ${WORK}/moved/${LIBDIR}/pkgconfig)
 run(${CMAKE_COMMAND} -S ${CONSUMER} -B ${WORK}/build -DCMAKE_PREFIX_PATH=${WORK}/moved
   -DCMAKE_C_COMPILER=${C_COMPILER} -DCMAKE_CXX_COMPILER=${CXX_COMPILER}
   -DCMAKE_C_FLAGS=${FLAGS} -DCMAKE_CXX_FLAGS=${FLAGS})
 run(${CMAKE_COMMAND} --build ${WORK}/build)
-foreach(program use_zorpel use_zorpel_static use_engine_pc)
+if(STATIC)
+  set(engines use_zorpel_beside)
+  set(embeds embed_c_static embed_cpp_static)
+endif()
+foreach(program use_zorpel use_zorpel_static use_engine_pc ${engines})
   run(${WORK}/build/${program})
   if(NOT text STREQUAL "cut 0\n")
     message(FATAL_ERROR "${program} printed: ${text}")
   endif()
 endforeach()
-foreach(program embed_c embed_cpp embed_c_pc embed_cpp_pc)
+foreach(program embed_c embed_cpp embed_c_x embed_cpp_x embed_c_pc embed_cpp_pc ${embeds})
   run(${WORK}/build/${program})
   if(NOT text STREQUAL "cut 1, vertices 2 and 3 apart\n")
     message(FATAL_ERROR "${program} printed: ${text}")
