@@ -3,6 +3,7 @@
 
     schemes.py measure LIBRARY HYPERGRAPH... [--values OPTION=LIST]... [--one] > runs.csv
     schemes.py tables runs.csv...
+    schemes.py instances runs.csv... > docs/options.csv
 
 `measure` calls the shared library on every hypergraph for every combination of the listed values
 (with --one: the defaults, and each listed value as the only change), for every number of parts
@@ -272,21 +273,31 @@ def print_best_trades(runs, reference, nparts):
             least = cut
 
 
-def print_cuts(runs, option):
-    """Mean cuts as they are, hypergraph by hypergraph, for each value of one option."""
+def cuts_by_value(runs, option):
+    """For each value of one option, the others at their defaults, the figures of each place."""
     i = OPTIONS.index(option)
     by_value = {}
     for setting in runs:
         if all(o == option or v == DEFAULTS[o] for o, v in zip(OPTIONS, setting)):
             by_value[setting[i]] = runs[setting]
-    if len(by_value) < 2:
-        return
-    values = sorted(by_value)
-    names = [SCHEMES.get(option, {}).get(value, str(value)) for value in values]
-    print_header("Mean cuts by %s" % option, ["hypergraph", "parts", *names])
-    for place in sorted(set.intersection(*map(set, by_value.values()))):
-        cuts = ["%.1f" % by_value[value][place][CUT] for value in values]
-        print_row([place[0], "%d" % place[1], *cuts])
+    return by_value
+
+
+def instances(request):
+    """Mean cuts as they are, hypergraph by hypergraph, for each value of each scheme, as CSV."""
+    runs = read_runs(request.runs)
+    out = csv.writer(sys.stdout, lineterminator="\n")
+    out.writerow(("option", "value", "name", "hypergraph", "parts", "mean cut"))
+    for option in ("ctype", "rtype", "vcycle", "reconst"):
+        by_value = cuts_by_value(runs, option)
+        places = set.intersection(*map(set, by_value.values())) if len(by_value) > 1 else ()
+        for place in sorted(places):
+            if option == "reconst" and place[1] == 2:
+                continue  # nothing changes
+            for value in sorted(by_value):
+                name = SCHEMES.get(option, {}).get(value, str(value))
+                cut = "%.1f" % by_value[value][place][CUT]
+                out.writerow((option, value, name, *place, cut))
 
 
 def tables(request):
@@ -298,8 +309,6 @@ def tables(request):
     for nparts in sizes:
         print_changes(runs, nparts)
     print_best_trades(runs, reference, sizes[-1])
-    for option in OPTIONS:
-        print_cuts(runs, option)
 
 
 def main():
@@ -316,6 +325,9 @@ def main():
     command = commands.add_parser("tables", help="summarise CSV files of runs")
     command.add_argument("runs", nargs="+")
     command.set_defaults(run=tables)
+    command = commands.add_parser("instances", help="mean cuts on each hypergraph, as CSV")
+    command.add_argument("runs", nargs="+")
+    command.set_defaults(run=instances)
     request = parser.parse_args()
     request.run(request)
 

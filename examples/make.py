@@ -136,15 +136,9 @@ def make_cpu32_bus(folder):
 
 # ---- mesh ----------------------------------------------------------------------------------
 
-def make_lshape(folder, n):
-    """Matrix of a flow problem on an L-shaped domain, six-node triangles, column-net model.
-
-    The domain is an n x n square of cells less its upper right quarter, each cell cut into two
-    triangles. Nodes are the corners (three unknowns: two velocities and a pressure) and the
-    mid-sides (two velocities). Row i of the matrix is a vertex, weighted by the unknowns of
-    node i; column j is a hyperedge over the rows that need the values of node j, weighted by
-    how many values that is.
-    """
+def lshape_mesh(n):
+    """Six-node triangles of an n x n square of cells less its upper right quarter, and their nodes
+    in the order of their numbers. A cell is two units wide and cut into two triangles."""
     triangles = []
     for y in range(n):
         for x in range(n):
@@ -156,6 +150,17 @@ def make_lshape(folder, n):
                          for p, q in zip(corners, corners[1:] + corners[:1])]
                 triangles.append(list(corners) + sides)
     nodes = sorted(set(p for t in triangles for p in t), key=lambda p: (p[1], p[0]))
+    return triangles, nodes
+
+
+def make_lshape(folder, n):
+    """Matrix of a flow problem on an L-shaped domain, six-node triangles, column-net model.
+
+    Nodes are the corners (three unknowns: two velocities and a pressure) and the mid-sides (two
+    velocities). Row i of the matrix is a vertex, weighted by the unknowns of node i; column j is a
+    hyperedge over the rows that need the values of node j, weighted by how many values that is.
+    """
+    triangles, nodes = lshape_mesh(n)
     number = {p: i for i, p in enumerate(nodes)}
     rows = [set() for _ in nodes]
     for t in triangles:

@@ -1,4 +1,4 @@
-"""docs/ZORPELX.md tells what the program and the sources tell."""
+"""The documents say what the program and the sources say."""
 
 import re
 import unittest
@@ -9,13 +9,12 @@ SOURCE = EXAMPLES.parent
 
 
 class Documents(Case):
-    def setUp(self):
-        super().setUp()
-        self.document = (SOURCE / "docs" / "ZORPELX.md").read_text()
+    def text_of(self, name):
+        return (SOURCE / "docs" / name).read_text()
 
     def test_programs_are_those_that_the_tests_build(self):
         for language, name in (("c", "embed.c"), ("cpp", "embed.cpp")):
-            shown = re.search(rf"```{language}\n(.*?)```", self.document, re.S).group(1)
+            shown = re.search(rf"```{language}\n(.*?)```", self.text_of("API.md"), re.S).group(1)
             self.assertEqual(shown, (SOURCE / "tests/embed/consumer" / name).read_text())
 
     def test_presets_are_those_of_the_help(self):
@@ -25,17 +24,18 @@ class Documents(Case):
                 r"(\d+) runs, matching (\w+), refinement (\w+), V-cycles (\w+), (\d+) starts?",
                 text.group(1),
             )
-            row = re.search(rf"^\| `{name}` \|(.*)$", self.document, re.M).group(1).split("|")
+            document = self.text_of("OPTIONS.md")
+            row = re.search(rf"^\| `{name}` \|(.*)$", document, re.M).group(1).split("|")
             self.assertEqual([cell.strip() for cell in row[:5]], list(told.groups()))
 
     def test_statuses_are_those_of_the_help(self):
-        rows = re.findall(r"^\| ([\d, ]+) \| (.*) \|$", self.document, re.M)
+        rows = re.findall(r"^\| ([\d, ]+) \| (.*) \|$", self.text_of("TUTORIAL.md"), re.M)
         lines = re.findall(r"^  (\d[\d, ]*?)  +(.*)$", self.run_ok("--help").stdout, re.M)
         self.assertEqual([(number, text.replace("`", "")) for number, text in rows], lines)
 
     def test_the_number_of_rules(self):
         heads = re.findall(r"^[HF]\d\d ", self.run_ok("lint", "--explain", "all").stdout, re.M)
-        self.assertIn(f" {len(heads)} numbered rules", self.document)
+        self.assertIn(f" {len(heads)} numbered rules", self.text_of("TUTORIAL.md"))
 
 
 if __name__ == "__main__":

@@ -332,7 +332,7 @@ class PackageTest(unittest.TestCase):
 def load_tests(_loader, tests, _pattern):
     tests.addTests(doctest.DocTestSuite(zorpel))
     tests.addTests(doctest.DocTestSuite(zorpel.api))
-    document = Path(__file__).resolve().parents[3] / "docs" / "ZORPELX.md"
+    document = Path(__file__).resolve().parents[3] / "docs" / "API.md"
     tests.addTests(doctest.DocFileSuite(str(document), module_relative=False))
     return tests
 
