@@ -28,16 +28,6 @@ Reading reading_of(const Settings &settings)
     return {static_cast<LineMode>(settings.lines), settings.from, false};
 }
 
-/* What explains all the others comes first. */
-const Finding *refusal(const Findings &findings, bool strict, bool force)
-{
-    const Severity least = strict ? WARNING : force ? ERROR : LOSS;
-    for (const RuleIndex rule : {RULE_OTHER_FORMAT, RULE_ZERO_BASED})
-        for (const Finding &finding : findings.listed)
-            if (finding.rule == rule && finding.severity >= least) return &finding;
-    return first_finding(findings, least);
-}
-
 static void check_findings(const Settings &settings, const std::string &name,
                            const Findings &findings)
 {

@@ -30,10 +30,6 @@ Budget budget_for(const Settings &settings, const std::string &name);
 /* How the command line wants the hypergraph to be read; without notes. */
 Reading reading_of(const Settings &settings);
 
-/* The finding for which a file is refused; null if it is not. A loss is forgiven by force, warnings
- * unless strict. */
-const Finding *refusal(const Findings &findings, bool strict, bool force);
-
 /* Reads the hypergraph of a command, which is going to be used.
  * Errors  STATUS_BAD_INPUT with the finding for which it is refused */
 Hypergraph read_hypergraph(const Settings &settings, Reading reading, Findings *findings);

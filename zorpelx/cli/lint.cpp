@@ -10,6 +10,7 @@
 #include "input.h"
 #include "output.h"
 #include "partfiles.h"
+#include "write_hgr.h"
 
 using Json = nlohmann::ordered_json;
 
@@ -250,29 +251,19 @@ static bool worth(const Hypergraph &graph, int64_t e)
     return net_size(graph, e) > 1 && graph.netwgt[static_cast<size_t>(e)] > 0;
 }
 
-static std::string clean_text(const Hypergraph &graph, int64_t nkept)
+/* Lines that zorpel would not read at once. */
+static void tell_long_lines(const std::string &text)
 {
-    const int code = (graph.vertexweights ? 10 : 0) + (graph.netweights ? 1 : 0);
-    std::string text = text_of("%lld %lld", ll(nkept), ll(graph.nvertices));
-    if (code > 0) text += text_of(" %d", code);
-    text += '\n';
-    for (int64_t e = 0; e < graph.nnets; e++) {
-        if (!worth(graph, e)) continue;
-        const size_t begin = text.size();
-        if (graph.netweights) text += std::to_string(graph.netwgt[static_cast<size_t>(e)]) + ' ';
-        for (int64_t j = graph.start[static_cast<size_t>(e)];
-             j < graph.start[static_cast<size_t>(e) + 1]; j++)
-            text += std::to_string(graph.pins[static_cast<size_t>(j)] + 1) + ' ';
-        text.back() = '\n';
-        if (static_cast<int64_t>(text.size() - begin) > PIECE)
-            fprintf(stderr,
-                    "zorpelx: hyperedge %lld needs more than %lld characters in the clean file "
-                    "too: zorpel cannot read it\n",
-                    ll(e + 1), ll(PIECE));
+    int64_t number = 0;
+    for (size_t begin = 0, end; begin < text.size(); begin = end, number++) {
+        end = text.find('\n', begin) + 1;
+        if (static_cast<int64_t>(end - begin) > PIECE)
+            fprintf(
+                stderr,
+                "zorpelx: line %lld of the clean file has more than %lld characters too: zorpel "
+                "reads it in pieces\n",
+                ll(number + 1), ll(PIECE));
     }
-    if (graph.vertexweights)
-        for (const int64_t weight : graph.vertexwgt) text += std::to_string(weight) + '\n';
-    return text;
 }
 
 static std::string map_name(const Settings &settings)
@@ -306,28 +297,20 @@ static void write_clean(const Settings &settings, const Lint &lint)
              bad->severity == LOSS ? " (--force writes what zorpel reads)" : "");
     std::string map;
     int64_t nkept = 0;
-    for (int64_t e = 0; e < lint.graph.nnets; e++) {
-        if (!worth(lint.graph, e)) continue;
+    const Hypergraph clean = with_nets(lint.graph, [&](int64_t e) {
+        if (!worth(lint.graph, e)) return false;
         map += std::to_string(e + 1) + '\n';
         nkept++;
-    }
-    write_whole(settings.clean, clean_text(lint.graph, nkept));
+        return true;
+    });
+    const std::string text = hgr_text(clean);
+    tell_long_lines(text);
+    write_whole(settings.clean, text);
     const std::string name = map_name(settings);
     if (!name.empty()) write_whole(name, map);
     if (!settings.quiet)
         fprintf(stderr, "zorpelx: %s: %lld of %lld hyperedges; vertices keep their order\n",
                 shown_output(settings.clean).c_str(), ll(nkept), ll(lint.graph.nnets));
-}
-
-/* In the order of the file; what has no place comes last. */
-static void sort_by_place(Findings *findings)
-{
-    const auto key = [](const Finding &finding) {
-        const int64_t line = finding.place.line;
-        return std::pair(line > 0 ? line : INT64_MAX, finding.place.column);
-    };
-    std::stable_sort(findings->listed.begin(), findings->listed.end(),
-                     [&](const Finding &a, const Finding &b) { return key(a) < key(b); });
 }
 
 static void scan_hypergraph_file(const Settings &settings, Lint *lint)

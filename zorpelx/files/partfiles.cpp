@@ -141,7 +141,8 @@ std::vector<int64_t> scan_partition(std::string_view bytes, int64_t nvertices, B
     return part;
 }
 
-std::vector<int64_t> scan_numbers(std::string_view bytes, Budget *budget)
+std::vector<int64_t> scan_numbers(std::string_view bytes, Budget *budget, bool *unended)
 {
+    *unended = is_unended(bytes);
     return scan_all(bytes, {INT_MIN, INT_MAX, "a whole number"}, -1, budget);
 }

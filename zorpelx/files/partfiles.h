@@ -22,6 +22,6 @@ std::vector<int64_t> scan_partition(std::string_view bytes, int64_t nvertices, B
                                     bool *unended);
 
 /* Every number of a file of numbers, whatever they mean, each of 32 bits. */
-std::vector<int64_t> scan_numbers(std::string_view bytes, Budget *budget);
+std::vector<int64_t> scan_numbers(std::string_view bytes, Budget *budget, bool *unended);
 
 #endif

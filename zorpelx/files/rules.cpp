@@ -1,7 +1,9 @@
 /* zorpelx/files/rules.cpp: the numbered rules, with their explanations. */
 #include "rules.h"
 
+#include <algorithm>
 #include <cstring>
+#include <utility>
 #include <strings.h>
 
 #include "fileerror.h"
@@ -174,6 +176,26 @@ const Finding *first_finding(const Findings &findings, Severity least)
 int64_t count_errors(const Findings &findings)
 {
     return findings.severities[LOSS] + findings.severities[ERROR];
+}
+
+/* What explains all the others comes first. */
+const Finding *refusal(const Findings &findings, bool strict, bool force)
+{
+    const Severity least = strict ? WARNING : force ? ERROR : LOSS;
+    for (const RuleIndex rule : {RULE_OTHER_FORMAT, RULE_ZERO_BASED})
+        for (const Finding &finding : findings.listed)
+            if (finding.rule == rule && finding.severity >= least) return &finding;
+    return first_finding(findings, least);
+}
+
+void sort_by_place(Findings *findings)
+{
+    const auto key = [](const Finding &finding) {
+        const int64_t line = finding.place.line;
+        return std::pair(line > 0 ? line : INT64_MAX, finding.place.column);
+    };
+    std::stable_sort(findings->listed.begin(), findings->listed.end(),
+                     [&](const Finding &a, const Finding &b) { return key(a) < key(b); });
 }
 
 std::string finding_line(const std::string &file, const Finding &finding)

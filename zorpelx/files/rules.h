@@ -117,8 +117,15 @@ void add_finding_as(Findings *findings, RuleIndex rule, Severity severity, Place
 /* The first listed finding that is at least as severe; null if there is none. */
 const Finding *first_finding(const Findings &findings, Severity least);
 
+/* The finding for which a file is refused; null if it is not. A loss is forgiven by force, warnings
+ * unless strict. */
+const Finding *refusal(const Findings &findings, bool strict, bool force);
+
 /* Errors and losses. */
 int64_t count_errors(const Findings &findings);
+
+/* Puts what is listed in the order of the file; what has no place comes last. */
+void sort_by_place(Findings *findings);
 
 /* "FILE:LINE:COLUMN: error H09 vertex-above: text" */
 std::string finding_line(const std::string &file, const Finding &finding);

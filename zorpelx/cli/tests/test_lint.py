@@ -246,7 +246,7 @@ class Clean(Case):
         pins = " ".join(str(v) for v in range(1, 30001))
         self.file("g.hgr", f"1 30000\n{pins}\n")
         done = self.run_ok("lint", "g.hgr", "--fix", "c.hgr")
-        self.assertIn("hyperedge 1 needs more than 131071 characters", done.stderr)
+        self.assertIn("line 2 of the clean file has more than 131071 characters", done.stderr)
         self.assertIn("H26", self.run_ok("lint", "c.hgr").stdout)
 
     def test_lines_whole_and_in_pieces(self):

@@ -1,19 +1,24 @@
 """Files, and a package without its library."""
 
+import bz2
 import gzip
 import importlib.util
+import lzma
 import os
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
+import threading
+import time
 import unittest
 import zipfile
 from pathlib import Path
 
 import zorpel
 
-TEXT = "% a comment\n3 4 11\n2 1 2 3\n% another\n7 3 4\n1 1 1 4\n5\n6\n7\n8\n"
+TEXT = "% a comment\n3 4 11\n2 1 2 3\n% another\n7 3 4\n1 1 4\n5\n6\n7\n8\n"
 
 
 class FileTest(unittest.TestCase):
@@ -35,23 +40,101 @@ class FileTest(unittest.TestCase):
 
     def test_compressed_files_are_known_by_their_content(self):
         path = self.folder / "sample"
-        path.write_bytes(gzip.compress(TEXT.encode()))
-        self.assertEqual(zorpel.read(path), zorpel.read(self.store(TEXT)))
+        for pack in (gzip.compress, bz2.compress, lzma.compress):
+            path.write_bytes(pack(TEXT.encode()))
+            self.assertEqual(zorpel.read(path), zorpel.read(self.store(TEXT)))
+        if shutil.which("zstd"):
+            subprocess.run(["zstd", "-q", "-f", self.store(TEXT), "-o", path], check=True)
+            self.assertEqual(zorpel.read(path), zorpel.read(self.store(TEXT)))
 
     def test_damaged_compression_is_a_fault_of_the_file(self):
         whole = gzip.compress(TEXT.encode() * 100)
         for damaged in (whole[:-9], whole[:40] + b"xxxx" + whole[44:], whole[:-8] + b"12345678"):
             path = self.folder / "sample.hgr.gz"
             path.write_bytes(damaged)
-            for reader in (zorpel.read, zorpel.read_partition):
-                with self.assertRaises(zorpel.InputError):
+            for reader in (zorpel.read, zorpel.read_partition, zorpel.lint):
+                with self.assertRaisesRegex(zorpel.InputError, "sample.hgr.gz: gzip data: "):
                     reader(path)
 
-    def test_what_zstd_compressed_is_told(self):
-        path = self.folder / "sample.hgr.zst"
-        path.write_bytes(b"\x28\xb5\x2f\xfd and more")
-        with self.assertRaisesRegex(zorpel.InputError, "sample.hgr.zst is compressed by zstd"):
+    def test_it_reads_as_the_program_does(self):
+        """Where a reader of Python's own differed: 1_1, a carriage return within a line, the byte
+        0x1c, lines too many."""
+        for text, sentence in [
+            ("1 20\n1 1_1\n", ":2:4: error H14 rubbish: '1_1' is not a whole number"),
+            ("1 20\n1\x1c2\n", ":2:2: error H14 rubbish"),
+            ("1 4\n1 2\n3 4\n", ":3:1: error H25 trailing: 1 line too many"),
+            ("1 4 1\n1.5 1 2\n", ":2:2: error H14 rubbish: '1.5' is not"),
+            ("4 5\n1 0\n2 0\n3 4 0\n4 1\n", ":2:3: error H13 zero-based"),
+            ("%%MatrixMarket matrix\n2 3 0\n1 2\n2 3\n", ":1:1: error H34 .* Matrix Market"),
+        ]:
+            with self.assertRaisesRegex(zorpel.InputError, sentence):
+                zorpel.read(self.store(text))
+        self.assertEqual(list(zorpel.read(self.store("1 4\n1\r2\n"))), [[0, 1]])
+        graph = zorpel.read(self.store("4 5\n1 0\n2 0\n3 4 0\n4 1\n"), from_=0)
+        self.assertEqual(list(graph), [[1, 0], [2, 0], [3, 4, 0], [4, 1]])
+        with self.assertWarnsRegex(zorpel.FileWarning, "sample.hgr: 1 error; zorpel.lint"):
+            forced = zorpel.read(self.store("1 4\n1 2.5\n"), force=True)
+        self.assertEqual(list(forced), [[0, 1]])
+
+    def test_warnings_are_told(self):
+        path = self.store("1 4\n1 2 1")
+        with self.assertWarnsRegex(zorpel.FileWarning, "sample.hgr: 2 warnings; zorpel.lint"):
             zorpel.read(path)
+        with self.assertRaisesRegex(zorpel.InputError, "warning H11"):
+            zorpel.read(path, strict=True)
+        with self.assertWarnsRegex(zorpel.FileWarning, "it may have been cut off"):
+            zorpel.read_partition(self.store("0\n1"))
+
+    def test_lint_finds_what_the_program_finds(self):
+        found = zorpel.lint(self.store("2 4\n1 2 0 3\n1 1 4\n"))
+        self.assertEqual((found.errors, found.warnings, found.notes), (1, 1, 1))
+        self.assertEqual([one.rule for one in found.findings], ["H31", "H12", "H11"])
+        first = found.findings[1]
+        self.assertEqual((first.line, first.column, first.forcible), (2, 5, True))
+        self.assertTrue(found.read_by_zorpel)
+        self.assertTrue(found)
+        refused = zorpel.lint(self.store("1 7 1\n0 7 4\n"))
+        self.assertEqual((refused.read_by_zorpel, refused.errors), (False, 1))
+        self.assertFalse(zorpel.lint(self.store(TEXT)))
+
+    def test_caps_hold_while_reading(self):
+        bomb = gzip.compress(b"1 2\n1 2\n" + b"%" * (48 << 20) + b"\n")
+        path = self.folder / "bomb"
+        path.write_bytes(bomb)
+        with self.assertRaisesRegex(zorpel.OutOfMemoryError, "takes more than the cap"):
+            zorpel.read(path, memory=16)
+        os.mkfifo(self.folder / "pipe")
+        for reader in (zorpel.read, zorpel.lint, zorpel.read_partition):
+            with self.assertRaisesRegex(zorpel.DeadlineError, "the deadline came"):
+                reader(self.folder / "pipe", timeout=0.2)
+
+    def test_control_c_ends_reading(self):
+        os.mkfifo(self.folder / "pipe")
+        timer = threading.Timer(0.3, lambda: os.kill(os.getpid(), signal.SIGINT))
+        timer.start()
+        begin = time.monotonic()
+        with self.assertRaises(KeyboardInterrupt):
+            zorpel.read(self.folder / "pipe")
+        self.assertLess(time.monotonic() - begin, 10)
+        timer.join()
+
+    def test_files_that_cannot_be_opened(self):
+        for path in (self.folder / "absent", self.folder):
+            for reader in (zorpel.read, zorpel.read_partition, zorpel.lint):
+                with self.assertRaises(zorpel.FileError):
+                    reader(path)
+        with self.assertRaises(zorpel.FileError):
+            zorpel.write(self.folder / "no" / "file", [[0, 1]])
+        with self.assertRaises(zorpel.InputError):
+            zorpel.read("a\0b")
+
+    def test_bad_options(self):
+        path = self.store(TEXT)
+        for options in ({"from_": 2}, {"lines": "some"}, {"timeout": -1}, {"timeout": "x"}):
+            with self.assertRaises(zorpel.InputError):
+                zorpel.read(path, **options)
+        with self.assertRaises(zorpel.InputError):
+            zorpel.lint(path, limit=-1)
 
     def test_what_is_written_reads_back(self):
         plain = zorpel.as_hypergraph([[0, 1, 2], [2, 3]])
@@ -61,10 +144,12 @@ class FileTest(unittest.TestCase):
             zorpel.as_hypergraph(plain, hyperedge_weights=[5, 6]),
             zorpel.read(self.store(TEXT)),
         ):
-            for name in ("a.hgr", "a.hgr.gz"):
+            for name in ("a.hgr", "a.hgr.gz", "a.hgr.xz", "a.hgr.bz2"):
                 zorpel.write(self.folder / name, graph)
                 self.assertEqual(zorpel.read(self.folder / name), graph)
         self.assertEqual((self.folder / "a.hgr.gz").read_bytes()[:2], b"\x1f\x8b")
+        with self.assertRaisesRegex(zorpel.InputError, "zstd is read only"):
+            zorpel.write(self.folder / "a.hgr.zst", plain)
 
     def test_a_file_that_cannot_be_written_leaves_the_old_one(self):
         path = self.store("old")
@@ -79,35 +164,35 @@ class FileTest(unittest.TestCase):
             zorpel.write_partition(self.folder / name, partition)
             self.assertEqual(zorpel.read_partition(self.folder / name), partition.part)
 
-    def test_faults_name_the_line(self):
+    def test_faults_name_the_place(self):
         for text, sentence in [
-            ("", "ends before its header"),
-            ("2 x\n", "line 1: not a line of integers: '2 x'"),
-            ("2\n", "line 1: the header should be"),
-            ("-1 4\n", "line 1: the header should be"),
-            ("1 4 7\n1 2\n", "line 1: the format is 7"),
-            ("2 4\n1 2\n", "ends before hyperedge 2"),
-            ("1 4\n%\n1 5\n", "line 3: vertex 5 is not between 1 and 4"),
-            ("1 4\n0 1\n", "line 2: vertex 0 is not between 1 and 4"),
-            ("1 4\n\n", "line 2: hyperedge 1 has no vertices"),
-            ("1 2 1\n3\n", "line 2: hyperedge 1 has no vertices"),
-            ("1 2 10\n1 2\n4\n", "ends before the weight of vertex 2"),
-            ("1 2 10\n1 2\n4 4\n4\n", "line 3: 2 numbers instead of the weight of vertex 1"),
+            ("", ": error H01"),
+            ("2 x\n", ":1:3: error H02"),
+            ("2\n", ":1:2: error H02"),
+            ("-1 4\n", ":1:1: error H06"),
+            ("2 4\n1 2\n", ":3:1: error H08"),
+            ("1 4\n%\n1 5\n", ":3:3: error H09 vertex-above: vertex 5 of 4"),
+            ("1 4\n0 1\n", ":2:1: error H1[23]"),
+            ("2 4\n\n1 2\n", ":2:1: error H10"),
+            ("1 2 10\n1 2\n4\n", ":4:1: error H19"),
+            ("1 2 10\n1 2\n4 4\n4\n", ":3:3: error H22"),
         ]:
             with self.assertRaisesRegex(zorpel.InputError, sentence):
                 zorpel.read(self.store(text))
-        with self.assertRaisesRegex(zorpel.InputError, "line 2: not a line of integers"):
+        with self.assertRaisesRegex(zorpel.InputError, ":2:1: 'one' is not a whole number"):
             zorpel.read_partition(self.store("0\none\n"))
-        with self.assertRaisesRegex(zorpel.InputError, "line 1: a number does not fit"):
+        with self.assertRaisesRegex(zorpel.InputError, ":1:1: 5000000000 is not between"):
             zorpel.read_partition(self.store("5000000000\n"))
 
     def test_a_repeated_vertex_counts_once(self):
-        self.assertEqual(list(zorpel.read(self.store("1 3\n1 2 1 3 2\n"))), [[0, 1, 2]])
+        path = self.store("1 3\n1 2 1 3 2\n")
+        with self.assertWarnsRegex(zorpel.FileWarning, "2 warnings"):
+            self.assertEqual(list(zorpel.read(path)), [[0, 1, 2]])
 
-    def test_without_its_library_the_package_reads_and_says_why_it_cannot_partition(self):
+    def test_without_its_library_the_package_says_what_is_missing(self):
         program = (
-            "import zorpel, sys; graph = zorpel.read(sys.argv[1])\n"
-            "try: zorpel.partition(graph, 2)\n"
+            "import zorpel, sys\n"
+            "try: zorpel.read(sys.argv[1])\n"
             "except zorpel.LibraryError as error: print(error)"
         )
         path = self.store(TEXT)

@@ -17,11 +17,21 @@ from .errors import (
     CancelledError,
     DeadlineError,
     Error,
+    FileError,
     InputError,
     LibraryError,
     OutOfMemoryError,
 )
-from .files import read, read_partition, write, write_partition
+from .files import (
+    FileWarning,
+    Finding,
+    Lint,
+    lint,
+    read,
+    read_partition,
+    write,
+    write_partition,
+)
 from .hypergraph import Hypergraph, HypergraphLike, as_hypergraph
 from .results import Partition, Progress, Quality
 
@@ -31,10 +41,14 @@ __all__ = [
     "CancelledError",
     "DeadlineError",
     "Error",
+    "FileError",
+    "FileWarning",
+    "Finding",
     "Hypergraph",
     "HypergraphLike",
     "InputError",
     "LibraryError",
+    "Lint",
     "OutOfMemoryError",
     "Partition",
     "Progress",
@@ -43,6 +57,7 @@ __all__ = [
     "cut_hyperedges",
     "cut_matrix",
     "evaluate",
+    "lint",
     "part_limits",
     "partition",
     "read",

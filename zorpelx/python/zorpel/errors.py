@@ -30,6 +30,13 @@ class CancelledError(Error):
     """The call was cancelled before any start had finished."""
 
 
+class FileError(Error, OSError):
+    """A file cannot be opened, read or written."""
+
+    def __init__(self, sentence: str) -> None:
+        Error.__init__(self, sentence, 5)
+
+
 class LibraryError(Error, OSError):
     """The library libzorpelx is missing or of another version."""
 

@@ -1,140 +1,175 @@
-"""Files: hypergraphs (.hgr), partitions and pre-assignments, plain or compressed by gzip."""
+"""Files: hypergraphs (.hgr), partitions and pre-assignments, read as the program zorpelx reads
+them, by the same code."""
 
 from __future__ import annotations
 
-import contextlib
+import bz2
 import gzip
+import lzma
 import os
 import tempfile
-import zlib
-from array import array
-from typing import IO, Iterable, Iterator, List, Sequence, Tuple, Union
+import warnings
+from dataclasses import dataclass
+from typing import List, Optional, Sequence, Union
 
-from .api import Partition
-from .errors import InputError
-from .hypergraph import Hypergraph, HypergraphLike, as_hypergraph, to_ints
+from . import _filelib as filelib
+from .errors import FileError, InputError
+from .hypergraph import Hypergraph, HypergraphLike, as_hypergraph, pointer, to_ints
+from .results import Partition
 
 Path = Union[str, "os.PathLike[str]"]
-GZIP_MAGIC, ZSTD_MAGIC = b"\x1f\x8b", b"\x28\xb5\x2f\xfd"
+SEVERITIES = ("note", "warning", "error", "error")
+NOTE, WARNING, LOSS, ERROR = range(4)
 
 
-def _open_text(path: Path) -> IO[str]:
-    with open(path, "rb") as beginning:
-        start = beginning.read(4)
-    if start == ZSTD_MAGIC:
-        name = os.fspath(path)
-        raise InputError(f"{name} is compressed by zstd, which is for zorpelx only; expand it.")
-    if start.startswith(GZIP_MAGIC):
-        return gzip.open(path, "rt", encoding="ascii", errors="replace")
-    return open(path, "rt", encoding="ascii", errors="replace")
+class FileWarning(UserWarning):
+    """A file was read in another way than it may have been meant."""
 
 
-class _Lines:
-    """The lines of a file that are no comments, as integers."""
+@dataclass(frozen=True)
+class Finding:
+    """Something that lint() found."""
 
-    def __init__(self, path: Path, file: IO[str]) -> None:
-        self.path = os.fspath(path)
-        self.number = 0
-        self.file = file
-
-    def fault(self, sentence: str) -> InputError:
-        return InputError(f"{self.path}, line {self.number}: {sentence}")
-
-    def next(self, wanted: str) -> List[int]:
-        for line in self.file:
-            self.number += 1
-            if line.startswith("%"):
-                continue
-            try:
-                return list(map(int, line.split()))
-            except ValueError:
-                raise self.fault(f"not a line of integers: {line.rstrip()[:40]!r}") from None
-        raise InputError(f"{self.path} ends before {wanted}.")
-
-    def rest(self) -> Iterator[int]:
-        """Every number that is left."""
-        for line in self.file:
-            self.number += 1
-            try:
-                yield from map(int, line.split())
-            except ValueError:
-                raise self.fault(f"not a line of integers: {line.rstrip()[:40]!r}") from None
+    rule: str  #: "H13"; zorpelx lint --explain H13 tells more
+    name: str  #: "zero-based"
+    severity: str  #: "note", "warning" or "error"
+    forcible: bool  #: an error for what is lost, that force goes on without
+    line: int  #: from 1; 0: the file as a whole
+    column: int  #: from 1
+    text: str
 
 
-@contextlib.contextmanager
-def _lines_of_file(path: Path) -> Iterator[_Lines]:
-    """The lines of a file; damaged compression is a fault of the file."""
-    try:
-        with _open_text(path) as file:
-            yield _Lines(path, file)
-    except (EOFError, gzip.BadGzipFile, zlib.error) as reason:
-        raise InputError(f"{os.fspath(path)}: {reason}") from None
+@dataclass(frozen=True)
+class Lint:
+    """What lint() found in a file."""
+
+    findings: List[Finding]  #: in the order of the file
+    errors: int
+    warnings: int
+    notes: int
+    read_by_zorpel: Optional[bool]  #: what the plain program makes of the file; None: not known
+
+    def __bool__(self) -> bool:
+        """Whether something is an error."""
+        return self.errors > 0
 
 
-def _read_header(lines: _Lines) -> Tuple[int, int, bool, bool]:
-    header = lines.next("its header")
-    if len(header) not in (2, 3) or min(header[:2]) < 0:
-        raise lines.fault("the header should be: hyperedges, vertices and perhaps a format")
-    code = header[2] if len(header) == 3 else 0
-    if code not in (0, 1, 10, 11):
-        raise lines.fault(f"the format is {code} instead of 0, 1, 10 or 11")
-    return header[0], header[1], code % 10 == 1, code >= 10
-
-
-def _check_pins(lines: _Lines, e: int, pins: List[int], nvtxs: int) -> None:
-    if not pins:
-        raise lines.fault(f"hyperedge {e + 1} has no vertices")
-    for vertex in (min(pins), max(pins)):
-        if not 1 <= vertex <= nvtxs:
-            raise lines.fault(f"vertex {vertex} is not between 1 and {nvtxs}")
-
-
-def _read_body(lines: _Lines) -> Hypergraph:
-    nhedges, nvtxs, hedges_weighted, vertices_weighted = _read_header(lines)
-    eptr, eind, hewgts, vwgts = [0], [], [], []  # type: ignore
-    for e in range(nhedges):
-        pins = lines.next(f"hyperedge {e + 1}")
-        if hedges_weighted and pins:
-            hewgts.append(pins.pop(0))
-        _check_pins(lines, e, pins, nvtxs)
-        eind.extend(vertex - 1 for vertex in dict.fromkeys(pins))
-        eptr.append(len(eind))
-    for v in range(nvtxs if vertices_weighted else 0):
-        weight = lines.next(f"the weight of vertex {v + 1}")
-        if len(weight) != 1:
-            raise lines.fault(f"{len(weight)} numbers instead of the weight of vertex {v + 1}")
-        vwgts += weight
+def _copy(record: filelib.lib.CHypergraph) -> Hypergraph:
+    npins = record.eptr[record.nhedges]
     return Hypergraph(
-        nvtxs,
-        to_ints(eptr, "eptr"),
-        to_ints(eind, "eind"),
-        to_ints(vwgts, "vertex_weights") if vertices_weighted else None,
-        to_ints(hewgts, "hyperedge_weights") if hedges_weighted else None,
+        record.nvtxs,
+        filelib.copy_of(record.eptr, record.nhedges + 1),
+        filelib.copy_of(record.eind, npins),
+        filelib.copy_of(record.vwgts, record.nvtxs) if record.vwgts else None,
+        filelib.copy_of(record.hewgts, record.nhedges) if record.hewgts else None,
     )
 
 
-def read(path: Path) -> Hypergraph:
-    """Reads a hypergraph file. A vertex that a hyperedge repeats counts once, as for the program;
-    everything else that is not right is an InputError with the line."""
-    with _lines_of_file(path) as lines:
-        graph = _read_body(lines)
-        for _ in lines.file:  # compression has its checksum at the end
-            pass
-        return graph
+def _warn(path: Path, file: filelib.OpenFile, told: str) -> None:
+    for severity, word in ((LOSS, "error"), (WARNING, "warning")):
+        count = file.count(severity) - file.count(LOSS if severity == WARNING else ERROR + 1)
+        if count > 0:
+            sentence = f"{os.fspath(path)}: {count} {word}{'s' * (count > 1)}; {told}"
+            warnings.warn(sentence, FileWarning, stacklevel=3)
 
 
-def _write_lines(path: Path, lines: Iterable[str]) -> None:
-    """Writes a file, compressed if its name ends with .gz: whole, or the old one stays."""
-    name = os.fspath(path)
+def read(
+    path: Path,
+    *,
+    from_: int = 1,
+    lines: str = "whole",
+    force: bool = False,
+    strict: bool = False,
+    timeout: Optional[float] = None,
+    memory: Optional[int] = None,
+) -> Hypergraph:
+    """Reads a hypergraph file, plain or compressed by gzip, zstd, xz or bzip2.
+
+    An error is an InputError with file, line and column; what loses vertices or weights is one
+    unless force is given. Warnings are told as a FileWarning; lint() tells more. The options are
+    those of the program zorpelx:
+
+    from_: number of the first vertex in the file, 1 or 0.
+    lines: refuse, whole or pieces: what to do with lines of more than 131071 characters.
+    force: go on without vertices or weights that are lost.
+    strict: take warnings for errors.
+    timeout: seconds; None or 0 for no deadline.
+    memory: MiB that reading may take; None or 0 for no cap.
+    """
+    options = filelib.read_options(from_, lines, force, strict, timeout, memory)
+    with filelib.read_by("zorpelx_read_hypergraph", path, options) as file:
+        _warn(path, file, "zorpel.lint() tells more")
+        return _copy(file.hypergraph())
+
+
+def lint(
+    path: Path,
+    *,
+    from_: int = 1,
+    lines: str = "whole",
+    limit: int = 20,
+    timeout: Optional[float] = None,
+    memory: Optional[int] = None,
+) -> Lint:
+    """Finds what is wrong or surprising in a hypergraph file, as the command zorpelx lint does.
+
+    limit: findings listed of each rule; 0 for all. The other options are those of read().
+    """
+    options = filelib.read_options(from_, lines, False, False, timeout, memory)
+    if not isinstance(limit, int) or not 0 <= limit < 2**31:
+        raise InputError(f"limit is {limit!r}; it should be 0 or more.", 2)
+    options.listed = limit
+    with filelib.read_by("zorpelx_lint_hypergraph", path, options) as file:
+        found = [
+            Finding(
+                one.rule.decode(),
+                one.name.decode(),
+                SEVERITIES[one.severity],
+                one.severity == LOSS,
+                one.line,
+                one.column,
+                one.text.decode(errors="replace"),
+            )
+            for one in file.findings()
+        ]
+        notes, warned, errors = (file.count(severity) for severity in (NOTE, WARNING, LOSS))
+        return Lint(found, errors, warned - errors, notes - warned, file.suits_zorpel())
+
+
+def read_partition(
+    path: Path, *, timeout: Optional[float] = None, memory: Optional[int] = None
+) -> List[int]:
+    """Reads a partition or a file of pre-assignments: a number for each vertex."""
+    options = filelib.read_options(1, "whole", False, False, timeout, memory)
+    with filelib.read_by("zorpelx_read_numbers", path, options) as file:
+        _warn(path, file, "the last line has no newline: it may have been cut off")
+        return file.numbers().tolist()
+
+
+def _packed(name: str, text: bytes) -> bytes:
+    if name.endswith(".gz"):
+        return gzip.compress(text, mtime=0)
+    if name.endswith(".xz"):
+        return lzma.compress(text)
+    if name.endswith(".bz2"):
+        return bz2.compress(text)
+    if name.endswith(".zst"):
+        raise InputError(f"{name}: zstd is read only; .gz, .xz and .bz2 are written.", 2)
+    return text
+
+
+def _write_bytes(path: Path, text: bytes) -> None:
+    """Writes a file, compressed if its name says so: whole, or the old one stays."""
+    name = os.fsdecode(path)
+    content = _packed(name, text)
     folder = os.path.dirname(os.path.abspath(name))
-    handle, temporary = tempfile.mkstemp(prefix=".zorpel-", dir=folder)
+    try:
+        handle, temporary = tempfile.mkstemp(prefix=".zorpel-", dir=folder)
+    except OSError as reason:
+        raise FileError(f"{name}: {reason.strerror}") from None
     try:
         with os.fdopen(handle, "wb") as file:
-            if name.endswith(".gz"):
-                with gzip.GzipFile("", "wb", fileobj=file, mtime=0) as packed:
-                    packed.writelines(line.encode() for line in lines)
-            else:
-                file.writelines(line.encode() for line in lines)
+            file.write(content)
             file.flush()
             os.fsync(file.fileno())
         mask = os.umask(0)
@@ -146,37 +181,14 @@ def _write_lines(path: Path, lines: Iterable[str]) -> None:
         raise
 
 
-def _lines_of(graph: Hypergraph) -> Iterator[str]:
-    weighted = graph.hyperedge_weights
-    code = (1 if weighted is not None else 0) + (10 if graph.vertex_weights is not None else 0)
-    yield f"{len(graph)} {graph.nvtxs}{f' {code}' if code else ''}\n"
-    for e, vertices in enumerate(graph):
-        if not vertices:
-            raise InputError(f"Hyperedge {e} is empty, which the file format cannot express.")
-        numbers = [] if weighted is None else [weighted[e]]
-        numbers += [v + 1 for v in vertices]
-        yield " ".join(map(str, numbers)) + "\n"
-    for weight in graph.vertex_weights or ():
-        yield f"{weight}\n"
-
-
 def write(path: Path, hypergraph: HypergraphLike) -> None:
-    """Writes a hypergraph file, compressed if its name ends with .gz."""
-    _write_lines(path, _lines_of(as_hypergraph(hypergraph)))
-
-
-def read_partition(path: Path) -> List[int]:
-    """Reads a partition or a file of pre-assignments: a number for each vertex."""
-    with _lines_of_file(path) as lines:
-        parts = array("i")
-        try:
-            parts.extend(lines.rest())
-        except OverflowError:
-            raise lines.fault("a number does not fit 32 bits") from None
-        return parts.tolist()
+    """Writes a hypergraph file, compressed if its name ends with .gz, .xz or .bz2."""
+    graph = as_hypergraph(hypergraph)
+    _write_bytes(path, filelib.text_by("zorpelx_hypergraph_text", graph.record()))
 
 
 def write_partition(path: Path, part: Union[Partition, Sequence[int]]) -> None:
-    """Writes a partition, a line for each vertex; compressed if its name ends with .gz."""
+    """Writes a partition, a line for each vertex; compressed if its name ends with .gz, .xz or
+    .bz2."""
     parts = to_ints(part.part if isinstance(part, Partition) else part, "part")
-    _write_lines(path, (f"{p}\n" for p in parts))
+    _write_bytes(path, filelib.text_by("zorpelx_numbers_text", pointer(parts), len(parts)))

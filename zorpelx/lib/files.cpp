@@ -1,0 +1,342 @@
+/* zorpelx/lib/files.cpp: reading and the texts of files, for callers in C.
+ *
+ * The work is done by zorpelx/files; here it is put into records of 32 bits, and what it throws
+ * becomes a status and a sentence.
+ */
+#include "zorpelx_files.h"
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+#include "bytes.h"
+#include "check.h"
+#include "fault.h"
+#include "fileerror.h"
+#include "partfiles.h"
+#include "read_hgr.h"
+#include "write_hgr.h"
+
+/* The numbers of the header are those of zorpelx/files. */
+template <class A, class B> constexpr bool same_number(A a, B b)
+{
+    return static_cast<int>(a) == static_cast<int>(b);
+}
+static_assert(same_number(ZORPELX_NOTE, NOTE) && same_number(ZORPELX_WARNING, WARNING));
+static_assert(same_number(ZORPELX_LOSS, LOSS) && same_number(ZORPELX_ERROR, ERROR));
+static_assert(same_number(ZORPELX_LINES_REFUSE, LINES_REFUSE));
+static_assert(same_number(ZORPELX_LINES_WHOLE, LINES_WHOLE));
+static_assert(same_number(ZORPELX_LINES_PIECES, LINES_PIECES));
+
+/*   X1  listed[i] shows findings.listed[i] */
+struct zorpelx_file {
+    bool holds_hypergraph = false;
+    std::vector<int> eptr, eind, vwgts, hewgts; // of the hypergraph
+    zorpelx_hypergraph hypergraph = {};
+    std::vector<int> numbers;
+    Findings findings;
+    std::vector<zorpelx_finding> listed;
+    Judgement judgement = JUDGED_UNKNOWN;
+};
+
+int zorpelx_read_options_init(zorpelx_read_options *options, size_t size)
+{
+    if (options == nullptr || size != sizeof *options) return ZORPELX_BAD_OPTION;
+    *options = {};
+    options->size = size;
+    options->from = 1;
+    options->lines = ZORPELX_LINES_WHOLE;
+    options->listed = static_cast<int>(Findings().most);
+    return ZORPELX_OK;
+}
+
+static Fault check_read_options(const zorpelx_read_options &o)
+{
+    if (o.size != sizeof o)
+        return fault(ZORPELX_BAD_OPTION,
+                     "The size of the options is %zu instead of %zu; set them by "
+                     "zorpelx_read_options_init().",
+                     o.size, sizeof o);
+    if (o.from != 0 && o.from != 1)
+        return fault(ZORPELX_BAD_OPTION, "from is %d; it should be 0 or 1.", o.from);
+    if (o.lines < ZORPELX_LINES_REFUSE || o.lines > ZORPELX_LINES_PIECES)
+        return fault(ZORPELX_BAD_OPTION, "lines is %d; it should be one of ZORPELX_LINES_*.",
+                     o.lines);
+    if (o.listed < 0)
+        return fault(ZORPELX_BAD_OPTION, "listed is %d; it should be 0 or more.", o.listed);
+    if (std::isnan(o.timeout) || o.timeout < 0)
+        return fault(ZORPELX_BAD_OPTION, "timeout is %g; it should be 0 or more seconds.",
+                     o.timeout);
+    return {};
+}
+
+/* One reading under way. */
+struct FileCall {
+    std::string name; // as messages have it
+    zorpelx_read_options options;
+    Budget budget;
+    std::unique_ptr<zorpelx_file> file;
+};
+
+static void show_findings(zorpelx_file *file)
+{
+    for (const Finding &finding : file->findings.listed)
+        file->listed.push_back({RULES[finding.rule].id, RULES[finding.rule].name,
+                                finding.text.c_str(), finding.severity, finding.place.line,
+                                finding.place.column});
+    file->findings.budget = nullptr;
+}
+
+/* Reads by work(call), which fills in call->file. */
+template <class Work>
+static int read_by(const char *name, const zorpelx_read_options *options, zorpelx_file **file,
+                   char *message, const Work &work)
+{
+    if (file != nullptr) *file = nullptr;
+    return reporting_to(message, [&]() -> Fault {
+        if (name == nullptr) return fault(ZORPELX_BAD_OPTION, "The name of the file is null.");
+        if (file == nullptr) return fault(ZORPELX_BAD_OPTION, "file is null.");
+        zorpelx_read_options chosen;
+        zorpelx_read_options_init(&chosen, sizeof chosen);
+        if (options != nullptr) chosen = *options;
+        if (Fault found = check_read_options(chosen)) return found;
+        FileCall call = {strcmp(name, "-") == 0 ? "standard input" : name, chosen, {}, {}};
+        call.budget = make_budget(call.name, chosen.memory, chosen.timeout, budget_clock());
+        call.budget.cancel = chosen.cancel;
+        call.file = std::make_unique<zorpelx_file>();
+        call.file->findings.most = chosen.listed;
+        call.file->findings.budget = &call.budget;
+        try {
+            const Bytes bytes = read_bytes(name, &call.budget);
+            Fault found = work(&call, view_of(bytes));
+            show_findings(call.file.get());
+            if (found) return found;
+        } catch (const FileError &error) {
+            return {error.status, error.text};
+        }
+        *file = call.file.release();
+        return {};
+    });
+}
+
+/* The finding for which a file is refused. */
+static Fault refused(const FileCall &call)
+{
+    const Finding *const bad =
+        refusal(call.file->findings, call.options.strict != 0, call.options.force != 0);
+    if (bad == nullptr) return {};
+    return {ZORPELX_BAD_INPUT, finding_line(call.name, *bad)};
+}
+
+template <class Wide>
+static std::vector<int> narrowed(const std::vector<Wide> &numbers, Budget *budget)
+{
+    charge(budget, numbers.size() * sizeof(int));
+    std::vector<int> narrow(numbers.size());
+    std::transform(numbers.begin(), numbers.end(), narrow.begin(),
+                   [](Wide number) { return static_cast<int>(number); });
+    return narrow;
+}
+
+static bool all_fit(const std::vector<int64_t> &numbers)
+{
+    const auto fits = [](int64_t number) { return number >= INT_MIN && number <= INT_MAX; };
+    return std::all_of(numbers.begin(), numbers.end(), fits);
+}
+
+/* Puts the hypergraph into the file, if 32 bits hold it. */
+static void keep_hypergraph(FileCall *call, const Hypergraph &graph)
+{
+    zorpelx_file *const file = call->file.get();
+    if (graph.pins.size() > INT_MAX || graph.nvertices >= INT_MAX || graph.nnets >= INT_MAX ||
+        graph.nvertices == 0 || !all_fit(graph.vertexwgt) || !all_fit(graph.netwgt))
+        return;
+    file->eptr = narrowed(graph.start, &call->budget);
+    file->eind = narrowed(graph.pins, &call->budget);
+    if (graph.vertexweights) file->vwgts = narrowed(graph.vertexwgt, &call->budget);
+    if (graph.netweights) file->hewgts = narrowed(graph.netwgt, &call->budget);
+    file->holds_hypergraph = true;
+    file->hypergraph = {static_cast<int>(graph.nvertices),
+                        static_cast<int>(graph.nnets),
+                        file->eptr.data(),
+                        file->eind.data(),
+                        graph.vertexweights ? file->vwgts.data() : nullptr,
+                        graph.netweights ? file->hewgts.data() : nullptr};
+}
+
+static Hypergraph scan(FileCall *call, std::string_view bytes, Reading reading)
+{
+    return scan_hypergraph(bytes, reading, &call->file->findings, &call->budget);
+}
+
+static Reading reading_for(const FileCall &call, bool notes)
+{
+    return {static_cast<LineMode>(call.options.lines), call.options.from, notes};
+}
+
+int zorpelx_read_hypergraph(const char *name, const zorpelx_read_options *options,
+                            zorpelx_file **file, char *message)
+{
+    return read_by(name, options, file, message, [](FileCall *call, std::string_view bytes) {
+        const Hypergraph graph = scan(call, bytes, reading_for(*call, call->options.notes != 0));
+        if (Fault found = refused(*call)) return found;
+        keep_hypergraph(call, graph);
+        if (call->file->holds_hypergraph) return Fault();
+        return fault(ZORPELX_BAD_INPUT, "%s: it holds more than 32 bits can count.",
+                     call->name.c_str());
+    });
+}
+
+int zorpelx_lint_hypergraph(const char *name, const zorpelx_read_options *options,
+                            zorpelx_file **file, char *message)
+{
+    return read_by(name, options, file, message, [](FileCall *call, std::string_view bytes) {
+        const Reading reading = reading_for(*call, true);
+        const Hypergraph graph = scan(call, bytes, reading);
+        call->file->judgement = judge(bytes, reading, call->file->findings, &call->budget);
+        sort_by_place(&call->file->findings);
+        keep_hypergraph(call, graph);
+        return Fault();
+    });
+}
+
+static void note_unended(FileCall *call, bool unended)
+{
+    if (unended)
+        add_finding(&call->file->findings, RULE_FIX_UNENDED, {0, 0}, "the file ends within a line");
+}
+
+int zorpelx_read_partition(const char *name, int nvtxs, const zorpelx_read_options *options,
+                           zorpelx_file **file, char *message)
+{
+    return read_by(name, options, file, message, [nvtxs](FileCall *call, std::string_view bytes) {
+        bool unended = false;
+        const std::vector<int64_t> part = scan_partition(bytes, nvtxs, &call->budget, &unended);
+        note_unended(call, unended);
+        if (Fault found = refused(*call)) return found;
+        call->file->numbers = narrowed(part, &call->budget);
+        return Fault();
+    });
+}
+
+int zorpelx_read_fixed(const char *name, int nvtxs, int nparts, const zorpelx_read_options *options,
+                       zorpelx_file **file, char *message)
+{
+    return read_by(name, options, file, message, [=](FileCall *call, std::string_view bytes) {
+        if (nvtxs < 0 || nparts < 0)
+            return fault(ZORPELX_BAD_OPTION, "nvtxs is %d and nparts %d; neither is negative.",
+                         nvtxs, nparts);
+        const std::vector<int64_t> fix =
+            scan_fix(bytes, nvtxs, nparts, &call->file->findings, &call->budget);
+        if (Fault found = refused(*call)) return found;
+        call->file->numbers = narrowed(fix, &call->budget);
+        return Fault();
+    });
+}
+
+int zorpelx_read_numbers(const char *name, const zorpelx_read_options *options, zorpelx_file **file,
+                         char *message)
+{
+    return read_by(name, options, file, message, [](FileCall *call, std::string_view bytes) {
+        bool unended = false;
+        const std::vector<int64_t> numbers = scan_numbers(bytes, &call->budget, &unended);
+        note_unended(call, unended);
+        if (Fault found = refused(*call)) return found;
+        call->file->numbers = narrowed(numbers, &call->budget);
+        return Fault();
+    });
+}
+
+const zorpelx_hypergraph *zorpelx_file_hypergraph(const zorpelx_file *file)
+{
+    return file != nullptr && file->holds_hypergraph ? &file->hypergraph : nullptr;
+}
+
+const int *zorpelx_file_numbers(const zorpelx_file *file, size_t *count)
+{
+    *count = file != nullptr ? file->numbers.size() : 0;
+    return *count > 0 ? file->numbers.data() : nullptr;
+}
+
+int64_t zorpelx_file_count(const zorpelx_file *file, int severity)
+{
+    int64_t count = 0;
+    if (file == nullptr) return 0;
+    for (int s = std::max(severity, 0); s < NSEVERITIES; s++) count += file->findings.severities[s];
+    return count;
+}
+
+const zorpelx_finding *zorpelx_file_findings(const zorpelx_file *file, size_t *count)
+{
+    *count = file != nullptr ? file->listed.size() : 0;
+    return *count > 0 ? file->listed.data() : nullptr;
+}
+
+int zorpelx_file_suits_zorpel(const zorpelx_file *file)
+{
+    if (file == nullptr || file->judgement == JUDGED_UNKNOWN) return -1;
+    return file->judgement == JUDGED_READ ? 1 : 0;
+}
+
+void zorpelx_file_free(zorpelx_file *file)
+{
+    delete file;
+}
+
+/* Hands a text over to the caller. */
+static Fault give_text(const std::string &made, char **text, size_t *size)
+{
+    *text = static_cast<char *>(malloc(made.size() + 1));
+    if (*text == nullptr) throw std::bad_alloc();
+    memcpy(*text, made.c_str(), made.size() + 1);
+    *size = made.size();
+    return {};
+}
+
+static Hypergraph widened(const zorpelx_hypergraph &h)
+{
+    const size_t nnets = static_cast<size_t>(h.nhedges), nvertices = static_cast<size_t>(h.nvtxs);
+    Hypergraph graph = {h.nvtxs, h.nhedges, h.hewgts != nullptr, h.vwgts != nullptr, {}, {},
+                        {},      {}};
+    graph.start.assign(h.eptr, h.eptr + nnets + 1);
+    graph.pins.assign(h.eind, h.eind + h.eptr[h.nhedges]);
+    if (graph.netweights) graph.netwgt.assign(h.hewgts, h.hewgts + nnets);
+    if (graph.vertexweights) graph.vertexwgt.assign(h.vwgts, h.vwgts + nvertices);
+    return graph;
+}
+
+int zorpelx_hypergraph_text(const zorpelx_hypergraph *hypergraph, char **text, size_t *size,
+                            char *message)
+{
+    return reporting_to(message, [&]() -> Fault {
+        if (text == nullptr || size == nullptr)
+            return fault(ZORPELX_BAD_OPTION, "text or size is null.");
+        *text = nullptr;
+        Watch watch;
+        if (Fault found = check_hypergraph(hypergraph, Totals::Any, watch)) return found;
+        for (int e = 0; e < hypergraph->nhedges; e++)
+            if (hypergraph->eptr[e] == hypergraph->eptr[e + 1])
+                return fault(ZORPELX_BAD_INPUT,
+                             "Hyperedge %d is empty, which the file format cannot express.", e);
+        return give_text(hgr_text(widened(*hypergraph)), text, size);
+    });
+}
+
+int zorpelx_numbers_text(const int *numbers, size_t count, char **text, size_t *size, char *message)
+{
+    return reporting_to(message, [&]() -> Fault {
+        if (text == nullptr || size == nullptr || (numbers == nullptr && count > 0))
+            return fault(ZORPELX_BAD_OPTION, "numbers, text or size is null.");
+        *text = nullptr;
+        return give_text(numbers_text(numbers, count), text, size);
+    });
+}
+
+void zorpelx_text_free(char *text)
+{
+    free(text);
+}
