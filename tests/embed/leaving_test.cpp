@@ -74,11 +74,12 @@ TEST_F(Leaving, a_jump_out_of_the_progress_callback)
     options.on_progress = [](void *user, const zorpelx_progress *) -> int {
         longjmp(static_cast<Leaving *>(user)->place, 1);
     };
-    for (int i = 0; i < 3; i++) {
-        if (setjmp(place) == 0) FAIL() << "returned " << call();
-        expect_nothing_left();
-        expect_left();
-    }
+    if (setjmp(place) == 0) FAIL() << "returned " << call();
+    expect_nothing_left();
+    expect_left();
+    options.on_progress = nullptr; // and the next call is as any other
+    options.starts = 2;
+    EXPECT_EQ(ZORPELX_OK, call());
 }
 
 TEST_F(Leaving, a_jump_out_of_the_trace_callback)
@@ -124,6 +125,7 @@ TEST_F(Leaving, a_jump_within_a_callback_is_none_of_the_calls_business)
 
 TEST_F(Leaving, the_end_of_the_thread_in_a_callback)
 {
+    if (SANITIZED) GTEST_SKIP() << "the sanitizer takes the end of a thread for a stray access";
     options.on_progress = [](void *, const zorpelx_progress *) -> int { pthread_exit(nullptr); };
     std::thread([&] { call(); }).join();
     expect_left();
@@ -131,6 +133,7 @@ TEST_F(Leaving, the_end_of_the_thread_in_a_callback)
 
 TEST_F(Leaving, a_cancelled_thread)
 {
+    if (SANITIZED) GTEST_SKIP() << "the sanitizer takes the end of a thread for a stray access";
     pthread_t thread;
     options.on_progress = nullptr;
     ASSERT_EQ(0, pthread_create(

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cassert>
 #include <climits>
-#include <cxxabi.h>
 #include <memory>
 #include <optional>
 #include <random>
@@ -186,10 +185,10 @@ template <class Callback> void Call::call_back(const Callback &callback)
     calling = true;
     try {
         callback();
-    } catch (const abi::__forced_unwind &) { // the thread ends
-        throw;
     } catch (...) {
-        throw LeftByException{std::current_exception()};
+        const std::exception_ptr thrown = std::current_exception();
+        if (thrown == nullptr) throw; // none of C++: the thread ends
+        throw LeftByException{thrown};
     }
     calling = false;
 }
