@@ -62,7 +62,8 @@ enum {
     ZORPEL_RTYPE_EEFM = 3    /* FM that leaves a pass early on the finer levels */
 };
 
-/* V-cycles: coarsen again without crossing the cut, and refine again. */
+/* V-cycles: coarsen again without crossing the cut, and refine again; each time until two cycles in
+ * a row bring nothing, at most 10. */
 enum {
     ZORPEL_VCYCLE_NO = 0,
     ZORPEL_VCYCLE_END = 1,    /* on the best runs, once all runs are made */
@@ -90,7 +91,8 @@ enum {
  *   part      [nvtxs] in (only with the fixed option): part of each pre-assigned vertex, -1 for a
  *             free one; out: the part of every vertex, 0 to nparts - 1
  *   edgecut   out: total weight of the hyperedges with vertices in more than one part (with the
- *             reconst option and no polish: the sum of the cuts of all bisections)
+ *             reconst option and no polish: the sum of the cuts of all bisections, at most
+ *             2147483647)
  */
 ZORPEL_API void ZORPEL_PartRecursive(int nvtxs, int nhedges, const int *vwgts, const int *eptr,
                                      const int *eind, const int *hewgts, int nparts, int ubfactor,

@@ -2,6 +2,7 @@
  *
  * Errors end the process with status 0, as everywhere in this program: its callers read messages.
  */
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 
@@ -83,8 +84,8 @@ static void read_fixed(const CommandLine *line, int nvtxs, int *part)
     }
     for (int v = 0; v < nvtxs; v++)
         if (part[v] < -1)
-            errexit__("The file %s assigns vertex %d to part %d; -1 leaves a vertex free.\n",
-                      line->fixfile, v + 1, part[v]);
+            errexit__("Number %d of the file %s is %d; -1 leaves a vertex free.\n", v + 1,
+                      line->fixfile, part[v]);
 }
 
 static void print_timing(double partitioning, double io)
@@ -101,6 +102,7 @@ int main(int nwords, char **words)
         print_usage(words[0]);
         return 0;
     }
+    signal(SIGXFSZ, SIG_IGN); // a write beyond the limit of file sizes fails, and that is told
     const CommandLine line = parse_words(nwords, words);
 
     double iotime = -seconds__();
@@ -128,5 +130,7 @@ int main(int nwords, char **words)
                         graph->cellwgt, part);
     print_timing(parttime, iotime);
     QXfree__(&graph->netptr, &graph->netind, &graph->cellwgt, &graph->netwgt, &part, &graph, LTERM);
+    if (fflush(stdout) != 0 || ferror(stdout))
+        errexit__("Standard output cannot be written whole!\n");
     return 0;
 }

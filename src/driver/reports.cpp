@@ -74,11 +74,6 @@ static bool count_pins(int e, const int *eptr, const int *eind, const int *part,
     return size > 0 && pdegrees[part[eind[eptr[e]]]] != size;
 }
 
-static void clear_pins(int e, const int *eptr, const int *eind, const int *part, int *pdegrees)
-{
-    for (int j = eptr[e]; j < eptr[e + 1]; j++) pdegrees[part[eind[j]]] = 0;
-}
-
 void ComputePartCuts(int nhedges, int nparts, const int *eptr, const int *eind, const int *hewgts,
                      const int *part, int *pcuts)
 {
@@ -108,26 +103,50 @@ static float absorb(float absorption, double share)
     return static_cast<float>(static_cast<double>(absorption) + share);
 }
 
-/* pcuts [nparts] gets each part's external degree. */
+/* The parts of each hyperedge's pins, in increasing order, [eptr[nhedges]]: the pins placed by
+ * part, and from there by hyperedge. */
+static int *sorted_parts(int nhedges, int nparts, const int *eptr, const int *eind, const int *part)
+{
+    const int npins = eptr[nhedges];
+    int *starts = ismalloc__(static_cast<size_t>(nparts) + 1, 0, "PrintPartStatistics: starts");
+    int *nets = imalloc__(static_cast<size_t>(npins), "PrintPartStatistics: nets");
+    int *ends = imalloc__(static_cast<size_t>(nhedges), "PrintPartStatistics: ends");
+    int *const parts = imalloc__(static_cast<size_t>(npins), "ComputePartCuts: pdegrees");
+    for (int j = 0; j < npins; j++) starts[part[eind[j]]]++;
+    counts_to_starts(nparts, starts);
+    for (int e = 0; e < nhedges; e++)
+        for (int j = eptr[e]; j < eptr[e + 1]; j++) nets[starts[part[eind[j]]]++] = e;
+    icopy__(nhedges, eptr, ends);
+    for (int p = 0, j = 0; p < nparts; p++)
+        for (; j < starts[p]; j++) parts[ends[nets[j]]++] = p;
+    QXfree__(&starts, &nets, &ends, LTERM);
+    return parts;
+}
+
+/* Adds a cut hyperedge of this weight, the parts of its pins in order, to the figures. */
+static void add_cut(int size, const int *parts, int weight, Quality *quality, int *pcuts)
+{
+    quality->cut += weight;
+    for (int i = 0, begin = 0; i < size; begin = i) {
+        while (i < size && parts[i] == parts[begin]) i++;
+        pcuts[parts[begin]] += weight;
+        quality->absorption = absorb(quality->absorption, (i - begin - 1.0) / (size - 1));
+    }
+}
+
+/* pcuts [nparts] gets each part's external degree. O(pins + nparts). */
 static Quality measure(int nvtxs, int nhedges, int nparts, const int *eptr, const int *eind,
                        const int *hewgts, const int *part, const int *pwgts, int *pcuts)
 {
     Quality quality = {0, 0, 0, 0};
-    int *pdegrees = ismalloc__(static_cast<size_t>(nparts), 0, "ComputePartCuts: pdegrees");
+    int *parts = sorted_parts(nhedges, nparts, eptr, eind, part);
     for (int e = 0; e < nhedges; e++) {
-        const bool cut = count_pins(e, eptr, eind, part, pdegrees);
-        const int size = eptr[e + 1] - eptr[e], weight = weight_of(hewgts, e);
-        if (cut) {
-            quality.cut += weight;
-            for (int p = 0; p < nparts; p++) {
-                if (pdegrees[p] == 0) continue;
-                pcuts[p] += weight;
-                quality.absorption = absorb(quality.absorption, (pdegrees[p] - 1.0) / (size - 1));
-            }
-        } else {
+        const int size = eptr[e + 1] - eptr[e];
+        const int *const its = parts + eptr[e];
+        if (size > 0 && its[0] != its[size - 1])
+            add_cut(size, its, weight_of(hewgts, e), &quality, pcuts);
+        else
             quality.absorption = absorb(quality.absorption, 1.0);
-        }
-        clear_pins(e, eptr, eind, part, pdegrees);
     }
     for (int p = 0; p < nparts; p++) {
         quality.soed += pcuts[p];
@@ -135,7 +154,7 @@ static Quality measure(int nvtxs, int nhedges, int nparts, const int *eptr, cons
     }
     quality.scaled_cost = static_cast<float>(static_cast<double>(quality.scaled_cost) /
                                              (static_cast<double>(nvtxs) * (nparts - 1)));
-    QXfree__(&pdegrees, LTERM);
+    QXfree__(&parts, LTERM);
     return quality;
 }
 

@@ -7,6 +7,7 @@
 #include "core/errors.h"
 #include "core/memory.h"
 #include "core/vectors.h"
+#include "io/outfile.h"
 
 /* " %d" for each vertex of e, renumbered by map unless that is null, from 1. */
 static void put_pins(FILE *file, const HGraph *graph, int e, const int *map)
@@ -20,12 +21,6 @@ static void put_pins(FILE *file, const HGraph *graph, int e, const int *map)
 static FILE *open_dump(const char *name)
 {
     return QXfopen__(name, "w", "Can't open output file");
-}
-
-static void close_dump(FILE *file, const char *name)
-{
-    const bool failed = ferror(file) != 0;
-    if (fclose(file) != 0 || failed) errexit__("Cannot write %s", name);
 }
 
 void DumpHGraph(const HGraph *graph)
@@ -50,7 +45,7 @@ void WriteHGraph(const HGraph *graph)
         put_pins(file, graph, e, nullptr);
     }
     for (int v = 0; v < graph->ncells; v++) fprintf(file, "\n%d", graph->cellwgt[v]);
-    close_dump(file, name);
+    close_whole(file, name, "WriteHGraph");
 }
 
 void WriteConnectedHGraph(const HGraph *graph)
@@ -66,7 +61,7 @@ void WriteConnectedHGraph(const HGraph *graph)
         fprintf(file, "\n");
         put_pins(file, graph, e, cellmap);
     }
-    close_dump(file, "new.hgr");
+    close_whole(file, "new.hgr", "WriteConnectedHGraph");
     free(cellmap);
 }
 

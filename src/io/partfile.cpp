@@ -6,7 +6,6 @@
  */
 #include "io/partfile.h"
 
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -14,6 +13,7 @@
 #include "core/errors.h"
 #include "core/memory.h"
 #include "core/vectors.h"
+#include "io/outfile.h"
 #include "io/textfile.h"
 
 constexpr size_t BLOCK_SIZE = size_t{1} << 16;
@@ -34,12 +34,8 @@ static char *put_line(char *out, int value)
     return out;
 }
 
-[[noreturn]] static void write_failed(const char *filename)
-{
-    errexit__("WriteHGraphPart: cannot write %s: %s", filename, strerror(errno));
-}
-
-static void put_lines(int n, const int *x, FILE *file, const char *filename)
+/* Stops at the first block that cannot be written; the file's error mark tells. */
+static void put_lines(int n, const int *x, FILE *file)
 {
     static char block[BLOCK_SIZE];
     char *out = block;
@@ -47,7 +43,7 @@ static void put_lines(int n, const int *x, FILE *file, const char *filename)
         out = put_line(out, x[i]);
         const size_t used = static_cast<size_t>(out - block);
         if (i + 1 < n && used + LONGEST_LINE <= BLOCK_SIZE) continue;
-        if (fwrite(block, 1, used, file) != used) write_failed(filename);
+        if (fwrite(block, 1, used, file) != used) return;
         out = block;
     }
 }
@@ -59,8 +55,8 @@ void WriteHGraphPart(int nvtxs, const int *part, const char *name)
     char *filename = alloc_array<char>(length, "WriteHGraphPart: filename");
     snprintf(filename, length, "%s.part.%d", name, part[iamax__(nvtxs, part)] + 1);
     FILE *const file = QXfopen__(filename, "w", "WriteHGraphPart: partfile");
-    put_lines(nvtxs, part, file, filename);
-    if (fclose(file) != 0) write_failed(filename);
+    put_lines(nvtxs, part, file);
+    close_whole(file, filename, "WriteHGraphPart");
     free(filename);
 }
 

@@ -2,8 +2,9 @@
  * once, alone and with all later ones.
  *
  * Whatever fails, the process ends with status 0, and unless it says what went wrong on standard
- * error the partition file is there, whole. Files are opened through the C library's custom
- * streams, so that its own buffering and error marks behave as with a failing disk.
+ * error the partition file is there, whole; if it says that the file cannot be written, the file
+ * has been removed. Files are opened through the C library's custom streams, so that its own
+ * buffering and error marks behave as with a failing disk.
  */
 #ifndef _GNU_SOURCE
 #define _GNU_SOURCE
@@ -76,6 +77,16 @@ extern "C" FILE *__wrap_fopen(const char *name, const char *mode)
     return fopencookie(reinterpret_cast<void *>(static_cast<intptr_t>(fd)), mode, calls);
 }
 
+/* A removal leaves a mark only: the process that goes on without the fault still writes the file.
+ */
+extern "C" int __real_unlink(const char *name);
+extern "C" int __wrap_unlink(const char *name)
+{
+    const std::string mark = std::string(name).substr(std::string(name).rfind('/') + 1) + ".gone";
+    const int fd = open(mark.c_str(), O_WRONLY | O_CREAT, 0644);
+    return fd < 0 ? -1 : close(fd);
+}
+
 /* ---- judging ------------------------------------------------------------------------------- */
 
 // Lines of the partition file that hold one part number; -1 when there is no such file.
@@ -99,6 +110,9 @@ static void judge_file(const Ending &ending)
     if (ending.message.empty() && (!survived || count_lines() != NVERTICES))
         complain("a silent end with %ld lines written", count_lines());
     if (!ending.message.empty() && survived) complain("went on after: %s", ending.message.c_str());
+    const bool removed = __real_unlink("f.hgr.part.2.gone") == 0;
+    if (removed != (ending.message.find("cannot write") != std::string::npos))
+        complain("the file is%s removed after: %s", removed ? "" : " not", ending.message.c_str());
 }
 
 static void write_inputs()
@@ -129,11 +143,11 @@ int main()
             program_main(11, words);
             disarm_faults();
             if (count_lines() != NVERTICES) complain("the run without a fault wrote no whole file");
-            unlink("f.hgr.part.2");
+            __real_unlink("f.hgr.part.2");
         }
     }
-    unlink("f.hgr");
-    unlink("f.fix");
+    __real_unlink("f.hgr");
+    __real_unlink("f.fix");
     if (chdir("..") != 0 || rmdir(place) != 0) complain("files left over in %s", place);
     dprintf(kept, "openings %d, reads %d, writes %d, closings %d failed; %d complaints\n",
             points_of[0], points_of[1], points_of[2], points_of[3], count_complaints());

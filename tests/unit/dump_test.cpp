@@ -2,6 +2,9 @@
 #include "io/dump.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <csignal>
 
 #include "io/read_hgraph.h"
 #include "support.h"
@@ -93,6 +96,28 @@ TEST(Dump, a_full_disk_is_reported)
     std::filesystem::create_symlink("/dev/full", "hgr.2");
     const HGraphPtr graph = make_hgraph(2, {{0, 1}});
     const Outcome end = run_in_child([&] { WriteHGraph(graph.get()); });
-    EXPECT_EQ(end.err, "Cannot write hgr.2\n");
+    EXPECT_EQ(end.err, "WriteHGraph: cannot write hgr.2: No space left on device\n");
     EXPECT_EQ(end.status, 0);
+}
+
+/* Runs write in a child whose files may hold no more than 100 bytes. */
+template <class Write> static Outcome write_beyond_limit(Write write)
+{
+    return run_in_child([&] {
+        signal(SIGXFSZ, SIG_IGN);
+        const rlimit limit = {100, 100};
+        setrlimit(RLIMIT_FSIZE, &limit);
+        write();
+    });
+}
+
+TEST(Dump, a_file_that_cannot_be_written_whole_is_told_and_does_not_stay)
+{
+    const WorkingFolder work;
+    const HGraphPtr graph = make_incident(40, PinLists(40, {0, 1, 2}));
+    const Outcome both = write_beyond_limit([&] { WriteHGraph(graph.get()); });
+    EXPECT_EQ(both.err, "WriteHGraph: cannot write hgr.40: File too large\n");
+    const Outcome connected = write_beyond_limit([&] { WriteConnectedHGraph(graph.get()); });
+    EXPECT_EQ(connected.err, "WriteConnectedHGraph: cannot write new.hgr: File too large\n");
+    EXPECT_TRUE(std::filesystem::is_empty(work.folder.path));
 }

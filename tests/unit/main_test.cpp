@@ -68,8 +68,7 @@ TEST(Main, a_fix_file_naming_part_nparts_stops_the_run_before_any_other_output)
 TEST(Main, a_fix_file_with_an_entry_below_minus_1_is_refused)
 {
     const Outcome end = run_fixed("0\n-1\n-2\n1\n", "2");
-    EXPECT_EQ(end.err, "The file FOLDER/fix assigns vertex 3 to part -2; -1 leaves a vertex "
-                       "free.\n\n");
+    EXPECT_EQ(end.err, "Number 3 of the file FOLDER/fix is -2; -1 leaves a vertex free.\n\n");
     EXPECT_EQ(end.out, "");
     EXPECT_EQ(end.status, 0);
 }

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ctime>
+
 #include "driver/version.h"
 #include "support.h"
 
@@ -234,6 +236,42 @@ TEST(Reports, the_absorption_is_rounded_to_single_at_each_addition)
     }
     EXPECT_EQ(figure(text, "Absorption"), formatted("%10.2f", static_cast<double>(absorption)));
     EXPECT_NE(figure(text, "Absorption"), formatted("%10.2f", unrounded));
+}
+
+TEST(Reports, the_absorption_adds_the_parts_of_a_hyperedge_in_their_order)
+{
+    /* 131071 hyperedges of one vertex add 1 each, so that the two that follow pass 2^17, where
+     * roundings become coarser: the sum depends on what was added before and what after. */
+    const int counts[2][3] = {{32, 36, 15}, {23, 15, 44}};
+    PinLists nets(131071, {0});
+    std::vector<int> part = {0};
+    for (const auto &count : counts) {
+        nets.emplace_back();
+        for (int p = 0; p < 3; p++)
+            for (int i = 0; i < count[p]; i++) {
+                nets.back().insert(nets.back().begin(), static_cast<int>(part.size()));
+                part.push_back(p);
+            }
+    }
+    EXPECT_EQ(figure(statistics(3, nets, {}, {}, part), "Absorption"), " 131072.95");
+    for (int &p : part) p = 2 - p;
+    EXPECT_EQ(figure(statistics(3, nets, {}, {}, part), "Absorption"), " 131072.94");
+}
+
+TEST(Reports, many_cut_hyperedges_and_many_parts_are_measured_in_linear_time)
+{
+    constexpr int nparts = 200000;
+    std::vector<int> part;
+    PinLists nets;
+    for (int v = 0; v < nparts; v++) {
+        part.push_back(v);
+        for (int step = 1; step <= 5; step++) nets.push_back({v, (v + step) % nparts});
+    }
+    const clock_t begin = clock();
+    const std::string text = statistics(nparts, nets, {}, {}, part);
+    EXPECT_LT(static_cast<double>(clock() - begin) / CLOCKS_PER_SEC, 10);
+    EXPECT_EQ(figure(text, "Hyperedge Cut"), "   1000000");
+    EXPECT_EQ(figure(text, "Sum of External Degrees"), "   2000000");
 }
 
 TEST(Reports, sums_of_external_degrees_beyond_32_bits_are_shown_whole)
