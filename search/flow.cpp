@@ -72,9 +72,10 @@ static int64_t refine_pair(Parts *parts, int a, int b, const int *seeds, int nse
     FlowCut *const cut = &work->cut;
     const int64_t limit[2] = {static_cast<int64_t>(share * static_cast<double>(parts->weight[a])),
                               static_cast<int64_t>(share * static_cast<double>(parts->weight[b]))};
+    const int most = nseeds < INT_MAX / options->per_seed ? nseeds * options->per_seed : INT_MAX;
     const FlowBounds bounds = bounds_of_pair(parts, a, b);
     work->ncalls++;
-    build_flow_net(net, parts, a, b, seeds, nseeds, limit);
+    build_flow_net(net, parts, a, b, seeds, nseeds, limit, most);
     if (net->oldcut == 0 || net->oldcut >= MOST_FLOW) return 0;
     const int side = find_balanced_cut(net, cut, &bounds, net->oldcut - (options->equal ? 0 : 1),
                                        budget, options->cancel);
@@ -152,7 +153,8 @@ static void open_round(FlowRound *round, const Parts *parts, const bool *active)
         if (i == 0 || seed[-1].a != seed->a || seed[-1].b != seed->b)
             round->pairs[round->npairs++] = {0, i, i};
         FlowPair *const pair = &round->pairs[round->npairs - 1];
-        pair->cut += capacity_between(parts, seed->net, seed->a, seed->b);
+        pair->cut +=
+            price_of_cut(parts->objective, graph->netwgt[seed->net], parts->touched[seed->net] > 2);
         pair->end = i + 1;
     }
     std::sort(round->pairs, round->pairs + round->npairs, [](const FlowPair &x, const FlowPair &y) {

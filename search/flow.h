@@ -13,13 +13,14 @@
 struct FlowOptions {
     double first_share; // regions weigh this share of their part at first, and twice as much
     double most_share;  // whenever no more is gained, up to this
+    int per_seed;       // regions have at most so many vertices of a part a hyperedge cut, > 0
     double least_gain;  // share of the objective that a round must gain for another of its size
     int64_t budget;     // pins that a call may look at
     bool equal;         // cuts of equal weight that are better balanced are taken as well
     const volatile int *cancel; // set to not 0: end soon; null: never
 };
 
-inline constexpr FlowOptions FLOW_OPTIONS = {0.1, 0.4, 0.001, INT64_MAX, true, nullptr};
+inline constexpr FlowOptions FLOW_OPTIONS = {0.1, 0.4, 64, 0.001, INT64_MAX, true, nullptr};
 
 /* Work arrays for one hypergraph and counts of work. */
 struct FlowWork {

@@ -15,6 +15,9 @@
 
 /* Levels beyond which a search is given up rather than to wrap. */
 constexpr int MOST_LEVELS = INT_MAX / 2;
+/* So many nodes that may cost flow are taken before the other side's reach is made exact again.
+ * Until then it is too large: some nodes that would cost nothing are not known to. */
+constexpr int REFRESH_EVERY = 16;
 /* Growths in a row that may overshoot before the search for more balance ends. */
 constexpr int MOST_OVERSHOTS = 16;
 
@@ -54,69 +57,76 @@ template <int X> static int flow_of(const FlowNet *net, int pin)
     return X == SOURCE ? net->flow[pin] : -net->flow[pin];
 }
 
-/* Reaches node u at this level. */
-template <int X> static void reach(FlowNet *net, FlowCut *cut, int u, int level)
+/* The roots of side X become the first level of a growth. */
+template <int X> static void begin_growth(FlowNet *net, FlowCut *cut)
 {
     FlowSide *const side = &cut->side[X];
-    net->nodes[u].level[X] = level;
-    net->nodes[u].next = net->nodes[u].begin;
-    if (net->nodes[u].level[1 - X] == SETTLED)
-        cut->hits[cut->nhits++] = u;
-    else
-        side->queue[side->nqueue++] = u;
+    side->base = cut->levels;
+    for (int i = 0; i < side->nroots; i++) {
+        FlowNode *const u = &net->nodes[side->queue[i]];
+        u->level[X] = side->base;
+        u->next = u->begin;
+    }
 }
 
 /* What side X can send more flow to, by levels from its roots; stops after the first level on which
  * settled nodes of the other side are met. */
 template <int X> static void grow(FlowNet *net, FlowCut *cut)
 {
+    begin_growth<X>(net, cut);
     FlowSide *const side = &cut->side[X];
     FlowNode *const nodes = net->nodes;
     FlowEdge *const edges = net->edges;
-    const int base = side->base = cut->levels;
-    int level = base;
-    cut->nhits = 0;
-    side->nqueue = side->nroots;
-    side->nedgequeue = 0;
-    for (int i = 0; i < side->nroots; i++) {
-        nodes[side->queue[i]].level[X] = base;
-        nodes[side->queue[i]].next = nodes[side->queue[i]].begin;
-    }
-    for (int head = 0; head < side->nqueue; head++) {
-        const int u = side->queue[head];
+    const FlowArc *const arcs = net->arcs;
+    const int *const pins = net->pins, *const flow = net->flow;
+    int *const queue = side->queue, *const edgequeue = side->edgequeue, *const hits = cut->hits;
+    const int base = side->base, sign = X == SOURCE ? 1 : -1;
+    int tail = side->nroots, nedges = 0, nhits = 0, level = base;
+    int64_t visits = 0;
+    const auto reach = [&](int u) {
+        FlowNode *const node = &nodes[u];
+        if (node->level[X] >= base) return;
+        node->level[X] = level + 1;
+        node->next = node->begin;
+        if (node->level[1 - X] == SETTLED)
+            hits[nhits++] = u;
+        else
+            queue[tail++] = u;
+    };
+    for (int head = 0; head < tail; head++) {
+        const int u = queue[head];
         if (nodes[u].level[X] > level) {
-            if (cut->nhits > 0) break;
+            if (nhits > 0) break;
             level = nodes[u].level[X];
         }
         const int end = nodes[u + 1].begin;
         for (int i = nodes[u].begin; i < end; i++) {
-            const FlowArc arc = net->arcs[i];
+            const FlowArc arc = arcs[i];
             FlowEdge *const e = &edges[arc.edge];
             if (e->full[X] >= base) continue;
-            const int last = e[1].begin;
-            if (e->left > 0 || flow_of<X>(net, arc.pin) < 0) {
-                e->full[X] = level;
-                e->back = e->begin;
-                if (e->half[X] < base) {
-                    e->half[X] = level;
-                    e->any = e->begin;
-                }
-                for (int j = e->begin; j < last; j++)
-                    if (nodes[net->pins[j]].level[X] < base)
-                        reach<X>(net, cut, net->pins[j], level + 1);
-            } else if (e->half[X] < base) {
+            const bool full = e->left > 0 || sign * flow[arc.pin] < 0;
+            if (!full && e->half[X] >= base) continue;
+            const int begin = e->begin, last = e[1].begin;
+            edgequeue[nedges++] = arc.edge;
+            visits += last - begin;
+            if (e->half[X] < base) {
                 e->half[X] = level;
-                e->any = e->begin;
-                for (int j = e->begin; j < last; j++)
-                    if (flow_of<X>(net, j) > 0 && nodes[net->pins[j]].level[X] < base)
-                        reach<X>(net, cut, net->pins[j], level + 1);
+                e->any = begin;
+            }
+            if (full) {
+                e->full[X] = level;
+                e->back = begin;
+                for (int j = begin; j < last; j++) reach(pins[j]);
             } else
-                continue;
-            side->edgequeue[side->nedgequeue++] = arc.edge;
-            net->visits += last - e->begin;
+                for (int j = begin; j < last; j++)
+                    if (sign * flow[j] > 0) reach(pins[j]);
         }
     }
+    side->nqueue = tail;
+    side->nedgequeue = nedges;
+    cut->nhits = nhits;
     cut->levels = level + 2;
+    net->visits += visits;
 }
 
 /* The roots are settled again, and what else the last growth reached is weighed. */
@@ -376,7 +386,8 @@ static void advance(FlowNet *net, FlowCut *cut, const FlowBounds *bounds, int64_
     settle<X>(net, cut);
     const int64_t room = bounds->most[X] - side->settled;
     int u = pick<X>(net, cut, FREE, room);
-    if (u < 0 && cut->side[1 - X].stale) {
+    if (u < 0 && cut->side[1 - X].stale && ++side->npierced >= REFRESH_EVERY) {
+        side->npierced = 0;
         refresh<1 - X>(net, cut);
         sort_candidates<X>(net, cut);
         u = pick<X>(net, cut, FREE, room);
@@ -452,6 +463,7 @@ static void begin_cut(FlowNet *net, FlowCut *cut)
         side->nedgequeue = 0;
         side->base = 0;
         side->stale = true;
+        side->npierced = 0;
         side->blocked = false;
         side->cursor = 0;
         std::fill(side->known, side->known + net->nnodes, false);

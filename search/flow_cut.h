@@ -32,6 +32,7 @@ struct FlowSide {
     bool *known;     // [nnodes] whether a node was a candidate before
     int *heads[2];   // [nranks] first candidate of each rank, -1: none; see FlowChain
     int top[2];      // no candidate has a higher rank
+    int npierced;    // nodes that may have cost flow, since the other side was last refreshed
     int cursor;      // nodes in order of rank that were passed for want of candidates
 };
 

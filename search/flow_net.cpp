@@ -24,13 +24,9 @@ void open_flow_net(FlowNet *net, const HGraph *graph)
     net->vertex = alloc_pool<int>(n + 2, "flow: vertex");
     net->weight = alloc_pool<int64_t>(n + 2, "flow: weight");
     net->depth = alloc_pool<int>(n + 2, "flow: depth");
-    net->net = alloc_pool<int>(m, "flow: net");
+    net->near = alloc_pool<FlowNear>(m, "flow: near");
     net->number = ismalloc__(n, -1, "flow: number");
     net->edgeof = ismalloc__(m, -1, "flow: edgeof");
-    net->seen = ismalloc__(m, 0, "flow: seen");
-    net->inside[0] = alloc_pool<int>(m, "flow: inside");
-    net->inside[1] = alloc_pool<int>(m, "flow: inside");
-    net->growth = 0;
     net->visits = 0;
     net->nnodes = net->nedges = net->npins = 0;
 }
@@ -38,21 +34,51 @@ void open_flow_net(FlowNet *net, const HGraph *graph)
 void close_flow_net(FlowNet *net)
 {
     QXfree__(&net->nodes, &net->edges, &net->arcs, &net->pins, &net->flow, &net->vertex,
-             &net->weight, &net->depth, &net->net, &net->number, &net->edgeof, &net->seen,
-             &net->inside[0], &net->inside[1], LTERM);
+             &net->weight, &net->depth, &net->near, &net->number, &net->edgeof, LTERM);
 }
 
 /* What a growth of the region of one part may still take. */
 struct Room {
+    int side; // 0 or 1: first or second part of the pair
     int part;
-    int64_t left;
+    int end;       // nodes at which it is over
+    int64_t left;  // weight
     int64_t least; // with less left it is over
 };
 
-static void take_pins(FlowNet *net, const Parts *parts, int e, int depth, Room *room)
+static bool is_full(const FlowNet *net, const Room *room)
+{
+    return room->left < room->least || net->nnodes >= room->end;
+}
+
+/* The two parts of a network being built. */
+struct Pair {
+    const Parts *parts;
+    int a, b;
+};
+
+/* The record of hyperedge e, made when it is met first. */
+static FlowNear *near_of(FlowNet *net, const Pair *pair, int e)
+{
+    if (net->edgeof[e] >= 0) return &net->near[net->edgeof[e]];
+    const Parts *const parts = pair->parts;
+    const int ina = pins_in(parts, e, pair->a), inb = pins_in(parts, e, pair->b);
+    const bool others = parts->touched[e] > (ina > 0 ? 1 : 0) + (inb > 0 ? 1 : 0);
+    const int64_t capacity = price_of_cut(parts->objective, parts->graph->netwgt[e], others);
+    FlowNear *const near = &net->near[net->nnear];
+    *near = {e, static_cast<int>(std::min(capacity, MOST_FLOW)), {ina, inb}, {0, 0}, 0, -1};
+    net->edgeof[e] = net->nnear++;
+    return near;
+}
+
+/* Takes the pins of a hyperedge into the region, if its growth meets it for the first time. */
+static void take_pins(FlowNet *net, const Parts *parts, FlowNear *near, int depth, Room *room)
 {
     const HGraph *const graph = parts->graph;
-    const int begin = graph->netptr[e], end = graph->netptr[e + 1];
+    if ((near->growths & 1 << room->side) != 0) return;
+    near->growths |= 1 << room->side;
+    if (near->capacity == 0 || near->inside[room->side] == near->npins[room->side]) return;
+    const int begin = graph->netptr[near->net], end = graph->netptr[near->net + 1];
     net->visits += end - begin;
     for (int j = begin; j < end; j++) {
         const int v = graph->netind[j];
@@ -63,88 +89,61 @@ static void take_pins(FlowNet *net, const Parts *parts, int e, int depth, Room *
         net->vertex[net->nnodes] = v;
         net->weight[net->nnodes] = graph->cellwgt[v];
         net->depth[net->nnodes++] = depth;
-        if (room->left < room->least) return;
+        if (is_full(net, room)) return;
     }
 }
 
 /* Appends the vertices of room's part around the seeds, closest to the cut first. */
-static void grow_region(FlowNet *net, const Parts *parts, int other, const int *seeds, int nseeds,
-                        Room *room)
+static void grow_region(FlowNet *net, const Pair *pair, const int *seeds, int nseeds, Room *room)
 {
-    const HGraph *const graph = parts->graph;
-    const int stamp = ++net->growth;
+    const HGraph *const graph = pair->parts->graph;
     int head = net->nnodes;
-    for (int i = 0; i < nseeds && room->left >= room->least; i++) {
-        const int e = seeds[i];
-        if (net->seen[e] == stamp || pins_in(parts, e, room->part) == 0 ||
-            pins_in(parts, e, other) == 0 || capacity_between(parts, e, room->part, other) == 0)
-            continue;
-        net->seen[e] = stamp;
-        take_pins(net, parts, e, 0, room);
+    for (int i = 0; i < nseeds && !is_full(net, room); i++) {
+        FlowNear *const near = near_of(net, pair, seeds[i]);
+        if (near->npins[0] > 0 && near->npins[1] > 0) take_pins(net, pair->parts, near, 0, room);
     }
-    for (; head < net->nnodes && room->left >= room->least; head++) {
+    for (; head < net->nnodes && !is_full(net, room); head++) {
         const int v = net->vertex[head], depth = net->depth[head] + 1;
         for (int i = graph->incptr[v]; i < graph->incptr[v + 1]; i++) {
-            const int e = graph->incind[i];
-            if (net->seen[e] == stamp) continue;
-            net->seen[e] = stamp;
-            if (capacity_between(parts, e, room->part, other) == 0) continue;
-            take_pins(net, parts, e, depth, room);
-            if (room->left < room->least) break;
+            take_pins(net, pair->parts, near_of(net, pair, graph->incind[i]), depth, room);
+            if (is_full(net, room)) break;
         }
     }
 }
 
-/* Numbers the hyperedges that the region meets and counts their pins in it. */
-static int count_inside(FlowNet *net, const HGraph *graph)
+/* Counts the pins inside of every hyperedge that the region meets. met receives the places in near
+ * of the hyperedges of each node in turn. */
+static void count_inside(FlowNet *net, const Pair *pair, int *met)
 {
+    const HGraph *const graph = pair->parts->graph;
     int nmet = 0;
-    for (int side = 0; side < 2; side++) {
-        const int end = side == 0 ? net->first[1] : net->nnodes;
-        for (int u = net->first[side]; u < end; u++) {
-            const int v = net->vertex[u];
-            net->visits += graph->incptr[v + 1] - graph->incptr[v];
-            for (int i = graph->incptr[v]; i < graph->incptr[v + 1]; i++) {
-                const int e = graph->incind[i];
-                if (net->edgeof[e] < 0) {
-                    net->edgeof[e] = nmet;
-                    net->net[nmet] = e;
-                    net->inside[0][nmet] = net->inside[1][nmet] = 0;
-                    nmet++;
-                }
-                net->inside[side][net->edgeof[e]]++;
-            }
+    for (int u = 2; u < net->nnodes; u++) {
+        const int v = net->vertex[u], side = u >= net->first[1];
+        for (int i = graph->incptr[v]; i < graph->incptr[v + 1]; i++) {
+            near_of(net, pair, graph->incind[i])->inside[side]++;
+            met[nmet++] = net->edgeof[graph->incind[i]];
         }
     }
-    return nmet;
+    net->visits += nmet;
 }
 
-/* Which of the met hyperedges belong to the network; sets their capacities and where their pins
- * begin. The numbers of the others become -1. */
-static void choose_edges(FlowNet *net, const Parts *parts, int a, int b, int nmet)
+/* Gives numbers and places for their pins to the hyperedges that belong to the network. */
+static void choose_edges(FlowNet *net)
 {
     int nedges = 0, npins = 0;
-    int *const inside0 = net->inside[0], *const inside1 = net->inside[1];
     net->oldcut = 0;
-    for (int i = 0; i < nmet; i++) {
-        const int e = net->net[i], ina = pins_in(parts, e, a), inb = pins_in(parts, e, b);
-        const int ends = (ina > inside0[i] ? 1 : 0) + (inb > inside1[i] ? 1 : 0);
-        const int size = inside0[i] + inside1[i] + ends;
-        const int64_t capacity = capacity_between(parts, e, a, b);
-        if (ends == 2 || size < 2 || capacity == 0) {
-            net->edgeof[e] = -1;
-            continue;
-        }
-        if (ina > 0 && inb > 0) net->oldcut += capacity;
-        net->edgeof[e] = nedges;
-        net->net[nedges] = e;
-        inside0[nedges] = ina > inside0[i]; // from here on: whether it has the source as a pin
-        inside1[nedges] = inb > inside1[i];
-        net->edges[nedges] = {npins,    static_cast<int>(std::min(capacity, MOST_FLOW)),
-                              {-1, -1}, {-1, -1},
-                              npins,    npins};
+    for (int i = 0; i < net->nnear; i++) {
+        FlowNear *const near = &net->near[i];
+        const int ends = near->npins[0] > near->inside[0] && near->npins[1] > near->inside[1]
+                             ? 2
+                             : near->npins[0] + near->npins[1] > near->inside[0] + near->inside[1];
+        const int size = near->inside[0] + near->inside[1] + ends;
+        net->edgeof[near->net] = -1;
+        if (ends == 2 || size < 2 || near->capacity == 0) continue;
+        if (near->npins[0] > 0 && near->npins[1] > 0) net->oldcut += near->capacity;
+        near->edge = nedges;
+        net->edges[nedges++] = {npins, near->capacity, {-1, -1}, {-1, -1}, npins, npins};
         npins += size;
-        nedges++;
     }
     net->nedges = nedges;
     net->npins = npins;
@@ -155,51 +154,73 @@ static void add_arc(FlowNet *net, int u, int edge, int *narcs)
 {
     const int pin = net->edges[edge].any++;
     net->pins[pin] = u;
-    net->flow[pin] = 0;
     net->arcs[(*narcs)++] = {edge, pin};
 }
 
-static void fill_pins(FlowNet *net, const HGraph *graph)
+/* Fills arcs and pins; met is what count_inside gave. */
+static void fill_pins(FlowNet *net, const HGraph *graph, const int *met)
 {
-    int narcs = 0;
+    int narcs = 0, nmet = 0;
     for (int end = SOURCE; end <= SINK; end++) {
         net->nodes[end] = {narcs, narcs, {-1, -1}};
-        for (int i = 0; i < net->nedges; i++)
-            if (net->inside[end][i] != 0) add_arc(net, end, i, &narcs);
+        for (int i = 0; i < net->nnear; i++) {
+            const FlowNear *const near = &net->near[i];
+            if (near->edge >= 0 && near->npins[end] > near->inside[end])
+                add_arc(net, end, near->edge, &narcs);
+        }
     }
     for (int u = 2; u < net->nnodes; u++) {
         const int v = net->vertex[u];
         net->nodes[u] = {narcs, narcs, {-1, -1}};
-        for (int i = graph->incptr[v]; i < graph->incptr[v + 1]; i++)
-            if (net->edgeof[graph->incind[i]] >= 0)
-                add_arc(net, u, net->edgeof[graph->incind[i]], &narcs);
+        for (int i = graph->incptr[v]; i < graph->incptr[v + 1]; i++) {
+            const int edge = net->near[met[nmet++]].edge;
+            if (edge >= 0) add_arc(net, u, edge, &narcs);
+        }
+        net->number[v] = -1;
     }
     net->nodes[net->nnodes] = {narcs, narcs, {-1, -1}};
     assert(narcs == net->npins);
 }
 
 void build_flow_net(FlowNet *net, const Parts *parts, int a, int b, const int *seeds, int nseeds,
-                    const int64_t limit[2])
+                    const int64_t limit[2], int most)
 {
-    const HGraph *const graph = parts->graph;
-    const int pair[2] = {a, b};
+    const int part[2] = {a, b};
+    const Pair pair = {parts, a, b};
+    net->nnear = 0;
     int64_t total = 0;
     for (int p = 0; p < parts->nparts; p++) total += parts->weight[p];
     net->nnodes = 2;
     net->vertex[SOURCE] = net->vertex[SINK] = -1;
     net->depth[SOURCE] = net->depth[SINK] = INT_MAX;
     for (int side = 0; side < 2; side++) {
-        Room room = {pair[side], limit[side], total / std::max(graph->ncells, 1)};
         net->first[side] = net->nnodes;
-        grow_region(net, parts, pair[1 - side], seeds, nseeds, &room);
-        net->weight[side] = parts->weight[pair[side]] - (limit[side] - room.left);
+        const int end = most < INT_MAX - net->nnodes ? net->nnodes + most : INT_MAX;
+        Room room = {side, part[side], end, limit[side], total / std::max(parts->graph->ncells, 1)};
+        grow_region(net, &pair, seeds, nseeds, &room);
+        net->weight[side] = parts->weight[part[side]] - (limit[side] - room.left);
     }
-    const int nmet = count_inside(net, graph);
-    choose_edges(net, parts, a, b, nmet);
-    fill_pins(net, graph);
-    for (int i = 0; i < net->nedges; i++) net->edgeof[net->net[i]] = -1;
-    for (int u = 2; u < net->nnodes; u++) net->number[net->vertex[u]] = -1;
-    HEAVY_ASSERT(flow_net_ok(net, graph));
+    int *const met = net->flow; // no flow yet
+    count_inside(net, &pair, met);
+    choose_edges(net);
+    fill_pins(net, parts->graph, met);
+    std::fill(net->flow, net->flow + net->npins, 0);
+    HEAVY_ASSERT(flow_net_ok(net, parts->graph));
+}
+
+/* N2 and N3 of one hyperedge. */
+static bool flow_edge_ok(const FlowNet *net, const FlowNear *near)
+{
+    const FlowEdge *const e = &net->edges[near->edge];
+    int64_t sum = 0, used = 0;
+    int ends = 0;
+    for (int j = e->begin; j < e[1].begin; j++) {
+        sum += net->flow[j];
+        used += std::max(net->flow[j], 0);
+        ends += net->pins[j] <= SINK;
+    }
+    return sum == 0 && e->left >= 0 && used + e->left == near->capacity && // N3
+           ends < 2 && e[1].begin - e->begin >= 2;                         // N2
 }
 
 bool flow_net_ok(const FlowNet *net, const HGraph *graph)
@@ -212,19 +233,9 @@ bool flow_net_ok(const FlowNet *net, const HGraph *graph)
                 return false; // N1
         }
     if (net->nodes[net->nnodes].begin != net->npins) return false; // N1
-    for (int i = 0; i < net->nedges; i++) {
-        int64_t sum = 0;
-        int ends = 0;
-        for (int j = net->edges[i].begin; j < net->edges[i + 1].begin; j++) {
-            sum += net->flow[j];
-            ends += net->pins[j] <= SINK;
-        }
-        if (sum != 0 || net->edges[i].left < 0) return false;                            // N3
-        if (ends > 1 || net->edges[i + 1].begin - net->edges[i].begin < 2) return false; // N2
-    }
-    for (int v = 0; v < graph->ncells; v++)
-        if (net->number[v] != -1) return false; // N4
-    for (int e = 0; e < graph->nnets; e++)
-        if (net->edgeof[e] != -1) return false; // N4
-    return true;
+    for (int i = 0; i < net->nnear; i++)
+        if (net->near[i].edge >= 0 && !flow_edge_ok(net, &net->near[i])) return false;
+    return std::all_of(net->number, net->number + graph->ncells, [](int u) { return u == -1; }) &&
+           std::all_of(net->edgeof, net->edgeof + graph->nnets,
+                       [](int e) { return e == -1; }); // N4
 }

@@ -43,17 +43,28 @@ struct FlowArc {
     int pin;  // place of the vertex among its pins
 };
 
+/* What a hyperedge near the cut is to the pair of parts. */
+struct FlowNear {
+    int net;       // number in the hypergraph
+    int capacity;  // what the objective pays for its being cut between the parts; 0: nothing
+    int npins[2];  // its pins in each part
+    int inside[2]; // and of these in the region
+    int growths;   // bit p: met by the growth of the region of part p
+    int edge;      // its number in the network, -1: not there
+};
+
 /* Nodes 0 and 1 are SOURCE and SINK; the region of the first part and then that of the second
  * follow, each by increasing distance from the cut.
  *   N1  arcs of node u, [nodes[u].begin, nodes[u+1].begin), and pins of hyperedge e,
  *       [edges[e].begin, edges[e+1].begin), are two views of the same pins
  *   N2  a hyperedge has two nodes or more and not both ends
  *   N3  flow of a pin is positive from the vertex into the hyperedge; it sums to 0 over the pins
- *       and the positive ones sum to what is used of the capacity
+ *       and the positive ones and left to the capacity
  *   N4  outside of a call every entry of number and edgeof is -1
  */
 struct FlowNet {
     int nnodes, nedges, npins;
+    int nnear;      // hyperedges met, those left out included
     int first[2];   // where the region of each part begins
     int64_t oldcut; // weight of the hyperedges of the network that the parts cut now
 
@@ -65,35 +76,30 @@ struct FlowNet {
     int *vertex;     // [ncells + 2] of each node, -1: an end
     int64_t *weight; // [ncells + 2] of each node
     int *depth;      // [ncells + 2] hops from the cut, 0 at the cut
-    int *net;        // [nnets] hyperedge of the hypergraph
+    FlowNear *near;  // [nnets] hyperedges that were met, in this order
 
     int *number;    // [ncells] node of each vertex of the region
-    int *edgeof;    // [nnets] hyperedge of the network while it is being built
-    int *seen;      // [nnets] growth in which a hyperedge was last met
-    int growth;     // number of the last
-    int *inside[2]; // [nnets] pins of each hyperedge in the region of each part
+    int *edgeof;    // [nnets] place in near of each hyperedge
     int64_t visits; // pins looked at, in all
 };
 
 void open_flow_net(FlowNet *net, const HGraph *graph);
 void close_flow_net(FlowNet *net);
 
-/* The cost of e being cut between parts a and b, in the objective; 0 if it is none of their
- * business. */
-inline int64_t capacity_between(const Parts *parts, int e, int a, int b)
+/* What the objective pays for a hyperedge of weight w being cut between two parts, others telling
+ * whether it touches more parts than these; 0 if it pays no less without. */
+inline int64_t price_of_cut(Objective objective, int64_t w, bool others)
 {
-    const int others =
-        parts->touched[e] - (pins_in(parts, e, a) > 0 ? 1 : 0) - (pins_in(parts, e, b) > 0 ? 1 : 0);
-    const int64_t w = parts->graph->netwgt[e];
-    if (parts->objective == Objective::km1) return w;
-    if (parts->objective == Objective::soed) return others == 0 ? 2 * w : w;
-    return others == 0 ? w : 0;
+    if (objective == Objective::km1) return w;
+    if (objective == Objective::soed) return others ? w : 2 * w;
+    return others ? 0 : w;
 }
 
 /* Builds the network of parts a and b around the hyperedges of seeds [nseeds] that they cut.
- * Each part's region weighs at most limit[0], limit[1]. Fixed vertices stay outside. */
+ * Each part's region weighs at most limit[0], limit[1] and has at most most vertices. Fixed
+ * vertices stay outside. */
 void build_flow_net(FlowNet *net, const Parts *parts, int a, int b, const int *seeds, int nseeds,
-                    const int64_t limit[2]);
+                    const int64_t limit[2], int most);
 
 /* Tests N1 to N4. */
 bool flow_net_ok(const FlowNet *net, const HGraph *graph);

@@ -116,12 +116,12 @@ struct Case {
     Case &operator=(const Case &) = delete;
 
     /* The network of parts 0 and 1 with regions of up to that weight. */
-    void build(int64_t most)
+    void build(int64_t most, int vertices = INT_MAX)
     {
         std::vector<int> seeds(static_cast<size_t>(graph->nnets));
         std::iota(seeds.begin(), seeds.end(), 0);
         const int64_t limit[2] = {std::min(most, parts.weight[0]), std::min(most, parts.weight[1])};
-        build_flow_net(&work.net, &parts, 0, 1, seeds.data(), graph->nnets, limit);
+        build_flow_net(&work.net, &parts, 0, 1, seeds.data(), graph->nnets, limit, vertices);
     }
 
     std::mt19937 random;
@@ -177,7 +177,9 @@ TEST(FlowNet, regions_keep_their_limits_and_hold_no_fixed_vertex)
     for (unsigned seed = 1; seed <= 100; seed++) {
         Case c(seed);
         const int64_t limit = static_cast<int64_t>(seed % 20);
-        c.build(limit);
+        c.build(limit, 1 + static_cast<int>(seed % 7));
+        EXPECT_LE(c.work.net.first[1] - c.work.net.first[0], 1 + static_cast<int>(seed % 7));
+        EXPECT_LE(c.work.net.nnodes - c.work.net.first[1], 1 + static_cast<int>(seed % 7));
         int64_t weight[2] = {0, 0};
         for (int u = 2; u < c.work.net.nnodes; u++) {
             const int v = c.work.net.vertex[u], side = u >= c.work.net.first[1];
@@ -203,6 +205,12 @@ TEST(FlowNet, a_broken_network_is_found)
     EXPECT_FALSE(flow_net_ok(net, c.graph.get()));
     c.build(40);
     net->flow[0]++; // N3
+    EXPECT_FALSE(flow_net_ok(net, c.graph.get()));
+    c.build(40);
+    net->edges[0].left++; // N3
+    EXPECT_FALSE(flow_net_ok(net, c.graph.get()));
+    c.build(40);
+    net->pins[0] = SOURCE; // N1
     EXPECT_FALSE(flow_net_ok(net, c.graph.get()));
     c.build(40);
     net->number[1] = 3; // N4
