@@ -8,6 +8,7 @@
 #include "coarsen/coarsen.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstdlib>
 #include <cstring>
 
@@ -35,21 +36,19 @@ int NumOfLargeNets__(int nnets, const int *netptr)
     return nlarge;
 }
 
-/* Work arrays of all levels, sized by the finest: m = max(ncells, nnets). */
+/* Work arrays of all levels. */
 struct CoarsenWork {
-    int *htable;      // [2 m] all -1 between calls
-    int *perm;        // [m]
-    int *vpairs;      // [2 m]
-    bool *cutnets[2]; // [m] restricted: of a level and of the next coarser one
+    MatchWork match;  // sized by the finest level: m = max(ncells, nnets)
+    bool *cutnets[2]; // [m] restricted: of a level and of the next coarser one, in turn
 };
 
 static CoarsenWork open_work(const HGraph *graph, bool restricted)
 {
     const size_t m = static_cast<size_t>(std::max(graph->ncells, graph->nnets));
     CoarsenWork work;
-    work.htable = ismalloc__(2 * m, -1, "Coarsen: htable");
-    work.perm = imalloc__(m, "Coarsen: perm");
-    work.vpairs = imalloc__(2 * m, "Coarsen: vpairs");
+    work.match.htable = ismalloc__(2 * m, -1, "Coarsen: htable");
+    work.match.perm = imalloc__(m, "Coarsen: perm");
+    work.match.vpairs = imalloc__(2 * m, "Coarsen: vpairs");
     work.cutnets[0] = restricted ? alloc_array<bool>(2 * m, "Coarsen: cutnets") : nullptr;
     work.cutnets[1] = restricted ? work.cutnets[0] + m : nullptr;
     return work;
@@ -67,42 +66,42 @@ static CoarsenWork open_work(const HGraph *graph, bool restricted)
 }
 
 /* level counts the contractions made so far in this call. */
-static void match_level(PartCtrl *ctrl, HGraph *graph, const CoarsenWork *work, int level,
-                        bool slow)
+static void match_level(PartCtrl *ctrl, HGraph *graph, const MatchWork *work, int level, bool slow)
 {
-    int *const perm = work->perm, *const htable = work->htable, *const vpairs = work->vpairs;
     switch (ctrl->CType) {
     case CTYPE_HFC:
-        Match_EdgesStars__(ctrl, graph, perm, htable, vpairs, level < STRENGTH_LEVELS ? 1 : 0);
+        Match_EdgesStars__(ctrl, graph, work, level < STRENGTH_LEVELS ? 1 : 0);
         return;
     case CTYPE_FC:
-        Match_EdgesStars__(ctrl, graph, perm, htable, vpairs, 0);
+        Match_EdgesStars__(ctrl, graph, work, 0);
         return;
     case CTYPE_GFC:
-        Match_EdgesStars__(ctrl, graph, perm, htable, vpairs, 1);
+        Match_EdgesStars__(ctrl, graph, work, 1);
         return;
     case CTYPE_HEDGE:
     case CTYPE_HEDGE_ONLY:
     case CTYPE_HEDGE_EDGE:
         if (slow) break;
         if (ctrl->CType == CTYPE_HEDGE)
-            Match_Hedges_PHedges_Edges__(ctrl, graph, perm, htable, vpairs);
+            Match_Hedges_PHedges_Edges__(ctrl, graph, work);
         else if (ctrl->CType == CTYPE_HEDGE_ONLY)
-            Match_Hedges__(ctrl, graph, perm, htable, vpairs);
+            Match_Hedges__(ctrl, graph, work);
         else
-            Match_Hedges_Edges__(ctrl, graph, perm, htable, vpairs);
+            Match_Hedges_Edges__(ctrl, graph, work);
         return;
     case CTYPE_EDGE:
         break;
     default:
         errexit__("Unknown matching type! %d\n", ctrl->CType);
     }
-    Match_Edges__(ctrl, graph, perm, htable, vpairs);
+    Match_Edges__(ctrl, graph, work);
 }
 
-/* The marks that are not the level's. */
+/* The marks that are not the level's. A level has them only while its coarser level is made: it
+ * passes them on, and the next level but one writes over them. */
 static bool *other_marks(const HGraph *graph, const CoarsenWork *work)
 {
+    assert(graph->cutnets == work->cutnets[0] || graph->cutnets == work->cutnets[1]);
     return work->cutnets[graph->cutnets == work->cutnets[0] ? 1 : 0];
 }
 
@@ -129,21 +128,13 @@ static void carry_partition(HGraph *graph, const CoarsenWork *work)
     carry_cut_nets(graph, work);
 }
 
-/* Tests cutnets from scratch. */
-[[maybe_unused]] static bool cut_nets_ok(const HGraph *graph, const CoarsenWork *work)
-{
-    bool *const fresh = other_marks(graph, work);
-    mark_cut_nets(graph, graph->where, fresh);
-    return std::equal(fresh, fresh + graph->nnets, graph->cutnets);
-}
-
 static void match_restricted(PartCtrl *ctrl, HGraph *graph, const CoarsenWork *work)
 {
-    HEAVY_ASSERT(cut_nets_ok(graph, work));
+    HEAVY_ASSERT(cut_nets_ok(graph));
     if (ctrl->CType == RESTRICTED_STARS)
-        CMatch_EdgesStars__(ctrl, graph, graph->where, work->htable, work->perm, work->vpairs);
+        CMatch_EdgesStars__(ctrl, graph, graph->where, &work->match);
     else if (ctrl->CType == RESTRICTED_EDGES)
-        CMatch_Edges__(ctrl, graph, graph->where, work->htable, work->perm, work->vpairs);
+        CMatch_Edges__(ctrl, graph, graph->where, &work->match);
     else
         errexit__("Unknown matching type! %d\n", ctrl->CType);
 }
@@ -164,7 +155,7 @@ static HGraph *coarsen_level(PartCtrl *ctrl, HGraph *graph, const CoarsenWork *w
     if (restricted)
         match_restricted(ctrl, graph, work);
     else
-        match_level(ctrl, graph, work, level, slow);
+        match_level(ctrl, graph, &work->match, level, slow);
     stop_timer(ctrl, TIME_AUX1);
     if (restricted) carry_partition(graph, work);
     graph->coarser->level = level + 1;
@@ -204,7 +195,7 @@ static HGraph *coarsen_chain(PartCtrl *ctrl, HGraph *graph, bool restricted)
     }
     if (trace && !aborted) print_trace(ctrl, "\n");
     graph->cutnets = nullptr;
-    QXfree__(&work.htable, &work.perm, &work.vpairs, &work.cutnets[0], LTERM);
+    QXfree__(&work.match.htable, &work.match.perm, &work.match.vpairs, &work.cutnets[0], LTERM);
     stop_timer(ctrl, TIME_COARSENING);
     return graph;
 }

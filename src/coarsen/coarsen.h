@@ -16,6 +16,9 @@ HGraph *Coarsen__(PartCtrl *ctrl, HGraph *graph);
  * to the coarsest level. The first level of slow progress is the last. */
 HGraph *CCoarsen__(PartCtrl *ctrl, HGraph *graph);
 
+/* Tests that the level's cutnets is what its where says (C3 of partner.h). */
+bool cut_nets_ok(const HGraph *graph);
+
 /* Hyperedges of at least four pins. */
 int NumOfLargeNets__(int nnets, const int *netptr);
 

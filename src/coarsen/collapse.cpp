@@ -19,28 +19,23 @@ static int summed_key(int size, const int *pins)
     return static_cast<int>(static_cast<unsigned>(size) + 100 * sum);
 }
 
-void CollapseSameHEdges__(int nnets, const int *netptr, int *netind, const int *netwgt,
-                          int *out_nnets, int **out_netptr, int **out_netind, int **out_netwgt)
+void CollapseSameHEdges__(const NetLists *nets, NetLists *merged)
 {
+    const int nnets = nets->nnets;
     const size_t n = static_cast<size_t>(nnets);
     // one text for this array and contraction's
     KeyValue *pairs = alloc_array<KeyValue>(n, "CreateCoarseHGraph: cand");
     for (int e = 0; e < nnets; e++) {
-        const int size = netptr[e + 1] - netptr[e];
-        int *const pins = netind + netptr[e];
+        const int size = nets->netptr[e + 1] - nets->netptr[e];
+        int *const pins = nets->netind + nets->netptr[e];
         iintsort__(size, pins);
         pairs[e] = {size > 0 ? summed_key(size, pins) : 0, e};
     }
-    const NetLists nets = {nnets, const_cast<int *>(netptr), netind, const_cast<int *>(netwgt)};
-    NetLists merged;
-    merged.netptr = imalloc__(n + 1, "CollapseSameHEdges: dnetptr");
-    merged.netind = imalloc__(static_cast<size_t>(netptr[nnets]), "CollapseSameHEdges: dnetind");
-    merged.netwgt = imalloc__(n, "CollapseSameHEdges: dnetwgt");
+    merged->netptr = imalloc__(n + 1, "CollapseSameHEdges: dnetptr");
+    merged->netind =
+        imalloc__(static_cast<size_t>(nets->netptr[nnets]), "CollapseSameHEdges: dnetind");
+    merged->netwgt = imalloc__(n, "CollapseSameHEdges: dnetwgt");
     int *seen = ismalloc__(n, -1, "CollapseSameHEdges: dseen");
-    merge_identical(&nets, pairs, &merged, nullptr, seen);
+    merge_identical(nets, pairs, merged, nullptr, seen);
     QXfree__(&pairs, &seen, LTERM);
-    *out_nnets = merged.nnets;
-    *out_netptr = merged.netptr;
-    *out_netind = merged.netind;
-    *out_netwgt = merged.netwgt;
 }

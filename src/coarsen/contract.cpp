@@ -1,67 +1,29 @@
 /* coarsen/contract.cpp: construction of the next coarser level.
  *
+ *     map         each finer hyperedge to coarse vertices, in order and each once; those within one
+ *                 coarse vertex are dropped (map_hyperedges)
+ *     merge       hyperedges of equal pins, by sorting keys of them (coarsen/merge_nets.h)
+ *     incidence   of each coarse vertex, from its members' (make_vertices)
  * Repeated pins, incidences and hyperedges are found without clearing a table: a mark holds the
  * number of the hyperedge (or vertex) in work, so that a stale one never matches.
+ * Arrays are sized by the finer level and written ahead of what is known to be needed: the pins of
+ * hyperedge e take at most as much room as those of the finer one.
  */
 #include "coarsen/contract.h"
 
 #include <algorithm>
-#include <array>
+#include <cassert>
 #include <cstdlib>
-#include <utility>
 
 #include "coarsen/merge_nets.h"
 #include "core/heavy_assert.h"
 #include "core/memory.h"
 #include "core/prefetch.h"
+#include "core/small_sort.h"
 #include "core/timers.h"
-#include "core/vectors.h"
 #include "core/work_counts.h"
 
 constexpr int FEW_PINS = HEAVY_ASSERTS ? 10 : 16; // sorted by a network: beats marking
-
-/* A comparison of a sorting network: the numbers at these places are put in order. */
-struct Comparator {
-    int low, high;
-};
-
-/* Calls compare for each comparator of Batcher's odd-even merge sort. */
-template <typename Compare> constexpr void for_each_comparator(int size, Compare compare)
-{
-    for (int p = 1; p < size; p *= 2)
-        for (int k = p; k > 0; k /= 2)
-            for (int j = k % p; j + k < size; j += 2 * k)
-                for (int i = j; i < j + k && i + k < size; i++)
-                    if (i / (2 * p) == (i + k) / (2 * p)) compare(Comparator{i, i + k});
-}
-
-template <int Size> constexpr auto sorting_network()
-{
-    constexpr size_t ncomparators = [] {
-        size_t n = 0;
-        for_each_comparator(Size, [&](Comparator) { n++; });
-        return n;
-    }();
-    std::array<Comparator, ncomparators> network{};
-    size_t n = 0;
-    for_each_comparator(Size, [&](Comparator c) { network[n++] = c; });
-    return network;
-}
-
-/* Puts two numbers in order, without a branch: of std::min and std::max together g++ makes one. */
-inline void put_in_order(int &low, int &high)
-{
-    const int least = std::min(low, high), both = low ^ high;
-    low = least;
-    high = both ^ least;
-}
-
-template <int Size, size_t... I>
-[[gnu::always_inline]] static inline void sort_by_network(int *numbers, std::index_sequence<I...>)
-{
-    constexpr auto network = sorting_network<Size>();
-    (put_in_order(numbers[network[I].low], numbers[network[I].high]), ...);
-}
 
 /* A finer hyperedge mapped to coarse vertices, which are listed in order and each once. */
 struct MappedNet {
@@ -69,7 +31,7 @@ struct MappedNet {
     unsigned sum; // of place, counted from 1, times pin; wraps
 };
 
-/* The key by which identical hyperedges meet. */
+/* The key that brings identical hyperedges together. */
 static int pins_key(MappedNet net)
 {
     return static_cast<int>(static_cast<unsigned>(net.size) + 100 * net.sum);
@@ -81,8 +43,9 @@ template <int Least, int Most>
 static MappedNet map_sorted(const int *cellmap, int n, const int *fine, int *pins)
 {
     int mapped[Most];
+    assert(Least <= n && n <= Most);
     for (int j = 0; j < Most; j++) mapped[j] = cellmap[fine[j < Least ? j : std::min(j, n - 1)]];
-    sort_by_network<Most>(mapped, std::make_index_sequence<sorting_network<Most>().size()>());
+    small_sort<Most>(mapped);
     MappedNet net = {1, static_cast<unsigned>(mapped[0])};
     pins[0] = mapped[0];
     for (int j = 1; j < Most; j++) {
@@ -91,6 +54,7 @@ static MappedNet map_sorted(const int *cellmap, int n, const int *fine, int *pin
         net.sum += fresh * static_cast<unsigned>(net.size) * static_cast<unsigned>(mapped[j]);
         pins[net.size - 1] = mapped[j];
     }
+    assert(net.size <= n); // writing ahead stayed within the room of the finer pins
     return net;
 }
 
@@ -100,6 +64,7 @@ static MappedNet map_many(const int *cellmap, int n, const int *fine, int *pins,
     MappedNet net = {0, 0};
     for (int j = 0; j < n; j++) {
         const int c = cellmap[fine[j]];
+        assert(c >= 0 && net.size <= j);
         pins[net.size] = c;
         net.size += mark[c] != e;
         mark[c] = e;
@@ -138,6 +103,8 @@ static int map_hyperedges(HGraph *graph, NetLists *nets, KeyValue *pairs, int *m
             continue;
         }
         const int t = nets->nnets++;
+        assert(net.size <= net_size(graph, e) &&
+               nets->netptr[t] + net.size <= graph->netptr[e + 1]);
         graph->netmap[e] = t;
         nets->netwgt[t] = graph->netwgt[e];
         nets->netptr[t + 1] = nets->netptr[t] + net.size;
@@ -181,16 +148,17 @@ static void make_hyperedges(HGraph *graph, HGraph *coarser, int *mark)
 }
 
 /* A coarse hyperedge as its vertices' incidence is built: both are read together. */
-struct MetNet {
-    int last; // coarse vertex that met it last, -1 at first
+struct ListedNet {
+    int last; // the coarse vertex that listed it last, -1 at first
     int wgt;
 };
 
-/* Appends to the incidence at used the coarse hyperedges of finer vertex v that c has not met;
- * returns the end. Half are met already, at random: they are written over, not branched around.
- * met[-1], the dropped hyperedges, counts as met. Inlined, the loop would lack registers. */
+/* Appends to the incidence at used the coarse hyperedges of finer vertex v that c does not list
+ * yet; returns the end. Half are listed already, at random: they are written over, not branched
+ * around. listed[-1], the dropped hyperedges, counts as listed. Inlined, the loop would lack
+ * registers. */
 [[gnu::noinline]] static int append_incidence(const HGraph *graph, int v, HGraph *coarser, int c,
-                                              int used, MetNet *met)
+                                              int used, ListedNet *listed)
 {
     const int *const netmap = graph->netmap, *const incind = graph->incind;
     int *const coarseind = coarser->incind;
@@ -199,19 +167,26 @@ struct MetNet {
     count_work(WORK_CONTRACT_PINS, end - graph->incptr[v]);
     for (int j = graph->incptr[v]; j < end; j++) {
         const int d = netmap[incind[j]];
-        const int fresh = met[d].last != c;
-        met[d].last = c;
+        const int fresh = listed[d].last != c;
+        listed[d].last = c;
+        assert(-1 <= d && d < coarser->nnets && used < graph->netptr[graph->nnets]);
         coarseind[used] = d;
         used += fresh;
-        adjwgt += met[d].wgt & -fresh;
+        adjwgt += listed[d].wgt & -fresh;
     }
     coarser->adjwgt[c] += adjwgt;
     return used;
 }
 
-/* Asks for what the incidences of coming vertices of mind lead to, each step ahead of the next. */
+/* Prefetches what the incidences of coming vertices of mind lead to, in four steps, each of which
+ * needs what the one before has fetched:
+ *     mind[i + 8]   where its list starts
+ *     mind[i + 6]   the list
+ *     mind[i + 4]   the coarse numbers of its hyperedges
+ *     mind[i + 2]   their entries in listed
+ */
 [[gnu::always_inline]] static inline void prefetch_incidences(const HGraph *graph, int i,
-                                                              const MetNet *met)
+                                                              const ListedNet *listed)
 {
     const int *const incptr = graph->incptr, *const incind = graph->incind;
     if (i + 8 >= graph->ncells) return;
@@ -220,15 +195,15 @@ struct MetNet {
     __builtin_prefetch(&incind[incptr[graph->mind[i + 6]]]);
     for (int j = incptr[u]; j < incptr[u + 1]; j++) __builtin_prefetch(&graph->netmap[incind[j]]);
     for (int j = incptr[v]; j < incptr[v + 1]; j++)
-        __builtin_prefetch(&met[graph->netmap[incind[j]]]);
+        __builtin_prefetch(&listed[graph->netmap[incind[j]]]);
 }
 
 static void make_vertices(const HGraph *graph, HGraph *coarser)
 {
-    MetNet *table =
-        alloc_array<MetNet>(static_cast<size_t>(coarser->nnets) + 1, "CreateCoarseHGraph: htable");
-    MetNet *const met = table + 1;
-    for (int d = 0; d < coarser->nnets; d++) met[d] = {-1, coarser->netwgt[d]};
+    ListedNet *table = alloc_array<ListedNet>(static_cast<size_t>(coarser->nnets) + 1,
+                                              "CreateCoarseHGraph: htable");
+    ListedNet *const listed = table + 1;
+    for (int d = 0; d < coarser->nnets; d++) listed[d] = {-1, coarser->netwgt[d]};
     const size_t n = static_cast<size_t>(coarser->ncells);
     coarser->cellwgt = imalloc__(n, "CreateCoarseHGraph: coarser->cellwgt");
     coarser->adjwgt = ismalloc__(n, 0, "CreateCoarseHGraph: coarser->adjwgt");
@@ -241,11 +216,12 @@ static void make_vertices(const HGraph *graph, HGraph *coarser)
     coarser->incptr[0] = 0;
     for (int c = 0; c < coarser->ncells; c++) {
         int wgt = 0;
-        met[-1].last = c;
+        assert(mptr[c] < mptr[c + 1] && mptr[c + 1] <= graph->ncells);
+        listed[-1].last = c;
         for (int i = mptr[c]; i < mptr[c + 1]; i++) {
-            if (far) prefetch_incidences(graph, i, met);
+            if (far) prefetch_incidences(graph, i, listed);
             wgt += graph->cellwgt[mind[i]];
-            used = append_incidence(graph, mind[i], coarser, c, used, met);
+            used = append_incidence(graph, mind[i], coarser, c, used, listed);
         }
         coarser->cellwgt[c] = wgt;
         coarser->incptr[c + 1] = used;
@@ -255,6 +231,7 @@ static void make_vertices(const HGraph *graph, HGraph *coarser)
 
 void CreateCoarseHGraph__(PartCtrl *ctrl, HGraph *graph, int cnvtxs)
 {
+    assert(cnvtxs >= graph->nfixed && cnvtxs <= graph->ncells && graph->coarser == nullptr);
     start_timer(ctrl, TIME_AUX2);
     HGraph *const coarser = CreateHGraph__();
     coarser->ncells = cnvtxs;

@@ -4,13 +4,19 @@
 #define ZORPEL_COARSEN_GROUPING_H
 
 #include <algorithm>
+#include <cassert>
 
 #include "coarsen/partner.h"
 #include "core/random.h"
 #include "core/sort.h"
 
-/* Groups listed one after the other: those of coarse vertex c are mind[mptr[c]..mptr[c+1]-1]. The
- * arrays belong to the level. */
+/* Groups listed one after the other: that of coarse vertex c is mind[mptr[c]..mptr[c+1]-1]. The
+ * arrays belong to the level.
+ *   J1  mptr[0] is 0, every closed group has members, and the last one ends at nlisted
+ *   J2  the members of group c have c in cellmap
+ *   J3  every vertex is listed once, or its cellmap is SINGLE
+ *   J4  fixed vertices are alone in the groups of their own numbers
+ */
 struct Grouping {
     int *cellmap; // [ncells] coarse vertex, SINGLE while free
     int *mptr;    // [ncells + 1]
@@ -21,12 +27,14 @@ struct Grouping {
 
 inline void list_vertex(Grouping *groups, int v)
 {
+    assert(v >= 0 && groups->cellmap[v] == SINGLE);
     groups->cellmap[v] = groups->ngroups;
     groups->mind[groups->nlisted++] = v;
 }
 
 inline void close_group(Grouping *groups)
 {
+    assert(groups->mptr[groups->ngroups] < groups->nlisted);
     groups->mptr[++groups->ngroups] = groups->nlisted;
 }
 
@@ -46,6 +54,9 @@ inline Grouping open_grouping(const HGraph *graph)
     return groups;
 }
 
+/* Tests J1 to J4 after the last group was closed. */
+bool grouping_ok(const HGraph *graph, const Grouping *groups);
+
 /* Writes each vertex's degree, capped at maxnetsize, into keys. */
 inline void degree_keys(const PartCtrl *ctrl, const HGraph *graph, int *keys)
 {
@@ -57,6 +68,7 @@ inline void degree_keys(const PartCtrl *ctrl, const HGraph *graph, int *keys)
  * are workspace of ncells entries; random may not be order. */
 inline void order_by_degree(PartCtrl *ctrl, const HGraph *graph, int *random, int *keys, int *order)
 {
+    assert(random != order && keys != order);
     RandomPermute__(&ctrl->random, random, graph->ncells, 1);
     degree_keys(ctrl, graph, keys);
     BucketSortKeysInc(graph->ncells, ctrl->maxnetsize + 1, keys, random, order);

@@ -8,60 +8,55 @@
 #include "coarsen/contract.h"
 #include "coarsen/grouping.h"
 #include "coarsen/partner.h"
-#include "core/vectors.h"
+#include "core/heavy_assert.h"
 
-constexpr PartnerRules FREE = {false, false, false}, FREE_SAME_PART = {false, true, false};
+constexpr PartnerRules FREE = {.star = false, .restricted = false, .survey = false};
+constexpr PartnerRules FREE_SAME_PART = {.star = false, .restricted = true, .survey = false};
 
-int FindCell__(const PartCtrl *ctrl, int u, const int *incptr, const int *incind, const int *netptr,
-               const int *netind, const int *cellwgt, const float *edgewgt, const int *cellmap,
-               int *htable, Candidates *list)
+int FindCell__(PartnerSearch *search, int u)
 {
-    return find_partner<FREE>(ctrl, u, incptr, incind, netptr, netind, cellwgt, edgewgt, cellmap,
-                              htable, nullptr, nullptr, list);
+    return find_partner<FREE>(search, u);
 }
 
-int CFindCell__(const PartCtrl *ctrl, int u, const int *incptr, const int *incind,
-                const int *netptr, const int *netind, const int *cellwgt, const float *edgewgt,
-                const int *cellmap, int *htable, const int *where, Candidates *list)
+int CFindCell__(PartnerSearch *search, int u)
 {
-    return find_partner<FREE_SAME_PART>(ctrl, u, incptr, incind, netptr, netind, cellwgt, edgewgt,
-                                        cellmap, htable, nullptr, where, list);
+    return find_partner<FREE_SAME_PART>(search, u);
+}
+
+/* Groups v, which is no candidate from now on. */
+static void take_vertex(Grouping *groups, PartnerSearch *search, int v)
+{
+    list_vertex(groups, v);
+    search->table[v] = BARRED;
 }
 
 template <bool Restricted>
-static void match_pairs(PartCtrl *ctrl, HGraph *graph, const int *where, int *perm, int *htable,
-                        int *vpairs, Grouping *groups)
+static void match_pairs(PartCtrl *ctrl, HGraph *graph, const int *where, const MatchWork *work,
+                        Grouping *groups)
 {
-    order_by_degree(ctrl, graph, vpairs + graph->ncells, vpairs, perm);
-    Candidates list;
-    open_candidates(&list, graph, where, htable);
+    const int *const perm = work->perm;
+    order_by_degree(ctrl, graph, work->vpairs + graph->ncells, work->vpairs, work->perm);
+    PartnerSearch search = open_search(ctrl, graph, where, work->htable);
+    search.cellmap = groups->cellmap;
     for (int v = 0; v < graph->ncells; v++)
-        if (groups->cellmap[v] != SINGLE) htable[v] = BARRED;
+        if (groups->cellmap[v] != SINGLE) search.table[v] = BARRED;
     for (int i = 0; i < graph->ncells; i++) {
         const int u = perm[i];
         prefetch_partners(graph, perm, i);
         if (groups->cellmap[u] != SINGLE) continue;
-        const int v =
-            Restricted
-                ? CFindCell__(ctrl, u, graph->incptr, graph->incind, graph->netptr, graph->netind,
-                              graph->cellwgt, graph->edgewgt, groups->cellmap, htable, where, &list)
-                : FindCell__(ctrl, u, graph->incptr, graph->incind, graph->netptr, graph->netind,
-                             graph->cellwgt, graph->edgewgt, groups->cellmap, htable, &list);
-        list_vertex(groups, u);
-        htable[u] = BARRED;
-        if (v >= 0) {
-            list_vertex(groups, v);
-            htable[v] = BARRED;
-        }
+        const int v = Restricted ? CFindCell__(&search, u) : FindCell__(&search, u);
+        take_vertex(groups, &search, u);
+        if (v >= 0) take_vertex(groups, &search, v);
         close_group(groups);
     }
-    close_candidates(&list, graph, htable);
+    HEAVY_ASSERT(search_ok(&search, true));
+    close_search(&search);
+    HEAVY_ASSERT(grouping_ok(graph, groups));
 }
 
-void match_free_vertices(PartCtrl *ctrl, HGraph *graph, int *perm, int *htable, int *vpairs,
-                         Grouping *groups)
+void match_free_vertices(PartCtrl *ctrl, HGraph *graph, const MatchWork *work, Grouping *groups)
 {
-    match_pairs<false>(ctrl, graph, nullptr, perm, htable, vpairs, groups);
+    match_pairs<false>(ctrl, graph, nullptr, work, groups);
 }
 
 static Grouping open_pairs(HGraph *graph)
@@ -73,17 +68,16 @@ static Grouping open_pairs(HGraph *graph)
     return open_grouping(graph);
 }
 
-void Match_Edges__(PartCtrl *ctrl, HGraph *graph, int *perm, int *htable, int *vpairs)
+void Match_Edges__(PartCtrl *ctrl, HGraph *graph, const MatchWork *work)
 {
     Grouping groups = open_pairs(graph);
-    match_pairs<false>(ctrl, graph, nullptr, perm, htable, vpairs, &groups);
+    match_pairs<false>(ctrl, graph, nullptr, work, &groups);
     CreateCoarseHGraph__(ctrl, graph, groups.ngroups);
 }
 
-void CMatch_Edges__(PartCtrl *ctrl, HGraph *graph, const int *where, int *htable, int *perm,
-                    int *vpairs)
+void CMatch_Edges__(PartCtrl *ctrl, HGraph *graph, const int *where, const MatchWork *work)
 {
     Grouping groups = open_pairs(graph);
-    match_pairs<true>(ctrl, graph, where, perm, htable, vpairs, &groups);
+    match_pairs<true>(ctrl, graph, where, work, &groups);
     CreateCoarseHGraph__(ctrl, graph, groups.ngroups);
 }

@@ -8,6 +8,7 @@
 #include "coarsen/contract.h"
 #include "coarsen/grouping.h"
 #include "coarsen/match_edges.h"
+#include "core/heavy_assert.h"
 
 /* Lists the hyperedges in perm by decreasing ncells x weight - size, which wraps. */
 static void order_hyperedges(PartCtrl *ctrl, const HGraph *graph, int *perm, int *vpairs)
@@ -56,37 +57,37 @@ struct HedgePhases {
     bool pairs;   // pair the vertices left over
 };
 
-static void match_by_hyperedges(PartCtrl *ctrl, HGraph *graph, int *perm, int *htable, int *vpairs,
+static void match_by_hyperedges(PartCtrl *ctrl, HGraph *graph, const MatchWork *work,
                                 HedgePhases phases)
 {
     const size_t n = static_cast<size_t>(graph->ncells);
     graph->cellmap = ismalloc__(n, SINGLE, "HGraphMatch: graph->cellmap");
     graph->mptr = imalloc__(n + 1, "HGraphMatch: graph->mptr");
     graph->mind = imalloc__(n, "HGraphMatch: graph->mind");
-    order_hyperedges(ctrl, graph, perm, vpairs);
+    order_hyperedges(ctrl, graph, work->perm, work->vpairs);
     Grouping groups = open_grouping(graph);
-    match_hyperedges(ctrl, graph, perm, &groups, false);
-    if (phases.partial) match_hyperedges(ctrl, graph, perm, &groups, true);
+    match_hyperedges(ctrl, graph, work->perm, &groups, false);
+    if (phases.partial) match_hyperedges(ctrl, graph, work->perm, &groups, true);
     if (phases.pairs)
-        match_free_vertices(ctrl, graph, perm, htable, vpairs, &groups);
+        match_free_vertices(ctrl, graph, work, &groups);
     else
         for (int v = 0; v < graph->ncells; v++)
             if (groups.cellmap[v] == SINGLE) group_alone(&groups, v);
+    HEAVY_ASSERT(grouping_ok(graph, &groups));
     CreateCoarseHGraph__(ctrl, graph, groups.ngroups);
 }
 
-void Match_Hedges__(PartCtrl *ctrl, HGraph *graph, int *perm, int *htable, int *vpairs)
+void Match_Hedges__(PartCtrl *ctrl, HGraph *graph, const MatchWork *work)
 {
-    match_by_hyperedges(ctrl, graph, perm, htable, vpairs, {false, false});
+    match_by_hyperedges(ctrl, graph, work, {.partial = false, .pairs = false});
 }
 
-void Match_Hedges_Edges__(PartCtrl *ctrl, HGraph *graph, int *perm, int *htable, int *vpairs)
+void Match_Hedges_Edges__(PartCtrl *ctrl, HGraph *graph, const MatchWork *work)
 {
-    match_by_hyperedges(ctrl, graph, perm, htable, vpairs, {false, true});
+    match_by_hyperedges(ctrl, graph, work, {.partial = false, .pairs = true});
 }
 
-void Match_Hedges_PHedges_Edges__(PartCtrl *ctrl, HGraph *graph, int *perm, int *htable,
-                                  int *vpairs)
+void Match_Hedges_PHedges_Edges__(PartCtrl *ctrl, HGraph *graph, const MatchWork *work)
 {
-    match_by_hyperedges(ctrl, graph, perm, htable, vpairs, {true, true});
+    match_by_hyperedges(ctrl, graph, work, {.partial = true, .pairs = true});
 }

@@ -9,32 +9,27 @@
 #include "coarsen/contract.h"
 #include "coarsen/grouping.h"
 #include "coarsen/partner.h"
+#include "core/heavy_assert.h"
 #include "core/numbers.h"
 #include "core/timers.h"
 #include "core/vectors.h"
 
-constexpr PartnerRules STAR = {true, false, false}, STAR_SAME_PART = {true, true, false};
-constexpr PartnerRules SURVEY = {false, false, true};
+constexpr PartnerRules STAR = {.star = true, .restricted = false, .survey = false};
+constexpr PartnerRules STAR_SAME_PART = {.star = true, .restricted = true, .survey = false};
+constexpr PartnerRules SURVEY = {.star = false, .restricted = false, .survey = true};
 constexpr double JOIN_QUOTA = 0.4; // of a level's vertices may join a partner
 
-int FindCellStar__(const PartCtrl *ctrl, int u, const int *incptr, const int *incind,
-                   const int *netptr, const int *netind, const int *cellwgt, const float *edgewgt,
-                   const int *cellmap, int *htable, const int *wgts, Candidates *list)
+int FindCellStar__(PartnerSearch *search, int u)
 {
-    return find_partner<STAR>(ctrl, u, incptr, incind, netptr, netind, cellwgt, edgewgt, cellmap,
-                              htable, wgts, nullptr, list);
+    return find_partner<STAR>(search, u);
 }
 
-int CFindCellStar__(const PartCtrl *ctrl, int u, const int *incptr, const int *incind,
-                    const int *netptr, const int *netind, const int *cellwgt, const float *edgewgt,
-                    const int *cellmap, int *htable, const int *wgts, const int *where,
-                    Candidates *list)
+int CFindCellStar__(PartnerSearch *search, int u)
 {
-    return find_partner<STAR_SAME_PART>(ctrl, u, incptr, incind, netptr, netind, cellwgt, edgewgt,
-                                        cellmap, htable, wgts, where, list);
+    return find_partner<STAR_SAME_PART>(search, u);
 }
 
-/* Asks for the hyperedges of coming vertices, in two steps. */
+/* Prefetches the hyperedges of coming vertices, in two steps: where they start, then their pins. */
 [[gnu::always_inline]] static inline void prefetch_survey(const HGraph *graph, int v)
 {
     constexpr int starts = 32, pins = 16; // incidences ahead
@@ -52,24 +47,22 @@ int CFindCellStar__(const PartCtrl *ctrl, int u, const int *incptr, const int *i
 int ComputeAllWeights__(const PartCtrl *ctrl, const HGraph *graph, int *keys, int *partners,
                         int *htable)
 {
-    Candidates list;
-    open_candidates(&list, graph, nullptr, htable);
+    PartnerSearch search = open_search(ctrl, graph, nullptr, htable);
     int largest = 0;
     for (int v = 0; v < graph->ncells; v++) {
         prefetch_survey(graph, v);
-        list_partners<SURVEY>(ctrl, v, graph->incptr, graph->incind, graph->netptr, graph->netind,
-                              graph->cellwgt, graph->edgewgt, nullptr, htable, nullptr, nullptr,
-                              &list);
+        list_partners<SURVEY>(&search, v);
         keys[v] = partners[v] = -1;
-        if (list.ncand > 0) {
+        if (search.ncand > 0) {
             const int degree = graph->incptr[v + 1] - graph->incptr[v];
-            const Strongest found = strongest_candidate(&list, degree, htable);
+            const Strongest found = strongest_candidate(&search, degree);
             keys[v] = trunc_int(100.0 / static_cast<double>(found.most));
             partners[v] = found.sure;
         }
         largest = std::max(largest, keys[v]);
     }
-    close_candidates(&list, graph, htable);
+    HEAVY_ASSERT(search_ok(&search, false));
+    close_search(&search);
     for (int v = 0; v < graph->ncells; v++)
         if (keys[v] == -1) keys[v] = largest + 1;
     return largest + 1;
@@ -77,29 +70,24 @@ int ComputeAllWeights__(const PartCtrl *ctrl, const HGraph *graph, int *keys, in
 
 /* Lists the vertices in perm by decreasing strength of their best connection, equals by degree;
  * partners as above. */
-static void order_by_strength(PartCtrl *ctrl, const HGraph *graph, int *perm, int *partners,
-                              int *htable, int *vpairs)
+static void order_by_strength(PartCtrl *ctrl, const HGraph *graph, const MatchWork *work,
+                              int *partners)
 {
-    int *const keys = vpairs, *const bydegree = vpairs + graph->ncells;
-    order_by_degree(ctrl, graph, perm, keys, bydegree);
-    const int largest = ComputeAllWeights__(ctrl, graph, keys, partners, htable);
-    BucketSortKeysInc(graph->ncells, largest + 1, keys, bydegree, perm);
+    int *const keys = work->vpairs, *const bydegree = work->vpairs + graph->ncells;
+    order_by_degree(ctrl, graph, work->perm, keys, bydegree);
+    const int largest = ComputeAllWeights__(ctrl, graph, keys, partners, work->htable);
+    BucketSortKeysInc(graph->ncells, largest + 1, keys, bydegree, work->perm);
 }
-
-/* Groups under construction. */
-struct Stars {
-    int *cellmap; // [ncells] coarse vertex, SINGLE while free
-    int *wgts;    // [ncells] weight of each group; wgts[-1] is 0
-    int ngroups;
-};
 
 /* Starts a group of v and perhaps of u (else -1). */
 static void start_group(Stars *stars, const int *cellwgt, int v, int u)
 {
     const int c = stars->ngroups++;
+    assert(stars->cellmap[v] == SINGLE && u != v);
     stars->cellmap[v] = c;
     stars->wgts[c] = cellwgt[v];
     if (u < 0) return;
+    assert(stars->cellmap[u] == SINGLE);
     stars->cellmap[u] = c;
     stars->wgts[c] += cellwgt[u];
 }
@@ -107,53 +95,48 @@ static void start_group(Stars *stars, const int *cellwgt, int v, int u)
 /* The vertex that u joins, -1 for none. Surveys spare most searches: partners is null without one.
  */
 template <bool Restricted>
-static int choose_partner(const PartCtrl *ctrl, const HGraph *graph, const int *where,
-                          const int *partners, int *htable, const Stars *stars, int u,
-                          Candidates *list)
+static int choose_partner(PartnerSearch *search, const int *partners, int u)
 {
-    const int *const cellmap = stars->cellmap, *const wgts = stars->wgts;
     const int sure = partners != nullptr ? partners[u] : -1;
-    if (sure >= 0 && wgts[cellmap[sure]] <= ctrl->MaxCellWgt - graph->cellwgt[u]) return sure;
-    return Restricted
-               ? CFindCellStar__(ctrl, u, graph->incptr, graph->incind, graph->netptr,
-                                 graph->netind, graph->cellwgt, graph->edgewgt, cellmap, htable,
-                                 wgts, where, list)
-               : FindCellStar__(ctrl, u, graph->incptr, graph->incind, graph->netptr, graph->netind,
-                                graph->cellwgt, graph->edgewgt, cellmap, htable, wgts, list);
+    const int room = search->maxcellwgt - search->graph->cellwgt[u];
+    if (sure >= 0 && search->wgts[search->cellmap[sure]] <= room) return sure;
+    return Restricted ? CFindCellStar__(search, u) : FindCellStar__(search, u);
 }
 
 template <bool Restricted>
-static void join_stars(const PartCtrl *ctrl, const HGraph *graph, const int *where, const int *perm,
-                       const int *partners, int *htable, Stars *stars)
+static void join_stars(const PartCtrl *ctrl, const HGraph *graph, const int *where,
+                       const MatchWork *work, const int *partners, Stars *stars)
 {
     int *const cellmap = stars->cellmap, *const wgts = stars->wgts;
-    const int *const cellwgt = graph->cellwgt;
-    Candidates list;
-    open_candidates(&list, graph, where, htable);
-    for (int c = 0; c < stars->ngroups; c++) list.heaviest = std::max(list.heaviest, wgts[c]);
+    const int *const cellwgt = graph->cellwgt, *const perm = work->perm;
+    PartnerSearch search = open_search(ctrl, graph, where, work->htable);
+    search.cellmap = cellmap;
+    search.wgts = wgts;
+    for (int c = 0; c < stars->ngroups; c++) search.heaviest = std::max(search.heaviest, wgts[c]);
     for (int i = 0, joined = 0; i < graph->ncells; i++) {
         const int u = perm[i];
         prefetch_partners(graph, perm, i);
         if (cellmap[u] != SINGLE) continue;
-        const int v =
-            JOIN_QUOTA * graph->ncells > joined
-                ? choose_partner<Restricted>(ctrl, graph, where, partners, htable, stars, u, &list)
-                : -1;
+        const bool may_join = JOIN_QUOTA * graph->ncells > joined;
+        const int v = may_join ? choose_partner<Restricted>(&search, partners, u) : -1;
         if (v >= 0) joined++;
         if (v >= 0 && cellmap[v] != SINGLE) {
+            assert(cellmap[v] >= graph->nfixed);
             cellmap[u] = cellmap[v];
             wgts[cellmap[v]] += cellwgt[u];
         } else {
             start_group(stars, cellwgt, u, v);
         }
-        list.heaviest = std::max(list.heaviest, wgts[cellmap[u]]);
+        search.heaviest = std::max(search.heaviest, wgts[cellmap[u]]);
     }
-    close_candidates(&list, graph, htable);
+    HEAVY_ASSERT(search_ok(&search, false));
+    close_search(&search);
 }
 
 /* Lists the members of each group by counting. */
 static void list_groups(HGraph *graph, int ngroups)
 {
+    assert(ngroups <= graph->ncells);
     int *const mptr = graph->mptr;
     iset__(ngroups + 1, 0, mptr);
     for (int v = 0; v < graph->ncells; v++) mptr[graph->cellmap[v]]++;
@@ -163,8 +146,8 @@ static void list_groups(HGraph *graph, int ngroups)
 }
 
 template <bool Restricted>
-static void match_stars(PartCtrl *ctrl, HGraph *graph, const int *where, int *perm, int *htable,
-                        int *vpairs, bool bystrength)
+static void match_stars(PartCtrl *ctrl, HGraph *graph, const int *where, const MatchWork *work,
+                        bool bystrength)
 {
     const size_t n = static_cast<size_t>(graph->ncells);
     graph->cellmap = ismalloc__(n, SINGLE, "Match_Edges: graph->cellmap");
@@ -175,9 +158,9 @@ static void match_stars(PartCtrl *ctrl, HGraph *graph, const int *where, int *pe
     int *const partners = bystrength ? graph->mind : nullptr; // mind is filled when all is joined
     start_timer(ctrl, TIME_AUX3);
     if (bystrength)
-        order_by_strength(ctrl, graph, perm, partners, htable, vpairs);
+        order_by_strength(ctrl, graph, work, partners);
     else
-        order_by_degree(ctrl, graph, vpairs + graph->ncells, vpairs, perm);
+        order_by_degree(ctrl, graph, work->vpairs + graph->ncells, work->vpairs, work->perm);
     stop_timer(ctrl, TIME_AUX3);
 
     start_timer(ctrl, TIME_AUX4);
@@ -187,21 +170,20 @@ static void match_stars(PartCtrl *ctrl, HGraph *graph, const int *where, int *pe
         graph->cellmap[v] = stars.ngroups;
         stars.wgts[stars.ngroups++] = full;
     }
-    join_stars<Restricted>(ctrl, graph, where, perm, partners, htable, &stars);
+    join_stars<Restricted>(ctrl, graph, where, work, partners, &stars);
+    HEAVY_ASSERT(stars_ok(ctrl, graph, &stars));
     list_groups(graph, stars.ngroups);
     stop_timer(ctrl, TIME_AUX4);
     QXfree__(&wgts, LTERM);
     CreateCoarseHGraph__(ctrl, graph, stars.ngroups);
 }
 
-void Match_EdgesStars__(PartCtrl *ctrl, HGraph *graph, int *perm, int *htable, int *vpairs,
-                        int flag)
+void Match_EdgesStars__(PartCtrl *ctrl, HGraph *graph, const MatchWork *work, int flag)
 {
-    match_stars<false>(ctrl, graph, nullptr, perm, htable, vpairs, flag == 1);
+    match_stars<false>(ctrl, graph, nullptr, work, flag == 1);
 }
 
-void CMatch_EdgesStars__(PartCtrl *ctrl, HGraph *graph, const int *where, int *htable, int *perm,
-                         int *vpairs)
+void CMatch_EdgesStars__(PartCtrl *ctrl, HGraph *graph, const int *where, const MatchWork *work)
 {
-    match_stars<true>(ctrl, graph, where, perm, htable, vpairs, false);
+    match_stars<true>(ctrl, graph, where, work, false);
 }

@@ -2,35 +2,39 @@
 #ifndef ZORPEL_COARSEN_MATCH_STAR_H
 #define ZORPEL_COARSEN_MATCH_STAR_H
 
+#include "coarsen/match_work.h"
 #include "core/hgraph.h"
 #include "partition/ctrl.h"
 
-struct Candidates;
+struct PartnerSearch;
+
+/* Groups while vertices join them.
+ *   T1  cellmap holds SINGLE or a group below ngroups; fixed vertices are in those of their numbers
+ *   T2  wgts[c] is the weight of group c, but twice MaxCellWgt for the groups of fixed vertices,
+ *       which nobody joins; wgts[-1] is 0
+ *   T3  a group of two and more vertices never outweighs MaxCellWgt
+ */
+struct Stars {
+    int *cellmap; // [ncells] coarse vertex, SINGLE while free
+    int *wgts;    // [-1..ncells - 1] weight of each group
+    int ngroups;
+};
+bool stars_ok(const PartCtrl *ctrl, const HGraph *graph, const Stars *stars);
 
 /* Lets each free vertex join its most strongly connected neighbour, grouped or not, until 40 % of
  * the vertices have joined one, and contracts (graph->coarser).
- *   flag    in   1: visit vertices by strength of their best connection, strongest first;
- *                0: by increasing degree
- *   perm    work [ncells]
- *   htable  work [ncells] all -1, also on return
- *   vpairs  work [2 ncells]
+ *   flag  in  1: visit vertices by strength of their best connection, strongest first; 0: by
+ *             increasing degree
  * Fixed vertices stay alone. Charges "Aux3" (order) and "Aux4" (matching). */
-void Match_EdgesStars__(PartCtrl *ctrl, HGraph *graph, int *perm, int *htable, int *vpairs,
-                        int flag);
+void Match_EdgesStars__(PartCtrl *ctrl, HGraph *graph, const MatchWork *work, int flag);
 
 /* By degree and within the parts of where, ignoring hyperedges above ctrl->maxnetsize pins. */
-void CMatch_EdgesStars__(PartCtrl *ctrl, HGraph *graph, const int *where, int *htable, int *perm,
-                         int *vpairs);
+void CMatch_EdgesStars__(PartCtrl *ctrl, HGraph *graph, const int *where, const MatchWork *work);
 
 /* The neighbour of u, free or in a group with room, most strongly connected to it; -1 when there
- * is none. wgts holds each group's weight, wgts[-1] is 0. */
-int FindCellStar__(const PartCtrl *ctrl, int u, const int *incptr, const int *incind,
-                   const int *netptr, const int *netind, const int *cellwgt, const float *edgewgt,
-                   const int *cellmap, int *htable, const int *wgts, Candidates *list);
-int CFindCellStar__(const PartCtrl *ctrl, int u, const int *incptr, const int *incind,
-                    const int *netptr, const int *netind, const int *cellwgt, const float *edgewgt,
-                    const int *cellmap, int *htable, const int *wgts, const int *where,
-                    Candidates *list);
+ * is none; C, in the same part. */
+int FindCellStar__(PartnerSearch *search, int u);
+int CFindCellStar__(PartnerSearch *search, int u);
 
 /* Writes 100 / (best connectivity) of each vertex into keys, the largest + 1 for vertices without
  * a candidate; returns that largest + 1. Looks at hyperedges of edgewgt 0.1 and more only. Writes

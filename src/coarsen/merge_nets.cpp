@@ -8,6 +8,7 @@
 #include "coarsen/merge_nets.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 #include <utility>
 
@@ -23,6 +24,7 @@ void sort_pins(int size, int *pins)
 
 static int size_of(const NetLists *nets, int e)
 {
+    assert(0 <= e && e < nets->nnets && nets->netptr[e] <= nets->netptr[e + 1]);
     return nets->netptr[e + 1] - nets->netptr[e];
 }
 
@@ -36,6 +38,7 @@ static const int *pins_of(const NetLists *nets, int e)
 static inline void copy_pins(int n, const int *from, int *to)
 {
     constexpr int few = 2, more = 4;
+    assert(n > 0);
     if (n >= more) {
         for (int j = 0; j < n - more; j += more) memcpy(to + j, from + j, more * sizeof *to);
         memcpy(to + n - more, from + n - more, more * sizeof *to);
@@ -65,6 +68,7 @@ static inline bool same_pins(int n, const int *a, const int *b)
 /* Appends hyperedge e to merged; returns its number there. */
 static int append_net(const NetLists *nets, int e, NetLists *merged)
 {
+    assert(merged->nnets < nets->nnets);
     const int d = merged->nnets++, start = merged->netptr[d], size = size_of(nets, e);
     if (size > 0) copy_pins(size, pins_of(nets, e), merged->netind + start);
     merged->netptr[d + 1] = start + size;
@@ -72,7 +76,7 @@ static int append_net(const NetLists *nets, int e, NetLists *merged)
     return d;
 }
 
-/* Asks for the pins and weights of coming hyperedges. */
+/* Prefetches the pins and weights of coming hyperedges. */
 [[gnu::always_inline]] static inline void prefetch_sorted(const NetLists *nets,
                                                           const KeyValue *pairs, int i)
 {
@@ -161,6 +165,7 @@ void merge_identical(const NetLists *nets, KeyValue *pairs, NetLists *merged, in
             if (seen[j] == 1) continue;
             const int f = pairs[j].val;
             if (size_of(nets, f) != size) break;
+            assert(f != e);
             if (!same_pins(size, pins_of(nets, e), pins_of(nets, f))) {
                 patience--;
                 continue;

@@ -2,15 +2,8 @@
 #ifndef ZORPEL_COARSEN_MERGE_NETS_H
 #define ZORPEL_COARSEN_MERGE_NETS_H
 
+#include "core/net_lists.h"
 #include "core/sort.h"
-
-/* Hyperedges as flat lists. */
-struct NetLists {
-    int nnets;
-    int *netptr; // [nnets + 1]
-    int *netind; // [netptr[nnets]]
-    int *netwgt; // [nnets]
-};
 
 /* Sorts the pins of one hyperedge increasingly. */
 void sort_pins(int size, int *pins);

@@ -2,6 +2,8 @@
 #ifndef ZORPEL_CORE_HGRAPH_H
 #define ZORPEL_CORE_HGRAPH_H
 
+#include <cassert>
+
 struct PartCtrl;
 
 /* One part that a hyperedge or a vertex is connected to (k-way refinement). */
@@ -26,9 +28,11 @@ struct CellKwayInfo {
 
 /* Every array is owned by the record unless said otherwise (see borrows), null until its maker
  * fills it.
- *   H1  netptr[0] == 0, netptr never falls; a hyperedge lists each vertex once
+ *   H1  counts are not negative; netptr[0] == 0, netptr never falls; a hyperedge lists each vertex
+ *       at most once
  *   H2  incind lists each vertex's hyperedges once; increasing at levels that
- *       CreateIncidentHGraph__ built, in order of first meeting at contracted ones
+ *       CreateIncidentHGraph__ built, in the order in which they are first encountered at
+ *       contracted ones
  *   H3  adjwgt[v] is the sum of netwgt over v's hyperedges
  *   H4  edgewgt[e] is netwgt[e] / (size - 1) rounded to single
  *   H5  where[v] is a part for v < ncells + nislands
@@ -82,6 +86,7 @@ struct HGraph {
 
 inline int net_size(const HGraph *graph, int e)
 {
+    assert(0 <= e && e < graph->nnets && graph->netptr[e] <= graph->netptr[e + 1]);
     return graph->netptr[e + 1] - graph->netptr[e];
 }
 
@@ -90,6 +95,7 @@ inline int net_size(const HGraph *graph, int e)
 inline int end_of_part(const HGraph *graph, const int *where, int e)
 {
     const int *const netind = graph->netind;
+    assert(0 <= e && e < graph->nnets);
     const int begin = graph->netptr[e], end = graph->netptr[e + 1];
     int j = begin;
     while (j < end && where[netind[j]] == where[netind[begin]]) j++;
@@ -132,8 +138,8 @@ int ComputeMaxCellWgt__(PartCtrl *ctrl, int n, const int *cellwgt);
 /* What hgraph_ok is asked to test. */
 enum HGraphStage { HG_LISTS = 1, HG_INCIDENCE = 2, HG_WHERE = 4, HG_GAINS = 8 };
 
-/* Recomputes the invariants of the stages from scratch: H1; H2 to H4; H5 for two sides; H6.
- * Hyperedges of one vertex are left out of H6: their pin's gain ignores the side's being alone. */
+/* Tests the invariants of the stages from scratch: H1; H2 to H4; H5 for two sides; H6. Gains and
+ * the cut are left out of H6 where a hyperedge has one pin, as they drift. */
 bool hgraph_ok(const HGraph *graph, int stages);
 
 #endif

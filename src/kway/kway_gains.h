@@ -2,8 +2,6 @@
 #ifndef ZORPEL_KWAY_KWAY_GAINS_H
 #define ZORPEL_KWAY_KWAY_GAINS_H
 
-#include <cstdint>
-
 #include "core/hgraph.h"
 #include "partition/ctrl.h"
 
@@ -26,47 +24,16 @@ void ComputeKwayGainsSet__(HGraph *graph, int n, const int *list);
  *   updind  work    [ncells] */
 void KwayUpdateGainInfo__(HGraph *graph, int v, int from, int to, int *marker, int *updind);
 
-/* Vertices whose records wait to be recomputed until they are read: between two visits most change
- * more than once, and few are asked for more than id and ed. A record holds what it would hold if
- * it had been recomputed at each change: its ties are of the last change that was more than one of
- * ties, so they are brought up to that point before a hyperedge's ties change. */
-enum StaleState : uint8_t { STALE = 1, LISTED = 2, OUTLINED = 4 }; // bits; OUTLINED: id and ed hold
-struct StaleRecords {
-    uint8_t *state; // [ncells] StaleState
-    int *list;      // [ncells] the stale vertices, and some that are no longer so
-    int n;          // listed
-    int64_t looked; // pins looked at since the list was cleared
-    int nparts;
-    KwayPartDeg *cells, *nets; // compact: what is left of crdata and nrdata
-};
-
-/* All records are current. */
-void open_stale(const HGraph *graph, StaleRecords *stale);
-void close_stale(StaleRecords *stale);
-
-/* ComputeInitKwayGains__, but of vertices with cut hyperedges only id and ed are computed; the
- * records stay stale. Call it between open_stale and the first move. With compact, lists stand
- * side by side in crdata and nrdata in the order in which they are first needed, those of uncut
- * hyperedges not at all until then: they are few, and at its own place each would often be the only
- * one on its page. */
-void outline_records(const PartCtrl *ctrl, HGraph *graph, StaleRecords *stale, bool compact);
-
-/* KwayUpdateGainInfo__, but the records become stale instead. */
-void note_kway_move(HGraph *graph, int v, int from, int to, int *marker, StaleRecords *stale);
-
-/* Makes id and ed of v's record current; compute_outline if they are not. */
-void compute_outline(HGraph *graph, StaleRecords *stale, int v);
-inline void refresh_outline(HGraph *graph, StaleRecords *stale, int v)
-{
-    if ((stale->state[v] & (STALE | OUTLINED)) == STALE) compute_outline(graph, stale, v);
-}
-
-/* Makes v's record, or all, what KwayUpdateGainInfo__ would have left. */
-void refresh_record(HGraph *graph, StaleRecords *stale, int v);
-void refresh_all(HGraph *graph, StaleRecords *stale);
-
-/* Recomputes everything aside and compares, the order within lists and ties of vertices excepted:
- * an update may leave ties of unvisited pins as they were. */
+/* Tests from scratch, with records current:
+ *   K1  kpwgts holds the weight of each part
+ *   K2  mincut and minsoed are those of where; not if a hyperedge has one pin, as they drift
+ *   K3  nrinfo lists the parts that each hyperedge touches with its pins in each; an uncut one may
+ *       do without the list
+ *   K4  id and ed of each vertex
+ *   K5  crinfo lists the other parts that each vertex is connected to, with num and soed
+ *   K6  kplace is all -1
+ * The order within lists and ties are left out: an update may leave ties of unvisited pins as they
+ * were. */
 bool kway_ok(const PartCtrl *ctrl, const HGraph *graph);
 
 #endif

@@ -7,6 +7,8 @@
  */
 #include "kway/refine_random.h"
 
+#include <cassert>
+
 #include "core/heavy_assert.h"
 #include "core/memory.h"
 #include "core/numbers.h"
@@ -16,6 +18,7 @@
 #include "core/vectors.h"
 #include "core/work_counts.h"
 #include "kway/kway_gains.h"
+#include "kway/stale_records.h"
 
 enum class Objective { cut, soed };
 
@@ -23,7 +26,8 @@ struct KwayWork {
     int *perm;   // [ncells] order of visits
     int *marker; // [ncells] stamps of the update
     StaleRecords stale;
-    int minpwgt, maxpwgt;
+    int minpwgt; // a part that would become lighter gives no vertex
+    int maxpwgt; // a part that would become heavier takes none
 };
 
 /* Bounds of a part's weight, in single precision. */
@@ -98,6 +102,7 @@ static void make_move(const PartCtrl *ctrl, HGraph *graph, KwayWork *work, int v
                       const KwayPartDeg *best)
 {
     const int from = graph->where[v], to = best->pid, weight = graph->cellwgt[v];
+    assert(from != to && v >= graph->nfixed && 0 <= to && to < ctrl->nparts);
     const int cutgain = best->num - graph->crinfo[v].id;
     count_work(WORK_KWAY_MOVES, 1);
     graph->mincut -= cutgain;
@@ -176,12 +181,15 @@ static void refine(PartCtrl *ctrl, HGraph *graph, int npasses, KwayRecords recor
         start_timer(ctrl, TIME_ITERATE);
         const int nmoves = sweep<O>(ctrl, graph, &work);
         stop_timer(ctrl, TIME_ITERATE);
-        HEAVY_ASSERT((refresh_all(graph, &work.stale), kway_ok(ctrl, graph)));
+        HEAVY_ASSERT(stale_ok(ctrl, graph, &work.stale));
         if (ctrl->dbglvl & DBG_PASS) trace_end(ctrl, graph, nmoves);
         if (graph->mincut == oldcut && graph->minsoed == oldsoed) break;
     }
     graph->objval = O == Objective::cut ? graph->mincut : graph->minsoed;
-    if (records == KwayRecords::current) refresh_all(graph, &work.stale);
+    if (records == KwayRecords::current) {
+        refresh_all(graph, &work.stale);
+        HEAVY_ASSERT(kway_ok(ctrl, graph));
+    }
     close_stale(&work.stale);
     QXfree__(&work.perm, &work.marker, LTERM);
 }

@@ -23,17 +23,10 @@ static const HalfTexts TEXTS[2] = {
      "SplitGraphPart: rgraph->netind", "SplitGraphPart: rgraph->netwgt"},
 };
 
-/* Hyperedge lists of one half while they grow. */
-struct HalfLists {
-    int nnets;
-    int *netptr; // [nets of the parent + 1]
-    int *netind; // [pins of the parent]
-    int *netwgt; // [nets of the parent]
-};
-
-static HalfLists open_half(const HGraph *graph, const HalfTexts *texts)
+/* Room for the hyperedge lists of one half; nnets grows. */
+static NetLists open_half(const HGraph *graph, const HalfTexts *texts)
 {
-    HalfLists half;
+    NetLists half;
     half.nnets = 0;
     half.netptr = imalloc__(static_cast<size_t>(graph->nnets) + 1, texts->snetptr);
     half.netind = imalloc__(static_cast<size_t>(graph->netptr[graph->nnets]), texts->snetind);
@@ -44,7 +37,7 @@ static HalfLists open_half(const HGraph *graph, const HalfTexts *texts)
 
 /* Appends the vertices of e on this side, by their new numbers. */
 static void append_piece(const HGraph *graph, int e, int side, const int *bisection,
-                         const int *rename, HalfLists *half)
+                         const int *rename, NetLists *half)
 {
     int used = half->netptr[half->nnets];
     for (int j = graph->netptr[e]; j < graph->netptr[e + 1]; j++) {
@@ -56,7 +49,7 @@ static void append_piece(const HGraph *graph, int e, int side, const int *bisect
 }
 
 static void split_hyperedges(const PartCtrl *ctrl, const HGraph *graph, const int *bisection,
-                             const int *rename, HalfLists halves[2])
+                             const int *rename, NetLists halves[2])
 {
     for (int e = 0; e < graph->nnets; e++) {
         const int size = net_size(graph, e);
@@ -75,17 +68,16 @@ static void split_hyperedges(const PartCtrl *ctrl, const HGraph *graph, const in
 }
 
 /* Replaces the lists by merged ones. */
-static void collapse_half(HalfLists *half)
+static void collapse_half(NetLists *half)
 {
-    HalfLists merged;
-    CollapseSameHEdges__(half->nnets, half->netptr, half->netind, half->netwgt, &merged.nnets,
-                         &merged.netptr, &merged.netind, &merged.netwgt);
+    NetLists merged;
+    CollapseSameHEdges__(half, &merged);
     QXfree__(&half->netptr, &half->netind, &half->netwgt, LTERM);
     *half = merged;
 }
 
 /* Gives the record exactly-sized copies of the lists and frees these. */
-static void keep_half(HalfLists *half, HGraph *subgraph, const HalfTexts *texts)
+static void keep_half(NetLists *half, HGraph *subgraph, const HalfTexts *texts)
 {
     const int nnets = half->nnets, npins = half->netptr[nnets];
     subgraph->nnets = nnets;
@@ -113,7 +105,7 @@ void SplitGraphPart__(const PartCtrl *ctrl, const HGraph *graph, const int *bise
     HGraph *const subgraphs[2] = {lgraph, rgraph};
     int count[2];
     int *rename = number_sides(graph, bisection, count);
-    HalfLists halves[2] = {open_half(graph, &TEXTS[0]), open_half(graph, &TEXTS[1])};
+    NetLists halves[2] = {open_half(graph, &TEXTS[0]), open_half(graph, &TEXTS[1])};
     for (int side = 0; side < 2; side++) {
         const size_t n = static_cast<size_t>(count[side]);
         subgraphs[side]->ncells = count[side];

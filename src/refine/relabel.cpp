@@ -6,10 +6,14 @@
  */
 #include "refine/relabel.h"
 
+#include <cassert>
+
+#include "core/heavy_assert.h"
 #include "core/memory.h"
 #include "core/prefetch.h"
 
-/* Asks for what coming vertices of the copy are made of, each step ahead of the next. */
+/* Prefetches the data of upcoming vertices of the copy: 16 ahead where their lists start, 8 ahead
+ * the lists, 4 ahead the labels of their hyperedges. */
 [[gnu::always_inline]] static inline void prefetch_vertices(const HGraph *graph,
                                                             const Relabelled *copy, int i)
 {
@@ -23,7 +27,7 @@
         __builtin_prefetch(&copy->netlabel[graph->incind[j]], 1);
 }
 
-/* The same for hyperedges; e[k] is the one behind label k, up to nnets. */
+/* The same for hyperedges; e[k] is the one behind label k. */
 [[gnu::always_inline]] static inline void prefetch_nets(const HGraph *graph, const int *e, int k)
 {
     if (k + 16 >= graph->nnets) return;
@@ -48,6 +52,7 @@ static void copy_lists(const HGraph *graph, Relabelled *copy)
         for (int j = incptr[v]; j < incptr[v + 1]; j++) {
             const int e = incind[j], known = copy->netlabel[e];
             const int label = known < 0 ? nnets : known;
+            assert(nnets <= graph->nnets && used < graph->netptr[graph->nnets]);
             level->netwgt[nnets] = e; // for now, the hyperedge behind the label
             nnets += known < 0;
             copy->netlabel[e] = label;
@@ -76,6 +81,7 @@ static void copy_lists(const HGraph *graph, Relabelled *copy)
         copy->nets[k] = net;
     }
     level->netptr[nnets] = used;
+    assert(nnets == graph->nnets && used == graph->netptr[graph->nnets]);
 }
 
 void relabel_level(const HGraph *graph, Relabelled *copy)
@@ -103,8 +109,10 @@ void relabel_level(const HGraph *graph, Relabelled *copy)
     for (; next < graph->nfixed; next++) copy->vertex[next] = next;
     for (int i = 0; i < graph->ncells; i++)
         if (graph->nearby[i] >= graph->nfixed) copy->vertex[next++] = graph->nearby[i];
+    assert(next == graph->ncells);
     for (int i = 0; i < graph->ncells; i++) copy->label[copy->vertex[i]] = i;
     copy_lists(graph, copy);
+    HEAVY_ASSERT(relabelled_ok(graph, copy));
 }
 
 void free_relabelled(Relabelled *copy)

@@ -198,11 +198,11 @@ static void try_others(bool all_later)
     Print_Pins(graph, graph->where, 2);
     WriteConnectedHGraph(graph);
     ComputePartCuts(NHEDGES, 2, SMALL.eptr, SMALL.eind, SMALL.hewgts, graph->where, pcuts);
-    int nnets, *netptr, *netind, *netwgt;
-    CollapseSameHEdges__(NHEDGES, graph->netptr, graph->netind, graph->netwgt, &nnets, &netptr,
-                         &netind, &netwgt);
+    const NetLists nets = {NHEDGES, graph->netptr, graph->netind, graph->netwgt};
+    NetLists merged;
+    CollapseSameHEdges__(&nets, &merged);
     disarm_faults();
-    QXfree__(&netptr, &netind, &netwgt, LTERM);
+    QXfree__(&merged.netptr, &merged.netind, &merged.netwgt, LTERM);
     FreeHGraph__(graph);
 }
 

@@ -339,15 +339,16 @@ TEST(CollapseTwinTest, merges_as_the_plain_twin_does)
         }
         Ints place;
         const Lists expected = merge_in_key_order(lists, additive_key, place);
-        int nnets, *netptr, *netind, *netwgt;
-        CollapseSameHEdges__(level->nnets, level->netptr, level->netind, level->netwgt, &nnets,
-                             &netptr, &netind, &netwgt);
-        ASSERT_EQ(nnets, static_cast<int>(expected.nets.size()));
-        for (int d = 0; d < nnets; d++)
-            ASSERT_EQ(to_ints(netind + netptr[d], netptr[d + 1] - netptr[d]), expected.nets[at(d)]);
-        ASSERT_EQ(to_ints(netwgt, nnets), expected.wgts);
+        const NetLists nets = {level->nnets, level->netptr, level->netind, level->netwgt};
+        NetLists out;
+        CollapseSameHEdges__(&nets, &out);
+        ASSERT_EQ(out.nnets, static_cast<int>(expected.nets.size()));
+        for (int d = 0; d < out.nnets; d++)
+            ASSERT_EQ(to_ints(out.netind + out.netptr[d], out.netptr[d + 1] - out.netptr[d]),
+                      expected.nets[at(d)]);
+        ASSERT_EQ(to_ints(out.netwgt, out.nnets), expected.wgts);
         for (int e = 0; e < level->nnets; e++) // the caller's pins were sorted in place
             ASSERT_EQ(net_pins(level.get(), e), lists.nets[at(e)]);
-        QXfree__(&netptr, &netind, &netwgt, LTERM);
+        QXfree__(&out.netptr, &out.netind, &out.netwgt, LTERM);
     }
 }

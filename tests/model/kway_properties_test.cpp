@@ -6,6 +6,7 @@
 #include "chains.h"
 #include "coarsen/coarsen.h"
 #include "kway/kway_gains.h"
+#include "kway/stale_records.h"
 #include "kway/refine_kway.h"
 #include "kway/refine_random.h"
 #include "levels.h"

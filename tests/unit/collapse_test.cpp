@@ -19,13 +19,16 @@ static Collapsed collapse(const Nets &nets, const Ints &wgts)
         netind.insert(netind.end(), net.begin(), net.end());
         netptr.push_back(static_cast<int>(netind.size()));
     }
-    int nnets, *outptr, *outind, *outwgt;
-    CollapseSameHEdges__(static_cast<int>(nets.size()), netptr.data(), netind.data(), wgts.data(),
-                         &nnets, &outptr, &outind, &outwgt);
-    Collapsed collapsed = {{}, to_ints(outwgt, nnets), outptr[0]};
-    for (int d = 0; d < nnets; d++)
-        collapsed.nets.push_back(to_ints(outind + outptr[d], outptr[d + 1] - outptr[d]));
-    QXfree__(&outptr, &outind, &outwgt, LTERM);
+    Ints netwgt = wgts;
+    const NetLists lists = {static_cast<int>(nets.size()), netptr.data(), netind.data(),
+                            netwgt.data()};
+    NetLists out;
+    CollapseSameHEdges__(&lists, &out);
+    Collapsed collapsed = {{}, to_ints(out.netwgt, out.nnets), out.netptr[0]};
+    for (int d = 0; d < out.nnets; d++)
+        collapsed.nets.push_back(
+            to_ints(out.netind + out.netptr[d], out.netptr[d + 1] - out.netptr[d]));
+    QXfree__(&out.netptr, &out.netind, &out.netwgt, LTERM);
     return collapsed;
 }
 

@@ -5,6 +5,7 @@
 
 #include <cmath>
 
+#include "broken.h"
 #include "support.h"
 
 static std::vector<int> hyperedges_of(const HGraph *graph, int v)
@@ -277,66 +278,66 @@ TEST(HGraph, a_sound_record_passes_every_stage)
     EXPECT_TRUE(hgraph_ok(make_incident(2, {{}, {1}}).get(), HG_LISTS | HG_INCIDENCE));
 }
 
-/* Whether the checker sees the change at this stage; it must see nothing before. */
-template <class Change> static bool sees(int stage, Change change)
+/* The invariant that is broken by the change, at this stage; none is before. */
+template <class Change> static std::string sees(int stage, Change change)
 {
     const HGraphPtr graph = bisected();
     EXPECT_TRUE(hgraph_ok(graph.get(), EVERY_STAGE));
     change(graph.get());
-    return !hgraph_ok(graph.get(), stage);
+    return broken_rule([&] { return hgraph_ok(graph.get(), stage); });
 }
 
 TEST(HGraph, the_checker_sees_damaged_lists)
 {
-    EXPECT_TRUE(sees(HG_LISTS, [](HGraph *g) { g->netptr[0] = 1; }));
-    EXPECT_TRUE(sees(HG_LISTS, [](HGraph *g) { g->netptr[2] = 1; })); // falls
-    EXPECT_TRUE(sees(HG_LISTS, [](HGraph *g) { g->netind[1] = 0; })); // twice in one
-    EXPECT_TRUE(sees(HG_LISTS, [](HGraph *g) { g->netind[4] = 5; })); // beyond the last
-    EXPECT_TRUE(sees(HG_LISTS, [](HGraph *g) { g->netind[4] = -1; }));
-    EXPECT_TRUE(sees(HG_LISTS, [](HGraph *g) { g->ncells = -1; }));
-    EXPECT_TRUE(sees(HG_LISTS, [](HGraph *g) { g->nnets = -1; }));
-    EXPECT_TRUE(sees(HG_LISTS, [](HGraph *g) { g->nislands = -1; }));
-    EXPECT_TRUE(sees(HG_LISTS, [](HGraph *g) { g->ncells = 4; })); // vertex 4 is listed
-    EXPECT_TRUE(sees(HG_LISTS, [](HGraph *g) { QXfree__(&g->netptr, LTERM); }));
+    EXPECT_EQ(sees(HG_LISTS, [](HGraph *g) { g->netptr[0] = 1; }), "H1");
+    EXPECT_EQ(sees(HG_LISTS, [](HGraph *g) { g->netptr[2] = 1; }), "H1"); // falls
+    EXPECT_EQ(sees(HG_LISTS, [](HGraph *g) { g->netind[1] = 0; }), "H1"); // twice in one
+    EXPECT_EQ(sees(HG_LISTS, [](HGraph *g) { g->netind[4] = 5; }), "H1"); // beyond the last
+    EXPECT_EQ(sees(HG_LISTS, [](HGraph *g) { g->netind[4] = -1; }), "H1");
+    EXPECT_EQ(sees(HG_LISTS, [](HGraph *g) { g->ncells = -1; }), "H1");
+    EXPECT_EQ(sees(HG_LISTS, [](HGraph *g) { g->nnets = -1; }), "H1");
+    EXPECT_EQ(sees(HG_LISTS, [](HGraph *g) { g->nislands = -1; }), "H1");
+    EXPECT_EQ(sees(HG_LISTS, [](HGraph *g) { g->ncells = 4; }), "H1"); // vertex 4 is listed
+    EXPECT_EQ(sees(HG_LISTS, [](HGraph *g) { QXfree__(&g->netptr, LTERM); }), "H1");
 }
 
 TEST(HGraph, the_checker_sees_damaged_incidence)
 {
-    EXPECT_TRUE(sees(HG_INCIDENCE, [](HGraph *g) { g->incptr[0] = 1; }));
-    EXPECT_TRUE(sees(HG_INCIDENCE, [](HGraph *g) { g->incptr[2]++; }));
-    EXPECT_TRUE(sees(HG_INCIDENCE, [](HGraph *g) { g->incptr[2]--; }));
-    EXPECT_TRUE(sees(HG_INCIDENCE, [](HGraph *g) { g->incptr[5]--; }));
-    EXPECT_TRUE(sees(HG_INCIDENCE, [](HGraph *g) { g->incind[0] = 1; })); // not its hyperedge
-    EXPECT_TRUE(sees(HG_INCIDENCE, [](HGraph *g) { g->incind[0] = 2; })); // the same one twice
-    EXPECT_TRUE(sees(HG_INCIDENCE, [](HGraph *g) { g->incind[0] = 4; })); // no hyperedge
-    EXPECT_TRUE(sees(HG_INCIDENCE, [](HGraph *g) { g->incind[0] = -1; }));
-    EXPECT_TRUE(sees(HG_INCIDENCE, [](HGraph *g) { g->adjwgt[3]++; }));
-    EXPECT_TRUE(sees(HG_INCIDENCE, [](HGraph *g) { g->edgewgt[3] = 2.0f; }));
-    EXPECT_TRUE(sees(HG_INCIDENCE, [](HGraph *g) { g->netwgt[1]++; }));
+    EXPECT_EQ(sees(HG_INCIDENCE, [](HGraph *g) { g->incptr[0] = 1; }), "H2");
+    EXPECT_EQ(sees(HG_INCIDENCE, [](HGraph *g) { g->incptr[2]++; }), "H2");
+    EXPECT_EQ(sees(HG_INCIDENCE, [](HGraph *g) { g->incptr[2]--; }), "H2");
+    EXPECT_EQ(sees(HG_INCIDENCE, [](HGraph *g) { g->incptr[5]--; }), "H2");
+    EXPECT_EQ(sees(HG_INCIDENCE, [](HGraph *g) { g->incind[0] = 1; }), "H2"); // not its hyperedge
+    EXPECT_EQ(sees(HG_INCIDENCE, [](HGraph *g) { g->incind[0] = 2; }), "H2"); // the same one twice
+    EXPECT_EQ(sees(HG_INCIDENCE, [](HGraph *g) { g->incind[0] = 4; }), "H2"); // no hyperedge
+    EXPECT_EQ(sees(HG_INCIDENCE, [](HGraph *g) { g->incind[0] = -1; }), "H2");
+    EXPECT_EQ(sees(HG_INCIDENCE, [](HGraph *g) { g->adjwgt[3]++; }), "H3");
+    EXPECT_EQ(sees(HG_INCIDENCE, [](HGraph *g) { g->edgewgt[3] = 2.0f; }), "H4");
+    EXPECT_EQ(sees(HG_INCIDENCE, [](HGraph *g) { g->netwgt[1]++; }), "H3");
 }
 
 TEST(HGraph, the_checker_sees_sides_that_are_neither_0_nor_1)
 {
-    EXPECT_TRUE(sees(HG_WHERE, [](HGraph *g) { g->where[4] = 2; }));
-    EXPECT_TRUE(sees(HG_WHERE, [](HGraph *g) { g->where[0] = -1; }));
+    EXPECT_EQ(sees(HG_WHERE, [](HGraph *g) { g->where[4] = 2; }), "H5");
+    EXPECT_EQ(sees(HG_WHERE, [](HGraph *g) { g->where[0] = -1; }), "H5");
 }
 
 TEST(HGraph, the_checker_sees_stale_refinement_figures)
 {
-    EXPECT_TRUE(sees(HG_GAINS, [](HGraph *g) { g->where[2] = 0; }));
-    EXPECT_TRUE(sees(HG_GAINS, [](HGraph *g) { g->ndeg[0][1]++; }));
-    EXPECT_TRUE(sees(HG_GAINS, [](HGraph *g) { g->ndeg[1][3]--; }));
-    EXPECT_TRUE(sees(HG_GAINS, [](HGraph *g) { g->mincut--; }));
-    EXPECT_TRUE(sees(HG_GAINS, [](HGraph *g) { g->pwgts[0]++; }));
-    EXPECT_TRUE(sees(HG_GAINS, [](HGraph *g) { g->pwgts[1]--; }));
+    EXPECT_EQ(sees(HG_GAINS, [](HGraph *g) { g->where[2] = 0; }), "H6");
+    EXPECT_EQ(sees(HG_GAINS, [](HGraph *g) { g->ndeg[0][1]++; }), "H6");
+    EXPECT_EQ(sees(HG_GAINS, [](HGraph *g) { g->ndeg[1][3]--; }), "H6");
+    EXPECT_EQ(sees(HG_GAINS, [](HGraph *g) { g->mincut--; }), "H6");
+    EXPECT_EQ(sees(HG_GAINS, [](HGraph *g) { g->pwgts[0]++; }), "H6");
+    EXPECT_EQ(sees(HG_GAINS, [](HGraph *g) { g->pwgts[1]--; }), "H6");
     for (int v = 0; v < 5; v++)
-        EXPECT_TRUE(sees(HG_GAINS, [v](HGraph *g) { g->gain[v]--; })) << "vertex " << v;
+        EXPECT_EQ(sees(HG_GAINS, [v](HGraph *g) { g->gain[v]--; }), "H6") << "vertex " << v;
 }
 
 TEST(HGraph, the_checker_looks_only_at_the_stages_it_is_asked_for)
 {
-    EXPECT_FALSE(sees(HG_LISTS, [](HGraph *g) { g->adjwgt[0]++; }));
-    EXPECT_FALSE(sees(HG_LISTS | HG_INCIDENCE, [](HGraph *g) { g->where[0] = 9; }));
-    EXPECT_FALSE(sees(HG_LISTS | HG_INCIDENCE | HG_WHERE, [](HGraph *g) { g->mincut++; }));
-    EXPECT_FALSE(sees(0, [](HGraph *g) { g->ncells = -1; }));
+    EXPECT_EQ(sees(HG_LISTS, [](HGraph *g) { g->adjwgt[0]++; }), "");
+    EXPECT_EQ(sees(HG_LISTS | HG_INCIDENCE, [](HGraph *g) { g->where[0] = 9; }), "");
+    EXPECT_EQ(sees(HG_LISTS | HG_INCIDENCE | HG_WHERE, [](HGraph *g) { g->mincut++; }), "");
+    EXPECT_EQ(sees(0, [](HGraph *g) { g->ncells = -1; }), "");
 }

@@ -7,16 +7,12 @@
 #include "coarsen/match_star.h"
 #include "levels.h"
 
-struct MatchingWork {
-    int *perm, *htable, *vpairs;
-};
-
 struct Matching {
     const char *name;
     bool restricted; // needs where, keeps its parts apart
     bool star;
     bool hedges;
-    void (*run)(PartCtrl *ctrl, HGraph *graph, const MatchingWork &work);
+    void (*run)(PartCtrl *ctrl, HGraph *graph, const MatchWork *work);
 };
 
 inline void PrintTo(const Matching &row, std::ostream *out)
@@ -26,36 +22,24 @@ inline void PrintTo(const Matching &row, std::ostream *out)
 
 inline const std::vector<Matching> &all_matchings()
 {
-    using Work = const MatchingWork &;
+    using Work = const MatchWork *;
     static const std::vector<Matching> all = {
         {"Edges", false, false, false,
-         [](PartCtrl *c, HGraph *g, Work w) { Match_Edges__(c, g, w.perm, w.htable, w.vpairs); }},
+         [](PartCtrl *c, HGraph *g, Work w) { Match_Edges__(c, g, w); }},
         {"EdgesStars0", false, true, false,
-         [](PartCtrl *c, HGraph *g, Work w) {
-             Match_EdgesStars__(c, g, w.perm, w.htable, w.vpairs, 0);
-         }},
+         [](PartCtrl *c, HGraph *g, Work w) { Match_EdgesStars__(c, g, w, 0); }},
         {"EdgesStars1", false, true, false,
-         [](PartCtrl *c, HGraph *g, Work w) {
-             Match_EdgesStars__(c, g, w.perm, w.htable, w.vpairs, 1);
-         }},
+         [](PartCtrl *c, HGraph *g, Work w) { Match_EdgesStars__(c, g, w, 1); }},
         {"Hedges", false, false, true,
-         [](PartCtrl *c, HGraph *g, Work w) { Match_Hedges__(c, g, w.perm, w.htable, w.vpairs); }},
+         [](PartCtrl *c, HGraph *g, Work w) { Match_Hedges__(c, g, w); }},
         {"HedgesEdges", false, false, true,
-         [](PartCtrl *c, HGraph *g, Work w) {
-             Match_Hedges_Edges__(c, g, w.perm, w.htable, w.vpairs);
-         }},
+         [](PartCtrl *c, HGraph *g, Work w) { Match_Hedges_Edges__(c, g, w); }},
         {"HedgesPHedgesEdges", false, false, true,
-         [](PartCtrl *c, HGraph *g, Work w) {
-             Match_Hedges_PHedges_Edges__(c, g, w.perm, w.htable, w.vpairs);
-         }},
+         [](PartCtrl *c, HGraph *g, Work w) { Match_Hedges_PHedges_Edges__(c, g, w); }},
         {"CEdges", true, false, false,
-         [](PartCtrl *c, HGraph *g, Work w) {
-             CMatch_Edges__(c, g, g->where, w.htable, w.perm, w.vpairs);
-         }},
+         [](PartCtrl *c, HGraph *g, Work w) { CMatch_Edges__(c, g, g->where, w); }},
         {"CEdgesStars", true, true, false,
-         [](PartCtrl *c, HGraph *g, Work w) {
-             CMatch_EdgesStars__(c, g, g->where, w.htable, w.perm, w.vpairs);
-         }},
+         [](PartCtrl *c, HGraph *g, Work w) { CMatch_EdgesStars__(c, g, g->where, w); }},
     };
     return all;
 }
@@ -72,7 +56,8 @@ inline HGraph *run_matching(const Matching &row, PartCtrl *ctrl, HGraph *graph)
 {
     const size_t m = at(std::max(graph->ncells, graph->nnets));
     Ints perm(m), htable(2 * m, -1), vpairs(2 * m);
-    row.run(ctrl, graph, {perm.data(), htable.data(), vpairs.data()});
+    const MatchWork work = {perm.data(), htable.data(), vpairs.data()};
+    row.run(ctrl, graph, &work);
     EXPECT_EQ(htable, Ints(2 * m, -1));
     return graph->coarser;
 }

@@ -1,5 +1,6 @@
 # Coarsening, two-way refinement and k-way refinement; direct k-way runs on the shipped examples.
 zorpel_unit_tests(coarsen_tests
+  partner_test.cpp records_ok_test.cpp
   contract_test.cpp collapse_test.cpp match_edges_test.cpp match_star_test.cpp
   match_hedges_test.cpp coarsen_test.cpp)
 zorpel_unit_tests(refine_tests
