@@ -129,7 +129,7 @@ std::string manual_page()
             "A hypergraph is divided into parts of about equal weight such that hyperedges with "
             "vertices in several parts weigh as little as possible. The files are those of "
             "\\fBzorpel\\fR(1), described in \\fBzorpel_hgr\\fR(5); hypergraph, partition and fix "
-            "files may be compressed by gzip or zstd.\n";
+            "files may be compressed by gzip, zstd, xz or bzip2.\n";
     page += options_of(GLOBAL);
     page += ".TP\n\\fB\\-h, \\-\\-help\\fR\nPrint help, also after a command.\n"
             ".TP\n\\fB\\-\\-version\\fR\nPrint the version.\n";

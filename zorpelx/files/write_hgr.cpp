@@ -1,7 +1,7 @@
 /* zorpelx/files/write_hgr.cpp: the text of hypergraph files, and of files of numbers. */
 #include "write_hgr.h"
 
-#include <charconv>
+#include <cstdint>
 
 constexpr size_t LONGEST_NUMBER = 20; // digits and sign of 64 bits
 
@@ -9,9 +9,14 @@ constexpr size_t LONGEST_NUMBER = 20; // digits and sign of 64 bits
 static void put_number(std::string *text, int64_t number, char behind)
 {
     char digits[LONGEST_NUMBER + 1];
-    char *const end = std::to_chars(digits, digits + LONGEST_NUMBER, number).ptr;
-    *end = behind;
-    text->append(digits, end + 1);
+    char *const end = digits + sizeof digits, *begin = end;
+    *--begin = behind;
+    uint64_t left = number < 0 ? 0 - static_cast<uint64_t>(number) : static_cast<uint64_t>(number);
+    do {
+        *--begin = static_cast<char>('0' + left % 10);
+    } while ((left /= 10) > 0);
+    if (number < 0) *--begin = '-';
+    text->append(begin, end);
 }
 
 static void put_net(std::string *text, const Hypergraph &graph, size_t e)
