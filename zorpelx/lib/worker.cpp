@@ -92,9 +92,9 @@ size_t Scratch::size() const
     return fstat(descriptor, &status) == 0 ? static_cast<size_t>(status.st_size) : 0;
 }
 
-void Scratch::clear()
+bool Scratch::clear()
 {
-    if (ftruncate(descriptor, 0) == 0) lseek(descriptor, 0, SEEK_SET);
+    return ftruncate(descriptor, 0) == 0 && lseek(descriptor, 0, SEEK_SET) == 0;
 }
 
 Worker::Worker(Bell &ring, int nvtxs)
@@ -131,8 +131,8 @@ Fault Worker::start(const Task &what)
     if (out.fd() < 0 || err.fd() < 0)
         return fault(ZORPELX_SYSTEM, "No file in memory for a start: too many open files?");
     work = what;
-    out.clear();
-    err.clear();
+    if (!out.clear() || !err.clear())
+        return fault(ZORPELX_SYSTEM, "No empty file in memory for a start: %s.", strerror(errno));
     scanner.restart();
     *done = 0;
     const pid_t parent = getpid();
@@ -171,32 +171,37 @@ static void volunteer_for_want_of_memory()
     close(file);
 }
 
+/* Ends the child unless a step of its setting up was right. */
+static void set_up(bool right)
+{
+    if (!right) _exit(SETUP_FAILED);
+}
+
 static void die_with(pid_t parent)
 {
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
-    if (getppid() != parent) _exit(SETUP_FAILED); // it went before the line above
+    set_up(prctl(PR_SET_PDEATHSIG, SIGKILL) == 0);
+    set_up(getppid() == parent); // or it went before the line above
 }
 
-static void lower_limit(int resource, rlim_t value)
+static bool lower_limit(int resource, rlim_t value)
 {
     rlimit limit;
-    if (getrlimit(resource, &limit) != 0) return;
+    if (getrlimit(resource, &limit) != 0) return false;
     limit.rlim_cur = std::min(limit.rlim_cur, value);
-    setrlimit(resource, &limit);
+    return setrlimit(resource, &limit) == 0;
 }
 
-/* Keeps nothing open but out and err, as standard output and error. */
+/* Keeps nothing open but out and err, as standard output and error. The caller's own must not be
+ * written to, whatever fails. */
 static void replace_files(int out, int err)
 {
     const int null = open("/dev/null", O_RDONLY);
-    if (null > 0) dup2(null, 0);
-    if (null < 0) close(0);
-    dup2(out, 1);
-    dup2(err, 2);
+    if (null < 0 || (null > 0 && dup2(null, 0) < 0)) close(0);
+    set_up(dup2(out, 1) == 1 && dup2(err, 2) == 2);
     closefrom(3);
     stdout = fdopen(1, "w"); // new streams: the caller's hold text of the caller
     stderr = fdopen(2, "w");
-    if (stdout == nullptr || stderr == nullptr) _exit(SETUP_FAILED);
+    set_up(stdout != nullptr && stderr != nullptr);
 }
 
 /* Bytes of address space in use, or 0 if the system does not tell. */
@@ -219,7 +224,7 @@ static void cap_memory(size_t most)
         fflush(stderr);
         _exit(SETUP_FAILED);
     }
-    lower_limit(RLIMIT_AS, most > RLIM_INFINITY - used ? RLIM_INFINITY : used + most);
+    set_up(lower_limit(RLIMIT_AS, most > RLIM_INFINITY - used ? RLIM_INFINITY : used + most));
     cap_engine_memory(most);
 }
 
@@ -333,7 +338,8 @@ void Worker::end_child()
 {
     if (now != State::Busy) return;
     int wait_status;
-    if (waitpid(pid, &wait_status, WNOHANG) == 0) {
+    const pid_t found = waitpid(pid, &wait_status, WNOHANG);
+    if (found == 0 || (found < 0 && errno == EINTR)) {
         kill(pid, SIGKILL);
         while (waitpid(pid, &wait_status, 0) < 0 && errno == EINTR) continue;
     }

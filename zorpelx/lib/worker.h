@@ -50,7 +50,7 @@ class Scratch
 
     int fd() const { return descriptor; } // negative: the system gave none
     size_t size() const;
-    void clear();
+    bool clear(); // false: the system refused, as errno tells
     void close_now();
 
   private:

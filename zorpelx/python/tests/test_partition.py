@@ -226,6 +226,28 @@ class CancelTest(unittest.TestCase):
         timer.join()
         self.assertIs(signal.getsignal(signal.SIGINT), before)
 
+    def test_interrupts_at_any_moment(self):
+        """ZORPEL_INTERRUPTS tells how many; a handler of another signal is there too."""
+        before = signal.getsignal(signal.SIGINT)
+        other = signal.signal(signal.SIGUSR1, lambda *_: None)
+        mine = signal.getsignal(signal.SIGUSR1)
+        chance = random.Random(1)
+        caught = 0
+        for _ in range(int(os.environ.get("ZORPEL_INTERRUPTS", "20"))):
+            timer = threading.Timer(chance.random() * 0.05, os.kill, (os.getpid(), signal.SIGINT))
+            try:
+                timer.start()
+                zorpel.partition(SMALL, 2, runs=1, starts=chance.choice([1, 10]))
+                timer.join()
+            except KeyboardInterrupt:
+                caught += 1
+            timer.join()
+            self.assertIs(signal.getsignal(signal.SIGINT), before)
+            self.assertIs(signal.getsignal(signal.SIGUSR1), mine)
+            self.test_no_child_is_left()
+        self.assertGreater(caught, 0)
+        signal.signal(signal.SIGUSR1, other)
+
     def test_no_child_is_left(self):
         with self.assertRaises(ChildProcessError):
             os.waitpid(-1, os.WNOHANG)

@@ -165,10 +165,12 @@ class Hypergraph:
 
 
 def _lists(hyperedges: Iterable[Iterable[int]]) -> Tuple[array[int], array[int]]:
-    if not hasattr(hyperedges, "__iter__") or isinstance(hyperedges, type):
-        raise InputError(f"{hyperedges!r} is no hypergraph.")
+    try:
+        each = iter(hyperedges)
+    except TypeError:
+        raise InputError(f"{hyperedges!r} is no hypergraph.") from None
     eptr, eind = array("i", [0]), array("i")
-    for e, vertices in enumerate(hyperedges):
+    for e, vertices in enumerate(each):
         if isinstance(vertices, (str, bytes)) or not hasattr(vertices, "__iter__"):
             raise InputError(f"Hyperedge {e} is {vertices!r} instead of a list of vertices.")
         eind.extend(to_ints(vertices, f"hyperedge {e}: vertices"))
