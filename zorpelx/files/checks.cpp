@@ -123,7 +123,7 @@ void check_whole(Scan *scan, const Hypergraph &graph)
     check_sum(scan, graph.vertexwgt, graph.vertexweights, scan->wgtplace, "vertices");
     check_weightless(scan, graph);
     const int64_t used = static_cast<int64_t>(graph.pins.size());
-    if (used > scan->room)
+    if (used > std::max(scan->room, int64_t{0}))
         add_finding(scan->findings, RULE_NO_ROOM, scan->tight,
                     text_of("zorpel makes room for %lld vertex entries, and there are %lld",
                             ll(std::max(scan->room, int64_t{0})), ll(used)));
