@@ -375,6 +375,27 @@ TEST(Flow, pair_never_worse_bounds_never_lost_fixed_kept_figures_fresh)
     EXPECT_GT(gains, 100);
 }
 
+TEST(Flow, a_pair_that_gains_nothing_changes_only_if_its_heavier_part_gets_lighter)
+{
+    int changes = 0;
+    for (unsigned seed = 1; seed <= 400; seed++) {
+        Case c(seed);
+        const FlowBounds bounds = {{std::max(c.bounds.most[0], c.parts.weight[0]),
+                                    std::max(c.bounds.most[1], c.parts.weight[1])},
+                                   {0, 0}};
+        for (;;) { // until nothing is gained, so that the last call is one of the kind
+            const std::vector<int> where(c.parts.part, c.parts.part + c.n);
+            const double before = heavier_load(&bounds, c.parts.weight[0], c.parts.weight[1]);
+            if (refine_pair_by_flow(&c.parts, 0, 1, &c.options, &c.work) > 0) continue;
+            if (std::equal(where.begin(), where.end(), c.parts.part)) break;
+            changes++;
+            ASSERT_LT(heavier_load(&bounds, c.parts.weight[0], c.parts.weight[1]), before)
+                << "seed " << seed;
+        }
+    }
+    EXPECT_GT(changes, 5);
+}
+
 TEST(Flow, all_pairs_never_worse_bounds_never_lost_fixed_kept_figures_fresh)
 {
     int gains = 0;
@@ -417,6 +438,19 @@ TEST(Flow, a_budget_ends_the_search_and_leaves_a_valid_partition)
         refine_and_check(c, seed, false);
         EXPECT_LE(c.work.net.visits, whole.work.net.visits);
     }
+}
+
+TEST(Flow, without_a_budget_nothing_is_tried)
+{
+    Case c(3);
+    c.options.budget = 0;
+    EXPECT_EQ(refine_by_flows(&c.parts, &c.options, &c.work), 0);
+    EXPECT_EQ(c.work.ncalls, 0);
+    c.build(6);
+    const FlowBounds all = {{INT_MAX, INT_MAX}, {0, 0}};
+    EXPECT_EQ(find_balanced_cut(&c.work.net, &c.work.cut, &all, INT_MAX, 0, nullptr), -1);
+    const volatile int cancel = 1;
+    EXPECT_EQ(find_balanced_cut(&c.work.net, &c.work.cut, &all, INT_MAX, INT64_MAX, &cancel), -1);
 }
 
 TEST(Flow, cancelled_before_it_begins_it_changes_nothing)
