@@ -234,7 +234,16 @@ template <int X> static int64_t send_to(FlowNet *net, FlowCut *cut, int hit, int
     return sum;
 }
 
-/* Makes the flow maximum, as far as limit: beyond it nothing is looked for. */
+/* Whether the search has to end before it has found anything. */
+static bool gives_up(const FlowNet *net, FlowCut *cut)
+{
+    cut->over = cut->over || net->visits > cut->visits || cut->levels > MOST_LEVELS ||
+                (cut->cancel != nullptr && *cut->cancel != 0);
+    return cut->over;
+}
+
+/* Makes the flow maximum, as far as limit: beyond it nothing is looked for, nor once the search has
+ * to end. */
 template <int X> static void exhaust(FlowNet *net, FlowCut *cut, int64_t limit)
 {
     const int64_t before = cut->value;
@@ -243,7 +252,7 @@ template <int X> static void exhaust(FlowNet *net, FlowCut *cut, int64_t limit)
         if (cut->nhits == 0) break;
         for (int i = 0; i < cut->nhits && cut->value <= limit; i++)
             cut->value += send_to<X>(net, cut, cut->hits[i], limit + 1 - cut->value);
-        if (cut->value > limit || cut->levels > MOST_LEVELS) break;
+        if (cut->value > limit || gives_up(net, cut)) return;
     }
     end_growth<X>(net, cut);
     if (cut->value != before) cut->side[1 - X].stale = true;
@@ -492,11 +501,13 @@ int find_balanced_cut(FlowNet *net, FlowCut *cut, const FlowBounds *bounds, int6
                       int64_t visits, const volatile int *cancel)
 {
     begin_cut(net, cut);
+    cut->visits = visits;
+    cut->cancel = cancel;
+    cut->over = false;
     exhaust<SOURCE>(net, cut, limit);
-    if (cut->value > limit) return -1;
+    if (cut->value > limit || gives_up(net, cut)) return -1;
     refresh<SINK>(net, cut);
-    while (net->visits <= visits && cut->levels <= MOST_LEVELS &&
-           !(cancel != nullptr && *cancel != 0)) {
+    while (!gives_up(net, cut)) {
         HEAVY_ASSERT(flow_cut_ok(net, cut));
         if (fits<SOURCE>(cut, bounds)) return balance<SOURCE>(net, cut, bounds), SOURCE;
         if (fits<SINK>(cut, bounds)) return balance<SINK>(net, cut, bounds), SINK;

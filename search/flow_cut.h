@@ -42,11 +42,14 @@ struct FlowCut {
     int *steps; // [2 nnodes] path being searched: arc and pin of each step
     int nhits;
     int nranks;
-    int deepest[2]; // depth of each part's region, -1: empty
-    int levels;     // first level of the next growth
-    int64_t value;  // of the flow
-    int64_t total;  // weight of the network
-    int64_t npaths; // paths augmented, in all
+    int deepest[2];             // depth of each part's region, -1: empty
+    int levels;                 // first level of the next growth
+    int64_t value;              // of the flow
+    int64_t total;              // weight of the network
+    int64_t visits;             // of net at which the search gives up
+    const volatile int *cancel; // or when this is not 0; null: never
+    bool over;                  // it has given up
+    int64_t npaths;             // paths augmented, in all
 };
 
 void open_flow_cut(FlowCut *cut, const HGraph *graph);

@@ -318,6 +318,67 @@ TEST(FlowCut, is_never_below_the_least_of_all_cuts_and_equals_it_more_often_than
     EXPECT_GT(equal * 2, found);
 }
 
+/* n vertices of which the pairs in edges share a hyperedge each. */
+HGraphPtr graph_of(int n, const std::vector<std::pair<int, int>> &edges)
+{
+    HGraph *const graph = CreateHGraph__();
+    graph->ncells = n;
+    graph->nnets = static_cast<int>(edges.size());
+    graph->nislands = graph->nfixed = 0;
+    std::vector<int> ptr = {0}, ind;
+    for (const auto &[u, v] : edges) {
+        ind.push_back(u);
+        ind.push_back(v);
+        ptr.push_back(static_cast<int>(ind.size()));
+    }
+    graph->netptr = new_array(ptr);
+    graph->netind = new_array(ind);
+    graph->cellwgt = new_array(std::vector<int>(static_cast<size_t>(n), 1));
+    graph->netwgt = new_array(std::vector<int>(edges.size(), 1));
+    CreateIncidentHGraph__(graph);
+    return HGraphPtr(graph);
+}
+
+TEST(FlowCut, gives_up_between_the_growths_of_one_flow)
+{
+    // paths of every even length between fixed ends: each length takes a growth of its own
+    constexpr int NPATHS = 30;
+    std::vector<std::pair<int, int>> edges;
+    std::vector<int> where, fixed;
+    for (int length = 1; length <= NPATHS; length++)
+        for (int i = 0; i < 2 * length + 2; i++) {
+            const int v = static_cast<int>(where.size()), side = i > length;
+            where.push_back(side);
+            fixed.push_back(i == 0 || i == 2 * length + 1 ? side : -1);
+            if (i > 0) edges.push_back({v - 1, v});
+        }
+    const HGraphPtr graph = graph_of(static_cast<int>(where.size()), edges);
+    const TestBounds bounds(graph.get(), 2, 10);
+    Parts parts;
+    FlowWork work;
+    open_parts(&parts, graph.get(), &bounds, Objective::cut, fixed.data());
+    load_parts(&parts, where.data());
+    open_flow_work(&work, graph.get());
+    std::vector<int> seeds(edges.size());
+    std::iota(seeds.begin(), seeds.end(), 0);
+    const int64_t limit[2] = {parts.weight[0], parts.weight[1]};
+    const FlowBounds all = {{INT_MAX, INT_MAX}, {0, 0}};
+    FlowNet *const net = &work.net;
+    for (const bool whole : {true, false}) {
+        build_flow_net(net, &parts, 0, 1, seeds.data(), graph->nnets, limit, INT_MAX);
+        const int64_t start = net->visits, budget = whole ? INT64_MAX : start;
+        const int side = find_balanced_cut(net, &work.cut, &all, INT_MAX, budget, nullptr);
+        EXPECT_EQ(side < 0, !whole);
+        if (whole) {
+            EXPECT_EQ(work.cut.value, NPATHS);
+            EXPECT_GT(net->visits - start, 10 * net->npins);
+        } else
+            EXPECT_LT(net->visits - start, 4 * net->npins);
+    }
+    close_flow_work(&work);
+    close_parts(&parts);
+}
+
 TEST(FlowCut, broken_invariants_are_found)
 {
     Case c(2);
@@ -465,21 +526,9 @@ TEST(Flow, cancelled_before_it_begins_it_changes_nothing)
 /* A ring of n vertices in which every two neighbours share a hyperedge. */
 HGraphPtr ring(int n)
 {
-    HGraph *const graph = CreateHGraph__();
-    graph->ncells = graph->nnets = n;
-    graph->nislands = graph->nfixed = 0;
-    std::vector<int> ptr = {0}, ind;
-    for (int v = 0; v < n; v++) {
-        ind.push_back(v);
-        ind.push_back((v + 1) % n);
-        ptr.push_back(2 * (v + 1));
-    }
-    graph->netptr = new_array(ptr);
-    graph->netind = new_array(ind);
-    graph->cellwgt = new_array(std::vector<int>(static_cast<size_t>(n), 1));
-    graph->netwgt = new_array(std::vector<int>(static_cast<size_t>(n), 1));
-    CreateIncidentHGraph__(graph);
-    return HGraphPtr(graph);
+    std::vector<std::pair<int, int>> edges;
+    for (int v = 0; v < n; v++) edges.push_back({v, (v + 1) % n});
+    return graph_of(n, edges);
 }
 
 TEST(Flow, pieces_that_stray_on_a_ring_come_home)
