@@ -239,9 +239,11 @@ static void check_size(Scan *scan, const Hypergraph &graph, int64_t e, const Lin
 {
     const int64_t size = net_size(graph, e);
     const Place place = {line.number, line.column};
+    const bool last = e + 1 == graph.nnets; // zorpel takes it
     if (size == 0)
-        add_finding_as(scan->findings, RULE_EMPTY_NET, e + 1 < graph.nnets ? ERROR : WARNING, place,
-                       text_of("hyperedge %lld has no vertex", ll(e + 1)));
+        add_finding_as(scan->findings, RULE_EMPTY_NET, last ? LOSS : ERROR, place,
+                       text_of("hyperedge %lld has no vertex%s", ll(e + 1),
+                               last ? "; its line may be missing" : ""));
     if (size == 1)
         add_finding(scan->findings, RULE_SINGLE_PIN, place,
                     text_of("hyperedge %lld has one vertex", ll(e + 1)));

@@ -38,8 +38,10 @@ const Rule RULES[NRULES] = {
     {"H09", "vertex-above", ERROR, true, "vertex number above the number of vertices",
      "Vertices are numbered from 1 to the second number of the header."},
     {"H10", "empty-hyperedge", ERROR, true, "hyperedge without vertices",
-     "zorpel stops at a hyperedge line from which it reads no vertex, a blank line included; only "
-     "as the last hyperedge is it let through. The clean file leaves empty hyperedges out."},
+     "zorpel stops at a hyperedge line from which it reads no vertex, a blank line included. As "
+     "the "
+     "last hyperedge it lets one through, so that a blank line at the end takes the place of a "
+     "hyperedge that is missing. The clean file leaves empty hyperedges out."},
     {"H11", "repeated-pin", WARNING, false, "vertex listed twice in a hyperedge",
      "A vertex that a hyperedge lists again is dropped silently. The clean file lists it once."},
     {"H12", "list-ended", LOSS, false, "zero or negative number in a hyperedge",
@@ -153,7 +155,7 @@ void add_finding_as(Findings *findings, RuleIndex rule, Severity severity, Place
     bool *const met = &findings->met[rule][severity];
     const int64_t count = ++findings->count[rule];
     findings->severities[severity]++;
-    if (RULES[rule].stops && severity >= LOSS) findings->stops++;
+    if (RULES[rule].stops && severity >= RULES[rule].severity) findings->stops++;
     if (!*met || findings->most == 0 || count <= findings->most) {
         if (findings->budget != nullptr) charge(findings->budget, sizeof(Finding) + text.size());
         findings->listed.push_back({rule, severity, place, std::move(text)});

@@ -69,7 +69,7 @@ struct Rule {
     const char *id;
     const char *name;
     Severity severity;
-    bool stops; // zorpel refuses a file for it, unless its place makes it a warning
+    bool stops; // zorpel refuses a file for it, unless its place makes it milder
     const char *title;
     const char *explanation;
 };

@@ -63,6 +63,7 @@ MORE = [
     ("H22", "1 3 10\n1 2 3\n1.5\n1\n1\n", 3, 2, "error"),
     ("H27", "1 3 % sizes\n1 2 3\n", 1, 5, "warning"),
     ("H27", "1 3 10\n1 2 3\n1 % area\n1\n1\n", 3, 3, "warning"),
+    ("H10", "2 3\n1 2\n\n", 3, 1, "error"),  # zorpel takes the blank line for the last hyperedge
     ("H30", "1 7 1\n0 7 4\n", 2, 1, "error"),
     ("H34", "c made by hand\np cnf 3 2\n1 -2 0\n2 3 0\n", 1, 1, "error"),
 ]
