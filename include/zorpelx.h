@@ -70,6 +70,14 @@ enum {
     ZORPELX_TIMEOUT = 124,   /* the deadline came first; the best finished start is delivered */
     ZORPELX_CANCELLED = 130, /* cancelled; the best finished start is delivered */
 
+    ZORPELX_CUT = 0,  /* objective: weight of the hyperedges cut */
+    ZORPELX_KM1 = 1,  /* weight x (parts touched - 1) */
+    ZORPELX_SOED = 2, /* weight x parts touched, of the hyperedges cut */
+
+    ZORPELX_FAST = 0, /* preset: a good partition soon */
+    ZORPELX_DEFAULT = 1,
+    ZORPELX_BEST = 2, /* the best in several times the time */
+
     ZORPELX_MESSAGE_SIZE = 512 /* bytes of a message, its end included; longer ones are cut */
 };
 
@@ -98,6 +106,10 @@ typedef struct zorpelx_progress {
     int run_cut;     /* cut of the last run, of its bisection alone, or -1 */
     int64_t cut;     /* cut of the best start so far, or -1 */
     double seconds;  /* since the call began */
+
+    int64_t objective; /* of the best partition that a search has, or -1 */
+    int jobs, alljobs; /* of the searches at work: done, and in all; alljobs -1 without an end */
+    const char *step;  /* what found it: "packing", "start", "member" or "combination"; or "" */
 } zorpelx_progress;
 
 /* Returns 0 to go on, anything else to cancel. */
@@ -142,6 +154,25 @@ typedef struct zorpelx_options {
 
     int threads; /* of each start; 0: all processors divided by the jobs; more than two for each
                   * processor are as two for each. They change nothing but the time (0) */
+
+    /* With epsilon 0 and more a start is a search: many partitions, of which the best are combined
+     * and refined within bounds on the end result. ubfactor to polish and trace above are the
+     * engine's own and are then not used. */
+    double epsilon; /* percent that a part may weigh more than the average, rounded up; negative:
+                     * the engine alone, within ubfactor (-1) */
+    double least;   /* percent that a part may weigh less than the average; negative: no part is
+                     * empty where that can be (-1) */
+    const double *capacities; /* [nparts] sizes of the parts as shares of their sum, above 0: the
+                               * average of a part is its share of the weight; NULL: all equal */
+    int objective;    /* ZORPELX_CUT, _KM1 or _SOED; of several starts the best by it is delivered,
+                       * also of the engine's (CUT) */
+    int preset;       /* ZORPELX_FAST, _DEFAULT or _BEST: how much a search does (DEFAULT) */
+    double time;      /* seconds; a search goes on until they are over, and that is a success; 0: as
+                       * much as the preset says, the same on every machine (0) */
+    const int *start; /* [nvtxs] a partition to improve, within bounds or not; or NULL */
+    int keep_price;   /* price of moving a unit of weight out of its part in start (0) */
+    const int *groups; /* [nvtxs] vertices of equal numbers from 0 to nvtxs - 1 stay in one part,
+                        * -1: in no group; or NULL */
 } zorpelx_options;
 
 /* What came out. */
@@ -159,6 +190,9 @@ typedef struct zorpelx_result {
     double seconds;   /* time of the whole call */
     char message[ZORPELX_MESSAGE_SIZE]; /* empty; or why the status is not OK, the result is not
                                          * valid or some start failed (the first one, by seed) */
+    int64_t connectivity;               /* connectivity minus one */
+    int64_t moved;     /* weight of the vertices that are not in their part of options.start */
+    int jobs, alljobs; /* of the search delivered: done, and in all (-1 with options.time) */
 } zorpelx_result;
 
 /* Quality of a partition; every sum is exact in 64 bits. A hyperedge that touches d > 1 parts is
@@ -258,6 +292,17 @@ ZORPELX_API int zorpelx_cut_matrix(const zorpelx_hypergraph *hypergraph, int npa
  */
 ZORPELX_API int zorpelx_part_limits(int nparts, int ubfactor, int polish, int64_t total,
                                     int64_t *least, int64_t *most);
+
+/* The bounds of a search's parts: the average of a part is the total, or its capacity's share of
+ * it, rounded up; no part weighs more than (1 + epsilon / 100) times that.
+ *   epsilon, least, capacities  as in zorpelx_options, epsilon at least 0
+ *   total                       weight of all vertices, 0 or more
+ *   low, high                   [nparts] out: the bounds of each part; either may be NULL
+ * Returns ZORPELX_OK or ZORPELX_BAD_OPTION.
+ */
+ZORPELX_API int zorpelx_part_bounds(int nparts, double epsilon, double least,
+                                    const double *capacities, int64_t total, int64_t *low,
+                                    int64_t *high);
 
 #ifdef __cplusplus
 }

@@ -77,7 +77,8 @@ static SideBounds bounds_of(const Bounds *bounds, int first, int middle, int las
             std::max(total - mosts[0], std::min(ranges[1].least, mosts[1]))};
 }
 
-static void bisect(const Task *task, PartCtrl *ctrl, HGraph *graph, int first, int last, int *part)
+static void bisect(const SearchTask *task, PartCtrl *ctrl, HGraph *graph, int first, int last,
+                   int *part)
 {
     const int k = last - first, middle = first + k / 2;
     if (k == 1) {
@@ -129,7 +130,7 @@ static int *copy_ints(size_t n, const int *x)
     return copy;
 }
 
-void bisect_recursively(const Task *task, const HGraph *graph, const BisectOptions *options,
+void bisect_recursively(const SearchTask *task, const HGraph *graph, const BisectOptions *options,
                         int *part)
 {
     HGraph *const root = CreateHGraph__();

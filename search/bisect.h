@@ -15,7 +15,7 @@ struct BisectOptions {
 /* Partitions graph (lists and weights; where incidence is missing it is made) into part [ncells]:
  * every bisection may use a share of the room that the bounds of its parts leave, the deeper the
  * recursion still has to go the smaller. The bounds need not hold at the end. */
-void bisect_recursively(const Task *task, const HGraph *graph, const BisectOptions *options,
+void bisect_recursively(const SearchTask *task, const HGraph *graph, const BisectOptions *options,
                         int *part);
 
 #endif

@@ -27,7 +27,7 @@
 constexpr int64_t FLOW_PINS = 20; // that flows on a level may look at, for each of its own
 constexpr int64_t LEAST_FLOW_PINS = 10000;
 
-static PartCtrl coarsening_ctrl(const Task *task, const Pass *pass)
+static PartCtrl coarsening_ctrl(const SearchTask *task, const Pass *pass)
 {
     PartCtrl ctrl = {};
     ctrl.nparts = task->bounds->nparts;
@@ -46,8 +46,8 @@ static PartCtrl coarsening_ctrl(const Task *task, const Pass *pass)
 }
 
 /* Refines where [ncells] of one level. */
-static void refine_level(const Task *task, const Pass *pass, const HGraph *graph, Random *random,
-                         int *where)
+static void refine_level(const SearchTask *task, const Pass *pass, const HGraph *graph,
+                         Random *random, int *where)
 {
     if (graph->ncells == 0) return;
     Parts parts;
@@ -75,7 +75,7 @@ static void refine_level(const Task *task, const Pass *pass, const HGraph *graph
 }
 
 /* Gives the parked vertices parts, each the one with the most room: they cost nothing anywhere. */
-static void place_islands(const Task *task, HGraph *graph)
+static void place_islands(const SearchTask *task, HGraph *graph)
 {
     if (graph->nislands == 0) return;
     const int k = task->bounds->nparts;
@@ -100,7 +100,7 @@ static bool better(Value a, Value b)
     return a.excess != b.excess ? a.excess < b.excess : a.objective < b.objective;
 }
 
-static Value value_of(const Task *task, const HGraph *graph, const int *where)
+static Value value_of(const SearchTask *task, const HGraph *graph, const int *where)
 {
     const int k = task->bounds->nparts;
     int64_t *weight = alloc_array<int64_t>(static_cast<size_t>(k), "search: weights");
@@ -116,8 +116,8 @@ static Value value_of(const Task *task, const HGraph *graph, const int *where)
 }
 
 /* Partitions the coarsest level: the best of start, if where holds it, and of the trials. */
-static void partition_coarsest(const Task *task, const Pass *pass, HGraph *graph, Random *random,
-                               int *where, bool has_start)
+static void partition_coarsest(const SearchTask *task, const Pass *pass, HGraph *graph,
+                               Random *random, int *where, bool has_start)
 {
     const size_t n = static_cast<size_t>(graph->ncells + graph->nislands) + 1;
     int *trial = imalloc__(n, "search: trial");
@@ -153,7 +153,7 @@ static HGraph *project(HGraph *graph)
     return finer;
 }
 
-int64_t make_pass(const Task *task, const Pass *pass, int *part)
+int64_t make_pass(const SearchTask *task, const Pass *pass, int *part)
 {
     HGraph *const whole = task->graph;
     PartCtrl ctrl = coarsening_ctrl(task, pass);

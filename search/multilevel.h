@@ -18,6 +18,6 @@ struct Pass {
 };
 
 /* Makes a pass; part [ncells] gets the partition. Returns its objective. */
-int64_t make_pass(const Task *task, const Pass *pass, int *part);
+int64_t make_pass(const SearchTask *task, const Pass *pass, int *part);
 
 #endif

@@ -45,11 +45,12 @@ struct Search {
     const FlatHypergraph *flat;
     const SearchOptions *options;
     const Reduction *reduction;
-    Task task;
+    SearchTask task;
     Pool pool;
-    int *whole; // [nvtxs] for publishing
     int njobs, alljobs;
-    Found best;
+    Found best; // published
+    int *whole; // [nvtxs] for publishing
+    std::mutex publishing;
 };
 
 static bool better(const Member *a, const Member *b)
@@ -170,8 +171,17 @@ static void publish(Search *search, const Member *member, const char *step)
     search->options->publish(search->options->user, search->whole, &search->best);
 }
 
+/* Shows member to the caller at once if it is better than what was shown. */
+static void publish_if_better(Search *search, const Member *member, const char *step)
+{
+    search->publishing.lock();
+    const Member shown = {nullptr, search->best.objective, search->best.excess};
+    if (better(member, &shown)) publish(search, member, step);
+    search->publishing.unlock();
+}
+
 /* Takes member, whose part it owns from now on, into the pool if it is good enough. */
-static void take_in(Search *search, Member member, const char *step)
+static void take_in(Search *search, Member member)
 {
     Pool *const pool = &search->pool;
     search->njobs++;
@@ -187,7 +197,6 @@ static void take_in(Search *search, Member member, const char *step)
     for (int i = pool->n; i > place; i--) pool->members[i] = pool->members[i - 1];
     pool->members[place] = member;
     if (++pool->n > pool->most) QXfree__(&pool->members[--pool->n].part, LTERM);
-    if (place == 0) publish(search, &member, step);
 }
 
 static Member new_member(const Search *search)
@@ -197,7 +206,8 @@ static Member new_member(const Search *search)
 
 /* Jobs of one batch. */
 struct Batch {
-    const Search *search;
+    Search *search;
+    const char *step;
     int first, n;    // numbers of the jobs
     Member *results; // [n]
     void (*work)(const Search *search, int job, Member *result);
@@ -211,6 +221,7 @@ static void work_off(void *place)
         batch->results[i] = new_member(batch->search);
         batch->work(batch->search, batch->first + i, &batch->results[i]);
         complete(batch->search, &batch->results[i]);
+        publish_if_better(batch->search, &batch->results[i], batch->step);
     }
 }
 
@@ -221,7 +232,7 @@ static void make_batch(Search *search, int n, const char *step,
     constexpr int MOST = MOST_POOL;
     const SearchOptions *const options = search->options;
     Member results[MOST] = {};
-    Batch batch = {search, search->njobs, std::min(n, MOST), results, work, {0}};
+    Batch batch = {search, step, search->njobs, std::min(n, MOST), results, work, {0}};
     void *threads[MOST];
     int nthreads = 0;
     while (options->crew != nullptr && nthreads + 1 < std::min(options->threads, batch.n)) {
@@ -231,7 +242,7 @@ static void make_batch(Search *search, int n, const char *step,
     }
     work_off(&batch);
     for (int i = 0; i < nthreads; i++) options->crew->await(threads[i]);
-    for (int i = 0; i < batch.n; i++) take_in(search, results[i], step);
+    for (int i = 0; i < batch.n; i++) take_in(search, results[i]);
 }
 
 static uint64_t seed_of(const Search *search, int job)
@@ -304,7 +315,8 @@ static void take_start(Search *search)
         if (search->reduction->fixed[c] >= 0) member.part[c] = search->reduction->fixed[c];
     measure(search, &member);
     if (member.excess > 0) mend(search, &member);
-    take_in(search, member, "start");
+    publish_if_better(search, &member, "start");
+    take_in(search, member);
     search->njobs--;
 }
 
@@ -317,7 +329,8 @@ static void take_packing(Search *search)
     graph.cellwgt = search->reduction->weight;
     pack(&graph, search->task.bounds, search->reduction->fixed, false, member.part);
     measure(search, &member);
-    take_in(search, member, "packing");
+    publish_if_better(search, &member, "packing");
+    take_in(search, member);
     search->njobs--;
 }
 
@@ -351,6 +364,7 @@ Found search_partition(const FlatHypergraph *flat, const Constraints *constraint
     Reduction reduction;
     open_reduction(&reduction, flat, constraints, bounds->nparts);
     Search search = {};
+    search.best = {INT64_MAX, INT64_MAX, 0, 0, ""};
     search.flat = flat;
     search.options = options;
     search.reduction = &reduction;
@@ -363,6 +377,8 @@ Found search_partition(const FlatHypergraph *flat, const Constraints *constraint
     take_packing(&search);
     take_start(&search);
     if (reduction.graph->nnets > 0 && bounds->nparts > 1) run_schedule(&search);
+    // of equals the first by number is delivered, whichever was published
+    publish(&search, &search.pool.members[0], search.best.step);
     for (int v = 0; v < flat->nvtxs; v++)
         part[v] = search.pool.members[0].part[reduction.cluster[v]];
     for (int i = 0; i < search.pool.n; i++) QXfree__(&search.pool.members[i].part, LTERM);

@@ -9,7 +9,7 @@
 
 #include "search/parts.h"
 
-struct Task {
+struct SearchTask {
     HGraph *graph; // lists, incidence, weights; nfixed is 0 or nparts
     const Bounds *bounds;
     Objective objective;
@@ -18,7 +18,7 @@ struct Task {
     const volatile int *cancel; // not 0: end soon with what is there; or null
 };
 
-inline bool is_cancelled(const Task *task)
+inline bool is_cancelled(const SearchTask *task)
 {
     return task->cancel != nullptr && *task->cancel != 0;
 }

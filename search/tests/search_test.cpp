@@ -170,7 +170,7 @@ TEST(Search, bounds_fixed_vertices_and_groups_are_kept_and_every_published_parti
             Seen *const s = static_cast<Seen *>(user);
             s->improved =
                 s->improved && (found->excess < s->excess ||
-                                (found->excess == s->excess && found->objective < s->objective));
+                                (found->excess == s->excess && found->objective <= s->objective));
             s->objective = found->objective;
             s->excess = found->excess;
             s->calls++;

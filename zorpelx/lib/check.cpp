@@ -131,12 +131,20 @@ static Fault check_numbers(const zorpelx_options &o)
         const char *name;
         int value, least, most;
     } ranges[] = {
-        {"nparts", o.nparts, 2, INT_MAX}, {"ubfactor", o.ubfactor, 1, 49},
-        {"nruns", o.nruns, 1, INT_MAX},   {"ctype", o.ctype, 1, 5},
-        {"rtype", o.rtype, 1, 3},         {"vcycle", o.vcycle, 0, 3},
-        {"reconst", o.reconst, 0, 1},     {"polish", o.polish, 0, 1},
-        {"starts", o.starts, 1, INT_MAX}, {"jobs", o.jobs, 0, INT_MAX},
+        {"nparts", o.nparts, 2, INT_MAX},
+        {"ubfactor", o.ubfactor, 1, 49},
+        {"nruns", o.nruns, 1, INT_MAX},
+        {"ctype", o.ctype, 1, 5},
+        {"rtype", o.rtype, 1, 3},
+        {"vcycle", o.vcycle, 0, 3},
+        {"reconst", o.reconst, 0, 1},
+        {"polish", o.polish, 0, 1},
+        {"starts", o.starts, 1, INT_MAX},
+        {"jobs", o.jobs, 0, INT_MAX},
         {"threads", o.threads, 0, INT_MAX},
+        {"objective", o.objective, ZORPELX_CUT, ZORPELX_SOED},
+        {"preset", o.preset, ZORPELX_FAST, ZORPELX_BEST},
+        {"keep_price", o.keep_price, 0, INT_MAX},
     };
     for (const auto &range : ranges)
         if (Fault found = check_range(range.name, range.value, range.least, range.most))
@@ -162,6 +170,27 @@ static Fault check_seed(const zorpelx_options &o)
     return {};
 }
 
+static Fault check_search(const zorpelx_options &o)
+{
+    if (std::isnan(o.epsilon) || std::isinf(o.epsilon))
+        return fault(ZORPELX_BAD_OPTION, "epsilon is %g; it should be a number of percent.",
+                     o.epsilon);
+    if (std::isnan(o.least) || o.least > 100)
+        return fault(ZORPELX_BAD_OPTION, "least is %g; it should be at most 100 percent.", o.least);
+    if (std::isnan(o.time) || o.time < 0)
+        return fault(ZORPELX_BAD_OPTION, "time is %g; it should be 0 or more seconds.", o.time);
+    if (o.epsilon >= 0) return {};
+    const char *const alone = o.capacities != nullptr ? "capacities"
+                              : o.start != nullptr    ? "start"
+                              : o.groups != nullptr   ? "groups"
+                              : o.time > 0            ? "time"
+                              : o.least >= 0          ? "least"
+                                                      : nullptr;
+    if (alone == nullptr) return {};
+    return fault(ZORPELX_BAD_OPTION, "%s is for searches; epsilon should be at least 0 with it.",
+                 alone);
+}
+
 static Fault check_options(const zorpelx_options &o)
 {
     if (Fault found = check_numbers(o)) return found;
@@ -169,6 +198,7 @@ static Fault check_options(const zorpelx_options &o)
         return fault(ZORPELX_BAD_OPTION, "trace is %d; it should be a sum of ZORPEL_DBG_* values.",
                      o.trace);
     if (Fault found = check_seed(o)) return found;
+    if (Fault found = check_search(o)) return found;
     if (std::isnan(o.timeout) || o.timeout < 0)
         return fault(ZORPELX_BAD_OPTION, "timeout is %g; it should be 0 or more seconds.",
                      o.timeout);
@@ -202,12 +232,80 @@ static Fault check_fixed(const zorpelx_hypergraph &h, const zorpelx_options &o, 
     return {};
 }
 
+/* A number for each vertex of what only searches know. */
+static Fault check_numbers_of_vertices(const zorpelx_hypergraph &h, const int *numbers,
+                                       const char *name, int least, int most, Watch &watch)
+{
+    for (int v = 0; numbers != nullptr && v < h.nvtxs; v++) {
+        watch.step();
+        if (numbers[v] < least || numbers[v] > most)
+            return fault(ZORPELX_BAD_INPUT, "%s[%d] is %d; it should be between %d and %d.", name,
+                         v, numbers[v], least, most);
+    }
+    return {};
+}
+
+/* Groups of vertices that are fixed in different parts cannot stay together. */
+static Fault check_groups(const zorpelx_hypergraph &h, const zorpelx_options &o, Watch &watch)
+{
+    if (Fault found = check_numbers_of_vertices(h, o.groups, "groups", -1, h.nvtxs - 1, watch))
+        return found;
+    if (o.groups == nullptr || o.fixed == nullptr) return {};
+    const size_t nvtxs = static_cast<size_t>(h.nvtxs);
+    const Charge charge(watch, nvtxs * sizeof(int), "a vertex of each group");
+    std::vector<int> first(nvtxs, -1); // fixed vertex of each group
+    for (int v = 0; v < h.nvtxs; v++) {
+        watch.step();
+        if (o.groups[v] < 0 || o.fixed[v] < 0) continue;
+        int &other = first[static_cast<size_t>(o.groups[v])];
+        if (other < 0) other = v;
+        if (o.fixed[other] != o.fixed[v])
+            return fault(ZORPELX_BAD_INPUT,
+                         "Vertices %d and %d are in group %d and fixed in parts %d and %d.", other,
+                         v, o.groups[v], o.fixed[other], o.fixed[v]);
+    }
+    return {};
+}
+
+/* A price makes hyperedges of its own, which count in the total of weights. */
+static Fault check_price(const zorpelx_hypergraph &h, const zorpelx_options &o)
+{
+    if (o.start == nullptr || o.keep_price == 0) return {};
+    int64_t total = 0;
+    for (int e = 0; e < h.nhedges; e++) total += h.hewgts != nullptr ? h.hewgts[e] : 1;
+    for (int v = 0; v < h.nvtxs && total <= MOST_WEIGHT; v++)
+        total += int64_t{o.keep_price} * (h.vwgts != nullptr ? h.vwgts[v] : 1);
+    if (total > MOST_WEIGHT)
+        return fault(ZORPELX_BAD_OPTION,
+                     "keep_price is %d; with the weights of hyperedges the prices total more than "
+                     "%lld.",
+                     o.keep_price, static_cast<long long>(MOST_WEIGHT));
+    if (h.nvtxs > MOST_THINGS - h.nhedges || h.nvtxs > MOST_THINGS - o.nparts ||
+        h.nvtxs > (INT_MAX - h.eptr[h.nhedges]) / 2)
+        return fault(ZORPELX_BAD_INPUT, "The hypergraph is too large for keep_price.");
+    return {};
+}
+
+static Fault check_searched(const zorpelx_hypergraph &h, const zorpelx_options &o, Watch &watch)
+{
+    if (o.epsilon < 0) return {};
+    for (int p = 0; o.capacities != nullptr && p < o.nparts; p++)
+        if (!(o.capacities[p] > 0) || std::isinf(o.capacities[p]))
+            return fault(ZORPELX_BAD_OPTION, "capacities[%d] is %g; it should be above 0.", p,
+                         o.capacities[p]);
+    if (Fault found = check_numbers_of_vertices(h, o.start, "start", 0, o.nparts - 1, watch))
+        return found;
+    if (Fault found = check_groups(h, o, watch)) return found;
+    return check_price(h, o);
+}
+
 Fault check_call(const zorpelx_hypergraph *hypergraph, const zorpelx_options &options, Watch &watch)
 {
     if (Fault found = check_options(options)) return found;
     if (Fault found = check_hypergraph(hypergraph, Totals::Bounded, watch)) return found;
     if (Fault found = check_nparts(options.nparts, hypergraph->nvtxs)) return found;
-    return check_fixed(*hypergraph, options, watch);
+    if (Fault found = check_fixed(*hypergraph, options, watch)) return found;
+    return check_searched(*hypergraph, options, watch);
 }
 
 Fault check_partition(const zorpelx_hypergraph *hypergraph, int nparts, const int *part,

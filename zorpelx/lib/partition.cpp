@@ -19,6 +19,7 @@
 #include "leaving.h"
 #include "limits.h"
 #include "records.h"
+#include "searching.h"
 #include "trim.h"
 #include "worker.h"
 
@@ -29,15 +30,26 @@ constexpr unsigned MOST_A_PROCESSOR = 2; // jobs or threads: more take memory an
 /* What decides between one start and another. */
 struct Candidate {
     int seed = 0;
-    Fault blemish; // why it is not valid
+    int objective = ZORPELX_CUT;
+    int64_t excess = 0; // weight outside the limits
+    Fault blemish;      // why it is not valid
     zorpelx_quality quality = {};
+    int jobs = 0, alljobs = 0;
+
+    int64_t value() const
+    {
+        return objective == ZORPELX_CUT   ? quality.cut
+               : objective == ZORPELX_KM1 ? quality.connectivity
+                                          : quality.soed;
+    }
 
     bool better_than(const Candidate &other) const { return rank() < other.rank(); }
 
   private:
-    std::tuple<bool, int64_t, int64_t, int64_t, int> rank() const
+    std::tuple<bool, int64_t, int64_t, int64_t, int64_t, int64_t, int> rank() const
     {
-        return {bool(blemish), quality.cut, quality.soed, quality.heaviest_part, seed};
+        return {bool(blemish),         excess, value(), quality.cut, quality.soed,
+                quality.heaviest_part, seed};
     }
 };
 
@@ -97,9 +109,12 @@ class Call
     void hire();
     void hand_out();
     void collect();
+    bool time_is_over() const;
+    void harvest();
     void take_in(Worker &worker);
     void take_partition(const Worker &worker);
     void note_failure(int seed, const Fault &why);
+    Fault blame(const int *part, const std::vector<int64_t> &pwgts) const;
     Fault blemish_of(const int *part, const std::vector<int64_t> &pwgts) const;
     void tell_progress(bool now);
     Fault outcome() const;
@@ -142,6 +157,19 @@ static int64_t total_weight(const zorpelx_hypergraph &h, Watch &watch)
     return total;
 }
 
+static std::vector<Limits> limits_of(const zorpelx_hypergraph &h, const zorpelx_options &o,
+                                     Watch &watch)
+{
+    const int64_t total = total_weight(h, watch);
+    if (!is_search(o)) return part_limits(o.nparts, o.ubfactor, o.polish != 0, total);
+    std::vector<Limits> limits = part_bounds(o.nparts, o.epsilon, o.least, o.capacities, total);
+    int64_t nweighty = h.vwgts == nullptr ? h.nvtxs : 0;
+    for (int v = 0; h.vwgts != nullptr && v < h.nvtxs; v++) nweighty += h.vwgts[v] > 0;
+    if (o.least < 0 && nweighty < o.nparts) // some part must stay empty
+        for (Limits &limit : limits) limit.least = 0;
+    return limits;
+}
+
 static size_t bytes_held(const zorpelx_hypergraph &h, const zorpelx_options &o)
 {
     return static_cast<size_t>(h.nvtxs) * sizeof(int) +
@@ -152,8 +180,7 @@ Call::Call(const zorpelx_hypergraph &hypergraph, const zorpelx_options &chosen, 
     : h(hypergraph), o(chosen), watch(heeded), seed0(first_seed(chosen)),
       trimmed(hypergraph, heeded), evaluator(hypergraph, chosen.nparts, heeded),
       charge(heeded, bytes_held(hypergraph, chosen), "the best partition and the limits of parts"),
-      limits(part_limits(o.nparts, o.ubfactor, o.polish != 0, total_weight(h, heeded))),
-      best_part(static_cast<size_t>(h.nvtxs))
+      limits(limits_of(h, o, heeded)), best_part(static_cast<size_t>(h.nvtxs))
 {
     hire();
 }
@@ -162,12 +189,13 @@ Call::Call(const zorpelx_hypergraph &hypergraph, const zorpelx_options &chosen, 
  * neither. */
 void Call::hire()
 {
-    const size_t room = watch.room(), place = Worker::footprint(h.nvtxs);
+    const size_t room = watch.room(), place = Worker::footprint(h.nvtxs, is_search(o));
     const size_t njobs = std::min(count_jobs(o), std::max<size_t>(1, room / place));
     workers_charge.emplace(watch, njobs * place, "the partition of a start");
     if (room != SIZE_MAX) allowance = room - place;
     threads = count_threads(o, njobs);
-    for (size_t i = 0; i < njobs; i++) workers.push_back(std::make_unique<Worker>(bell, h.nvtxs));
+    for (size_t i = 0; i < njobs; i++)
+        workers.push_back(std::make_unique<Worker>(bell, h.nvtxs, is_search(o)));
 }
 
 void Call::release_after_jump(void *argument)
@@ -200,7 +228,8 @@ void Call::hand_out()
     for (const auto &worker : workers) {
         if (next == o.starts) return;
         if (worker->state() != Worker::State::Idle) continue;
-        const Task task = {&trimmed.hypergraph(), &o, threads, allowance, next, seed0 + next};
+        const Task task = {&trimmed.hypergraph(), &o, &limits, threads, allowance, next,
+                           seed0 + next};
         if (Fault refused = worker->start(task)) {
             if (busy > 0) return;
             note_failure(task.seed, refused);
@@ -219,6 +248,29 @@ void Call::note_failure(int seed, const Fault &why)
     failure = why;
 }
 
+/* The vertices that no part, or not theirs, can hold within a search's limits. */
+Fault Call::blame(const int *part, const std::vector<int64_t> &pwgts) const
+{
+    if (!is_search(o)) return {};
+    int64_t most = 0;
+    std::vector<int64_t> fixed(pwgts.size(), 0);
+    for (const Limits &limit : limits) most = std::max(most, limit.most);
+    for (int v = 0; v < h.nvtxs; v++) {
+        const int weight = h.vwgts != nullptr ? h.vwgts[v] : 1;
+        if (weight > most && pwgts[static_cast<size_t>(part[v])] > most)
+            return fault(ZORPELX_FAILED,
+                         "Vertex %d weighs %d, and no part may weigh more than %lld.", v, weight,
+                         static_cast<long long>(most));
+        if (o.fixed != nullptr && o.fixed[v] >= 0) fixed[static_cast<size_t>(o.fixed[v])] += weight;
+    }
+    for (size_t p = 0; p < fixed.size(); p++)
+        if (fixed[p] > limits[p].most)
+            return fault(ZORPELX_FAILED,
+                         "The vertices fixed in part %zu weigh %lld; it may weigh at most %lld.", p,
+                         static_cast<long long>(fixed[p]), static_cast<long long>(limits[p].most));
+    return {};
+}
+
 /* Why a partition does not keep what was asked for. */
 Fault Call::blemish_of(const int *part, const std::vector<int64_t> &pwgts) const
 {
@@ -226,6 +278,7 @@ Fault Call::blemish_of(const int *part, const std::vector<int64_t> &pwgts) const
         if (o.fixed[v] != -1 && o.fixed[v] != part[v])
             return fault(ZORPELX_FAILED, "Vertex %d is in part %d instead of part %d.", v, part[v],
                          o.fixed[v]);
+    if (Fault found = blame(part, pwgts)) return found;
     for (size_t p = 0; p < pwgts.size(); p++)
         if (pwgts[p] < limits[p].least || pwgts[p] > limits[p].most)
             return fault(ZORPELX_FAILED, "Part %zu weighs %lld; its limits are %lld and %lld.", p,
@@ -245,7 +298,15 @@ void Call::take_partition(const Worker &worker)
     }
     Candidate candidate;
     candidate.seed = seed;
+    candidate.objective = o.objective;
+    candidate.jobs = worker.shown().jobs;
+    candidate.alljobs = worker.shown().alljobs;
     candidate.quality = evaluator.evaluate(part);
+    for (size_t p = 0; is_search(o) && p < limits.size(); p++) {
+        const int64_t weight = evaluator.pwgts()[p];
+        candidate.excess += std::max<int64_t>(weight - limits[p].most, 0) +
+                            std::max<int64_t>(limits[p].least - weight, 0);
+    }
     candidate.blemish = blemish_of(part, evaluator.pwgts());
     watch.note_end(true);
     if (best && !candidate.better_than(*best)) return;
@@ -263,6 +324,29 @@ void Call::take_in(Worker &worker)
     call_back([&] { worker.deliver_trace(); });
     worker.stop();
     busy--;
+}
+
+/* Whether a search with a time of its own has had it; without any partition it goes on. */
+bool Call::time_is_over() const
+{
+    if (!is_search(o) || o.time <= 0 || watch.seconds() < o.time) return false;
+    return best || std::any_of(workers.begin(), workers.end(), [](const auto &worker) {
+               return worker->state() == Worker::State::Busy && worker->shown().published > 0;
+           });
+}
+
+/* Ends all starts and takes what the searches among them have found so far. */
+void Call::harvest()
+{
+    watch.close();
+    for (const auto &worker : workers) {
+        if (!is_search(o) || worker->state() != Worker::State::Busy) continue;
+        worker->harvest();
+        busy--;
+        if (worker->state() == Worker::State::Done) take_partition(*worker);
+        worker->stop();
+    }
+    next = o.starts;
 }
 
 void Call::collect()
@@ -296,6 +380,17 @@ void Call::tell_progress(bool now)
     progress.level_vtxs = counts.level_vtxs;
     progress.run_cut = counts.run_cut;
     progress.cut = best ? best->quality.cut : -1;
+    progress.objective = best ? best->value() : -1;
+    progress.step = "";
+    for (const auto &worker : workers) {
+        const Board &board = worker->shown();
+        if (worker->state() != Worker::State::Busy || board.published == 0) continue;
+        progress.jobs += board.jobs;
+        progress.alljobs = board.alljobs < 0 ? -1 : progress.alljobs + board.alljobs;
+        if (progress.objective >= 0 && progress.objective <= board.objective) continue;
+        progress.objective = board.objective;
+        progress.step = board.step;
+    }
     told = progress.seconds = watch.seconds();
     call_back([&] { told_enough = o.on_progress(o.user, &progress) != 0; });
     if (told_enough) watch.cancel();
@@ -305,6 +400,10 @@ Fault Call::run()
 {
     try {
         while (unfinished()) {
+            if (time_is_over()) {
+                harvest();
+                break;
+            }
             watch.look();
             hand_out();
             bell.wait(std::min(LONGEST_SLEEP, watch.left()));
@@ -312,8 +411,14 @@ Fault Call::run()
             tell_progress(false);
         }
     } catch (const Stopped &stopped) {
+        const bool nothing = !best;
+        harvest();
         for (const auto &worker : workers) worker->stop();
-        return stopped.why;
+        if (!nothing || !best) return stopped.why;
+        return fault(stopped.why.status,
+                     stopped.why.status == ZORPELX_TIMEOUT
+                         ? "The deadline came first; the best partition found by then is kept."
+                         : "Cancelled; the best partition found by then is kept.");
     }
     return outcome();
 }
@@ -336,6 +441,12 @@ void Call::report(zorpelx_result *result) const
     result->cut = best->quality.cut;
     result->soed = best->quality.soed;
     result->imbalance = best->quality.imbalance;
+    result->connectivity = best->quality.connectivity;
+    result->jobs = best->jobs;
+    result->alljobs = best->alljobs;
+    for (int v = 0; o.start != nullptr && v < h.nvtxs; v++)
+        if (best_part[static_cast<size_t>(v)] != o.start[v])
+            result->moved += h.vwgts != nullptr ? h.vwgts[v] : 1;
 }
 
 void Call::deliver(int *part) const

@@ -82,6 +82,8 @@ static zorpelx_options default_options()
     options.polish = 1;
     options.seed = 1;
     options.starts = 1;
+    options.epsilon = options.least = -1;
+    options.preset = ZORPELX_DEFAULT;
     return options;
 }
 

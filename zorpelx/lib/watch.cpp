@@ -35,7 +35,7 @@ Fault Watch::stop_reason() const
 void Watch::look()
 {
     until_look = PATIENCE;
-    if (o == nullptr) return;
+    if (o == nullptr || closing) return;
     if (Fault reason = stop_reason()) throw Stopped{reason};
 }
 

@@ -33,6 +33,9 @@ class Watch
     /* Throws Stopped if the deadline has passed or the call is cancelled. */
     void look();
 
+    /* From here on nothing stops the call: what there is is counted and handed over. */
+    void close() { closing = true; }
+
     void cancel() { told_to_stop = true; } // as the cancel flag does
     void note_end(bool with_partition) { (with_partition ? finished : failed)++; }
     int nfinished() const { return finished; }
@@ -56,6 +59,7 @@ class Watch
     const Clock::time_point began = Clock::now();
     int until_look = PATIENCE;
     bool told_to_stop = false;
+    bool closing = false;
     int finished = 0, failed = 0; // starts
     size_t charged = 0;           // bytes
 };

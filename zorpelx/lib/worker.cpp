@@ -97,8 +97,9 @@ bool Scratch::clear()
     return ftruncate(descriptor, 0) == 0 && lseek(descriptor, 0, SEEK_SET) == 0;
 }
 
-Worker::Worker(Bell &ring, int nvtxs)
-    : bell(ring), memory(footprint(nvtxs)), done(static_cast<int *>(memory.data())), parts(done + 1)
+Worker::Worker(Bell &ring, int nvtxs, bool search)
+    : bell(ring), memory(footprint(nvtxs, search)), board(static_cast<Board *>(memory.data())),
+      parts(reinterpret_cast<int *>(board + 1))
 {
 }
 
@@ -134,7 +135,7 @@ Fault Worker::start(const Task &what)
     if (!out.clear() || !err.clear())
         return fault(ZORPELX_SYSTEM, "No empty file in memory for a start: %s.", strerror(errno));
     scanner.restart();
-    *done = 0;
+    *board = {};
     const pid_t parent = getpid();
     const SignalPause pause; // no handler of the caller's may run in the child
     pid = fork();
@@ -241,6 +242,19 @@ static void call_engine(const Task &task, int trace, bool ordered, int *part)
                         options, part, &cut, o.polish, &crew);
 }
 
+static void call_search(const Task &task, Board *board, int *parts)
+{
+    Crew crew = make_crew(task.threads, false);
+    try {
+        search_and_publish(*task.hypergraph, *task.options, *task.limits, task.seed, &crew,
+                           task.threads, board, parts);
+    } catch (const std::bad_alloc &) {
+        fprintf(stderr, "Memory allocation failed for the search.\n");
+        fflush(stderr);
+        _exit(0);
+    }
+}
+
 /* The traces that the caller gets. */
 static int wanted_traces(const zorpelx_options &options)
 {
@@ -249,7 +263,7 @@ static int wanted_traces(const zorpelx_options &options)
 
 static bool reads_progress(const zorpelx_options &options)
 {
-    return options.on_progress != nullptr && wanted_traces(options) == 0;
+    return !is_search(options) && options.on_progress != nullptr && wanted_traces(options) == 0;
 }
 
 void Worker::run_child(pid_t parent)
@@ -265,9 +279,12 @@ void Worker::run_child(pid_t parent)
         lower_limit(RLIMIT_FSIZE, std::clamp<rlim_t>(work.memory, LEAST_TEXT, MOST_TRACE));
     lower_limit(RLIMIT_CORE, 0);
     cap_memory(work.memory);
-    call_engine(work, progress ? PROGRESS_TRACES : wanted_traces(options), !progress, parts);
+    if (is_search(options))
+        call_search(work, board, parts);
+    else
+        call_engine(work, progress ? PROGRESS_TRACES : wanted_traces(options), !progress, parts);
     fflush(stdout);
-    __atomic_store_n(done, 1, __ATOMIC_RELEASE);
+    __atomic_store_n(&board->done, 1, __ATOMIC_RELEASE);
     bell.ring();
     _exit(0);
 }
@@ -314,13 +331,13 @@ static Fault explain(const Task &task, int wait_status, bool known, const std::s
 void Worker::reap(int wait_status, bool known)
 {
     pid = -1;
-    now = __atomic_load_n(done, __ATOMIC_ACQUIRE) != 0 ? State::Done : State::Failed;
+    now = __atomic_load_n(&board->done, __ATOMIC_ACQUIRE) != 0 ? State::Done : State::Failed;
     if (now == State::Failed) why = explain(work, wait_status, known, last_words(err));
 }
 
 void Worker::poll(bool for_deaths)
 {
-    const bool rang = __atomic_load_n(done, __ATOMIC_ACQUIRE) != 0;
+    const bool rang = __atomic_load_n(&board->done, __ATOMIC_ACQUIRE) != 0;
     if (!rang && !for_deaths) return;
     int wait_status = 0;
     pid_t found = waitpid(pid, &wait_status, WNOHANG);
@@ -344,6 +361,18 @@ void Worker::end_child()
         while (waitpid(pid, &wait_status, 0) < 0 && errno == EINTR) continue;
     }
     pid = -1;
+}
+
+const int *Worker::part() const
+{
+    const int latest = board->published > 0 ? (board->published - 1) % 2 : 0;
+    return parts + static_cast<size_t>(latest) * static_cast<size_t>(work.hypergraph->nvtxs);
+}
+
+void Worker::harvest()
+{
+    end_child();
+    now = __atomic_load_n(&board->published, __ATOMIC_ACQUIRE) > 0 ? State::Done : State::Idle;
 }
 
 void Worker::stop()

@@ -8,6 +8,7 @@
 
 #include "fault.h"
 #include "progress.h"
+#include "searching.h"
 
 /* Memory shared with child processes, all 0 at first. */
 class SharedMemory
@@ -61,6 +62,7 @@ class Scratch
 struct Task {
     const zorpelx_hypergraph *hypergraph; // checked, and without small hyperedges
     const zorpelx_options *options;       // checked
+    const std::vector<Limits> *limits;    // [nparts] of the parts' weights
     int threads;                          // of the child, at least 1
     size_t memory;                        // most bytes that the child may add; SIZE_MAX: no cap
     int start;                            // from 0
@@ -79,7 +81,7 @@ class Worker
         Failed, // it is gone and left none
     };
 
-    Worker(Bell &ring, int nvtxs);
+    Worker(Bell &ring, int nvtxs, bool search);
     ~Worker();
 
     /* Starts a child; needs Idle. Gives a fault if there can be none: then nothing happened. */
@@ -89,18 +91,24 @@ class Worker
     void poll(bool for_deaths);
     /* Ends the child, if any, and makes the worker idle. */
     void stop();
+    /* Ends the child of a busy worker: Done if it has published a partition, else Idle. */
+    void harvest();
 
     State state() const { return now; }
     const Task &task() const { return work; }
-    const int *part() const { return parts; } // [nvtxs], if Done
-    Fault failure() const { return why; }     // if Failed
-    void scan(Counts *counts);                // brings the counts up to the trace written so far
-    void deliver_trace();                     // to the caller's on_trace
+    const int *part() const; // [nvtxs], if Done
+    const Board &shown() const { return *board; }
+    Fault failure() const { return why; } // if Failed
+    void scan(Counts *counts);            // brings the counts up to the trace written so far
+    void deliver_trace();                 // to the caller's on_trace
     /* Ends the child and closes the files, by nothing that a signal handler may not call. */
     void abandon();
 
     /* Bytes that a worker holds in the caller's process. */
-    static size_t footprint(int nvtxs) { return (static_cast<size_t>(nvtxs) + 1) * sizeof(int); }
+    static size_t footprint(int nvtxs, bool search)
+    {
+        return sizeof(Board) + static_cast<size_t>(nvtxs) * (search ? 2 : 1) * sizeof(int);
+    }
 
   private:
     [[noreturn]] void run_child(pid_t parent);
@@ -109,8 +117,8 @@ class Worker
     void drop_trace();
 
     Bell &bell;
-    SharedMemory memory; // a done flag and the partition
-    int *done;
+    SharedMemory memory; // the board and one partition, or two of a search
+    Board *board;
     int *parts;
     Scratch out, err;
     void *trace = nullptr; // mapped while the caller looks at it
