@@ -39,18 +39,12 @@ static int number_clusters(const FlatHypergraph *flat, const Constraints *constr
     return nclusters;
 }
 
-/* Hyperedge lists over clusters while they are written. */
-struct Lists {
-    int nnets;
-    int *netptr, *netind, *netwgt;
-};
-
-static Lists map_hyperedges(const FlatHypergraph *flat, int nclusters, const int *cluster)
+static NetLists map_hyperedges(const FlatHypergraph *flat, int nclusters, const int *cluster)
 {
     const int m = flat->nhedges;
-    Lists lists = {0, imalloc__(static_cast<size_t>(m) + 1, "search: netptr"),
-                   imalloc__(static_cast<size_t>(flat->eptr[m]), "search: netind"),
-                   imalloc__(static_cast<size_t>(m), "search: netwgt")};
+    NetLists lists = {0, imalloc__(static_cast<size_t>(m) + 1, "search: netptr"),
+                      imalloc__(static_cast<size_t>(flat->eptr[m]), "search: netind"),
+                      imalloc__(static_cast<size_t>(m), "search: netwgt")};
     int *last = ismalloc__(at_least_one(nclusters), -1, "search: last");
     lists.netptr[0] = 0;
     int used = 0;
@@ -75,7 +69,8 @@ static Lists map_hyperedges(const FlatHypergraph *flat, int nclusters, const int
 }
 
 /* Numbers the clusters anew: those without hyperedges last. Returns how many have some. */
-static int put_islands_last(const Lists *lists, int nfixed, int nclusters, int nvtxs, int *cluster)
+static int put_islands_last(const NetLists *lists, int nfixed, int nclusters, int nvtxs,
+                            int *cluster)
 {
     int *number = ismalloc__(at_least_one(nclusters), -1, "search: number");
     int next = 0;
@@ -102,7 +97,7 @@ void open_reduction(Reduction *reduction, const FlatHypergraph *flat,
     const int nfixed = has_fixed ? nparts : 0;
     int *cluster = imalloc__(at_least_one(n), "search: cluster");
     const int nclusters = number_clusters(flat, constraints, nparts, has_fixed, cluster);
-    Lists lists = map_hyperedges(flat, nclusters, cluster);
+    NetLists lists = map_hyperedges(flat, nclusters, cluster);
     const int kept = put_islands_last(&lists, nfixed, nclusters, n, cluster);
 
     reduction->nclusters = nclusters;
@@ -120,8 +115,12 @@ void open_reduction(Reduction *reduction, const FlatHypergraph *flat,
     graph->nfixed = nfixed;
     graph->cellwgt = imalloc__(at_least_one(kept), "search: cellwgt");
     std::copy(reduction->weight, reduction->weight + kept, graph->cellwgt);
-    CollapseSameHEdges__(lists.nnets, lists.netptr, lists.netind, lists.netwgt, &graph->nnets,
-                         &graph->netptr, &graph->netind, &graph->netwgt);
+    NetLists merged;
+    CollapseSameHEdges__(&lists, &merged);
+    graph->nnets = merged.nnets;
+    graph->netptr = merged.netptr;
+    graph->netind = merged.netind;
+    graph->netwgt = merged.netwgt;
     QXfree__(&lists.netptr, &lists.netind, &lists.netwgt, LTERM);
     CreateIncidentHGraph__(graph);
 }
