@@ -6,9 +6,12 @@
  */
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
+#include <numeric>
 
+#include "core/heavy_assert.h"
 #include "core/random.h"
 #include "levels.h"
 #include "plain_queue.h"
@@ -326,32 +329,39 @@ class TwoWayTwin : public testing::TestWithParam<Case>
 {
 };
 
+/* Refines a level from these sides by both; returns the twin as it ends. */
+static Twin compare_on_level(const Case &row, HGraph *graph, PartCtrl ctrl, int npasses,
+                             const Ints &sides, unsigned seed)
+{
+    ctrl.dbglvl = DBG_PASS | DBG_MOVE;
+    set_sides(graph, sides);
+    Twin twin;
+    open_twin(twin, graph, &ctrl, sides);
+    srand(seed);
+    const int cut = row.twin(twin, npasses);
+    twin.ctrl = nullptr; // of this call
+
+    srand(seed);
+    testing::internal::CaptureStdout();
+    row.refine(&ctrl, graph, npasses);
+    EXPECT_TRUE(testing::internal::GetCapturedStdout() == twin.trace);
+    EXPECT_EQ(to_ints(graph->where, graph->ncells), twin.where);
+    EXPECT_EQ(graph->mincut, cut);
+    EXPECT_EQ(graph->pwgts[0], twin.pwgts[0]);
+    EXPECT_EQ(graph->pwgts[1], twin.pwgts[1]);
+    return twin;
+}
+
 /* Refines a random level by both; returns whether its queues are heaps. */
 static bool compare_with_twin(const Case &row, LevelLimits limits, unsigned seed)
 {
     Draw draw(seed);
     limits.unitnets = row.unitnets;
     Level level = random_level(draw, limits);
-    PartCtrl ctrl = random_bisection_ctrl(draw);
-    ctrl.dbglvl = DBG_PASS | DBG_MOVE;
+    const PartCtrl ctrl = random_bisection_ctrl(draw);
     const int npasses = between(draw, 1, 6);
     const Ints sides = random_parts(draw, level->ncells, 2);
-    set_sides(level.get(), sides);
-
-    Twin twin;
-    open_twin(twin, level.get(), &ctrl, sides);
-    srand(seed);
-    const int cut = row.twin(twin, npasses);
-
-    srand(seed);
-    testing::internal::CaptureStdout();
-    row.refine(&ctrl, level.get(), npasses);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), twin.trace);
-    EXPECT_EQ(to_ints(level->where, level->ncells), twin.where);
-    EXPECT_EQ(level->mincut, cut);
-    EXPECT_EQ(level->pwgts[0], twin.pwgts[0]);
-    EXPECT_EQ(level->pwgts[1], twin.pwgts[1]);
-    return twin.queues[0].heap;
+    return compare_on_level(row, level.get(), ctrl, npasses, sides, seed).queues[0].heap;
 }
 
 TEST_P(TwoWayTwin, agrees_move_by_move_in_both_queue_forms)
@@ -382,6 +392,130 @@ TEST_P(TwoWayTwin, agrees_on_hyperedges_with_more_pins_than_a_byte_counts)
 TEST_P(TwoWayTwin, agrees_on_hyperedges_about_as_large_as_can_be_packed)
 {
     compare_on_giants(GetParam(), {.mincells = 126, .maxcells = 150, .giants = 3}, 40);
+}
+
+static Ints random_weights(Draw &draw, size_t n, int most)
+{
+    Ints weights;
+    for (size_t i = 0; i < n; i++) weights.push_back(between(draw, 1, most));
+    return weights;
+}
+
+/* One hyperedge of this size, another that holds all but its first pin, pairs at random, and thirty
+ * vertices in neither. */
+static Level level_with_large(Draw &draw, int size, int nfixed)
+{
+    const int n = size + 30;
+    Nets nets(2);
+    for (int v = 0; v < size; v++) {
+        nets[0].push_back(v);
+        if (v > 0) nets[1].push_back(v);
+    }
+    for (int i = 0; i < n; i++) {
+        const int u = below(draw, n), v = below(draw, n);
+        if (u != v) nets.push_back({u, v});
+    }
+    return make_level(n, nets, random_weights(draw, nets.size(), 9), {}, nfixed);
+}
+
+static PartCtrl loose_ctrl()
+{
+    PartCtrl ctrl = make_ctrl();
+    ctrl.ubfactor = 0.49f;
+    return ctrl;
+}
+
+TEST_P(TwoWayTwin, agrees_when_all_pins_but_a_few_of_a_large_hyperedge_are_on_one_side)
+{
+    for (const int size : {127, 128, 129, 131, 150, 260}) {
+        for (const int away : {0, 1, 2}) {
+            for (const int side : {0, 1}) {
+                SCOPED_TRACE(testing::Message() << size << " pins, " << away << " not on " << side);
+                Draw draw(static_cast<unsigned>(size + away));
+                const Level level = level_with_large(draw, size, away == 1 ? 2 : 0);
+                Ints sides(at(level->ncells), side);
+                for (int i = 0; i < away; i++) sides[at(size / 2 + i)] = 1 - side;
+                for (int v = size; v < level->ncells; v++) sides[at(v)] = 1 - side;
+                compare_on_level(GetParam(), level.get(), loose_ctrl(), 2, sides, 1);
+                if (HasFailure()) return;
+            }
+        }
+    }
+}
+
+/* Numbers of the best points of the passes, in order. */
+static Ints best_points(const std::string &trace)
+{
+    Ints points;
+    for (size_t i = 0; (i = trace.find(" at ", i)) != std::string::npos; i++)
+        points.push_back(std::stoi(trace.substr(i + 4)));
+    return points;
+}
+
+/* Two clusters of vertices in chains, a large hyperedge in each and one over both; a few vertices
+ * stand on the wrong side, so that the first passes are best after a few moves, and the refinement
+ * takes counts back to the start of the pass. */
+TEST_P(TwoWayTwin, agrees_after_passes_that_are_best_early_with_large_hyperedges)
+{
+    size_t early = 0;
+    for (unsigned seed = 0; seed < 12 && !HasFailure(); seed++) {
+        SCOPED_TRACE(testing::Message() << "seed " << seed);
+        Draw draw(seed);
+        const int half = 140 + below(draw, 20), n = 2 * half;
+        Nets nets(3);
+        Ints sides;
+        for (int v = 0; v < n; v++) {
+            nets[v < half ? 0 : 1].push_back(v);
+            if (v % 2 == 0 || v > half / 2) nets[2].push_back(v);
+            const int next = v < half ? (v + 1) % half : half + (v + 1 - half) % half;
+            nets.push_back({v, next});
+            nets.push_back({v, v < half ? below(draw, half) : half + below(draw, half)});
+            if (nets.back()[0] == nets.back()[1]) nets.pop_back();
+            sides.push_back(v < half ? 0 : 1);
+        }
+        for (int i = 0; i < 12; i++) sides[at(below(draw, n))] ^= 1;
+        const Level level =
+            make_level(n, nets, random_weights(draw, nets.size(), 4), {}, seed % 3 == 0 ? 3 : 0);
+        PartCtrl ctrl = make_ctrl();
+        ctrl.ubfactor = 0.1f;
+        const Twin twin = compare_on_level(GetParam(), level.get(), ctrl, 6, sides, seed);
+        const Ints points = best_points(twin.trace);
+        for (size_t i = 0; i + 1 < points.size(); i++) early += points[i] >= 0 && points[i] < n / 4;
+    }
+    const std::string name = GetParam().name;
+    if (name == "FM" || name == "FM2") {
+        EXPECT_GT(early, 8u);
+    }
+}
+
+/* Levels of which the refiners work on a copy that is numbered anew. */
+TEST_P(TwoWayTwin, agrees_on_levels_that_are_relabelled)
+{
+    const int n = HEAVY_ASSERTS ? 300 : 4096 + 57;
+    for (const unsigned seed : {1u, 2u}) {
+        SCOPED_TRACE(testing::Message() << "seed " << seed);
+        Draw draw(seed);
+        Nets nets;
+        for (int v = 0; v < n; v++) {
+            const int u = (v + 1 + below(draw, 40)) % n;
+            nets.push_back({v, u});
+            if (v % 3 == 0 && (v + 50) % n != u) nets.back().push_back((v + 50) % n);
+        }
+        nets.push_back({});
+        for (int v = 0; v < n; v += n / 150) nets.back().push_back(v);
+        const Level level =
+            make_level(n, nets, random_weights(draw, nets.size(), 3), {}, seed == 1 ? 0 : 5);
+        Ints order(at(n));
+        std::iota(order.begin(), order.end(), 0);
+        std::shuffle(order.begin(), order.end(), draw);
+        level->nearby = engine_array(order);
+        Ints sides;
+        for (int v = 0; v < n; v++) sides.push_back(v / 64 % 2);
+        PartCtrl ctrl = make_ctrl();
+        ctrl.ubfactor = 0.1f;
+        compare_on_level(GetParam(), level.get(), ctrl, 2, sides, seed);
+        if (HasFailure()) return;
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(refiners, TwoWayTwin, testing::ValuesIn(CASES),

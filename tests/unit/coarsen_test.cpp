@@ -108,6 +108,22 @@ TEST(CoarsenTest, relaxed_ratio_is_86_of_a_hundred)
     EXPECT_EQ(trace.find("Slow"), std::string::npos);
 }
 
+TEST(CoarsenTest, relaxed_ratio_is_no_more_than_86_of_a_hundred)
+{
+    /* 29 stars of 239 vertices: 210/239 is slow, and so is 181/210, or 0.8619, even then. */
+    Nets nets;
+    int n = 0;
+    for (int i = 0; i < 29; i++) {
+        const int center = n, vertices = i < 7 ? 9 : 8;
+        for (int leaf = 1; leaf < vertices; leaf++) nets.push_back({center, center + leaf});
+        n += vertices;
+    }
+    const Level level = make_level(n, nets);
+    const std::string trace = coarsen(traced_ctrl(CTYPE_HEDGE, 100), level.get());
+    EXPECT_EQ(sizes(trace), (Ints{239, 210, 181}));
+    EXPECT_NE(trace.find("Aborted at 181 nodes"), std::string::npos);
+}
+
 TEST(CoarsenTest, second_slow_level_ends_coarsening)
 {
     for (const int ctype : {CTYPE_HEDGE, CTYPE_HEDGE_ONLY, CTYPE_HEDGE_EDGE}) {

@@ -90,6 +90,20 @@ TEST(FmTest, equal_gains_take_from_the_side_with_more_room)
     EXPECT_EQ(moved_vertices(refine(Refine_FM__, loose_ctrl(), level.get(), 1))[0], 0);
 }
 
+TEST(FmTest, room_beyond_32_bits_is_compared_whole)
+{
+    /* The bound of side 0 is far below 0: its room is 3.1 x 10^9. That of side 1 is below 0. */
+    const Level level = make_level(2, {}, {}, {2147000000, 1000});
+    set_sides(level.get(), {0, 1});
+    PartCtrl ctrl = make_ctrl();
+    ctrl.splitratio = 0.02f;
+    ctrl.ubfactor = 0.49f;
+    EXPECT_EQ(moved_vertices(refine(Refine_FM__, ctrl, level.get(), 1))[0], 0);
+    set_sides(level.get(), {1, 0});
+    ctrl.splitratio = 0.98f;
+    EXPECT_EQ(moved_vertices(refine(Refine_FM__, ctrl, level.get(), 1))[0], 0);
+}
+
 TEST(FmTest, last_queued_of_equal_gains_moves_first)
 {
     const Level level = make_level(6, {});
