@@ -105,7 +105,9 @@ static void make_move(const PartCtrl *ctrl, HGraph *graph, KwayWork *work, int v
     assert(from != to && v >= graph->nfixed && 0 <= to && to < ctrl->nparts);
     const int cutgain = best->num - graph->crinfo[v].id;
     count_work(WORK_KWAY_MOVES, 1);
-    graph->mincut -= cutgain;
+    // hyperedges of one vertex count as gains and losses time and again: both sums may wrap
+    graph->mincut =
+        static_cast<int>(static_cast<unsigned>(graph->mincut) - static_cast<unsigned>(cutgain));
     graph->minsoed =
         static_cast<int>(static_cast<unsigned>(graph->minsoed) - static_cast<unsigned>(cutgain) -
                          static_cast<unsigned>(best->soed));

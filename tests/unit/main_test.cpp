@@ -73,6 +73,14 @@ TEST(Main, a_fix_file_with_an_entry_below_minus_1_is_refused)
     EXPECT_EQ(end.status, 0);
 }
 
+TEST(Main, as_many_parts_as_32_bits_hold_are_refused_with_a_fix_file)
+{
+    const Outcome end = run_fixed("-1\n-1\n-1\n-1\n", "2147483647");
+    EXPECT_EQ(end.err, "The parts and the free vertices together should number at most "
+                       "2147482624.\n\n");
+    EXPECT_EQ(end.status, 0);
+}
+
 TEST(Main, the_entries_of_a_fix_file_are_kept_and_those_missing_stay_in_part_0)
 {
     EXPECT_NE(run_fixed("1\n1\n0\n0\n", "2").out.find("written: 1\n1\n0\n0\n"), std::string::npos);
