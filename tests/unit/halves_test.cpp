@@ -1,0 +1,208 @@
+/* tests/unit/halves_test.cpp: the two halves of a bisection side by side: whoever is first, the
+ * result and the control record are those of one thread.
+ */
+#include "partition/halves.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <set>
+#include <sstream>
+
+#include "core/random.h"
+#include "core/timers.h"
+#include "partition/recursive.h"
+#include "support.h"
+
+/* A thread that is none: the half is at work when it is started, or when it is waited for. */
+struct Task {
+    void (*work)(void *half);
+    void *half;
+};
+static int nstarted;
+
+static void *work_at_once(void (*work)(void *half), void *half)
+{
+    nstarted++;
+    work(half);
+    return &nstarted;
+}
+
+static void awaited_already(void *)
+{
+}
+
+static void *work_later(void (*work)(void *half), void *half)
+{
+    nstarted++;
+    return new Task{work, half};
+}
+
+static void work_now(void *place)
+{
+    const Task *const task = static_cast<Task *>(place);
+    task->work(task->half);
+    delete task;
+}
+
+static void *refuse(void (*)(void *half), void *)
+{
+    nstarted++;
+    return nullptr;
+}
+
+static Crew early_crew(int idle)
+{
+    return {work_at_once, awaited_already, idle, true, 0};
+}
+
+static Crew late_crew(int idle)
+{
+    return {work_later, work_now, idle, true, 0};
+}
+
+struct Divided {
+    std::vector<int> part;
+    int cut, starts;
+    std::string trace;
+    PartCtrl ctrl; // as it was left
+};
+
+static PartCtrl own_ctrl()
+{
+    PartCtrl ctrl = default_ctrl();
+    ctrl.random = own_generator(1);
+    ctrl.seed = 11;
+    return ctrl;
+}
+
+/* Partitions 400 vertices into k parts. */
+static Divided divide(PartCtrl ctrl, int k, Crew *crew)
+{
+    constexpr int ncells = 400;
+    Divided result = {std::vector<int>(ncells), -1, 0, "", {}};
+    ctrl.nparts = k;
+    ctrl.crew = crew;
+    nstarted = 0;
+    const HGraphPtr graph = make_hgraph(ncells, random_nets(6, ncells, 500, 4));
+    result.trace = capture_stdout(
+        [&] { result.cut = MultilevelPartition__(&ctrl, graph.get(), result.part.data()); });
+    result.starts = nstarted;
+    result.ctrl = ctrl;
+    return result;
+}
+
+static void expect_same(const Divided &wanted, const Divided &found)
+{
+    EXPECT_EQ(wanted.part, found.part);
+    EXPECT_EQ(wanted.cut, found.cut);
+    EXPECT_EQ(wanted.trace, found.trace);
+}
+
+TEST(Halves, are_the_same_whichever_is_first)
+{
+    for (const int k : {4, 5, 8, 13}) {
+        for (const int dbglvl : {0, 1 + 2 + 4 + 8 + 16 + 128 + 256}) {
+            PartCtrl ctrl = own_ctrl();
+            ctrl.dbglvl = dbglvl;
+            ctrl.kwayrefine = 1;
+            const Divided wanted = divide(ctrl, k, nullptr);
+            for (int idle = 1; idle < 4; idle++) {
+                Crew early = early_crew(idle), late = late_crew(idle);
+                const Divided right_first = divide(ctrl, k, &early);
+                const Divided left_first = divide(ctrl, k, &late);
+                expect_same(wanted, right_first);
+                expect_same(wanted, left_first);
+                EXPECT_GT(right_first.starts, 0);
+                EXPECT_GT(left_first.starts, 0);
+                EXPECT_EQ(early.idle, idle);
+                EXPECT_EQ(late.idle, idle);
+            }
+        }
+    }
+}
+
+TEST(Halves, leave_the_control_record_as_the_last_bisection_in_order_does)
+{
+    const Divided wanted = divide(own_ctrl(), 9, nullptr);
+    Crew early = early_crew(2), late = late_crew(2);
+    for (Crew *const crew : {&early, &late}) {
+        const Divided found = divide(own_ctrl(), 9, crew);
+        EXPECT_EQ(wanted.ctrl.MaxCellWgt, found.ctrl.MaxCellWgt);
+        EXPECT_EQ(wanted.ctrl.heavycells, found.ctrl.heavycells);
+        EXPECT_EQ(wanted.ctrl.splitratio, found.ctrl.splitratio);
+        EXPECT_EQ(wanted.ctrl.random.oldest, found.ctrl.random.oldest);
+        EXPECT_EQ(0, memcmp(wanted.ctrl.random.lagged, found.ctrl.random.lagged,
+                            sizeof wanted.ctrl.random.lagged));
+        EXPECT_EQ(found.ctrl.traces, nullptr);
+        EXPECT_EQ(found.ctrl.crew, crew);
+    }
+}
+
+TEST(Halves, come_one_after_the_other_if_no_thread_can_be_had)
+{
+    const Divided wanted = divide(own_ctrl(), 8, nullptr);
+    Crew crew = {refuse, awaited_already, 3, true, 0};
+    const Divided found = divide(own_ctrl(), 8, &crew);
+    expect_same(wanted, found);
+    EXPECT_GT(found.starts, 0);
+    EXPECT_EQ(crew.idle, 3);
+}
+
+TEST(Halves, get_no_thread_if_all_are_at_work_or_they_are_too_small)
+{
+    const Divided wanted = divide(own_ctrl(), 8, nullptr);
+    Crew busy = early_crew(0), small = early_crew(3);
+    small.least_pins = 1500; // of some 1,500 in all
+    for (Crew *const crew : {&busy, &small}) {
+        const Divided found = divide(own_ctrl(), 8, crew);
+        expect_same(wanted, found);
+        EXPECT_EQ(found.starts, 0);
+    }
+    Crew large = early_crew(3);
+    large.least_pins = 300;
+    EXPECT_GT(divide(own_ctrl(), 8, &large).starts, 0);
+}
+
+TEST(Halves, of_two_or_three_parts_are_not_split_again)
+{
+    for (const int k : {2, 3}) {
+        Crew crew = early_crew(3);
+        EXPECT_EQ(divide(own_ctrl(), k, &crew).starts, 0) << k << " parts";
+    }
+}
+
+TEST(Halves, without_order_print_the_same_lines)
+{
+    PartCtrl ctrl = own_ctrl();
+    ctrl.dbglvl = DBG_COARSEN | DBG_RUN;
+    const Divided wanted = divide(ctrl, 8, nullptr);
+    Crew crew = early_crew(3);
+    crew.ordered = false;
+    const Divided found = divide(ctrl, 8, &crew);
+    EXPECT_NE(wanted.trace, found.trace);
+    const auto lines = [](const std::string &text) {
+        std::multiset<std::string> set;
+        std::istringstream stream(text);
+        for (std::string line; std::getline(stream, line);) set.insert(line);
+        return set;
+    };
+    EXPECT_EQ(lines(wanted.trace), lines(found.trace));
+}
+
+TEST(Halves, charge_their_stages_together)
+{
+    PartCtrl ctrl = own_ctrl();
+    ctrl.dbglvl = DBG_TIME;
+    ctrl.Nruns = 30;
+    Crew late = late_crew(1);
+    Divided found = divide(ctrl, 4, &late);
+    EXPECT_EQ(found.starts, 1);
+    const double both = found.ctrl.timers[TIME_COARSENING];
+    EXPECT_GT(both, 0);
+    EXPECT_LT(both, seconds__());
+    ctrl.timers[TIME_COARSENING] = 1000; // what was charged before stays charged
+    found = divide(ctrl, 4, &late);
+    EXPECT_GT(found.ctrl.timers[TIME_COARSENING], 1000);
+    EXPECT_LT(found.ctrl.timers[TIME_COARSENING], 1000 + seconds__());
+}
