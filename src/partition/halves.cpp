@@ -15,14 +15,6 @@
 #include "core/trace.h"
 #include "partition/recursive.h"
 
-struct Half {
-    PartCtrl ctrl; // its own: generator, timers, traces
-    HGraph *graph;
-    int *part;
-    int k, offset;
-    int cut; // out
-};
-
 static bool take_thread(Crew *crew)
 {
     int idle = crew->idle.load();
@@ -36,9 +28,8 @@ static void give_back(Crew *crew)
     crew->idle++;
 }
 
-static void partition_half(void *place)
+static void partition_half(Half *half)
 {
-    Half *const half = static_cast<Half *>(place);
     half->cut = MLRB__(&half->ctrl, half->graph, half->part, half->k, half->offset);
     give_back(half->ctrl.crew);
 }
@@ -83,13 +74,13 @@ static void append_traces(const PartCtrl *ctrl, FILE *file)
     fclose(file);
 }
 
-/* Makes ctrl what it would be had it gone through the half itself. */
+/* Makes ctrl what it would be had it gone through the half itself; splitratio is 0.5 at the end of
+ * either half. */
 static void take_over(PartCtrl *ctrl, const Half *half)
 {
     const PartCtrl *const other = &half->ctrl;
     for (int i = 0; i < NTIMERS; i++) ctrl->timers[i] += other->timers[i];
     ctrl->random = other->random;
-    ctrl->splitratio = other->splitratio;
     ctrl->MaxCellWgt = other->MaxCellWgt;
     ctrl->heavycells = other->heavycells;
     if (keeps_traces_back(ctrl)) append_traces(ctrl, other->traces);

@@ -10,6 +10,15 @@
 /* A half of fewer pins takes less time than it takes to start a thread for it. */
 constexpr int WORTH_A_THREAD = 1000;
 
+/* The right half of a bisection, to be partitioned by a thread of its own. */
+struct Half {
+    PartCtrl ctrl; // its own: generator, timers, traces
+    HGraph *graph;
+    int *part;
+    int k, offset;
+    int cut; // out
+};
+
 /* The threads of one call, shared by the control records of all its halves. Where threads come from
  * is for the program around the engine to say.
  *   W1  threads at work, those that wait for another not counted, are at most the number wanted,
@@ -18,7 +27,7 @@ constexpr int WORTH_A_THREAD = 1000;
 struct Crew {
     /* Runs work(half) in a thread, which it returns; null, and nothing is run, if none can be had.
      */
-    void *(*start)(void (*work)(void *half), void *half);
+    void *(*start)(void (*work)(Half *half), Half *half);
     void (*await)(void *thread); // returns when its work is done
 
     std::atomic<int> idle; // threads wanted and not at work

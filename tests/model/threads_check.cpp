@@ -21,13 +21,13 @@
 
 static std::atomic<long long> nstarted;
 
-static void *start_thread(void (*work)(void *half), void *half)
+static void *start_thread(void (*work)(Half *half), Half *half)
 {
     nstarted++;
     return new std::thread(work, half);
 }
 
-static void *refuse_thread(void (*)(void *half), void *)
+static void *refuse_thread(void (*)(Half *half), Half *)
 {
     return nullptr;
 }

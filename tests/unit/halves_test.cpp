@@ -16,15 +16,17 @@
 
 /* A thread that is none: the half is at work when it is started, or when it is waited for. */
 struct Task {
-    void (*work)(void *half);
-    void *half;
+    void (*work)(Half *half);
+    Half *half;
 };
-static int nstarted;
+static int nstarted, right_pins; // pins: of the half started last
 
-static void *work_at_once(void (*work)(void *half), void *half)
+static void *work_at_once(void (*work)(Half *half), Half *half)
 {
     nstarted++;
+    right_pins = half->graph->netptr[half->graph->nnets];
     work(half);
+    half->ctrl.timers[TIME_SPARE] += 5;
     return &nstarted;
 }
 
@@ -32,7 +34,7 @@ static void awaited_already(void *)
 {
 }
 
-static void *work_later(void (*work)(void *half), void *half)
+static void *work_later(void (*work)(Half *half), Half *half)
 {
     nstarted++;
     return new Task{work, half};
@@ -45,7 +47,7 @@ static void work_now(void *place)
     delete task;
 }
 
-static void *refuse(void (*)(void *half), void *)
+static void *refuse(void (*)(Half *half), Half *)
 {
     nstarted++;
     return nullptr;
@@ -76,15 +78,17 @@ static PartCtrl own_ctrl()
     return ctrl;
 }
 
-/* Partitions 400 vertices into k parts. */
-static Divided divide(PartCtrl ctrl, int k, Crew *crew)
+/* Partitions 400 vertices into k parts; one vertex is heavier than the others. */
+static Divided divide(PartCtrl ctrl, int k, Crew *crew, unsigned seed = 6, int heaviest = 1)
 {
     constexpr int ncells = 400;
     Divided result = {std::vector<int>(ncells), -1, 0, "", {}};
     ctrl.nparts = k;
     ctrl.crew = crew;
     nstarted = 0;
-    const HGraphPtr graph = make_hgraph(ncells, random_nets(6, ncells, 500, 4));
+    std::vector<int> cellwgt(ncells, 1);
+    cellwgt[7] = heaviest;
+    const HGraphPtr graph = make_hgraph(ncells, random_nets(seed, ncells, 500, 4), {}, cellwgt);
     result.trace = capture_stdout(
         [&] { result.cut = MultilevelPartition__(&ctrl, graph.get(), result.part.data()); });
     result.starts = nstarted;
@@ -128,6 +132,8 @@ TEST(Halves, leave_the_control_record_as_the_last_bisection_in_order_does)
     Crew early = early_crew(2), late = late_crew(2);
     for (Crew *const crew : {&early, &late}) {
         const Divided found = divide(own_ctrl(), 9, crew);
+        EXPECT_EQ(wanted.part, found.part);
+        EXPECT_EQ(wanted.cut, found.cut);
         EXPECT_EQ(wanted.ctrl.MaxCellWgt, found.ctrl.MaxCellWgt);
         EXPECT_EQ(wanted.ctrl.heavycells, found.ctrl.heavycells);
         EXPECT_EQ(wanted.ctrl.splitratio, found.ctrl.splitratio);
@@ -190,19 +196,42 @@ TEST(Halves, without_order_print_the_same_lines)
     EXPECT_EQ(lines(wanted.trace), lines(found.trace));
 }
 
-TEST(Halves, charge_their_stages_together)
+TEST(Halves, need_pins_enough_on_both_sides)
+{
+    int smaller_left = 0, smaller_right = 0;
+    for (unsigned seed = 0; seed < 20; seed++) {
+        Crew crew = early_crew(1);
+        divide(own_ctrl(), 4, &crew, seed);
+        crew.least_pins = right_pins + 1;
+        EXPECT_EQ(divide(own_ctrl(), 4, &crew, seed).starts, 0);
+        crew.least_pins = right_pins;
+        (divide(own_ctrl(), 4, &crew, seed).starts > 0 ? smaller_right : smaller_left)++;
+    }
+    EXPECT_GT(smaller_left, 0);
+    EXPECT_GT(smaller_right, 0);
+}
+
+TEST(Halves, with_a_heavy_vertex_on_one_side_leave_what_the_right_one_says)
+{
+    constexpr int n = 20;
+    int nheavy = 0;
+    for (unsigned seed = 0; seed < 20; seed++) {
+        const Divided wanted = divide(own_ctrl(), 4, nullptr, seed, 30);
+        Crew crew = early_crew(1);
+        EXPECT_EQ(divide(own_ctrl(), 4, &crew, seed, 30).ctrl.heavycells, wanted.ctrl.heavycells);
+        nheavy += wanted.ctrl.heavycells;
+    }
+    EXPECT_TRUE(nheavy > 0 && nheavy < n) << nheavy;
+}
+
+TEST(Halves, add_up_what_their_stages_took)
 {
     PartCtrl ctrl = own_ctrl();
-    ctrl.dbglvl = DBG_TIME;
-    ctrl.Nruns = 30;
-    Crew late = late_crew(1);
-    Divided found = divide(ctrl, 4, &late);
-    EXPECT_EQ(found.starts, 1);
-    const double both = found.ctrl.timers[TIME_COARSENING];
-    EXPECT_GT(both, 0);
-    EXPECT_LT(both, seconds__());
-    ctrl.timers[TIME_COARSENING] = 1000; // what was charged before stays charged
-    found = divide(ctrl, 4, &late);
-    EXPECT_GT(found.ctrl.timers[TIME_COARSENING], 1000);
-    EXPECT_LT(found.ctrl.timers[TIME_COARSENING], 1000 + seconds__());
+    ctrl.timers[TIME_SPARE] = 1000; // charged before
+    ctrl.timers[TIME_AUX2] = 2000;
+    Crew crew = early_crew(1);
+    const Divided found = divide(ctrl, 8, &crew);
+    EXPECT_GT(found.starts, 1);
+    EXPECT_EQ(found.ctrl.timers[TIME_SPARE], 1000 + 5 * found.starts);
+    EXPECT_EQ(found.ctrl.timers[TIME_AUX2], 2000);
 }

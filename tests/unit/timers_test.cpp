@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
+#include "partition/halves.h"
 #include "support.h"
 
 static PartCtrl numbered_timers()
@@ -80,4 +83,30 @@ TEST(Timers, the_clock_advances_with_the_work_of_the_process)
     volatile unsigned work = 0;
     while (seconds__() <= before) work = work + 1;
     EXPECT_GT(seconds__(), before);
+}
+
+/* Charges a timer while another thread works for a while. */
+static double charged(Timer timer, Crew *crew)
+{
+    PartCtrl ctrl = {};
+    ctrl.dbglvl = DBG_TIME;
+    ctrl.crew = crew;
+    start_timer(&ctrl, timer);
+    std::thread other([] {
+        const double end = seconds__() + 0.2;
+        volatile unsigned work = 0;
+        while (seconds__() < end) work = work + 1;
+    });
+    other.join();
+    stop_timer(&ctrl, timer);
+    return ctrl.timers[timer];
+}
+
+TEST(Timers, with_threads_a_stage_is_charged_its_own_thread_and_the_whole_all_of_them)
+{
+    Crew crew = {};
+    EXPECT_GE(charged(TIME_COARSENING, nullptr), 0.15);
+    EXPECT_LT(charged(TIME_COARSENING, &crew), 0.1);
+    EXPECT_GE(charged(TIME_MULTILEVEL, &crew), 0.15);
+    EXPECT_GE(charged(TIME_TOTAL, &crew), 0.15);
 }

@@ -14,8 +14,8 @@ constexpr size_t STACK = size_t{1} << 20; // bytes; the engine needs a few KB
 /* A thread at work. */
 struct Running {
     pthread_t thread;
-    void (*work)(void *half);
-    void *half;
+    void (*work)(Half *half);
+    Half *half;
 };
 
 static void *do_work(void *place)
@@ -25,7 +25,7 @@ static void *do_work(void *place)
     return nullptr;
 }
 
-static void *start_thread(void (*work)(void *half), void *half)
+static void *start_thread(void (*work)(Half *half), Half *half)
 {
     Running *const running = static_cast<Running *>(malloc(sizeof(Running)));
     if (running == nullptr) return nullptr;
