@@ -7,13 +7,13 @@ import bz2
 import gzip
 import lzma
 import os
-import tempfile
 import warnings
 from dataclasses import dataclass
 from typing import List, Optional, Sequence, Union
 
 from . import _filelib as filelib
-from .errors import FileError, InputError
+from ._output import write_files
+from .errors import InputError
 from .hypergraph import Hypergraph, HypergraphLike, as_hypergraph, pointer, to_ints
 from .results import Partition
 
@@ -160,25 +160,7 @@ def _packed(name: str, text: bytes) -> bytes:
 
 def _write_bytes(path: Path, text: bytes) -> None:
     """Writes a file, compressed if its name says so: whole, or the old one stays."""
-    name = os.fsdecode(path)
-    content = _packed(name, text)
-    folder = os.path.dirname(os.path.abspath(name))
-    try:
-        handle, temporary = tempfile.mkstemp(prefix=".zorpel-", dir=folder)
-    except OSError as reason:
-        raise FileError(f"{name}: {reason.strerror}") from None
-    try:
-        with os.fdopen(handle, "wb") as file:
-            file.write(content)
-            file.flush()
-            os.fsync(file.fileno())
-        mask = os.umask(0)
-        os.umask(mask)
-        os.chmod(temporary, 0o666 & ~mask)
-        os.replace(temporary, name)
-    except BaseException:
-        os.unlink(temporary)
-        raise
+    write_files([(path, _packed(os.fsdecode(path), text))])
 
 
 def write(path: Path, hypergraph: HypergraphLike) -> None:
