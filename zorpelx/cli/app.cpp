@@ -13,13 +13,10 @@ static void add_option(CLI::App *command, size_t index, Settings *settings)
         settings->given[index] = true;
     };
     if (is_switch(row)) {
-        command->add_flag_function(
-            row.names, [take](int64_t) { take("yes"); }, full_help(row));
+        command->add_flag_function(row.names, [take](int64_t) { take("yes"); });
         return;
     }
-    CLI::Option *const option =
-        command->add_option_function<std::string>(row.names, take, full_help(row));
-    option->type_name(is_place(row) ? "" : row.value);
+    CLI::Option *const option = command->add_option_function<std::string>(row.names, take);
     if (!is_place(row)) option->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
     if (row.fallback == nullptr) option->required();
 }
@@ -30,35 +27,15 @@ static void add_options(CLI::App *app, unsigned command, Settings *settings)
         if (OPTIONS[i].commands & command) add_option(app, i, settings);
 }
 
-/* What stands below the options of a command's help. */
-static std::string footer_of(const CommandRow &row)
-{
-    if (row.command != PARTITION) return "";
-    std::string text = "Presets:\n";
-    for (const PresetRow &preset : PRESET_ROWS)
-        text += text_of("  %-26s%s\n", preset.name, preset_text(preset).c_str());
-    return text;
-}
-
-static std::string footer_of_all()
-{
-    std::string text = "Exit status:\n";
-    for (const StatusRow &row : STATUS_ROWS)
-        text += text_of("  %-26s%s\n", row.number, row.meaning);
-    return text + "\nzorpelx COMMAND --help tells the options of a command.";
-}
-
 std::unique_ptr<CLI::App> make_app(Settings *settings)
 {
     auto app =
         std::make_unique<CLI::App>("Partition hypergraphs and check what came out.", "zorpelx");
-    app->set_version_flag("--version", "zorpelx " ZORPELX_CLI_VERSION);
+    app->set_version_flag("-V,--version", ZORPELX_CLI_VERSION);
     app->require_subcommand(0, 1);
-    app->footer(footer_of_all());
     add_options(app.get(), GLOBAL, settings);
     for (const CommandRow &row : COMMANDS) {
         CLI::App *const command = app->add_subcommand(row.name, row.summary);
-        command->footer(footer_of(row));
         add_options(command, row.command, settings);
     }
     return app;

@@ -12,6 +12,8 @@ Status run_lint(const Settings &settings);
 Status run_stats(const Settings &settings);
 
 /* What the table of options becomes besides the parser. */
+std::string help_of(const CommandRow &command);
+std::string help_of_all();
 std::string manual_page();
 std::string bash_completion();
 std::string zsh_completion();

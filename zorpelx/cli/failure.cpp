@@ -3,6 +3,10 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <new>
+#include <stdexcept>
+
+#include "escaped.h"
 
 const std::vector<StatusRow> STATUS_ROWS = {
     {"0", "done; for verify: all that was claimed is so"},
@@ -35,4 +39,25 @@ void fail(Status status, const char *format, ...)
     std::string text = formatted(format, arguments);
     va_end(arguments);
     throw Failure{status, std::move(text)};
+}
+
+Failure current_failure()
+{
+    try {
+        throw;
+    } catch (const Failure &failure) {
+        return failure;
+    } catch (const std::bad_alloc &) {
+        return {STATUS_MEMORY, "out of memory"};
+    } catch (const std::length_error &) {
+        return {STATUS_MEMORY, "out of memory"};
+    } catch (const std::exception &error) {
+        return {STATUS_FAILED, error.what()};
+    }
+}
+
+void tell(const std::string &text)
+{
+    fflush(stdout);
+    fprintf(stderr, "zorpelx: %s\n", escaped(text, "\n").c_str());
 }

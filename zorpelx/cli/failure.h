@@ -31,6 +31,13 @@ struct Failure {
     std::string text;
 };
 
+/* What the exception at hand means; called in a catch block only. */
+Failure current_failure();
+
+/* Prints "zorpelx: ", the text and a newline on standard error, after what standard output holds.
+ * What a terminal would obey is shown escaped, but for newlines. */
+void tell(const std::string &text);
+
 [[noreturn]] void fail(Status status, const char *format, ...)
     __attribute__((format(printf, 2, 3)));
 

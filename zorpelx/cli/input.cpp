@@ -5,6 +5,8 @@
 
 #include "partfiles.h"
 
+#include "escaped.h"
+
 static const double began = budget_clock(); // the program
 
 static long long ll(int64_t number)
@@ -14,7 +16,7 @@ static long long ll(int64_t number)
 
 std::string shown_name(const std::string &name)
 {
-    return name == "-" ? "standard input" : name;
+    return name == "-" ? "standard input" : escaped(name);
 }
 
 Budget budget_for(const Settings &settings, const std::string &name)

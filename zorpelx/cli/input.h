@@ -11,7 +11,7 @@
 #include "options.h"
 #include "read_hgr.h"
 
-/* How messages call a file: its name, "standard input" for "-". */
+/* How messages call a file: its name, escaped; "standard input" for "-". */
 std::string shown_name(const std::string &name);
 
 /* Runs work, and gives up where reading does. */

@@ -2,17 +2,16 @@
 #include <algorithm>
 #include <cstdio>
 
-#include <nlohmann/json.hpp>
-
 #include "advice.h"
 #include "commands.h"
+#include "escaped.h"
 #include "hypergraph.h"
 #include "input.h"
+#include "json.h"
 #include "output.h"
 #include "partfiles.h"
+#include "suggest.h"
 #include "write_hgr.h"
-
-using Json = nlohmann::ordered_json;
 
 constexpr size_t MOST_HEAVY = 10; // heavy vertices shown
 
@@ -48,6 +47,13 @@ static void explain(const Rule &rule)
            wrapped(rule.explanation).c_str());
 }
 
+static std::vector<std::string> rule_names()
+{
+    std::vector<std::string> names;
+    for (const Rule &rule : RULES) names.push_back(rule.name);
+    return names;
+}
+
 static Status explain_rules(const std::string &word)
 {
     if (word == "all") {
@@ -55,7 +61,9 @@ static Status explain_rules(const std::string &word)
         return STATUS_OK;
     }
     const Rule *const rule = find_rule(word);
-    if (rule == nullptr) fail(STATUS_USAGE, "there is no rule '%s'", word.c_str());
+    if (rule == nullptr)
+        fail(STATUS_USAGE, "there is no rule '%s'%s", escaped(word).c_str(),
+             suggestion(word, rule_names()).c_str());
     explain(*rule);
     return STATUS_OK;
 }
@@ -269,7 +277,8 @@ static void tell_long_lines(const std::string &text)
 static std::string map_name(const Settings &settings)
 {
     if (!settings.map.empty()) return settings.map;
-    return settings.clean == "-" ? "" : settings.clean + ".map";
+    const bool none = settings.clean.empty() || is_stream_name(settings.clean);
+    return none ? "" : settings.clean + ".map";
 }
 
 /* Errors of which the clean file is free, with nothing lost. */
@@ -287,8 +296,8 @@ static const Finding *beyond_mending(const Findings &findings, bool force)
     return nullptr;
 }
 
-/* The clean file and the map back. */
-static void write_clean(const Settings &settings, const Lint &lint)
+/* Writes the clean file and the map back; returns what there is to say about them. */
+static std::string write_clean(const Settings &settings, const Lint &lint, const Writer &writer)
 {
     const Finding *const bad = beyond_mending(lint.findings, settings.force);
     if (bad != nullptr)
@@ -305,12 +314,9 @@ static void write_clean(const Settings &settings, const Lint &lint)
     });
     const std::string text = hgr_text(clean);
     tell_long_lines(text);
-    write_whole(settings.clean, text);
-    const std::string name = map_name(settings);
-    if (!name.empty()) write_whole(name, map);
-    if (!settings.quiet)
-        fprintf(stderr, "zorpelx: %s: %lld of %lld hyperedges; vertices keep their order\n",
-                shown_output(settings.clean).c_str(), ll(nkept), ll(lint.graph.nnets));
+    write_together(writer, {text, map});
+    return text_of("%s: %lld of %lld hyperedges; vertices keep their order",
+                   shown_output(settings.clean).c_str(), ll(nkept), ll(lint.graph.nnets));
 }
 
 static void scan_hypergraph_file(const Settings &settings, Lint *lint)
@@ -345,29 +351,49 @@ static Lint scan_files(const Settings &settings)
     return lint;
 }
 
+static std::string lint_json(const Settings &settings, const Lint &lint, const Advice *advice,
+                             const Failure &outcome)
+{
+    Json json = answer_json(settings, LINT, outcome.status, outcome.text);
+    json.update({{"zorpel", judgement_name(lint.judgement)},
+                 {"errors", found_errors(lint)},
+                 {"warnings", found(lint, WARNING)},
+                 {"notes", found(lint, NOTE)},
+                 {"counts", counts_json(lint)},
+                 {"findings", findings_json(settings.hypergraph, lint.findings)}});
+    for (Json &finding : findings_json(settings.fix, lint.fixfindings))
+        json["findings"].push_back(finding);
+    if (advice != nullptr) json["advice"] = advice_json(settings, lint, *advice);
+    return json_text(json);
+}
+
 static void print_answer(const Settings &settings, const Lint &lint, const Advice *advice)
 {
-    if (settings.clean == "-") return; // the clean file goes there
-    if (settings.format == FORMAT_JSON) {
-        Json json = {{"hypergraph", settings.hypergraph},
-                     {"zorpel", judgement_name(lint.judgement)},
-                     {"errors", found_errors(lint)},
-                     {"warnings", found(lint, WARNING)},
-                     {"notes", found(lint, NOTE)},
-                     {"counts", counts_json(lint)},
-                     {"findings", findings_json(settings.hypergraph, lint.findings)}};
-        for (Json &finding : findings_json(settings.fix, lint.fixfindings))
-            json["findings"].push_back(finding);
-        if (advice != nullptr) json["advice"] = advice_json(settings, lint, *advice);
-        puts(json.dump(2, ' ', false, Json::error_handler_t::replace).c_str());
-        return;
-    }
     if (!settings.quiet || is_bad(lint, settings.strict)) {
         print_findings(settings.hypergraph, lint.findings, settings.notes);
         print_findings(settings.fix, lint.fixfindings, settings.notes);
     }
     if (!settings.quiet) print_summary(lint);
     if (advice != nullptr) print_advice(settings, lint, *advice);
+}
+
+/* Writes the clean file if one is wanted. The text is what there is to say about it. */
+static Failure mend(const Settings &settings, const Lint &lint, const Writer &writer,
+                    bool infeasible)
+{
+    Failure outcome = {infeasible ? STATUS_INFEASIBLE : STATUS_OK, ""};
+    bool mended = false;
+    try {
+        if (!settings.clean.empty()) {
+            outcome.text = write_clean(settings, lint, writer);
+            mended = !are_bad(lint.fixfindings, settings.strict);
+        }
+    } catch (...) {
+        return current_failure();
+    }
+    if (settings.quiet) outcome.text.clear();
+    if (is_bad(lint, settings.strict) && !mended) outcome.status = STATUS_BAD_INPUT;
+    return outcome;
 }
 
 Status run_lint(const Settings &settings)
@@ -378,10 +404,11 @@ Status run_lint(const Settings &settings)
     if (settings.nparts == 0 && was_given(settings, &Settings::keep))
         fail(STATUS_USAGE, "--keep needs -k");
     if (!settings.map.empty() && settings.clean.empty()) fail(STATUS_USAGE, "--map needs --fix");
-    if (settings.clean == "-" && settings.format == FORMAT_JSON)
-        fail(STATUS_USAGE, "--fix - and --format json both want standard output");
-    if (!settings.clean.empty()) // which may take the place of the hypergraph
-        check_outputs({settings.clean, map_name(settings)}, {settings.fix});
+    const Writer writer =
+        open_writer({settings.clean, map_name(settings)}, {settings.hypergraph, settings.fix});
+    const bool taken = standard_output_taken(writer);
+    if (taken && settings.format == FORMAT_JSON)
+        fail(STATUS_USAGE, "the clean file and --format json both want standard output");
     const Lint lint = scan_files(settings);
     const bool readable = found_errors(lint) == 0;
     const bool asked = settings.nparts > 0 && readable;
@@ -389,10 +416,11 @@ Status run_lint(const Settings &settings)
     if (asked)
         advice = advise(lint.graph.vertexwgt, lint.fix, settings.nparts,
                         static_cast<int>(settings.imbalance));
-    print_answer(settings, lint, asked ? &advice : nullptr);
-    fflush(stdout); // before what is said about the clean file
-    if (!settings.clean.empty()) write_clean(settings, lint);
-    const bool mended = !settings.clean.empty() && !are_bad(lint.fixfindings, settings.strict);
-    if (is_bad(lint, settings.strict) && !mended) return STATUS_BAD_INPUT;
-    return asked && advice.verdict == INFEASIBLE ? STATUS_INFEASIBLE : STATUS_OK;
+    const Failure outcome = mend(settings, lint, writer, asked && advice.verdict == INFEASIBLE);
+    if (settings.format == FORMAT_JSON)
+        fputs(lint_json(settings, lint, asked ? &advice : nullptr, outcome).c_str(), stdout);
+    else if (!taken)
+        print_answer(settings, lint, asked ? &advice : nullptr);
+    if (!outcome.text.empty()) tell(outcome.text);
+    return outcome.status;
 }

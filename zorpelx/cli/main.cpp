@@ -1,11 +1,17 @@
 /* zorpelx/cli/main.cpp: from the command line to a command and its status. */
+#include <algorithm>
+#include <csignal>
 #include <cstdio>
-#include <cstring>
-#include <new>
+#include <fcntl.h>
+#include <unistd.h>
 
 #include "app.h"
 #include "commands.h"
+#include "escaped.h"
+#include "json.h"
 #include "output.h"
+#include "version.h"
+#include "words.h"
 
 /* Standard input can be read once only. */
 static void check_standard_input(const Settings &settings)
@@ -32,65 +38,91 @@ static Status run_command(Command command, const Settings &settings)
     }
 }
 
+/* Who asked for JSON gets it, whatever happens; partition does that by itself. */
+static Status run_and_answer(Command command, const Settings &settings)
+{
+    try {
+        return run_command(command, settings);
+    } catch (...) {
+        const Failure failure = current_failure();
+        const bool asked = command != PARTITION && settings.format == FORMAT_JSON;
+        if (asked && failure.status != STATUS_USAGE)
+            fputs(json_text(answer_json(settings, command, failure.status, failure.text)).c_str(),
+                  stdout);
+        throw;
+    }
+}
+
 /* What is asked for without a command. */
 static Status run_alone(const Settings &settings)
 {
-    if (settings.man)
-        fputs(manual_page().c_str(), stdout);
-    else if (settings.completion == SHELL_BASH)
+    if (settings.completion == SHELL_BASH)
         fputs(bash_completion().c_str(), stdout);
     else if (settings.completion == SHELL_ZSH)
         fputs(zsh_completion().c_str(), stdout);
     else
         fail(STATUS_USAGE, "a command is needed: partition, verify, lint or stats; see --help");
+    flush_output();
     return STATUS_OK;
 }
 
-/* Help and version are asked for by an exception of status 0. */
-static Status parse_failed(const CLI::App &app, const CLI::ParseError &error)
+static Status print(const std::string &text)
 {
-    if (error.get_exit_code() == 0) {
-        app.exit(error);
-        flush_output();
-        return STATUS_OK;
-    }
+    fputs(text.c_str(), stdout);
+    flush_output();
+    return STATUS_OK;
+}
+
+/* Help and version are asked for by exceptions. */
+static Status parse_failed(const CLI::App &app, const CLI::ParseError &error,
+                           const std::vector<std::string> &words)
+{
     const CommandRow *const row = chosen_command(app);
-    fail(STATUS_USAGE, "%s\nSee zorpelx%s%s --help.", error.what(), row ? " " : "",
+    if (error.get_name() == "CallForVersion") return print("zorpelx " ZORPELX_CLI_VERSION "\n");
+    if (error.get_exit_code() == 0) return print(row != nullptr ? help_of(*row) : help_of_all());
+    std::string fault = fault_of_words(words);
+    if (fault.empty()) fault = error.what();
+    fail(STATUS_USAGE, "%s\nSee zorpelx%s%s --help.", escaped(fault).c_str(), row ? " " : "",
          row ? row->name : "");
 }
 
-static Status run(int nwords, char **words)
+static Status run(std::vector<std::string> words)
 {
+    if (asks_for_manual(words)) return print(manual_page());
+    words = without_help_command(words);
     Settings settings = fallback_settings();
     const auto app = make_app(&settings);
     try {
-        app->parse(nwords, words);
+        app->parse(std::vector<std::string>(words.rbegin(), words.rend())); // the last one first
     } catch (const CLI::ParseError &error) {
-        return parse_failed(*app, error);
+        return parse_failed(*app, error, words);
     }
     const CommandRow *const row = chosen_command(*app);
-    const Status status =
-        row != nullptr ? run_command(row->command, settings) : run_alone(settings);
+    if (row == nullptr) return run_alone(settings);
+    const Status status = run_and_answer(row->command, settings);
     flush_output();
     return status;
 }
 
+/* A standard stream that is closed must not become a file that the program opens; what is read
+ * from it or written to it fails as before. */
+static void hold_standard_streams()
+{
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(stream, F_GETFD) >= 0) continue;
+        if (open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY) < 0) return;
+    }
+}
+
 int main(int nwords, char **words)
 {
+    hold_standard_streams();
+    signal(SIGXFSZ, SIG_IGN); // a write past a file size limit fails, and that is told
     try {
-        return run(nwords, words);
-    } catch (const Failure &failure) {
-        fflush(stdout);
-        fprintf(stderr, "zorpelx: %s\n", failure.text.c_str());
+        return run(std::vector<std::string>(words + std::min(nwords, 1), words + nwords));
+    } catch (...) {
+        const Failure failure = current_failure();
+        tell(failure.text);
         return failure.status;
-    } catch (const std::bad_alloc &) {
-        fputs("zorpelx: out of memory\n", stderr);
-        return STATUS_MEMORY;
-    } catch (const std::length_error &) {
-        fputs("zorpelx: out of memory\n", stderr);
-        return STATUS_MEMORY;
-    } catch (const std::exception &error) {
-        fprintf(stderr, "zorpelx: %s\n", error.what());
-        return STATUS_FAILED;
     }
 }

@@ -132,7 +132,7 @@ std::string manual_page()
             "files may be compressed by gzip, zstd, xz or bzip2.\n";
     page += options_of(GLOBAL);
     page += ".TP\n\\fB\\-h, \\-\\-help\\fR\nPrint help, also after a command.\n"
-            ".TP\n\\fB\\-\\-version\\fR\nPrint the version.\n";
+            ".TP\n\\fB\\-V, \\-\\-version\\fR\nPrint the version.\n";
     for (const CommandRow &command : COMMANDS)
         page += text_of(".SH %s\n%s\n.PP\n%s\n", upper(command.name).c_str(),
                         roff(command.summary).c_str(), roff(command.description).c_str()) +

@@ -8,6 +8,7 @@
 #include <strings.h>
 
 #include "failure.h"
+#include "suggest.h"
 
 constexpr int64_t BY_NUMBER = 1; // as the `most` of a list of choices: zorpel knows their numbers
 
@@ -33,9 +34,11 @@ const PresetRow PRESET_ROWS[] = {
 
 const std::vector<CommandRow> COMMANDS = {
     {PARTITION, "partition", "Divide a hypergraph into parts.",
-     "The partition file holds the part of each vertex, from 0, one a line. It is written beside "
-     "its place, synced and renamed over it, so that whatever happens the old file or the new one "
-     "is there.\n"
+     "The partition file holds the part of each vertex, from 0, one a line. It has no name until "
+     "it is whole and synced, so that whatever happens the old file or the new one is there; the "
+     "JSON file appears together with it. A place that cannot be written is reported before the "
+     "run, and an output that is read, or two that are one place, are refused. Standard output, "
+     "FIFOs and devices are written where they stand.\n"
      "With a deadline or an interrupt the best start that is finished is delivered, and the status "
      "tells that it was cut short. Without --timeout the result depends only on the hypergraph and "
      "the options, not on the number of processors."},
@@ -230,6 +233,14 @@ std::string full_help(const OptionRow &row)
     return help;
 }
 
+static std::vector<std::string> choice_list(const OptionRow &row)
+{
+    std::vector<std::string> names;
+    for (const Choice *choice = row.choices; choice->name != nullptr; choice++)
+        names.push_back(choice->name);
+    return names;
+}
+
 static std::string set_number(const OptionRow &row, const std::string &word, int64_t *number)
 {
     for (const Choice *choice = row.choices; choice != nullptr && choice->name != nullptr; choice++)
@@ -239,7 +250,8 @@ static std::string set_number(const OptionRow &row, const std::string &word, int
             return "";
         }
     if (row.choices != nullptr)
-        return text_of("'%s' is none of %s", word.c_str(), choice_names(row, ", ").c_str());
+        return text_of("'%s' is none of %s%s", word.c_str(), choice_names(row, ", ").c_str(),
+                       suggestion(word, choice_list(row)).c_str());
     char *end = nullptr;
     errno = 0;
     const long long value = strtoll(word.c_str(), &end, 10);

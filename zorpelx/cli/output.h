@@ -1,24 +1,28 @@
-/* zorpelx/cli/output.h: files that are written whole or not at all. */
+/* zorpelx/cli/output.h: what a command writes, with failures for faults. */
 #ifndef ZORPELX_CLI_OUTPUT_H
 #define ZORPELX_CLI_OUTPUT_H
 
-#include <string>
-#include <vector>
+#include <memory>
 
-/* Writes a file so that a reader, a full disk, a kill or a power cut finds the old content or the
- * new one: into a temporary file beside it, synced, renamed over it. The name "-" is standard
- * output; a device or a pipe is written to as it stands, a symbolic link keeps pointing.
- * Errors  STATUS_IO; the temporary file is removed */
-void write_whole(const std::string &name, const std::string &content);
+#include "outputs.h"
 
-/* Throws STATUS_USAGE if an output is the same regular file as another output or an input. Names
- * that are empty, "-" or not there yet are compared as they stand. */
-void check_outputs(const std::vector<std::string> &outputs, const std::vector<std::string> &inputs);
+using Writer = std::unique_ptr<Outputs, void (*)(Outputs *)>;
 
-/* How messages call a file that is written: its name, "standard output" for "-". */
-std::string shown_output(const std::string &name);
+/* Opens all outputs of a command before it runs; see open_outputs(). Standard output and standard
+ * error, where they are files, must be none of the inputs or outputs either.
+ *   names   of the outputs; an empty one stands for none
+ *   inputs  all that the command reads; empty names are passed over
+ * Throws  STATUS_USAGE, STATUS_IO */
+Writer open_writer(const std::vector<std::string> &names, const std::vector<std::string> &inputs);
 
-/* Sends what standard output still holds on its way. Errors: STATUS_IO */
+/* Writes them together: the contents in the order of the names; see write_outputs().
+ * Throws  STATUS_IO */
+void write_together(const Writer &writer, const std::vector<std::string_view> &contents);
+
+/* Whether one of the outputs goes to standard output, which then takes nothing else. */
+bool standard_output_taken(const Writer &writer);
+
+/* Sends what standard output still holds on its way. Throws: STATUS_IO */
 void flush_output();
 
 #endif

@@ -8,20 +8,16 @@
 #include <climits>
 #include <csignal>
 #include <cstdio>
-#include <unistd.h>
-
-#include <nlohmann/json.hpp>
 
 #include "advice.h"
 #include "commands.h"
 #include "figures.h"
 #include "hypergraph.h"
 #include "input.h"
+#include "json.h"
 #include "output.h"
-#include "version.h"
+#include "progress.h"
 #include "zorpelx.h"
-
-using Json = nlohmann::ordered_json;
 
 using Clock = std::chrono::steady_clock;
 
@@ -67,30 +63,11 @@ static void catch_signals()
     sigaction(SIGTERM, &action, nullptr);
 }
 
-static int show_progress(void *, const zorpelx_progress *progress)
-{
-    fprintf(stderr, "\r%d of %d starts, %lld of %lld runs, %lld levels", progress->finished,
-            progress->starts, ll(progress->runs), ll(progress->allruns), ll(progress->levels));
-    if (progress->cut >= 0)
-        fprintf(stderr, ", cut %lld", ll(progress->cut));
-    else if (progress->run_cut >= 0)
-        fprintf(stderr, ", bisection %d", progress->run_cut);
-    fprintf(stderr, ", %.1f s\x1b[K", progress->seconds);
-    fflush(stderr);
-    return 0;
-}
-
 static void show_trace(void *, int start, const char *text, size_t length)
 {
     fprintf(stderr, "start %d:\n", start);
     fwrite(text, 1, length, stderr);
     fputc('\n', stderr);
-}
-
-static bool wants_progress(const Settings &settings)
-{
-    if (settings.progress == PROGRESS_AUTO) return !settings.quiet && isatty(STDERR_FILENO) == 1;
-    return settings.progress == PROGRESS_ALWAYS;
 }
 
 /* What reading the files has left of --timeout; 0 without one. */
@@ -123,7 +100,10 @@ static void set_options(const Settings &settings, Job *job)
     options->memory = static_cast<size_t>(settings.memory) << 20;
     options->fixed = job->fixed.empty() ? nullptr : job->fixed.data();
     options->cancel = &cancel;
-    if (wants_progress(settings)) options->on_progress = show_progress;
+    if (wants_progress(settings)) {
+        options->on_progress = show_progress;
+        options->user = const_cast<Settings *>(&settings);
+    }
     if (settings.trace > 0) options->on_trace = show_trace;
 }
 
@@ -163,13 +143,6 @@ static void check_feasible(const Settings &settings, const Job &job)
              ll(settings.nparts), ll(settings.imbalance), advice.reason.c_str());
 }
 
-static std::string output_name(const Settings &settings)
-{
-    if (!settings.output.empty()) return settings.output;
-    if (settings.hypergraph == "-") return "-";
-    return plain_name(settings.hypergraph) + ".part." + std::to_string(settings.nparts);
-}
-
 static int partition(const Settings &settings, Job *job)
 {
     job->eptr = narrowed(job->graph.start);
@@ -189,7 +162,7 @@ static int partition(const Settings &settings, Job *job)
     catch_signals();
     const int status =
         zorpelx_partition(&hypergraph, &job->options, job->part.data(), &job->result);
-    if (job->options.on_progress != nullptr) fputs("\r\x1b[K", stderr);
+    if (job->options.on_progress != nullptr) clear_progress();
     return status;
 }
 
@@ -233,7 +206,7 @@ static Json options_json(const Settings &settings)
             {"memory_mib", settings.memory}};
 }
 
-static Json result_json(const Settings &settings, const Job &job, int status)
+static Json result_json(const Settings &settings, const Job &job, Status status)
 {
     const Figures &figures = job.figures;
     Json parts = Json::array();
@@ -242,31 +215,28 @@ static Json result_json(const Settings &settings, const Job &job, int status)
                          {"vertices", figures.vertices[p]},
                          {"weight", figures.weight[p]},
                          {"external_degree", figures.external[p]}});
-    return {{"version", ZORPELX_CLI_VERSION},
-            {"hypergraph", settings.hypergraph},
-            {"partition", job.output},
-            {"vertices", job.graph.nvertices},
-            {"hyperedges", job.graph.nnets},
-            {"pins", job.graph.pins.size()},
-            {"options", options_json(settings)},
-            {"status", status},
-            {"message", job.result.message},
-            {"valid", job.result.valid == 1},
-            {"seed", job.result.seed},
-            {"finished", job.result.finished},
-            {"failed", job.result.failed},
-            {"cut", figures.cut},
-            {"cut_hyperedges", figures.ncut},
-            {"soed", figures.soed},
-            {"connectivity", figures.km1},
-            {"imbalance_percent", imbalance_percent(figures)},
-            {"parts", parts},
-            {"seconds", job.result.seconds}};
+    Json json = answer_json(settings, PARTITION, status, job.result.message);
+    json.update({{"partition", job.output},
+                 {"vertices", job.graph.nvertices},
+                 {"hyperedges", job.graph.nnets},
+                 {"pins", job.graph.pins.size()},
+                 {"options", options_json(settings)},
+                 {"valid", job.result.valid == 1},
+                 {"seed", job.result.seed},
+                 {"finished", job.result.finished},
+                 {"failed", job.result.failed},
+                 {"cut", figures.cut},
+                 {"cut_hyperedges", figures.ncut},
+                 {"soed", figures.soed},
+                 {"connectivity", figures.km1},
+                 {"imbalance_percent", imbalance_percent(figures)},
+                 {"parts", parts},
+                 {"seconds", job.result.seconds}});
+    return json;
 }
 
-static void print_result(const Settings &settings, const Job &job)
+static void print_result(const Job &job, bool taken)
 {
-    const bool taken = job.output == "-" || settings.json == "-";
     const Figures &figures = job.figures;
     fprintf(taken ? stderr : stdout,
             "%s: %lld parts, cut %lld of %lld, external degrees %lld, heaviest part %.2f %% above "
@@ -276,14 +246,19 @@ static void print_result(const Settings &settings, const Job &job)
             job.result.seed, job.result.seconds);
 }
 
+static std::string output_name(const Settings &settings)
+{
+    if (!settings.output.empty()) return settings.output;
+    if (is_stream_name(settings.hypergraph)) return "-";
+    return plain_name(settings.hypergraph) + ".part." + std::to_string(settings.nparts);
+}
+
 static void check_usage(const Settings &settings)
 {
     if (was_given(settings, &Settings::keep) && was_given(settings, &Settings::imbalance))
         fail(STATUS_USAGE, "--keep chooses the imbalance: leave --imbalance out");
-    if (settings.output == "-" && settings.json == "-")
-        fail(STATUS_USAGE, "-o - and --json - both want standard output");
-    if (settings.hypergraph == "-" && settings.output.empty() && settings.json == "-")
-        fail(STATUS_USAGE, "--json - needs -o when the hypergraph comes from standard input");
+    if (settings.json == "-" && settings.output.empty() && output_name(settings) == "-")
+        fail(STATUS_USAGE, "--json - needs -o when the hypergraph comes from a stream");
 }
 
 /* The status of the process: the signal's if one asked to stop, 4 for a partition that is not
@@ -299,10 +274,68 @@ static Status final_status(int status, const zorpelx_result &result)
 static void print_message(Status status, const zorpelx_result &result)
 {
     if (result.message[0] == '\0') return;
-    fprintf(stderr, "zorpelx: %s%s\n",
-            status == STATUS_INFEASIBLE ? "the best partition found is not within its limits: "
-                                        : "",
-            result.message);
+    tell(std::string(status == STATUS_INFEASIBLE
+                         ? "the best partition found is not within its limits: "
+                         : "") +
+         result.message);
+}
+
+static void warn_of_parts(const Settings &settings, const Job &job)
+{
+    const int64_t empty = settings.nparts - job.graph.nvertices;
+    if (empty > 0)
+        tell(text_of("%lld parts for %lld vertices: at least %lld will be empty",
+                     ll(settings.nparts), ll(job.graph.nvertices), ll(empty)));
+}
+
+/* Parts that are not what the command line let hope for, although nothing has failed. */
+static void warn_of_result(const Settings &settings, const Job &job)
+{
+    const Figures &figures = job.figures;
+    const int64_t empty = std::count(figures.vertices.begin(), figures.vertices.end(), 0);
+    if (empty > 0)
+        tell(text_of("%lld of %lld parts %s empty", ll(empty), ll(figures.nparts),
+                     empty == 1 ? "is" : "are"));
+    const double excess = imbalance_percent(figures);
+    const bool kept = was_given(settings, &Settings::keep);
+    const bool asked = kept || was_given(settings, &Settings::imbalance);
+    const double most = kept ? settings.keep : static_cast<double>(settings.imbalance);
+    if (!asked || excess <= most) return;
+    const auto heaviest = std::max_element(figures.weight.begin(), figures.weight.end());
+    tell(text_of("part %lld is %.2f %% above the average%s", ll(heaviest - figures.weight.begin()),
+                 excess,
+                 kept ? ", more than --keep allows"
+                      : text_of(": --imbalance %lld bounds each bisection, --keep %lld bounds the "
+                                "parts",
+                                ll(settings.imbalance), ll(settings.imbalance))
+                            .c_str()));
+}
+
+/* From the files to a partition that has been counted again. */
+static Status make_partition(Settings *settings, Job *job)
+{
+    *job = read_files(*settings);
+    if (!settings->quiet) warn_of_parts(*settings, *job);
+    choose_imbalance(*job, settings);
+    check_feasible(*settings, *job);
+    job->output = output_name(*settings);
+    const int outcome = partition(*settings, job);
+    const Status status = final_status(outcome, job->result);
+    if (job->result.finished == 0) fail(status, "%s", job->result.message);
+    recount(*settings, job);
+    return status;
+}
+
+/* Tells of a failure where the figures would be; the partition file stays as it is. */
+static void write_failure(const Settings &settings, const Writer &writer, const Failure &failure)
+{
+    if (settings.json.empty()) return;
+    const std::string json =
+        json_text(answer_json(settings, PARTITION, failure.status, failure.text));
+    try {
+        write_together(writer, {std::string_view(), json});
+    } catch (...) { // the first failure is the one to tell
+    }
 }
 
 Status run_partition(const Settings &given)
@@ -310,22 +343,23 @@ Status run_partition(const Settings &given)
     Settings settings = given;
     apply_preset(&settings);
     check_usage(settings);
-    check_outputs({output_name(settings), settings.json}, {settings.hypergraph, settings.fix});
-    Job job = read_files(settings);
-    choose_imbalance(job, &settings);
-    check_feasible(settings, job);
-    job.output = output_name(settings);
-    const int outcome = partition(settings, &job);
-    const Status status = final_status(outcome, job.result);
-    if (job.result.finished == 0) fail(status, "%s", job.result.message);
-    recount(settings, &job);
-    write_whole(job.output, partition_text(job.part));
-    if (!settings.json.empty())
-        write_whole(
-            settings.json,
-            result_json(settings, job, status).dump(2, ' ', false, Json::error_handler_t::replace) +
-                "\n");
+    const Writer writer =
+        open_writer({output_name(settings), settings.json}, {settings.hypergraph, settings.fix});
+    Job job = {};
+    Status status = STATUS_OK;
+    try {
+        status = make_partition(&settings, &job);
+        std::string json;
+        if (!settings.json.empty()) json = json_text(result_json(settings, job, status));
+        write_together(writer, {partition_text(job.part), json});
+    } catch (...) {
+        const Failure failure = current_failure();
+        write_failure(settings, writer, failure);
+        throw;
+    }
     print_message(status, job.result);
-    if (!settings.quiet) print_result(settings, job);
+    if (settings.quiet) return status;
+    if (status == STATUS_OK) warn_of_result(settings, job);
+    print_result(job, standard_output_taken(writer));
     return status;
 }

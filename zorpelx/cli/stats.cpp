@@ -3,14 +3,12 @@
 #include <cstdio>
 #include <numeric>
 
-#include <nlohmann/json.hpp>
-
 #include "advice.h"
 #include "commands.h"
 #include "hypergraph.h"
 #include "input.h"
-
-using Json = nlohmann::ordered_json;
+#include "json.h"
+#include "output.h"
 
 constexpr int64_t PRUNED_SIZE = 50; // hyperedges of more vertices are left out of coarsening
 constexpr int BAR = 40;             // characters of the longest bar
@@ -231,35 +229,35 @@ static Json heavy_json(const Stats &stats, int64_t first)
 static Json stats_json(const Settings &settings, const Stats &stats)
 {
     const Hypergraph &graph = stats.graph;
-    return {{"hypergraph", settings.hypergraph},
-            {"vertices", graph.nvertices},
-            {"hyperedges", graph.nnets},
-            {"pins", graph.pins.size()},
-            {"vertex_weights", graph.vertexweights},
-            {"hyperedge_weights", graph.netweights},
-            {"total_vertex_weight", total_weight(graph.vertexwgt)},
-            {"total_hyperedge_weight", total_weight(graph.netwgt)},
-            {"components", stats.components.number},
-            {"largest_component", stats.components.largest},
-            {"islands", stats.islands},
-            {"parked", stats.parked},
-            {"large_hyperedges", stats.large},
-            {"single_vertex_hyperedges", stats.single},
-            {"sizes", spread_json(stats.sizes)},
-            {"degrees", spread_json(stats.degrees)},
-            {"heavy_vertices", heavy_json(stats, settings.from)},
-            {"memory_bytes", stats.memory}};
+    Json json = answer_json(settings, STATS, STATUS_OK, "");
+    json.update({{"vertices", graph.nvertices},
+                 {"hyperedges", graph.nnets},
+                 {"pins", graph.pins.size()},
+                 {"vertex_weights", graph.vertexweights},
+                 {"hyperedge_weights", graph.netweights},
+                 {"total_vertex_weight", total_weight(graph.vertexwgt)},
+                 {"total_hyperedge_weight", total_weight(graph.netwgt)},
+                 {"components", stats.components.number},
+                 {"largest_component", stats.components.largest},
+                 {"islands", stats.islands},
+                 {"parked", stats.parked},
+                 {"large_hyperedges", stats.large},
+                 {"single_vertex_hyperedges", stats.single},
+                 {"sizes", spread_json(stats.sizes)},
+                 {"degrees", spread_json(stats.degrees)},
+                 {"heavy_vertices", heavy_json(stats, settings.from)},
+                 {"memory_bytes", stats.memory}});
+    return json;
 }
 
 Status run_stats(const Settings &settings)
 {
+    open_writer({}, {settings.hypergraph});
     Findings findings;
     const Stats stats = collect(read_hypergraph(settings, reading_of(settings), &findings));
     tell_warnings(settings.hypergraph, findings);
     if (settings.format == FORMAT_JSON)
-        puts(stats_json(settings, stats)
-                 .dump(2, ' ', false, Json::error_handler_t::replace)
-                 .c_str());
+        fputs(json_text(stats_json(settings, stats)).c_str(), stdout);
     else
         print_text(settings, stats);
     return STATUS_OK;

@@ -4,16 +4,14 @@
 #include <cmath>
 #include <cstdio>
 
-#include <nlohmann/json.hpp>
-
 #include "advice.h"
 #include "commands.h"
 #include "figures.h"
 #include "hypergraph.h"
 #include "input.h"
+#include "json.h"
+#include "output.h"
 #include "report.h"
-
-using Json = nlohmann::ordered_json;
 
 constexpr int64_t MOST_PARTS = 1000000; // as -k takes
 constexpr size_t MOST_LISTED = 20;      // empty parts named in a text
@@ -281,11 +279,11 @@ static Json cut_json(const Verified &verified)
 }
 
 /* A scaled cost that is not finite becomes null: JSON has no infinity. */
-static Json figures_json(const Settings &settings, const Verified &verified)
+static Json figures_json(const Settings &settings, const Verified &verified, Status status)
 {
     const Figures &figures = verified.figures;
-    Json json = {{"hypergraph", settings.hypergraph},
-                 {"partition", settings.partition},
+    Json json = answer_json(settings, VERIFY, status, "");
+    json.update({{"partition", settings.partition},
                  {"vertices", verified.graph.nvertices},
                  {"hyperedges", verified.graph.nnets},
                  {"pins", verified.graph.pins.size()},
@@ -298,7 +296,7 @@ static Json figures_json(const Settings &settings, const Verified &verified)
                  {"absorption", absorption_number(figures)},
                  {"imbalance_percent", imbalance_percent(figures)},
                  {"empty_parts", empty_parts(figures)},
-                 {"parts", parts_json(figures)}};
+                 {"parts", parts_json(figures)}});
     if (settings.list_cut) json["cut_list"] = cut_json(verified);
     Json claims = Json::array();
     for (const Claim &claim : verified.claims)
@@ -331,18 +329,19 @@ static void print_csv(const Settings &settings, const Verified &verified)
 
 Status run_verify(const Settings &settings)
 {
+    open_writer({}, {settings.hypergraph, settings.partition, settings.fix, settings.report});
     const Verified verified = verify_files(settings);
     const std::string empty = empty_parts_text(verified.figures);
-    if (!empty.empty() && !settings.quiet) fprintf(stderr, "zorpelx: %s\n", empty.c_str());
+    if (!empty.empty() && !settings.quiet) tell(empty);
+    const auto holds = [](const Claim &claim) { return claim.holds; };
+    const Status status = std::all_of(verified.claims.begin(), verified.claims.end(), holds)
+                              ? STATUS_OK
+                              : STATUS_FAILED;
     if (settings.format == FORMAT_JSON)
-        puts(figures_json(settings, verified)
-                 .dump(2, ' ', false, Json::error_handler_t::replace)
-                 .c_str());
+        fputs(json_text(figures_json(settings, verified, status)).c_str(), stdout);
     else if (settings.format == FORMAT_CSV)
         print_csv(settings, verified);
     else
         print_text(settings, verified);
-    const auto holds = [](const Claim &claim) { return claim.holds; };
-    return std::all_of(verified.claims.begin(), verified.claims.end(), holds) ? STATUS_OK
-                                                                              : STATUS_FAILED;
+    return status;
 }

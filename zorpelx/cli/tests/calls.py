@@ -4,6 +4,7 @@ import json
 import os
 import pathlib
 import random
+import re
 import shutil
 import subprocess
 import tempfile
@@ -13,6 +14,11 @@ import unittest
 ZORPELX = os.environ["ZORPELX"]
 ZORPEL = os.environ["ZORPEL"]
 EXAMPLES = pathlib.Path(os.environ["ZORPEL_SOURCE"]) / "examples"
+
+
+def unfolded(text):
+    """Help with every option and every row of a table on a line of its own."""
+    return re.sub(r"\n {26}", " ", text)
 
 
 def random_hypergraph(nvertices, nnets, seed=1):

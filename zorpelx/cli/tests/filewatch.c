@@ -1,9 +1,10 @@
 /* zorpelx/cli/tests/filewatch.c: a shim that watches how a program writes its files.
  *
  * Preloaded, it notes in the file FILEWATCH_LOG what the program does to files, a line each, and,
- * counted from 1, before operation FILEWATCH_KILL it kills the program, and operation
- * FILEWATCH_FAIL it lets fail with error FILEWATCH_ERROR. With FILEWATCH_SHORT a write takes so
- * many bytes at most. Children are left alone.
+ * counted from 1, before operation FILEWATCH_KILL it sends the program FILEWATCH_SIGNAL, or kills
+ * it, and operation FILEWATCH_FAIL it lets fail with error FILEWATCH_ERROR. With FILEWATCH_SHORT a
+ * write takes so many bytes at most; with FILEWATCH_NAMED the file system knows no nameless files.
+ * Children are left alone.
  */
 #define _GNU_SOURCE
 #include <dlfcn.h>
@@ -35,7 +36,8 @@ __attribute__((format(printf, 1, 2))) static int note(const char *format, ...)
 {
     if (getpid() != watched) return 0;
     count++;
-    if (count == number("FILEWATCH_KILL")) raise(SIGKILL);
+    if (count == number("FILEWATCH_KILL"))
+        raise(getenv("FILEWATCH_SIGNAL") != NULL ? (int)number("FILEWATCH_SIGNAL") : SIGKILL);
     FILE *const log = fopen(getenv("FILEWATCH_LOG"), "a");
     if (log == NULL) abort();
     va_list arguments;
@@ -58,11 +60,19 @@ static const char *kind(int file)
     return fstat(file, &status) == 0 && S_ISDIR(status.st_mode) ? "folder" : "file";
 }
 
-int mkostemp(char *name, int flags)
+int openat(int folder, const char *name, int flags, ...)
 {
-    int (*const next)(char *, int) = dlsym(RTLD_NEXT, "mkostemp");
-    const int error = note("create\n");
-    return error != 0 ? failed(error) : next(name, flags);
+    int (*const next)(int, const char *, int, ...) = dlsym(RTLD_NEXT, "openat");
+    va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = va_arg(arguments, mode_t); // 0 or nonsense where none is needed
+    va_end(arguments);
+    const int nameless = (flags & O_TMPFILE) == O_TMPFILE;
+    if (nameless && getenv("FILEWATCH_NAMED") != NULL) return failed(EOPNOTSUPP);
+    int error = 0;
+    if (nameless) error = note("create\n");
+    if (flags & O_CREAT) error = note("create beside\n");
+    return error != 0 ? failed(error) : next(folder, name, flags, mode);
 }
 
 ssize_t write(int file, const void *bytes, size_t size)
@@ -88,9 +98,16 @@ int fsync(int file)
     return error != 0 ? failed(error) : next(file);
 }
 
-int rename(const char *from, const char *to)
+int linkat(int from, const char *name, int folder, const char *link, int flags)
 {
-    int (*const next)(const char *, const char *) = dlsym(RTLD_NEXT, "rename");
-    const int error = note("rename %s\n", to);
-    return error != 0 ? failed(error) : next(from, to);
+    int (*const next)(int, const char *, int, const char *, int) = dlsym(RTLD_NEXT, "linkat");
+    const int error = note("link %s\n", link[0] == '.' ? "beside" : link);
+    return error != 0 ? failed(error) : next(from, name, folder, link, flags);
+}
+
+int renameat(int from, const char *name, int folder, const char *target)
+{
+    int (*const next)(int, const char *, int, const char *) = dlsym(RTLD_NEXT, "renameat");
+    const int error = note("rename %s\n", target);
+    return error != 0 ? failed(error) : next(from, name, folder, target);
 }

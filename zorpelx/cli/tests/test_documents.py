@@ -3,7 +3,7 @@
 import re
 import unittest
 
-from calls import EXAMPLES, Case
+from calls import EXAMPLES, Case, unfolded
 
 SOURCE = EXAMPLES.parent
 
@@ -19,7 +19,8 @@ class Documents(Case):
 
     def test_presets_are_those_of_the_help(self):
         for name in ("fast", "default", "best"):
-            text = re.search(rf"^  {name} +(.*)$", self.run_ok("partition", "--help").stdout, re.M)
+            page = unfolded(self.run_ok("partition", "--help").stdout)
+            text = re.search(rf"^  {name} +(.*)$", page, re.M)
             told = re.fullmatch(
                 r"(\d+) runs, matching (\w+), refinement (\w+), V-cycles (\w+), (\d+) starts?",
                 text.group(1),
@@ -30,7 +31,8 @@ class Documents(Case):
 
     def test_statuses_are_those_of_the_help(self):
         rows = re.findall(r"^\| ([\d, ]+) \| (.*) \|$", self.text_of("TUTORIAL.md"), re.M)
-        lines = re.findall(r"^  (\d[\d, ]*?)  +(.*)$", self.run_ok("--help").stdout, re.M)
+        text = unfolded(self.run_ok("--help").stdout)
+        lines = re.findall(r"^  (\d[\d, ]*?)  +(.*)$", text, re.M)
         self.assertEqual([(number, text.replace("`", "")) for number, text in rows], lines)
 
     def test_the_number_of_rules(self):

@@ -9,6 +9,7 @@ import random
 import re
 import select
 import signal
+import struct
 import subprocess
 import termios
 import time
@@ -266,11 +267,16 @@ class CutShort(Case):
 
 
 class Progress(Case):
-    def on_terminal(self, *words):
+    def on_terminal(self, *words, width=0, **variables):
         """What zorpelx writes on standard error when that is a terminal."""
         main, side = pty.openpty()
+        fcntl.ioctl(side, termios.TIOCSWINSZ, struct.pack("4H", 24 if width else 0, width, 0, 0))
         run = subprocess.Popen(
-            [ZORPELX, *words], cwd=self.folder, stdout=subprocess.PIPE, stderr=side
+            [ZORPELX, *words],
+            cwd=self.folder,
+            stdout=subprocess.PIPE,
+            stderr=side,
+            env={**os.environ, "TERM": "xterm", **variables},
         )
         os.close(side)
         seen = b""
@@ -287,26 +293,108 @@ class Progress(Case):
         os.close(main)
         return seen.decode(), output
 
+    WORDS = ("partition", "mult16.hgr", "-k", "4", "--starts", "3")
+
+    def lines(self, seen):
+        """What stood in the line, one after another."""
+        shown = re.sub(r" *\x08+", "", seen).split("\r")
+        self.assertEqual((shown[0], shown[-2:]), ("", ["", ""]))
+        return shown[1:-2]
+
     def test_a_line_on_a_terminal_only(self):
         self.example("mult16.hgr")
-        words = ("partition", "mult16.hgr", "-k", "4", "--starts", "3")
-        seen, output = self.on_terminal(*words)
-        lines = seen.split("\r")
-        self.assertEqual((lines[0], lines[-1]), ("", "\x1b[K"))
-        figures = r"(\d) of 3 starts, (\d+) of 90 runs, (\d+) levels(.*), (\d+\.\d) s\x1b\[K"
-        shown = [re.fullmatch(figures, line).groups() for line in lines[1:-1]]
-        for place, kind in ((0, int), (1, int), (2, int), (4, float)):  # none goes backwards
+        seen, output = self.on_terminal(*self.WORDS)
+        figures = (
+            r"(\d+) %(?:, \d+ s left)?, (\d) of 3 starts(?:, (cut|bisection) (\d+))?, "
+            r"(\d+) of 90 runs, (\d+\.\d) s"
+        )
+        shown = [re.fullmatch(figures, line).groups() for line in self.lines(seen)]
+        for place, kind in ((0, int), (1, int), (4, int), (5, float)):  # none goes backwards
             numbers = [kind(line[place]) for line in shown]
             self.assertEqual(numbers, sorted(numbers))
-        self.assertEqual(shown[-1][:2], ("3", "90"))
-        self.assertGreater(int(shown[-1][2]), 90)
-        cuts = [int(line[3].removeprefix(", cut ")) for line in shown if line[0] != "0"]
+        self.assertEqual((shown[-1][0], shown[-1][1], shown[-1][4]), ("99", "3", "90"))
+        for percent, _, _, _, runs, _ in shown:
+            self.assertGreaterEqual(int(percent), min(99, int(runs) * 100 // 90))
+        cuts = [int(line[3]) for line in shown if line[2] == "cut"]
         self.assertEqual(cuts, sorted(cuts, reverse=True))
         self.assertIn(f"4 parts, cut {cuts[-1]} of", output)
         self.assertEqual(output.count("\n"), 1)
-        self.assertEqual(self.run_ok(*words).stderr, "")
-        self.assertEqual(self.on_terminal(*words, "--quiet"), ("", ""))
-        self.assertEqual(self.on_terminal(*words, "--progress", "never")[0], "")
+        self.assertEqual(self.run_ok(*self.WORDS).stderr, "")
+        self.assertEqual(self.on_terminal(*self.WORDS, "--quiet"), ("", ""))
+        self.assertEqual(self.on_terminal(*self.WORDS, "--progress", "never")[0], "")
+
+    def test_the_line_fits_the_terminal(self):
+        self.example("mult16.hgr")
+        longest = 0
+        for width in (20, 40, 60, 200):
+            lines = self.lines(self.on_terminal(*self.WORDS, width=width)[0])
+            self.assertLess(max(map(len, lines)), width)
+            self.assertTrue(all(re.match(r"\d+ %", line) for line in lines))
+            self.assertGreaterEqual(max(map(len, lines)), longest)
+            longest = max(map(len, lines))
+        lines = self.lines(self.on_terminal(*self.WORDS, COLUMNS="20")[0])  # width not known
+        self.assertLess(max(map(len, lines)), 20)
+
+    def test_the_time_left(self):
+        self.file("big.hgr", random_hypergraph(3000, 6000))
+        words = "partition big.hgr -k 2 --starts 1000000 -r 1 --timeout 1.2 -o out".split()
+        main, side = pty.openpty()
+        run = subprocess.Popen([ZORPELX, *words], cwd=self.folder, stdout=side, stderr=side)
+        os.close(side)
+        self.assertEqual(run.wait(), 124)
+        seen = os.read(main, 1 << 16).decode()
+        os.close(main)
+        left = list(map(int, re.findall(r", (\d) s left", seen)))  # the deadline comes first
+        self.assertTrue(left and max(left) <= 1 and left == sorted(left, reverse=True), left)
+
+    def test_a_dumb_terminal_gets_none(self):
+        self.example("mult16.hgr")
+        for term in ("dumb", ""):
+            self.assertEqual(self.on_terminal(*self.WORDS, TERM=term)[0], "")
+        seen, _ = self.on_terminal(*self.WORDS, "--progress", "always", TERM="dumb")
+        self.assertIn("of 3 starts", seen)
+        self.assertNotIn("\x1b", seen)
+
+    def test_a_line_each_where_it_is_no_terminal(self):
+        self.example("mult16.hgr")
+        lines = self.run_ok(*self.WORDS, "--progress", "always").stderr.splitlines()
+        self.assertTrue(all(re.match(r"\d+ %, ", line) for line in lines))
+        self.assertIn(", 3 of 3 starts, cut ", lines[-1])
+        self.assertLess(len(lines), 104)
+
+
+class Said(Case):
+    """What is not as the command line let hope for is said on standard error."""
+
+    def test_more_parts_than_vertices(self):
+        self.file("g.hgr", "1 3\n1 2 3\n")
+        done = self.run_ok("partition", "g.hgr", "-k", 5, "-o", "out")
+        self.assertIn("zorpelx: 5 parts for 3 vertices: at least 2 will be empty\n", done.stderr)
+        empty = 5 - len(set(self.text("out").split()))
+        self.assertIn(f"zorpelx: {empty} of 5 parts are empty\n", done.stderr)
+        self.assertEqual(self.run_ok("partition", "g.hgr", "-k", 5, "-q").stderr, "")
+
+    def test_one_empty_part(self):
+        self.file("g.hgr", "1 2\n1 2\n")
+        self.file("g.fix", "0\n0\n")
+        done = self.run_ok("partition", "g.hgr", "-k", 2, "--fix", "g.fix", "--force", "-b", 49)
+        self.assertIn("zorpelx: 1 of 2 parts is empty\n", done.stderr)
+
+    def test_a_part_above_what_was_asked(self):
+        self.example("fifo.hgr")
+        words = ("partition", "fifo.hgr", "-k", 8, "-o", "out")
+        done = self.run_ok(*words, "-b", 20, "--json", "j")
+        answer = json.loads(self.text("j"))
+        heaviest = max(answer["parts"], key=lambda part: part["weight"])
+        self.assertGreater(answer["imbalance_percent"], 20)
+        told = (
+            f"zorpelx: part {heaviest['part']} is {answer['imbalance_percent']:.2f} % above the "
+            "average: --imbalance 20 bounds each bisection, --keep 20 bounds the parts\n"
+        )
+        self.assertEqual(done.stderr, told)
+        self.assertEqual(self.run_ok(*words, "-b", 20, "-q").stderr, "")
+        self.assertEqual(self.run_ok(*words, "--keep", 20).stderr, "")
+        self.assertEqual(self.run_ok(*words).stderr, "")  # nothing was asked for
 
 
 if __name__ == "__main__":

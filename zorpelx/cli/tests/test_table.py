@@ -6,7 +6,7 @@ import shutil
 import subprocess
 import unittest
 
-from calls import EXAMPLES, Case
+from calls import EXAMPLES, Case, unfolded
 
 COMMANDS = ("partition", "verify", "lint", "stats")
 
@@ -66,7 +66,7 @@ class Table(Case):
                 self.assertNotIn("The following argument was not expected: " + option, done.stderr)
 
     def test_choices_are_completed_and_accepted(self):
-        help_text = self.run_ok("partition", "--help").stdout
+        help_text = unfolded(self.run_ok("partition", "--help").stdout)
         for option in ("--matching", "--refine", "--vcycle", "--reconst", "--preset"):
             offered = self.complete("partition", option, "")
             self.assertGreater(len(offered), 1)
@@ -94,7 +94,7 @@ class Table(Case):
     def test_help_and_manual_tell_the_same_presets_and_statuses(self):
         page = self.run_ok("--man").stdout.replace("\\-", "-").replace("\n", " ").lower()
         for words, least in ((("partition", "--help"), 3), (("--help",), 9)):
-            text = self.run_ok(*words).stdout
+            text = unfolded(self.run_ok(*words).stdout)
             rows = re.findall(r"^  (\w[\w, ]*?)  +(.*)$", text.split(":\n")[-1], re.M)
             self.assertEqual(len(rows), least)
             for name, meaning in rows:
@@ -103,7 +103,7 @@ class Table(Case):
     def test_the_defaults_of_the_help_are_those_of_the_parser(self):
         self.example("fifo.hgr")
         answer = self.json_of("partition", "fifo.hgr", "-k", 2, "-o", "out", "--json", "-")
-        text = self.run_ok("partition", "--help").stdout
+        text = unfolded(self.run_ok("partition", "--help").stdout)
         for option in (
             "imbalance",
             "preset",
