@@ -1,5 +1,6 @@
 /* zorpelx/cli/completion.cpp: completions of bash and zsh, from the table of options. */
 #include "commands.h"
+#include "rules.h"
 
 /* "--nparts -k": all names of an option. */
 static std::string names_of(const OptionRow &row)
@@ -31,11 +32,25 @@ static bool takes_file(const OptionRow &row)
     return std::string(row.value) == "FILE";
 }
 
+static std::string rule_words()
+{
+    std::string words = "all";
+    for (const Rule &rule : RULES) words += text_of(" %s %s", rule.id, rule.name);
+    return words;
+}
+
+/* What an option takes if that is one of some words; empty otherwise. */
+static std::string words_for(const OptionRow &row)
+{
+    if (row.field == Field(&Settings::explain)) return rule_words();
+    return row.choices != nullptr ? choice_names(row, " ") : "";
+}
+
 /* The words that may follow an option, a line each. */
 static std::string bash_values(const OptionRow &row)
 {
-    if (row.choices != nullptr)
-        return text_of("compgen -W '%s' -- \"$cur\"", choice_names(row, " ").c_str());
+    const std::string words = words_for(row);
+    if (!words.empty()) return text_of("compgen -W '%s' -- \"$cur\"", words.c_str());
     return takes_file(row) ? "compgen -f -- \"$cur\"" : ":";
 }
 
@@ -76,9 +91,11 @@ std::string bash_completion()
     for (const CommandRow &row : COMMANDS)
         text += std::string("        ") + row.name + ") options='" + option_names(row.command) +
                 "' ;;\n";
-    text += "        '') options='" + command_names() + ' ' + option_names(GLOBAL) +
-            " --version' ;;\n    esac\n"
-            "    if [[ -n $command && $cur != -* ]]; then\n"
+    text += "        help) options='" + command_names() + "' ;;\n";
+    text += "        '') options='" + command_names() + " help -V --version " +
+            option_names(GLOBAL) +
+            "' ;;\n    esac\n"
+            "    if [[ -n $command && $command != help && $cur != -* ]]; then\n"
             "        mapfile -t COMPREPLY < <(compgen -f -- \"$cur\")\n"
             "    else\n"
             "        mapfile -t COMPREPLY < <(compgen -W \"$options\" -- \"$cur\")\n"
@@ -105,8 +122,9 @@ static std::string zsh_text(const std::string &text)
 static std::string zsh_action(const OptionRow &row)
 {
     if (is_switch(row)) return "";
+    const std::string words = words_for(row);
     std::string values = takes_file(row) ? "_files" : "";
-    if (row.choices != nullptr) values = text_of("(%s)", choice_names(row, " ").c_str());
+    if (!words.empty()) values = text_of("(%s)", words.c_str());
     return text_of(":%s:%s", row.value, values.c_str());
 }
 
@@ -145,7 +163,7 @@ std::string zsh_completion()
                        "_zorpelx()\n{\n    local -a commands=(";
     for (const CommandRow &row : COMMANDS)
         text += std::string("\n        '") + row.name + ":" + zsh_text(row.summary) + "'";
-    text += "\n    )\n"
+    text += "\n        'help:Print the help of the program or of a command.'\n    )\n"
             "    if ((CURRENT == 2)) && [[ $PREFIX != -* ]]; then\n"
             "        _describe command commands\n        return\n    fi\n"
             "    case $words[2] in\n";
@@ -154,7 +172,9 @@ std::string zsh_completion()
                 ")\n            shift words\n"
                 "            ((CURRENT--))\n            " +
                 zsh_arguments(row.command) + " ;;\n";
+    text += "        help) compadd " + command_names() + " ;;\n";
     text += "        *) " + zsh_arguments(GLOBAL) +
+            " \\\n            '-V[print the version]'"
             " \\\n            '--version[print the version]' ;;\n"
             "    esac\n}\n_zorpelx \"$@\"\n";
     return text;

@@ -40,6 +40,56 @@ class Table(Case):
         self.assertEqual(done.stderr, "")
         return {line for line in done.stdout.splitlines() if line}
 
+    def test_help_fits_80_columns(self):
+        for words in ((), *((command,) for command in COMMANDS)):
+            text = self.run_ok(*words, "--help").stdout
+            self.assertLess(max(map(len, text.splitlines())), 80)
+            self.assertGreater(len(text.splitlines()), 10)
+            self.assertNotRegex(text, r"(?m) $")
+
+    def test_help_is_a_command_too(self):
+        for words in (("help",), ("help", "help"), ("-h",)):
+            self.assertEqual(self.run_ok(*words).stdout, self.run_ok("--help").stdout)
+        for command in COMMANDS:
+            text = self.run_ok(command, "--help").stdout
+            self.assertTrue(text.startswith(f"Usage: zorpelx {command} "))
+            for words in (("help", command), (command, "-h"), (command, "absent.hgr", "--help")):
+                self.assertEqual(self.run_ok(*words).stdout, text)
+        self.fails(2, "there is no command 'lnit'; did you mean 'lint'?", "help", "lnit")
+        self.fails(2, "help takes one command", "help", "lint", "stats")
+
+    def test_the_version_has_a_short_option(self):
+        self.assertEqual(self.run_ok("-V").stdout, self.run_ok("--version").stdout)
+
+    def test_the_manual_page_behind_a_command(self):
+        page = self.run_ok("--man").stdout
+        for command in COMMANDS:
+            self.assertEqual(self.run_ok(command, "--man").stdout, page)
+        self.assertEqual(self.run_ok("partition", "absent.hgr", "-k", 2, "--man").stdout, page)
+        self.fails(5, "--man: No such file", "stats", "--", "--man")
+
+    def test_misspelt_words_get_a_suggestion(self):
+        for line, sentence in {
+            "partitoin g.hgr -k 2": "there is no command 'partitoin'; did you mean 'partition'?",
+            "Lint g.hgr": "there is no command 'Lint'; did you mean 'lint'?",
+            "stat g.hgr": "there is no command 'stat'; did you mean 'stats'?",
+            "xyzzy": "there is no command 'xyzzy'\n",
+            "--verison": "there is no option --verison; did you mean '--version'?",
+            "partition g.hgr --npart 2": "there is no option --npart; did you mean '--nparts'?",
+            "partition g.hgr -k 2 --imbalence=3": "no option --imbalence; did you mean '--imbal",
+            "partition --outptu x g.hgr -k 2": "no option --outptu; did you mean '--output'?",
+            "partition g.hgr -k 2 --refnie fm": "no option --refnie; did you mean '--refine'?",
+            "partition g.hgr -k 2 --refine em": "none of fm, 1wayfm, eefm; did you mean 'fm'?",
+            "partition g.hgr -k 2 --preset bets": "did you mean 'best'?",
+            "verify g.hgr p --preset fast": "--preset is an option of partition\n",
+            "stats g.hgr --xyzzy": "there is no option --xyzzy\n",
+            "stats g.hgr -Z": "there is no option -Z\n",
+            "lint --explain vertex-abov": "no rule 'vertex-abov'; did you mean 'vertex-above'?",
+            "lint --explain emptynet": "there is no rule 'emptynet'",
+        }.items():
+            self.fails(2, sentence, *line.split())
+        self.fails(2, "--nparts is required", "partition", "-o", "--force", "g.hgr")
+
     def test_help_and_manual_list_the_same(self):
         for command in COMMANDS:
             self.assertEqual(self.options_in_help(command), self.options_in_manual(command))
@@ -79,6 +129,9 @@ class Table(Case):
     def test_bash_completes_commands_and_files(self):
         self.file("some.hgr", "")
         self.assertEqual(self.complete("ver"), {"verify"})
+        self.assertEqual(self.complete("h"), {"help"})
+        self.assertEqual(self.complete("help", ""), set(COMMANDS))
+        self.assertEqual(self.complete("help", "st"), {"stats"})
         self.assertEqual(self.complete("lint", "so"), {"some.hgr"})
         self.assertEqual(self.complete("partition", "-o", "so"), {"some.hgr"})
         self.assertEqual(self.complete("partition", "-k", ""), set())
@@ -86,6 +139,15 @@ class Table(Case):
     def test_bash_completes_behind_an_equals_sign(self):
         self.assertEqual(self.complete("partition", "--preset", "="), {"fast", "default", "best"})
         self.assertEqual(self.complete("partition", "--preset", "=", "b"), {"best"})
+
+    def test_bash_completes_rules(self):
+        heads = re.findall(
+            r"^([HF]\d\d) ([\w-]+) ", self.run_ok("lint", "--explain", "all").stdout, re.M
+        )
+        self.assertGreater(len(heads), 40)
+        words = {word for head in heads for word in head} | {"all"}
+        self.assertEqual(self.complete("lint", "--explain", ""), words)
+        self.assertEqual(self.complete("lint", "--explain", "vertex-ab"), {"vertex-above"})
 
     def test_bash_completes_names_with_blanks(self):
         self.file("two words.hgr", "")
@@ -138,10 +200,16 @@ class Table(Case):
     @unittest.skipUnless(shutil.which("zsh"), "zsh is not installed")
     def test_zsh_offers_what_bash_offers(self):
         self.file("_zorpelx", self.run_ok("--completion", "zsh").stdout)
-        self.assertEqual(self.zsh_offers("zorpelx "), set(COMMANDS))
+        self.assertEqual(self.zsh_offers("zorpelx "), {*COMMANDS, "help"})
+        self.assertEqual(self.zsh_offers("zorpelx help "), set(COMMANDS))
         for command in COMMANDS:
             self.assertEqual(self.zsh_offers(f"zorpelx {command} -"), self.complete(command, "-"))
-        for words in ("partition --preset", "partition --matching", "verify --format"):
+        for words in (
+            "partition --preset",
+            "partition --matching",
+            "verify --format",
+            "lint --explain",
+        ):
             offered = self.complete(*words.split(), "")
             self.assertGreater(len(offered), 2)
             self.assertEqual(self.zsh_offers(f"zorpelx {words} "), offered)
