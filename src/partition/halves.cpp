@@ -28,8 +28,9 @@ static void give_back(Crew *crew)
     crew->idle++;
 }
 
-static void partition_half(Half *half)
+static void partition_half(void *what)
 {
+    Half *const half = static_cast<Half *>(what);
     half->cut = MLRB__(&half->ctrl, half->graph, half->part, half->k, half->offset);
     give_back(half->ctrl.crew);
 }

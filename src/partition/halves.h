@@ -25,9 +25,9 @@ struct Half {
  *       but for the moment between the end of a half and its waiter's return
  */
 struct Crew {
-    /* Runs work(half) in a thread, which it returns; null, and nothing is run, if none can be had.
+    /* Runs work(what) in a thread, which it returns; null, and nothing is run, if none can be had.
      */
-    void *(*start)(void (*work)(Half *half), Half *half);
+    void *(*start)(void (*work)(void *what), void *what);
     void (*await)(void *thread); // returns when its work is done
 
     std::atomic<int> idle; // threads wanted and not at work

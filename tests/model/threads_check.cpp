@@ -21,13 +21,13 @@
 
 static std::atomic<long long> nstarted;
 
-static void *start_thread(void (*work)(Half *half), Half *half)
+static void *start_thread(void (*work)(void *what), void *what)
 {
     nstarted++;
-    return new std::thread(work, half);
+    return new std::thread(work, what);
 }
 
-static void *refuse_thread(void (*)(Half *half), Half *)
+static void *refuse_thread(void (*)(void *what), void *)
 {
     return nullptr;
 }

@@ -16,14 +16,15 @@
 
 /* A thread that is none: the half is at work when it is started, or when it is waited for. */
 struct Task {
-    void (*work)(Half *half);
-    Half *half;
+    void (*work)(void *what);
+    void *what;
 };
 static int nstarted, right_pins; // pins: of the half started last
 
-static void *work_at_once(void (*work)(Half *half), Half *half)
+static void *work_at_once(void (*work)(void *what), void *what)
 {
     nstarted++;
+    Half *const half = static_cast<Half *>(what);
     right_pins = half->graph->netptr[half->graph->nnets];
     work(half);
     half->ctrl.timers[TIME_SPARE] += 5;
@@ -34,20 +35,20 @@ static void awaited_already(void *)
 {
 }
 
-static void *work_later(void (*work)(Half *half), Half *half)
+static void *work_later(void (*work)(void *what), void *what)
 {
     nstarted++;
-    return new Task{work, half};
+    return new Task{work, what};
 }
 
 static void work_now(void *place)
 {
     const Task *const task = static_cast<Task *>(place);
-    task->work(task->half);
+    task->work(task->what);
     delete task;
 }
 
-static void *refuse(void (*)(Half *half), Half *)
+static void *refuse(void (*)(void *what), void *)
 {
     nstarted++;
     return nullptr;

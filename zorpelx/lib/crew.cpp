@@ -14,22 +14,22 @@ constexpr size_t STACK = size_t{1} << 20; // bytes; the engine needs a few KB
 /* A thread at work. */
 struct Running {
     pthread_t thread;
-    void (*work)(Half *half);
-    Half *half;
+    void (*work)(void *what);
+    void *what;
 };
 
 static void *do_work(void *place)
 {
     const Running *const running = static_cast<Running *>(place);
-    running->work(running->half);
+    running->work(running->what);
     return nullptr;
 }
 
-static void *start_thread(void (*work)(Half *half), Half *half)
+static void *start_thread(void (*work)(void *what), void *what)
 {
     Running *const running = static_cast<Running *>(malloc(sizeof(Running)));
     if (running == nullptr) return nullptr;
-    *running = {{}, work, half};
+    *running = {{}, work, what};
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
     pthread_attr_setstacksize(&attributes, STACK);
