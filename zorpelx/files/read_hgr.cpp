@@ -210,29 +210,55 @@ static void add_pin(Scan *scan, Hypergraph *graph, int64_t e, const Token &token
     push_charged(scan->budget, &graph->pins, static_cast<int32_t>(v));
 }
 
-static void scan_pins(Scan *scan, Hypergraph *graph, int64_t e, Line *line)
+static bool is_digit(const char *s, const char *end)
 {
-    for (;;) {
+    return s < end && *s >= '0' && *s <= '9';
+}
+
+/* Takes the pins of a line as most files have them: short numbers between single blanks, each of a
+ * vertex that is there and new to the hyperedge. Stops before anything else, which scan_pins()
+ * looks at; returns how many were taken. */
+static int64_t take_plain_pins(Scan *scan, Hypergraph *graph, int64_t e, Line *line)
+{
+    constexpr int MOST_DIGITS = 10;
+    const int64_t first = scan->reading.first, least = std::max(first, int64_t{1});
+    const int64_t most = graph->nvertices + first - 1;
+    const char *s = line->next, *const end = line->end;
+    int32_t *const last = scan->last.data();
+    int64_t count = 0, largest = scan->largest;
+    for (;; count++) {
+        line->next = s;
+        while (s < end && *s == ' ') s++;
+        const char *const digits = s;
+        int64_t value = 0;
+        for (; is_digit(s, end) && s - digits < MOST_DIGITS; s++) value = 10 * value + (*s - '0');
+        if (s == end || (*s != ' ' && *s != '\n') || value < least || value > most) break;
+        int32_t *const seen = &last[value - first];
+        if (*seen == static_cast<int32_t>(e)) break;
+        *seen = static_cast<int32_t>(e);
+        largest = std::max(largest, value);
+        push_charged(scan->budget, &graph->pins, static_cast<int32_t>(value - first));
+        look_at_clock(scan, s - scan->text.bytes);
+    }
+    scan->largest = largest;
+    return count;
+}
+
+/* Returns how many numbers the list holds, repeated ones included. */
+static int64_t scan_pins(Scan *scan, Hypergraph *graph, int64_t e, Line *line)
+{
+    for (int64_t count = take_plain_pins(scan, graph, e, line);; count++) {
         const Token token = take_token(line);
         check_range(scan, token);
         look_at_clock(scan, token.begin - scan->text.bytes);
         const bool listed = token.kind == TOKEN_NUMBER && token.value >= scan->reading.first;
-        if (!listed) return list_ended(scan, line, token);
+        if (!listed) {
+            list_ended(scan, line, token);
+            return count;
+        }
         note_number(scan, token);
         if (token.fits) add_pin(scan, graph, e, token);
     }
-}
-
-/* What zorpel's first pass counts on a hyperedge line: the numbers up to the first that is not
- * positive, less one for the weight. */
-static int64_t first_pass_count(const Scan &scan, Line line, bool netweights)
-{
-    int64_t count = netweights ? -1 : 0;
-    for (Token token = take_token(&line);
-         token.kind == TOKEN_NUMBER && token.value >= (scan.reading.first == 0 ? 0 : 1);
-         token = take_token(&line))
-        count++;
-    return count;
 }
 
 static void check_size(Scan *scan, const Hypergraph &graph, int64_t e, const Line &line)
@@ -259,13 +285,15 @@ static void scan_nets(Scan *scan, Hypergraph *graph)
             graph->nnets = e;
             break;
         }
-        const int64_t room = first_pass_count(*scan, line, graph->netweights);
         const Place place = {line.number, line.column};
-        scan->room += room;
+        const int64_t weight = graph->netweights ? net_weight(scan, &line) : 1;
         push_charged(scan->budget, &scan->netplace, place);
-        push_charged(scan->budget, &graph->netwgt,
-                     graph->netweights ? net_weight(scan, &line) : int64_t{1});
-        scan_pins(scan, graph, e, &line);
+        push_charged(scan->budget, &graph->netwgt, weight);
+        const int64_t listed = scan_pins(scan, graph, e, &line);
+        // zorpel's first pass counts the numbers up to the first that is not positive, less one for
+        // the weight
+        const int64_t room = weight >= scan->reading.first || !graph->netweights ? listed : -1;
+        scan->room += room;
         push_charged(scan->budget, &graph->start, static_cast<int64_t>(graph->pins.size()));
         if (scan->tight.line == 0 && net_size(*graph, e) > room) scan->tight = place;
         check_size(scan, *graph, e, line);
