@@ -15,14 +15,15 @@
 #include "core/memory.h"
 #include "core/vectors.h"
 #include "partition/ctrl.h"
+#include "search/exact.h"
 #include "search/multilevel.h"
 #include "search/overlay.h"
 #include "search/rebalance.h"
 
 const Schedule SCHEDULES[NPRESETS] = {
-    {"fast", 2, 1, 1, 1, 1500, 500, 2, 1},
-    {"default", 4, 2, 3, 1, 2000, 500, 3, 1},
-    {"best", 16, 4, 24, 4, 2000, 1000, 6, 2},
+    {"fast", 2, 1, 1, 1, 1500, 500, 2, 1, 100000},
+    {"default", 4, 2, 3, 1, 2000, 500, 3, 1, 1000000},
+    {"best", 16, 4, 24, 4, 2000, 1000, 6, 2, 20000000},
 };
 
 constexpr int COARSEST_A_PART = 150; // vertices of the coarsest level, at least
@@ -334,6 +335,25 @@ static void take_packing(Search *search)
     search->njobs--;
 }
 
+/* Replaces the best partition of a very small hypergraph by an optimum. */
+static void solve_small(Search *search)
+{
+    const Reduction *const reduction = search->reduction;
+    if (reduction->nclusters > EXACT_VERTICES || search->task.bounds->nparts > EXACT_PARTS) return;
+    Member member = new_member(search);
+    const Member *const best = &search->pool.members[0];
+    icopy__(reduction->nclusters, best->part, member.part);
+    member.objective = best->objective;
+    member.excess = best->excess;
+    HGraph graph = with_islands(reduction);
+    solve_exactly(&graph, search->task.bounds, search->task.objective, reduction->fixed,
+                  search->options->schedule.exact, &member.objective, &member.excess, member.part);
+    QXfree__(&graph.incptr, LTERM);
+    publish_if_better(search, &member, "exact");
+    take_in(search, member);
+    search->njobs--;
+}
+
 static bool is_over(const Search *search)
 {
     return is_cancelled(&search->task) || (search->best.objective == 0 && search->best.excess == 0);
@@ -377,6 +397,7 @@ Found search_partition(const FlatHypergraph *flat, const Constraints *constraint
     take_packing(&search);
     take_start(&search);
     if (reduction.graph->nnets > 0 && bounds->nparts > 1) run_schedule(&search);
+    solve_small(&search);
     // of equals the first by number is delivered, whichever was published
     publish(&search, &search.pool.members[0], search.best.step);
     for (int v = 0; v < flat->nvtxs; v++)

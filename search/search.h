@@ -17,6 +17,7 @@ struct Schedule {
     int combined_coarsest; // and a combination
     int rounds;            // of local refinement on each level
     int flows;             // 0: none; 1: in combinations; 2: everywhere
+    int64_t exact;         // steps of branch and bound on very small hypergraphs
 };
 
 enum Preset { PRESET_FAST, PRESET_DEFAULT, PRESET_BEST, NPRESETS };
