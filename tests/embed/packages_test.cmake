@@ -62,7 +62,8 @@ if(PYTHON)
 endif()
 foreach(file man/man1/zorpel.1.gz man/man1/zorpelx.1.gz man/man3/zorpel.3.gz man/man3/zorpelx.3.gz
     man/man5/zorpel_hgr.5.gz bash-completion/completions/zorpelx zsh/vendor-completions/_zorpelx
-    doc/zorpel-doc/TUTORIAL.md doc/zorpel-doc/examples/api.c doc/zorpel/THIRD-PARTY-NOTICES)
+    doc/zorpel-doc/TUTORIAL.md doc/zorpel-doc/examples/api.c doc/zorpel/THIRD-PARTY-NOTICES
+    zorpel/zorpelx.schema.json doc/zorpel-doc/zorpelx.schema.json)
   if(NOT EXISTS ${WORK}/tree/usr/share/${file} AND NOT EXISTS ${WORK}/tree/usr/share/${file}.gz)
     message(FATAL_ERROR "There is no ${file}")
   endif()
