@@ -215,6 +215,38 @@ typedef struct zorpelx_quality {
     double imbalance;      /* heaviest part over the average part, less 1; 0 without weight */
 } zorpelx_quality;
 
+/* How many numbers lie in least to most. */
+typedef struct zorpelx_bin {
+    int64_t least, most, count;
+} zorpelx_bin;
+
+enum { ZORPELX_MOST_BINS = 40 };
+
+/* How numbers are spread: in bins of 0, 1, 2, 3, 4, 5 to 8, 9 to 16, and so on. */
+typedef struct zorpelx_spread {
+    int64_t least, most;
+    double average;
+    int nbins; /* up to the last that is not empty */
+    zorpelx_bin bins[ZORPELX_MOST_BINS];
+} zorpelx_spread;
+
+/* What a hypergraph is like. */
+typedef struct zorpelx_stats {
+    size_t size;                      /* bytes of this record, set by zorpelx_stats_init() */
+    int64_t pins;                     /* places of vertices in hyperedges */
+    int64_t vertex_weight;            /* of all vertices */
+    int64_t hyperedge_weight;         /* of all hyperedges */
+    int64_t components;               /* that hyperedges join, vertices in none included */
+    int64_t largest_component;        /* vertices of the largest */
+    int64_t islands;                  /* vertices in no hyperedge */
+    int64_t parked;                   /* vertices in no hyperedge of 2 to 50 vertices */
+    int64_t large_hyperedges;         /* of more than 50 vertices */
+    int64_t single_vertex_hyperedges; /* never cut */
+    int64_t memory;                   /* bytes that one start takes, estimated */
+    zorpelx_spread sizes;             /* of the hyperedges */
+    zorpelx_spread degrees;           /* of the vertices: hyperedges that each is in */
+} zorpelx_stats;
+
 /* The library's version, such as "1.0.0". */
 ZORPELX_API const char *zorpelx_version(void);
 
@@ -227,6 +259,7 @@ ZORPELX_API const char *zorpelx_status_string(int status);
 ZORPELX_API int zorpelx_options_init(zorpelx_options *options, size_t size);
 ZORPELX_API int zorpelx_result_init(zorpelx_result *result, size_t size);
 ZORPELX_API int zorpelx_quality_init(zorpelx_quality *quality, size_t size);
+ZORPELX_API int zorpelx_stats_init(zorpelx_stats *stats, size_t size);
 
 /* Checks everything that zorpelx_partition() checks, in O(nvtxs + pins): records, null pointers,
  * options, sizes, offsets, vertex numbers, repeated vertices, weights and their totals (each kind
@@ -280,6 +313,13 @@ ZORPELX_API int zorpelx_cut_hyperedges(const zorpelx_hypergraph *hypergraph, int
  *            both p and q, at [p x nparts + p] of those that lie within p */
 ZORPELX_API int zorpelx_cut_matrix(const zorpelx_hypergraph *hypergraph, int nparts,
                                    const int *part, int64_t *matrix, char *message);
+
+/* What a hypergraph is like, in O(pins) nearly; it is checked as for the evaluations.
+ *   stats    in: its size; out: the rest
+ *   message  [ZORPELX_MESSAGE_SIZE] out: the first fault found, empty if none; or NULL
+ * Returns ZORPELX_OK, _BAD_OPTION, _BAD_INPUT or _NO_MEMORY. */
+ZORPELX_API int zorpelx_describe(const zorpelx_hypergraph *hypergraph, zorpelx_stats *stats,
+                                 char *message);
 
 /* The weights that recursive bisection allows each part: the factor compounds over the bisections,
  * rounded as the engine rounds, and the final refinement may spread what they leave evenly.

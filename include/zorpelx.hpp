@@ -230,6 +230,17 @@ inline std::vector<int64_t> cut_matrix(const Hypergraph &hypergraph, int nparts,
     return matrix;
 }
 
+/* See zorpelx_describe(). */
+inline zorpelx_stats describe(const Hypergraph &hypergraph)
+{
+    const zorpelx_hypergraph view = hypergraph.view();
+    char message[ZORPELX_MESSAGE_SIZE];
+    zorpelx_stats stats;
+    zorpelx_stats_init(&stats, sizeof stats);
+    throw_if(zorpelx_describe(&view, &stats, message), message);
+    return stats;
+}
+
 } // namespace zorpelx
 
 #endif

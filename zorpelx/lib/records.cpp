@@ -37,6 +37,7 @@ const char *zorpelx_status_string(int status)
 constexpr size_t FIRST_OPTIONS = offsetof(zorpelx_options, user) + sizeof(void *);
 constexpr size_t FIRST_RESULT = offsetof(zorpelx_result, message) + ZORPELX_MESSAGE_SIZE;
 constexpr size_t FIRST_QUALITY = offsetof(zorpelx_quality, imbalance) + sizeof(double);
+constexpr size_t FIRST_STATS = offsetof(zorpelx_stats, degrees) + sizeof(zorpelx_spread);
 
 template <class Record> static bool is_known(size_t size, size_t first)
 {
@@ -53,6 +54,11 @@ bool size_is_known(const zorpelx_quality &quality)
     return is_known<zorpelx_quality>(quality.size, FIRST_QUALITY);
 }
 
+bool size_is_known(const zorpelx_stats &stats)
+{
+    return is_known<zorpelx_stats>(stats.size, FIRST_STATS);
+}
+
 template <class Record> static void copy_known(const Record &known, Record *record, size_t size)
 {
     memcpy(static_cast<void *>(record), &known, size);
@@ -67,6 +73,11 @@ void hand_back(const zorpelx_result &known, zorpelx_result *result)
 void hand_back(const zorpelx_quality &known, zorpelx_quality *quality)
 {
     copy_known(known, quality, quality->size);
+}
+
+void hand_back(const zorpelx_stats &known, zorpelx_stats *stats)
+{
+    copy_known(known, stats, stats->size);
 }
 
 static zorpelx_options default_options()
@@ -123,4 +134,9 @@ int zorpelx_result_init(zorpelx_result *result, size_t size)
 int zorpelx_quality_init(zorpelx_quality *quality, size_t size)
 {
     return init_record(quality, size, FIRST_QUALITY, zorpelx_quality());
+}
+
+int zorpelx_stats_init(zorpelx_stats *stats, size_t size)
+{
+    return init_record(stats, size, FIRST_STATS, zorpelx_stats());
 }

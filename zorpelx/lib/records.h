@@ -15,9 +15,11 @@ Fault adopt_options(const zorpelx_options *given, zorpelx_options *known);
 /* Whether the size of a record of the caller's is one that a version of the header had. */
 bool size_is_known(const zorpelx_result &result);
 bool size_is_known(const zorpelx_quality &quality);
+bool size_is_known(const zorpelx_stats &stats);
 
 /* Copies a record of this library's size into one of the caller's, whose size stays. */
 void hand_back(const zorpelx_result &known, zorpelx_result *result);
 void hand_back(const zorpelx_quality &known, zorpelx_quality *quality);
+void hand_back(const zorpelx_stats &known, zorpelx_stats *stats);
 
 #endif

@@ -2,8 +2,10 @@
 
 import dataclasses
 import inspect
+import json
 import os
 import re
+import subprocess
 import tempfile
 import unittest
 import xml.etree.ElementTree
@@ -143,6 +145,42 @@ class ShownTest(unittest.TestCase):
         self.assertEqual(len(graphs), 1)
         changed = dataclasses.replace(first, part=[1 - p for p in first.part])
         self.assertNotEqual(first, changed)
+
+
+class StatsTest(unittest.TestCase):
+    def test_counts_are_those_of_a_naive_count(self):
+        lists = [[0, 1, 2], [2, 3], [5], list(range(10, 70)), []]
+        found = zorpel.stats(zorpel.as_hypergraph(lists, 80, [1] * 79 + [50]))
+        self.assertEqual((found.vertices, found.hyperedges, found.pins), (80, 5, 66))
+        self.assertEqual((found.total_vertex_weight, found.total_hyperedge_weight), (129, 5))
+        self.assertEqual((found.components, found.largest_component), (18, 60))
+        self.assertEqual((found.islands, found.parked), (15, 76))
+        self.assertEqual((found.large_hyperedges, found.single_vertex_hyperedges), (1, 1))
+        self.assertEqual(found.heavy_vertices, [79])
+        self.assertEqual((found.sizes.least, found.sizes.most), (0, 60))
+        self.assertAlmostEqual(found.sizes.average, 66 / 5)
+        self.assertEqual(found.sizes.bins[-1], zorpel.Bin(33, 64, 1))
+        self.assertEqual([one.count for one in found.degrees.bins], [15, 64, 1])
+        self.assertIn("components 18", repr(found))
+        self.assertEqual(xml.etree.ElementTree.fromstring(found._repr_html_()).tag, "table")
+
+    def test_faults_and_nothing_at_all(self):
+        self.assertEqual(zorpel.stats([]).components, 0)
+        with self.assertRaisesRegex(zorpel.InputError, "lists vertex 1 twice"):
+            zorpel.stats([[1, 1]])
+
+    @unittest.skipUnless(os.environ.get("ZORPELX"), "the program is not built")
+    def test_the_program_says_the_same(self):
+        sources = Path(__file__).resolve().parents[3] / "examples"
+        for path in sorted(sources.glob("*.hgr"))[:3]:
+            command = [os.environ["ZORPELX"], "stats", str(path), "--format", "json"]
+            told = json.loads(subprocess.run(command, stdout=subprocess.PIPE, check=True).stdout)
+            found = dataclasses.asdict(zorpel.stats(path))
+            told["heavy_vertices"] = [one["vertex"] - 1 for one in told["heavy_vertices"]]
+            for name, value in found.items():
+                if isinstance(value, dict):
+                    self.assertAlmostEqual(value.pop("average"), told[name].pop("average"))
+                self.assertEqual(value, told[name], name)
 
 
 if __name__ == "__main__":

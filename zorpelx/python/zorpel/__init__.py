@@ -12,7 +12,7 @@ The work is done by the library libzorpelx, in child processes; numpy arrays and
 matrices are taken where they are used, and needed nowhere.
 """
 
-from .api import cut_hyperedges, cut_matrix, evaluate, part_limits, partition
+from .api import cut_hyperedges, cut_matrix, evaluate, part_limits, partition, stats
 from .errors import (
     CancelledError,
     DeadlineError,
@@ -33,11 +33,12 @@ from .files import (
     write_partition,
 )
 from .hypergraph import Hypergraph, HypergraphLike, as_hypergraph
-from .results import Partition, Progress, Quality
+from .results import Bin, Partition, Progress, Quality, Spread, Stats
 
 __version__ = "1.0.0"
 
 __all__ = [
+    "Bin",
     "CancelledError",
     "DeadlineError",
     "Error",
@@ -53,6 +54,8 @@ __all__ = [
     "Partition",
     "Progress",
     "Quality",
+    "Spread",
+    "Stats",
     "as_hypergraph",
     "cut_hyperedges",
     "cut_matrix",
@@ -62,6 +65,7 @@ __all__ = [
     "partition",
     "read",
     "read_partition",
+    "stats",
     "write",
     "write_partition",
 ]

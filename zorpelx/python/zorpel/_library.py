@@ -111,10 +111,44 @@ class CQuality(ctypes.Structure):
     ]
 
 
+class CBin(ctypes.Structure):
+    _fields_ = [("least", c_int64), ("most", c_int64), ("count", c_int64)]
+
+
+class CSpread(ctypes.Structure):
+    _fields_ = [
+        ("least", c_int64),
+        ("most", c_int64),
+        ("average", c_double),
+        ("nbins", c_int),
+        ("bins", CBin * 40),
+    ]
+
+
+class CStats(ctypes.Structure):
+    _fields_ = [
+        ("size", c_size_t),
+        ("pins", c_int64),
+        ("vertex_weight", c_int64),
+        ("hyperedge_weight", c_int64),
+        ("components", c_int64),
+        ("largest_component", c_int64),
+        ("islands", c_int64),
+        ("parked", c_int64),
+        ("large_hyperedges", c_int64),
+        ("single_vertex_hyperedges", c_int64),
+        ("memory", c_int64),
+        ("sizes", CSpread),
+        ("degrees", CSpread),
+    ]
+
+
 _ROUTINES = {
     "zorpelx_options_init": [POINTER(COptions), c_size_t],
     "zorpelx_result_init": [POINTER(CResult), c_size_t],
     "zorpelx_quality_init": [POINTER(CQuality), c_size_t],
+    "zorpelx_stats_init": [POINTER(CStats), c_size_t],
+    "zorpelx_describe": [POINTER(CHypergraph), POINTER(CStats), c_char_p],
     "zorpelx_partition": [POINTER(CHypergraph), POINTER(COptions), int_p, POINTER(CResult)],
     "zorpelx_evaluate": [
         POINTER(CHypergraph),

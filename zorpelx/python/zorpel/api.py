@@ -22,7 +22,7 @@ from .hypergraph import (
     to_ints,
     wants_numpy,
 )
-from .results import Partition, Progress, Quality
+from .results import Bin, Partition, Progress, Quality, Spread, Stats
 
 #: Parts that any number of vertices may have; beyond, there are at least as many vertices.
 MOST_EMPTY_PARTS = 1000000
@@ -418,3 +418,48 @@ def part_limits(
     if status != lib.OK:
         raise error_for(status, f"No limits for {size} parts of a weight of {weight}.")
     return list(zip(least, most))
+
+
+def _spread(record: lib.CSpread) -> Spread:
+    bins = [Bin(one.least, one.most, one.count) for one in record.bins[: record.nbins]]
+    return Spread(record.least, record.most, record.average, bins)
+
+
+def _heavy_vertices(graph: Hypergraph) -> List[int]:
+    weights = graph.vertex_weights if graph.vertex_weights is not None else [1] * graph.nvtxs
+    limit = 2 * sum(weights) // 100
+    heavy = [v for v, weight in enumerate(weights) if weight > limit]
+    return sorted(heavy, key=lambda v: -weights[v])
+
+
+def stats(hypergraph: HypergraphLike, nvtxs: Optional[int] = None) -> Stats:
+    """What a hypergraph is like, as the command zorpelx stats tells it.
+
+    >>> stats([[0, 1, 2], [2, 3]], nvtxs=6).components
+    3
+    """
+    graph = as_hypergraph(hypergraph, nvtxs)
+    record = lib.new_record(lib.CStats, "zorpelx_stats_init")
+    message = ctypes.create_string_buffer(lib.MESSAGE_SIZE)
+    status = lib.loaded().zorpelx_describe(
+        ctypes.byref(graph.record()), ctypes.byref(record), message
+    )
+    if status != lib.OK:
+        raise _fault(status, message.value)
+    return Stats(
+        vertices=graph.nvtxs,
+        hyperedges=len(graph),
+        pins=record.pins,
+        total_vertex_weight=record.vertex_weight,
+        total_hyperedge_weight=record.hyperedge_weight,
+        components=record.components,
+        largest_component=record.largest_component,
+        islands=record.islands,
+        parked=record.parked,
+        large_hyperedges=record.large_hyperedges,
+        single_vertex_hyperedges=record.single_vertex_hyperedges,
+        memory_bytes=record.memory,
+        heavy_vertices=_heavy_vertices(graph),
+        sizes=_spread(record.sizes),
+        degrees=_spread(record.degrees),
+    )

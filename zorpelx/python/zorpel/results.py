@@ -149,3 +149,56 @@ class Quality:
 
     def _repr_html_(self) -> str:
         return table("Quality", self._rows())
+
+
+@dataclass(frozen=True)
+class Bin:
+    """How many numbers lie in least to most."""
+
+    least: int
+    most: int
+    count: int
+
+
+@dataclass(frozen=True)
+class Spread:
+    """How numbers are spread."""
+
+    least: int
+    most: int
+    average: float
+    bins: List[Bin]  #: 0, 1, 2, 3, 4, 5 to 8, 9 to 16 and so on, to the last that is not empty
+
+
+@dataclass(frozen=True, repr=False)
+class Stats:
+    """What a hypergraph is like; the names are those of zorpelx stats --format json."""
+
+    vertices: int
+    hyperedges: int
+    pins: int
+    total_vertex_weight: int
+    total_hyperedge_weight: int
+    components: int  #: that hyperedges join, vertices in none included
+    largest_component: int  #: vertices of the largest
+    islands: int  #: vertices in no hyperedge
+    parked: int  #: vertices in no hyperedge of 2 to 50 vertices
+    large_hyperedges: int  #: of more than 50 vertices
+    single_vertex_hyperedges: int  #: never cut
+    memory_bytes: int  #: that one start takes, estimated
+    heavy_vertices: List[int]  #: heavier than a fiftieth of all, the heaviest first
+    sizes: Spread  #: of the hyperedges
+    degrees: Spread  #: of the vertices: hyperedges that each is in
+
+    def _rows(self) -> List[Tuple[str, Any]]:
+        rows = [(name, getattr(self, name)) for name in list(self.__dataclass_fields__)[:12]]
+        rows.append(("heavy_vertices", short(self.heavy_vertices)))
+        for name, spread in (("sizes", self.sizes), ("degrees", self.degrees)):
+            rows.append((name, f"{spread.least} to {spread.most}, {spread.average:.2f} on average"))
+        return rows
+
+    def __repr__(self) -> str:
+        return f"<zorpel.Stats: {', '.join(f'{name} {value}' for name, value in self._rows())}>"
+
+    def _repr_html_(self) -> str:
+        return table("Hypergraph", self._rows())
