@@ -1,3 +1,4 @@
+# shellcheck shell=sh
 # scripts/needs.sh: what the scripts beside it need, read by them with '.'.
 #
 # need_tools checks for the compiler, CMake and Ninja, need_tests also for GoogleTest and Python.

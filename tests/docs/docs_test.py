@@ -122,7 +122,7 @@ class ManualPages(unittest.TestCase):
             self.assertEqual(lines, [])
 
     def test_what_scripts_make_is_up_to_date(self):
-        scripts = [["scripts/zorpelx_3.py", "--check"]]
+        scripts = [["scripts/zorpelx_3.py", "--check"], ["scripts/reliability.py", "--check"]]
         zorpelx = BUILD / "zorpelx" / "cli" / "zorpelx"
         if zorpelx.exists():
             scripts.append(["scripts/picture.py", "--check", "--zorpelx", str(zorpelx)])

@@ -1,0 +1,156 @@
+#!/usr/bin/env python3
+"""Measures the figures of docs/RELIABILITY.md and writes them into its table.
+
+    scripts/reliability.py --list            the rows, and about how long each takes on two cores
+    scripts/reliability.py NAME...           measures these rows
+    scripts/reliability.py --all             measures every row: days
+    scripts/reliability.py --check           whether every row of the page is one of the script's
+
+A row is measured by the command that the page shows beside it, from the top folder, on builds made
+before (the page says how). Its result and the day go into the page; the other rows stay. A command
+that fails, or prints no figure, ends the script and changes nothing.
+"""
+
+import argparse
+import datetime
+import re
+import subprocess
+import sys
+from dataclasses import dataclass
+from pathlib import Path
+
+PROJECT = Path(__file__).resolve().parents[1]
+PAGE = PROJECT / "docs" / "RELIABILITY.md"
+BEGIN, END = "<!-- figures -->", "<!-- end figures -->"
+TORTURE = "tests/model/zorpel-torture"
+
+
+@dataclass
+class Row:
+    name: str
+    what: str
+    command: str
+    figure: str  # what to look for in the output
+    result: str  # how to show it; {0} is the first group
+    takes: str = "seconds"
+
+
+FUZZ = r"stat::number_of_executed_units: (\d+)"
+ROWS = [
+    Row("random-check", "random cases under address and undefined-behaviour sanitizers with heavy"
+        " asserts", f"build/check/{TORTURE} --n 25000 --seed 1000000 --jobs 2",
+        r"(\d+) cases, (\d+) failures", "{0} cases, {1} failures", "10 minutes"),
+    Row("random", "random cases, optimised build", f"build/release/{TORTURE} --n 104600 --seed 500"
+        " --jobs 2", r"(\d+) cases, (\d+) failures", "{0} cases, {1} failures", "10 minutes"),
+    Row("exhaustive", "every hypergraph of 1 to 5 vertices and up to 4 hyperedges, up to 3 vertices"
+        " on a grid of 1080 options", "build/release/tests/model/torture_exhaustive 5 3",
+        r"5 vertices: (\d+) hypergraphs, (\d+) cases", "5 vertices: {0} hypergraphs, {1} cases,"
+        " 0 failures", "30 minutes"),
+    Row("edges", "sums at 2^31 - 2, - 1, 0, + 1 of vertex weights, hyperedge weights, degrees",
+        "build/release/tests/model/torture_edges", r"PASSED  \] (\d+) tests",
+        "exact up to 2^31 - 2 and refused above: {0} tests passed"),
+    Row("allocations", "failing allocations, alone and with all later ones, over 7 matchings x 3"
+        " refinements and every other routine", "cd build/release/tests/faults && ./fault_memory names",
+        r"(\d+) failed allocations, (\d+) names, (\d+) complaints",
+        "{0} failures injected, {1} names of arrays seen, {2} complaints", "a minute"),
+    Row("allocations-check", "the same under sanitizers and heavy asserts",
+        "cd build/check/tests/faults && ./fault_memory names",
+        r"(\d+) failed allocations, (\d+) names, (\d+) complaints",
+        "{0} failures injected, {1} names of arrays seen, {2} complaints", "10 minutes"),
+    Row("entries", "files of 2^31 - 2 to 2^31 + 1 vertex entries",
+        "ctest --preset release -R entries_beyond", r"100% (tests) passed", "read up to 2^31 - 1, refused above", "10 minutes, 14 GB"),
+    Row("files", "failing openings, reads, writes, closings (EIO, ENOSPC, EDQUOT)",
+        "cd build/release/tests/faults && ./fault_files",
+        r"openings (\d+), reads (\d+), writes (\d+), closings (\d+) failed; (\d+) complaints",
+        "{0}, {1}, {2}, {3} injected, {4} complaints"),
+    Row("full-disk", "full disk, quota, directories in place of files",
+        "ctest --preset release -R full_disk", r"100% (tests) passed", "each told, none left short"),
+    Row("bad-files", "bad files by name, every byte of every output, among them files and partition"
+        " files without permission", "python3 -B tests/badfiles/run.py --build build/release",
+        r"(\d+) cases, 0 failed", "{0} files, all as recorded", "a minute"),
+    *(Row(f"fuzz-{target}", f"fuzzing with libFuzzer under sanitizers: {what}",
+          f"build/fuzz/fuzz/fuzz_{target} -max_total_time=3600 -max_len=4096 -print_final_stats=1"
+          f" fuzz/seeds/{target}", FUZZ, "{0} inputs without a finding", "an hour")
+      for target, what in (("reader", "hypergraph reader"), ("fixfile", "fix file"),
+                           ("words", "command line"), ("entry", "entry points"))),
+    Row("threads", "embedding under the thread sanitizer: calls at once, forks while other threads"
+        " draw and allocate", "build/tsan/tests/embed/embed_tests"
+        " --gtest_filter='-*memory*:*standard_output*:*cap*'", r"PASSED  \] (\d+) tests",
+        "{0} tests, 0 races", "10 minutes"),
+    Row("builds", "one checksum of 1000 cases over g++ and clang, -O0, -O2, -O3, each as it is,"
+        " without address randomisation, and with jemalloc",
+        "tests/model/same_results.py build/same --cases 1000", r"([0-9a-f]{16}).*\n(identical)", "`{0}` 18 times", "an hour"),
+]  # fmt: skip
+
+
+def table_of(page):
+    return page[page.index(BEGIN) + len(BEGIN) : page.index(END)].strip().splitlines()
+
+
+def line_of(row, result, day):
+    command = row.command.replace("|", "\\|")
+    return f"| {row.what} | {result} | {day} | `{command}` |"
+
+
+def measure(row):
+    print(f"{row.name}: {row.command}", flush=True)
+    done = subprocess.run(
+        ["bash", "-c", row.command], cwd=PROJECT, stdin=subprocess.DEVNULL,
+        stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
+    )  # fmt: skip
+    found = re.search(row.figure, done.stdout, re.S)
+    if done.returncode != 0 or found is None:
+        print("\n".join(done.stdout.splitlines()[-20:]))
+        sys.exit(f"{row.name} ended with {done.returncode} and no figure")
+    groups = [f"{int(text):,}" if text and text.isdigit() else text for text in found.groups()]
+    return row.result.format(*groups)
+
+
+def put(row, result, day):
+    page = PAGE.read_text()
+    lines = table_of(page)
+    kept = {line.split(" | ")[0].removeprefix("| "): line for line in lines[2:]}
+    kept[row.what] = line_of(row, result, day)
+    ordered = [kept[known.what] for known in ROWS if known.what in kept]
+    table = "\n".join([*lines[:2], *ordered])
+    page = page[: page.index(BEGIN)] + f"{BEGIN}\n{table}\n" + page[page.index(END) :]
+    PAGE.write_text(page)
+
+
+def check():
+    lines = table_of(PAGE.read_text())[2:]
+    rows = {row.what: row for row in ROWS}
+    for line in lines:
+        what, result, day, _ = re.split(r" (?<!\\)\| ", line.strip("| ") + " ", maxsplit=3)
+        row = rows.pop(what, None)
+        if row is None or line != line_of(row, result, day):
+            sys.exit(f"not a row of the script: {line}")
+    if rows:
+        sys.exit(f"not on the page: {', '.join(row.name for row in rows.values())}")
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("names", nargs="*")
+    parser.add_argument("--all", action="store_true")
+    parser.add_argument("--list", action="store_true")
+    parser.add_argument("--check", action="store_true")
+    request = parser.parse_args()
+    if request.list:
+        for row in ROWS:
+            print(f"{row.name:18} {row.takes:18} {row.what}")
+        return
+    if request.check:
+        check()
+        return
+    known = {row.name: row for row in ROWS}
+    names = list(known) if request.all else request.names
+    unknown = [name for name in names if name not in known]
+    if unknown or not names:
+        sys.exit(f"name rows of --list, not {unknown}")
+    for name in names:
+        day = datetime.date.today().strftime("%d %b %Y").lstrip("0")
+        put(known[name], measure(known[name]), day)
+
+
+main()
