@@ -86,7 +86,7 @@ def main():
     request = parser.parse_args()
     picture = draw(partition(request.zorpelx))
     if request.check:
-        sys.exit(PICTURE.read_text() != picture and f"{PICTURE.name} is not what the script draws")
+        sys.exit(PICTURE.read_text() != picture and f"{PICTURE.name} is not what the script draws: run scripts/picture.py")
     PICTURE.write_text(picture)
 
 

@@ -148,7 +148,7 @@ def page():
 
 def main():
     if sys.argv[1:] == ["--check"]:
-        sys.exit(PAGE.read_text() != page() and f"{PAGE.name} is not what the header says")
+        sys.exit(PAGE.read_text() != page() and f"{PAGE.name} is not what the header says: run scripts/zorpelx_3.py")
     PAGE.write_text(page())
 
 
