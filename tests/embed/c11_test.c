@@ -3,6 +3,7 @@
 #include <string.h>
 
 #include "zorpelx.h"
+#include "zorpelx_files.h"
 
 static int failures;
 
