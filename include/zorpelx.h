@@ -37,6 +37,10 @@
  * address sanitizer of gcc 12), a child may wait for ever for one that another thread was holding:
  * set a deadline there.
  *
+ * Files: zorpelx_files.h reads hypergraph, partition and fix files, plain or compressed, and
+ * zorpelx_output.h writes files whole, together, and never over what is read, both as the program
+ * zorpelx does.
+ *
  * Records start with their size, set by their init routine: later versions add fields at the end
  * and go on serving programs built with this header.
  */
