@@ -269,7 +269,7 @@ TEST(Reports, many_cut_hyperedges_and_many_parts_are_measured_in_linear_time)
     }
     const clock_t begin = clock();
     const std::string text = statistics(nparts, nets, {}, {}, part);
-    EXPECT_LT(static_cast<double>(clock() - begin) / CLOCKS_PER_SEC, 10);
+    EXPECT_LT(static_cast<double>(clock() - begin) / CLOCKS_PER_SEC, 30);
     EXPECT_EQ(figure(text, "Hyperedge Cut"), "   1000000");
     EXPECT_EQ(figure(text, "Sum of External Degrees"), "   2000000");
 }
