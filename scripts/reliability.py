@@ -77,6 +77,14 @@ ROWS = [
         " draw and allocate", "build/tsan/tests/embed/embed_tests"
         " --gtest_filter='-*memory*:*standard_output*:*cap*'", r"PASSED  \] (\d+) tests",
         "{0} tests, 0 races", "10 minutes"),
+    Row("same-threads", "random cases with 1, 2 and 4 threads, a tenth of them with threads that cannot be"
+        " had: partitions, cuts and traces against those of one thread",
+        "build/release/tests/model/threads_check --n 10000 --seed 6 --jobs 2",
+        r"(10000) cases of seed 6: all the same", "{0} cases, all the same", "a minute"),
+    Row("races", "the same under the thread sanitizer",
+        "build/tsan/tests/model/threads_check --n 1500 --seed 21",
+        r"(\d+) threads\n(1500) cases of seed 21: all the same", "{1} cases, {0} threads, 0 races",
+        "10 minutes"),
     Row("builds", "one checksum of 1000 cases over g++ and clang, -O0, -O2, -O3, each as it is,"
         " without address randomisation, and with jemalloc",
         "tests/model/same_results.py build/same --cases 1000", r"([0-9a-f]{16}).*\n(identical)", "`{0}` 18 times", "an hour"),
