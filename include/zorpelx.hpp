@@ -95,6 +95,9 @@ struct Hypergraph {
  * pointers: those are set from here when the call is made. */
 struct Options : zorpelx_options {
     std::vector<int> pre_assigned; // [nvtxs] part of each vertex, -1 for a free one; or empty
+    std::vector<double> sizes;     // [nparts] for capacities; or empty: all parts are equal
+    std::vector<int> start_part;   // [nvtxs] for start, a partition to improve; or empty
+    std::vector<int> together;     // [nvtxs] for groups: equal numbers stay together; or empty
 
     /* Returns true to cancel. What it throws cancels too, and comes out of partition(). */
     std::function<bool(const zorpelx_progress &)> progress;
@@ -157,17 +160,31 @@ class Callbacks
     std::exception_ptr thrown;
 };
 
+/* Puts a vector in the place of a pointer of the options, unless it is empty. */
+template <class Number>
+void take_vector(const std::vector<Number> &numbers, int length, const Number **pointer,
+                 const char *sentence)
+{
+    if (numbers.empty()) return;
+    if (length < 0 || numbers.size() != static_cast<size_t>(length))
+        throw Error(ZORPELX_BAD_INPUT, sentence);
+    *pointer = numbers.data();
+}
+
 /* See zorpelx_partition(). Throws Error if there is no partition, and what a callback threw. */
 inline Partition partition(const Hypergraph &hypergraph, const Options &options)
 {
     const zorpelx_hypergraph view = hypergraph.view();
     zorpelx_options plain = options;
     Callbacks callbacks(options, plain);
-    if (!options.pre_assigned.empty()) {
-        if (options.pre_assigned.size() != static_cast<size_t>(view.nvtxs))
-            throw Error(ZORPELX_BAD_INPUT, "pre_assigned should have a part for each vertex.");
-        plain.fixed = options.pre_assigned.data();
-    }
+    take_vector(options.pre_assigned, view.nvtxs, &plain.fixed,
+                "pre_assigned should have a part for each vertex.");
+    take_vector(options.sizes, plain.nparts, &plain.capacities,
+                "sizes should have a number for each part.");
+    take_vector(options.start_part, view.nvtxs, &plain.start,
+                "start_part should have a part for each vertex.");
+    take_vector(options.together, view.nvtxs, &plain.groups,
+                "together should have a number for each vertex.");
     Partition partition = {};
     zorpelx_result_init(&partition.result, sizeof partition.result);
     if (view.nvtxs > 0) partition.part.resize(static_cast<size_t>(view.nvtxs));
@@ -228,6 +245,25 @@ inline std::vector<int64_t> cut_matrix(const Hypergraph &hypergraph, int nparts,
     throw_if(zorpelx_cut_matrix(&view, nparts, part.data(), matrix.data(), message), message);
     matrix.pop_back();
     return matrix;
+}
+
+/* The least and the most that each part may weigh in a search; see zorpelx_part_bounds(). */
+struct PartBounds {
+    std::vector<int64_t> least, most; // [nparts]
+};
+
+inline PartBounds part_bounds(const Options &options, int64_t total)
+{
+    zorpelx_options plain = options;
+    take_vector(options.sizes, plain.nparts, &plain.capacities,
+                "sizes should have a number for each part.");
+    const size_t n = plain.nparts > 0 ? static_cast<size_t>(plain.nparts) : 0;
+    PartBounds bounds = {std::vector<int64_t>(n), std::vector<int64_t>(n)};
+    const int status =
+        zorpelx_part_bounds(plain.nparts, plain.epsilon, plain.least, plain.capacities, total,
+                            bounds.least.data(), bounds.most.data());
+    throw_if(status, "nparts, epsilon, least, the sizes or the total is out of its range.");
+    return bounds;
 }
 
 /* See zorpelx_describe(). */

@@ -33,8 +33,12 @@ if numpy is not None:
     ODDITIES += [numpy.array([1, 2], dtype=object), numpy.array(["a"]), numpy.array([True])]
     ODDITIES += [numpy.uint64(2**64 - 1), numpy.ma.masked, numpy.datetime64("2020-01-01")]
 
-OPTIONS = ("imbalance keep preset runs matching refine vcycle reconst polish fix seed jobs timeout "
-           "memory trace progress nvtxs vertex_weights hyperedge_weights threads").split()
+SEARCH = "epsilon least capacities start keep_in_place together time".split()
+ENGINE = "ubfactor runs matching refine vcycle reconst polish trace".split()
+OPTIONS = (
+    "objective preset fix seed jobs timeout memory progress nvtxs vertex_weights hyperedge_weights "
+    "threads"
+).split()
 SOUND = {
     "preset": ["fast", "default"],
     "matching": ["hfc", "fc", "gfc", "hedge", "edge", 3],
@@ -42,8 +46,15 @@ SOUND = {
     "vcycle": ["no", "end", "formin", "all"],
     "reconst": [True, False, "yes", "no"],
     "polish": [True, False, "yes", "no"],
-    "imbalance": [1, 5, 20, 49],
-    "keep": [0, 10, 200.5],
+    "ubfactor": [1, 5, 20, 49],
+    "epsilon": [0, 3, 10, 200.5],
+    "least": [0, 10, 100],
+    "objective": ["cut", "km1", "soed", 2],
+    "keep_in_place": [0, 1, 7],
+    "time": [None, 0.05],
+    "capacities": [[1, 2], [3, 3, 2], [0.5, 1.5]],
+    "start": [[0, 1, 0, 1], [1] * 6],
+    "together": [[-1, 0, 0, 2**31 - 1], [3] * 6],
     "seed": [1, 2, None, -1],
     "trace": [0, 8, 64, 511],
     "memory": [None, 1, 64],
@@ -112,8 +123,11 @@ def hypergraph(chance, folder):
 
 def options(chance):
     """Some options, most of them sound."""
-    given = {"runs": 1, "starts": chance.choice([1, 2])}
-    for name in chance.sample(OPTIONS, chance.randint(0, 4)):
+    own = SEARCH if chance.random() < 0.5 else ENGINE
+    given = {"starts": chance.choice([1, 2])}
+    given.update({"preset": "fast"} if own is SEARCH else {"runs": 1})
+    names = OPTIONS + own + (SEARCH if chance.random() < 0.05 else [])
+    for name in chance.sample(names, chance.randint(0, 4)):
         sound = name == "progress" or chance.random() < 0.7 and name in SOUND
         given[name] = chance.choice(SOUND[name]) if sound else weird(chance)
     if chance.random() < 0.1:
@@ -128,7 +142,7 @@ def one_call(chance, folder):
     kind = chance.choice(["partition"] * 3 + ["evaluate", "hyperedges", "matrix", "limits", "write"])
     nparts = chance.choice([2, 2, 3, 4]) if chance.random() < 0.8 else weird(chance)
     if kind == "limits":
-        zorpel.part_limits(nparts, weird(chance), weird(chance))
+        chance.choice([zorpel.part_limits, zorpel.part_bounds])(nparts, weird(chance), weird(chance))
         return kind
     graph = hypergraph(chance, folder)
     if kind == "partition":

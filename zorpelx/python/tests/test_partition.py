@@ -142,7 +142,8 @@ class FaultTest(unittest.TestCase):
         fault = self.check
         fault(zorpel.InputError, "nparts is 1; it should be at least 2.", SMALL, 1)
         fault(zorpel.InputError, "nparts is 2.5; it should be an integer", SMALL, 2.5)
-        fault(zorpel.InputError, "imbalance is 77; it should be between 1 and 49", SMALL, 2, 77)
+        fault(zorpel.InputError, "ubfactor is 77; it should be between 1 and 49", SMALL, 2, ubfactor=77)
+        fault(zorpel.InputError, "epsilon is -1; it should be a number of percent", SMALL, 2, -1)
         fault(
             zorpel.InputError,
             "matching is 'best'; it should be one of hfc",
@@ -161,8 +162,8 @@ class FaultTest(unittest.TestCase):
         fault(zorpel.InputError, "progress is 3; it should be a function", SMALL, 2, progress=3)
         fault(zorpel.InputError, "preset is 'slow'; it should be one of fast", SMALL, 2, preset="slow")
         fault(zorpel.InputError, "nvtxs is 2.5 instead of an integer", SMALL, 2, nvtxs=2.5)
-        fault(zorpel.InputError, "keep is -1; it should be a number of percent", SMALL, 2, keep=-1)
-        fault(zorpel.InputError, "No imbalance keeps 8 parts within 1 %", SMALL, 8, keep=1)
+        fault(zorpel.InputError, "keep is gone: epsilon takes the same", SMALL, 2, keep=3)
+        fault(zorpel.InputError, "imbalance is gone: epsilon bounds the parts", SMALL, 2, imbalance=5)
         fault(zorpel.InputError, "nparts is 100000000; with 2 vertices it should", [[0, 1]], 10**8)
         fault(zorpel.InputError, "fix is 3 instead of a list", SMALL, 2, fix=3)
         fault(zorpel.InputError, "7 is no hypergraph", 7, 2)
@@ -187,7 +188,7 @@ class FaultTest(unittest.TestCase):
         size = 1000000
         large = (array("i", range(0, 2 * size + 1, 2)), array("i", range(2 * size)))
         with self.assertRaises(MemoryError) as caught:
-            zorpel.partition(large, 2, memory=32)
+            zorpel.partition(large, 2, ubfactor=5, memory=32)
         self.assertIn("Memory ran out in the start with seed 1", str(caught.exception))
 
     def test_a_deadline_without_a_result_is_a_timeout_error(self):
@@ -287,7 +288,7 @@ class EvaluateTest(unittest.TestCase):
             zorpel.evaluate(graph, [0, 2], 2)
         with self.assertRaisesRegex(ValueError, r"part\[0\] is -1"):
             zorpel.evaluate(graph, [-1, -1])
-        with self.assertRaisesRegex(ValueError, "imbalance is 50; it should be between 1 and 49"):
+        with self.assertRaisesRegex(ValueError, "ubfactor is 50; it should be between 1 and 49"):
             zorpel.part_limits(2, 50, 100)
 
 

@@ -12,7 +12,15 @@ The work is done by the library libzorpelx, in child processes; numpy arrays and
 matrices are taken where they are used, and needed nowhere.
 """
 
-from .api import cut_hyperedges, cut_matrix, evaluate, part_limits, partition, stats
+from .api import (
+    cut_hyperedges,
+    cut_matrix,
+    evaluate,
+    part_bounds,
+    part_limits,
+    partition,
+    stats,
+)
 from .errors import (
     CancelledError,
     DeadlineError,
@@ -61,6 +69,7 @@ __all__ = [
     "cut_matrix",
     "evaluate",
     "lint",
+    "part_bounds",
     "part_limits",
     "partition",
     "read",

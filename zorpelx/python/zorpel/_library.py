@@ -16,6 +16,7 @@ MESSAGE_SIZE = 512
 OK, TIMEOUT, CANCELLED = 0, 124, 130
 int_p = POINTER(c_int)
 int64_p = POINTER(c_int64)
+double_p = POINTER(c_double)
 
 
 class CHypergraph(ctypes.Structure):
@@ -43,6 +44,10 @@ class CProgress(ctypes.Structure):
         ("run_cut", c_int),
         ("cut", c_int64),
         ("seconds", c_double),
+        ("objective", c_int64),
+        ("jobs", c_int),
+        ("alljobs", c_int),
+        ("step", c_char_p),
     ]
 
 
@@ -74,6 +79,15 @@ class COptions(ctypes.Structure):
         ("on_trace", TraceFunction),
         ("user", c_void_p),
         ("threads", c_int),
+        ("epsilon", c_double),
+        ("least", c_double),
+        ("capacities", double_p),
+        ("objective", c_int),
+        ("preset", c_int),
+        ("time", c_double),
+        ("start", int_p),
+        ("keep_price", c_int),
+        ("groups", int_p),
     ]
 
 
@@ -91,6 +105,10 @@ class CResult(ctypes.Structure):
         ("imbalance", c_double),
         ("seconds", c_double),
         ("message", c_char * MESSAGE_SIZE),
+        ("connectivity", c_int64),
+        ("moved", c_int64),
+        ("jobs", c_int),
+        ("alljobs", c_int),
     ]
 
 
@@ -162,6 +180,7 @@ _ROUTINES = {
     "zorpelx_cut_hyperedges": [POINTER(CHypergraph), c_int, int_p, int_p, int_p, c_char_p],
     "zorpelx_cut_matrix": [POINTER(CHypergraph), c_int, int_p, int64_p, c_char_p],
     "zorpelx_part_limits": [c_int, c_int, c_int, c_int64, int64_p, int64_p],
+    "zorpelx_part_bounds": [c_int, c_double, c_double, double_p, c_int64, int64_p, int64_p],
 }
 
 

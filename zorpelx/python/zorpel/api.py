@@ -3,6 +3,8 @@
 from __future__ import annotations
 
 import ctypes
+import math
+import os
 import re
 import signal
 import threading
@@ -11,7 +13,7 @@ from typing import Any, Callable, Dict, Iterable, List, Optional, Sequence, Tupl
 
 from . import _library as lib
 from . import options as opt
-from .errors import Error, InputError, OutOfMemoryError, error_for
+from .errors import Error, FileError, InputError, OutOfMemoryError, error_for
 from .hypergraph import (
     Hypergraph,
     HypergraphLike,
@@ -28,17 +30,28 @@ from .results import Bin, Partition, Progress, Quality, Spread, Stats
 MOST_EMPTY_PARTS = 1000000
 MOST_MATRIX_PARTS = 10000
 MOST_LISTED_PARTS = 100000000
+MOST_CAPACITIES_TEXT = 1 << 26  # characters of a file of them
 
 Parts = Union[Partition, Sequence[int], Path]
-_OUR_NAMES = {"vwgts": "vertex_weights", "hewgts": "hyperedge_weights", "fixed": "fix"}
+_OUR_NAMES = {
+    "vwgts": "vertex_weights",
+    "hewgts": "hyperedge_weights",
+    "fixed": "fix",
+    "groups": "together",
+    "keep_price": "keep_in_place",
+}
+
+
+def _in_our_names(message: bytes) -> str:
+    """A sentence of the library in the words of this package."""
+    sentence = message.decode(errors="replace")
+    names = r"\b(vwgts|hewgts|fixed|groups)(?=\[)|\b(keep_price)\b"
+    return re.sub(names, lambda name: _OUR_NAMES[name[0]], sentence)
 
 
 def _fault(status: int, message: bytes) -> Error:
-    """The exception for a status of the library, its sentence in the words of this package."""
-    sentence = message.decode(errors="replace")
-    return error_for(
-        status, re.sub(r"\b(vwgts|hewgts|fixed)(?=\[)", lambda name: _OUR_NAMES[name[1]], sentence)
-    )
+    """The exception for a status of the library."""
+    return error_for(status, _in_our_names(message))
 
 
 class _Callbacks:
@@ -101,8 +114,9 @@ class _Callbacks:
         try:
             if self.progress is None or self.thrown is not None:
                 return self.thrown is not None
-            fields = Progress.__dataclass_fields__
-            return bool(self.progress(Progress(*(getattr(record[0], name) for name in fields))))
+            fields = {name: getattr(record[0], name) for name in Progress.__dataclass_fields__}
+            fields["step"] = fields["step"].decode()
+            return bool(self.progress(Progress(**fields)))
         except BaseException as thrown:  # pylint: disable=broad-except
             self.thrown = thrown
             return 1
@@ -129,54 +143,94 @@ def _read_parts(parts: Any) -> Any:
     return read_partition(parts)
 
 
-def _fixed_parts(fix: Any, nvtxs: int) -> Optional[array[int]]:
-    if fix is None:
+def _per_vertex(values: Any, name: str, nvtxs: int) -> Optional[array[int]]:
+    """A number for each vertex, from a list, a partition or a file."""
+    if values is None:
         return None
-    ints = to_ints(_read_parts(fix), "fix")
+    if isinstance(values, Partition):
+        values = values.part
+    ints = to_ints(_read_parts(values), name)
     if len(ints) != nvtxs:
-        raise InputError(f"fix has {len(ints)} entries instead of {nvtxs}.")
+        raise InputError(f"{name} has {len(ints)} entries instead of {nvtxs}.")
     return ints
 
 
-def _total_weight(graph: Hypergraph) -> int:
-    return graph.nvtxs if graph.vertex_weights is None else sum(graph.vertex_weights)
+def _groups(together: Any, nvtxs: int) -> Optional[array[int]]:
+    """Any numbers from 0 as numbers below nvtxs: the first vertex of each group."""
+    numbers = _per_vertex(together, "together", nvtxs)
+    if numbers is None:
+        return None
+    first: Dict[int, int] = {}
+    for vertex, group in enumerate(numbers):
+        if group < -1:
+            raise InputError(f"together[{vertex}] is {group}; it should be -1 or more.")
+        first.setdefault(group, vertex)
+    return array("i", [-1 if group < 0 else first[group] for group in numbers])
 
 
-def _excess(nparts: int, imbalance: int, polish: bool, total: int) -> float:
-    """Percent that the heaviest part may be above the average."""
-    heaviest = max(most for _, most in part_limits(nparts, imbalance, total, polish))
-    return 100 * (heaviest * nparts / total - 1)
+def _numbers_in(path: Path) -> List[str]:
+    try:
+        with open(path, encoding="ascii") as file:
+            return file.read(MOST_CAPACITIES_TEXT).replace(",", " ").split()
+    except OSError as reason:
+        raise FileError(f"Cannot read {os.fsdecode(path)}: {reason.strerror}.") from reason
+    except ValueError:
+        raise InputError(f"{os.fsdecode(path)!r} is no file of numbers.") from None
 
 
-def _kept_imbalance(keep: Any, nparts: int, polish: bool, total: int) -> int:
-    """The largest imbalance that keeps every part within keep percent above the average."""
-    percent = opt.check_real("keep", keep, "percent")
-    if total <= 0:
-        return 49
-    for imbalance in range(49, 0, -1):
-        if _excess(nparts, imbalance, polish, total) <= percent:
-            return imbalance
-    least = _excess(nparts, 1, polish, total)
-    raise InputError(
-        f"No imbalance keeps {nparts} parts within {percent:g} % of the average for certain: with "
-        f"imbalance 1 a part can be {least:.2f} % above it.",
-        4,
-    )
+def _size(place: int, value: Any) -> float:
+    try:
+        size = float(value)
+    except (TypeError, ValueError, OverflowError):
+        size = math.nan
+    if not 0 < size < math.inf:
+        raise opt.bad_option(f"capacities[{place}] is {value!r}; it should be above 0.")
+    return size
+
+
+def _capacities(capacities: Any, nparts: int) -> Any:
+    """The sizes of the parts for the library; None is NULL."""
+    if capacities is None:
+        return None
+    if is_path(capacities):
+        capacities = _numbers_in(capacities)
+    try:
+        sizes = [_size(place, value) for place, value in enumerate(capacities)]
+    except TypeError:
+        raise opt.bad_option(f"capacities is {capacities!r} instead of a list of numbers.") from None
+    if len(sizes) != nparts:
+        raise opt.bad_option(f"capacities has {len(sizes)} numbers; there are {nparts} parts.")
+    return (ctypes.c_double * nparts)(*sizes)
+
+
+def _percent(name: str, value: Any, default: float) -> float:
+    return default if value is None else opt.check_real(name, value, "percent")
+
+
+def _seconds(name: str, value: Any) -> float:
+    return 0 if value is None else opt.check_real(name, value, "seconds")
 
 
 def partition(
     hypergraph: HypergraphLike,
     nparts: int,
-    imbalance: int = 5,
+    epsilon: Optional[float] = None,
     *,
-    keep: Optional[float] = None,
+    least: Optional[float] = None,
+    capacities: Union[Iterable[float], Path, None] = None,
+    objective: Union[str, int] = "cut",
+    start: Union[Parts, None] = None,
+    keep_in_place: Optional[int] = None,
+    together: Union[Iterable[int], Path, None] = None,
+    time: Optional[float] = None,
     preset: str = "default",
+    ubfactor: Optional[int] = None,
     runs: Optional[int] = None,
     matching: Union[str, int, None] = None,
     refine: Union[str, int, None] = None,
     vcycle: Union[str, int, None] = None,
-    reconst: Union[bool, str] = False,
-    polish: Union[bool, str] = True,
+    reconst: Union[bool, str, None] = None,
+    polish: Union[bool, str, None] = None,
     fix: Union[Iterable[int], Path, None] = None,
     seed: Optional[int] = 1,
     starts: Optional[int] = None,
@@ -184,7 +238,7 @@ def partition(
     threads: int = 0,
     timeout: Optional[float] = None,
     memory: Optional[int] = None,
-    trace: int = 0,
+    trace: Optional[int] = None,
     progress: Optional[Callable[[Progress], Any]] = None,
     nvtxs: Optional[int] = None,
     vertex_weights: Optional[Iterable[int]] = None,
@@ -196,59 +250,89 @@ def partition(
     >>> partition([[0, 1], [1, 2], [0, 2], [3, 4], [4, 5], [3, 5], [2, 3]], 2).cut
     1
 
-    The options are those of the program zorpelx, by the same names and in the same units:
+    The options are those of the program zorpelx, by the same names and in the same units. A call
+    searches within bounds on the parts, unless an option of the engine alone is given.
 
     hypergraph, nvtxs, vertex_weights, hyperedge_weights: see as_hypergraph().
-    imbalance: percent by which a side of a bisection may miss its share, 1 to 49.
-    keep: percent above the average that no part may pass; chooses the imbalance.
-    preset: fast, default or best; sets runs, matching, refine, vcycle and starts if they are None.
-    runs: of each bisection.
-    matching: hfc, fc, gfc, hedge or edge.
-    refine: fm, 1wayfm or eefm.
-    vcycle: no, end, formin or all.
-    reconst: keep the pieces of cut hyperedges when splitting.
-    polish: refine all parts together at the end, if there are 3 to 64.
+    objective: what is made least: cut, km1 or soed; the result's cut, connectivity or soed.
     fix: the part of each vertex that is pre-assigned, -1 for a free one; or the path of such a file.
     seed: of the first start, at least 1, the others count on; None or -1 draws one by chance.
     starts, jobs: independent starts, and how many at once; 0 jobs: one for each processor.
     threads: of each start; 0: all processors divided by the jobs. They change nothing but the time.
     timeout: seconds for the whole call; None or 0 for no deadline.
     memory: MiB that the call may take here and one start in all; None or 0 for no cap.
-    trace: sum of trace bits; the texts are in the result.
     progress: called a few times a second with a Progress; cancels if it returns something true.
 
+    Of the search:
+
+    epsilon: percent that a part may weigh more than the average, rounded up; None: 3.
+    least: percent that a part may weigh less than the average, at most 100; None: no part is empty
+        where that can be.
+    capacities: sizes of the parts as shares of their sum, such as [3, 3, 2], or the path of a file
+        of them; the average of a part is its share. None: all are equal.
+    start: a partition to improve, of any origin, within the bounds or not; or its path.
+    keep_in_place: price of moving a unit of weight out of its part in start.
+    together: a number for each vertex: those of equal numbers from 0 stay in one part, -1 leaves
+        one free; or the path of such a file.
+    time: seconds to search for, the best found by then being the result; None or 0: as much is done
+        as the preset says, the same on every machine.
+    preset: fast, default or best: how much is done.
+
+    Of the engine alone, which gives the partition of the program zorpel:
+
+    ubfactor: percent by which a side of a bisection may miss its share, 1 to 49; None: 5.
+    runs: of each bisection.
+    matching: hfc, fc, gfc, hedge or edge.
+    refine: fm, 1wayfm or eefm.
+    vcycle: no, end, formin or all.
+    reconst: keep the pieces of cut hyperedges when splitting; None: False.
+    polish: refine all parts together at the end, if there are 3 to 64; None: True.
+    trace: sum of trace bits; the texts are in the result.
+    preset: sets runs, matching, refine, vcycle and starts if they are None.
+
     The work is done in child processes: nothing it suffers reaches this one. Equal arguments give
-    equal partitions, whatever the jobs and threads. Raises Error or one of its kinds if there is
-    none; when a deadline or a cancellation comes after a start has finished, the best is returned
-    and its field complete is False.
+    equal partitions, whatever the jobs and threads, but for time. Raises Error or one of its kinds
+    if there is none; when a deadline or a cancellation comes after a partition was found, the best
+    is returned and its field complete is False.
     """
-    given: Dict[str, Any] = {"imbalance": imbalance, "fix": fix}
+    given: Dict[str, Any] = {"fix": fix}
     if older:
         given = opt.by_new_names(older, given)
-    chosen = dict(opt.of_preset(preset))
     schemes = {"runs": runs, "matching": matching, "refine": refine, "vcycle": vcycle}
-    for name, value in {**schemes, "starts": starts}.items():
+    own = {"ubfactor": ubfactor, **schemes, "reconst": reconst, "polish": polish, "trace": trace}
+    search = {"epsilon": epsilon, "least": least, "capacities": capacities, "start": start}
+    search.update(keep_in_place=keep_in_place, together=together, time=time)
+    engine = opt.check_apart(own, search)
+    schedule = opt.of_preset(preset)
+    chosen = dict(schedule) if engine else {}
+    chosen.update((name, value) for name, value in own.items() if value is not None)
+    chosen.update(nparts=nparts, objective=objective, jobs=jobs, threads=threads)
+    for name, value in {"starts": starts, "keep_in_place": keep_in_place}.items():
         if value is not None:
             chosen[name] = value
-    chosen.update(nparts=nparts, imbalance=given["imbalance"], reconst=reconst, polish=polish)
-    chosen.update(trace=trace, jobs=jobs, threads=threads)
     numbers = {name: opt.number(name, value) for name, value in chosen.items()}
     numbers["seed"] = opt.check_seed(seed)
     opt.check_callable("progress", progress)
+    if keep_in_place is not None and start is None:
+        raise opt.bad_option("keep_in_place needs start.")
     options = lib.new_record(lib.COptions, "zorpelx_options_init")
-    options.timeout = 0 if timeout is None else opt.check_real("timeout", timeout, "seconds")
+    options.epsilon = -1 if engine else _percent("epsilon", epsilon, opt.EPSILON)
+    options.least = _percent("least", least, -1)
+    options.time = _seconds("time", time)
+    options.preset = opt.SEARCH_PRESETS[preset.lower()]
+    options.timeout = _seconds("timeout", timeout)
     options.memory = opt.check_memory(memory)
     graph = as_hypergraph(hypergraph, nvtxs, vertex_weights, hyperedge_weights)
     _check_nparts(numbers["nparts"], graph.nvtxs)
-    if keep is not None:
-        numbers["imbalance"] = _kept_imbalance(
-            keep, numbers["nparts"], bool(numbers["polish"]), _total_weight(graph)
-        )
     for name, value in numbers.items():
         setattr(options, opt.NUMBERS[name].field, value)
-    fixed = _fixed_parts(given["fix"], graph.nvtxs)
-    options.fixed = pointer(fixed)
-    callbacks = _Callbacks(progress, trace != 0)
+    fixed = _per_vertex(given["fix"], "fix", graph.nvtxs)
+    given_start = _per_vertex(start, "start", graph.nvtxs)
+    groups = _groups(together, graph.nvtxs)
+    options.fixed, options.start = pointer(fixed), pointer(given_start)
+    options.groups = pointer(groups)
+    options.capacities = _capacities(capacities, numbers["nparts"])
+    callbacks = _Callbacks(progress, numbers.get("trace", 0) != 0)
     options.on_progress = callbacks.on_progress
     options.on_trace = callbacks.on_trace
     part = array("i", bytes(4 * graph.nvtxs))
@@ -274,8 +358,12 @@ def partition(
         dropped=result.dropped,
         seconds=result.seconds,
         complete=status == lib.OK,
-        message=result.message.decode(errors="replace"),
+        message=_in_our_names(result.message),
         traces=callbacks.traces(),
+        objective=(result.cut, result.connectivity, result.soed)[options.objective],
+        connectivity=result.connectivity,
+        moved=result.moved,
+        jobs=result.jobs,
     )
 
 
@@ -399,25 +487,46 @@ def cut_matrix(
     return [matrix[p * size : (p + 1) * size] for p in range(size)]
 
 
+def _bounds(routine: str, nparts: int, *arguments: Any) -> List[Tuple[int, int]]:
+    try:
+        least, most = (ctypes.c_int64 * nparts)(), (ctypes.c_int64 * nparts)()
+    except MemoryError:
+        raise OutOfMemoryError(f"No memory for the limits of {nparts} parts.", 6) from None
+    status = getattr(lib.loaded(), routine)(nparts, *arguments, least, most)
+    if status != lib.OK:
+        raise error_for(status, f"No limits for {nparts} parts.")
+    return list(zip(least, most))
+
+
 def part_limits(
-    nparts: int, imbalance: int, total: int, polish: bool = True
+    nparts: int, ubfactor: int, total: int, polish: bool = True
 ) -> List[Tuple[int, int]]:
-    """The least and the most weight that each part may get of the total.
+    """The least and the most weight that each part may get of the total from the engine alone.
 
     >>> part_limits(2, 5, 100)
     [(45, 56), (44, 55)]
     """
     size = opt.check_int("nparts", nparts, 1, MOST_LISTED_PARTS)
-    factor, polished = opt.number("imbalance", imbalance), opt.number("polish", polish)
-    weight = opt.check_int("total", total, 0)
-    try:
-        least, most = (ctypes.c_int64 * size)(), (ctypes.c_int64 * size)()
-    except MemoryError:
-        raise OutOfMemoryError(f"No memory for the limits of {size} parts.", 6) from None
-    status = lib.loaded().zorpelx_part_limits(size, factor, polished, weight, least, most)
-    if status != lib.OK:
-        raise error_for(status, f"No limits for {size} parts of a weight of {weight}.")
-    return list(zip(least, most))
+    factor, polished = opt.number("ubfactor", ubfactor), opt.number("polish", polish)
+    return _bounds("zorpelx_part_limits", size, factor, polished, opt.check_int("total", total, 0))
+
+
+def part_bounds(
+    nparts: int,
+    epsilon: float,
+    total: int,
+    least: Optional[float] = None,
+    capacities: Union[Iterable[float], Path, None] = None,
+) -> List[Tuple[int, int]]:
+    """The least and the most weight that each part may get of the total from a search.
+
+    >>> part_bounds(3, 3, 800, capacities=[3, 3, 2])
+    [(1, 309), (1, 309), (1, 206)]
+    """
+    size = opt.check_int("nparts", nparts, 1, MOST_LISTED_PARTS)
+    percents = _percent("epsilon", epsilon, opt.EPSILON), _percent("least", least, -1)
+    sizes = _capacities(capacities, size)
+    return _bounds("zorpelx_part_bounds", size, *percents, sizes, opt.check_int("total", total, 0))
 
 
 def _spread(record: lib.CSpread) -> Spread:

@@ -19,7 +19,15 @@ PRESETS: Dict[str, Dict[str, Any]] = {
     "default": {"runs": 10, "matching": "hfc", "refine": "fm", "vcycle": "end", "starts": 1},
     "best": {"runs": 10, "matching": "hfc", "refine": "1wayfm", "vcycle": "all", "starts": 8},
 }
-OLD_NAMES = {"ubfactor": "imbalance", "fixed": "fix"}
+OBJECTIVES = {"cut": 0, "km1": 1, "soed": 2}
+SEARCH_PRESETS = {"fast": 0, "default": 1, "best": 2}
+OLD_NAMES = {"fixed": "fix"}
+REPLACED = {
+    "imbalance": "epsilon bounds the parts, and ubfactor each bisection of the engine alone, as "
+    "imbalance did",
+    "keep": "epsilon takes the same percentage, and the search keeps it",
+}
+EPSILON = 3.0  #: percent, unless another is given
 
 
 class Number(NamedTuple):
@@ -33,7 +41,7 @@ class Number(NamedTuple):
 
 NUMBERS = {
     "nparts": Number("nparts", 2, INT_MAX),
-    "imbalance": Number("ubfactor", 1, 49),
+    "ubfactor": Number("ubfactor", 1, 49),
     "runs": Number("nruns", 1, INT_MAX),
     "matching": Number("ctype", 1, 5, MATCHINGS),
     "refine": Number("rtype", 1, 3, REFINEMENTS),
@@ -41,6 +49,8 @@ NUMBERS = {
     "reconst": Number("reconst", 0, 1, NO_YES),
     "polish": Number("polish", 0, 1, NO_YES),
     "trace": Number("trace", 0, INT_MAX),
+    "objective": Number("objective", 0, 2, OBJECTIVES),
+    "keep_in_place": Number("keep_price", 0, INT_MAX),
     "seed": Number("seed", -1, INT_MAX),
     "starts": Number("starts", 1, INT_MAX),
     "jobs": Number("jobs", 0, INT_MAX),
@@ -119,9 +129,24 @@ def of_preset(name: Any) -> Dict[str, Any]:
     return PRESETS[name.lower()]
 
 
+def check_apart(engine: Mapping[str, Any], search: Mapping[str, Any]) -> bool:
+    """Whether options that are the engine's own were given. None stands for what was not; those of
+    the search cannot come with them."""
+    own = [name for name, value in engine.items() if value is not None]
+    others = [name for name, value in search.items() if value is not None]
+    if own and others:
+        raise bad_option(
+            f"{others[0]} is for the search, and {own[0]} for the engine alone: leave one of them "
+            "out."
+        )
+    return bool(own)
+
+
 def by_new_names(old: Mapping[str, Any], given: Dict[str, Any]) -> Dict[str, Any]:
     """given, with options that older programs call otherwise."""
     for name, value in old.items():
+        if name in REPLACED:
+            raise bad_option(f"{name} is gone: {REPLACED[name]}.")
         if name not in OLD_NAMES:
             raise TypeError(f"partition() got an unexpected keyword argument {name!r}")
         warnings.warn(f"{name} is now called {OLD_NAMES[name]}", DeprecationWarning, stacklevel=3)

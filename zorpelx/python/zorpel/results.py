@@ -37,6 +37,10 @@ class Progress:
     run_cut: int
     cut: int
     seconds: float
+    objective: int  #: of the best partition that a search has, or -1
+    jobs: int  #: of the searches at work: done
+    alljobs: int  #: and in all; -1 without an end
+    step: str  #: what found it: packing, start, member or combination; or empty
 
 
 @dataclass(frozen=True, repr=False, eq=False)
@@ -61,14 +65,20 @@ class Partition:
     complete: bool  #: False: a deadline or a cancellation cut starts off
     message: str  #: empty, or what is to be said
     traces: List[str] = field(default_factory=list)  #: of each start, if traces were asked for
+    objective: int = 0  #: the figure that was made least: cut, connectivity or soed
+    connectivity: int = 0  #: connectivity minus one
+    moved: int = 0  #: weight of the vertices that are not in their part of start
+    jobs: int = 0  #: pieces of work that the search has done
 
     def __len__(self) -> int:
         """The number of vertices."""
         return len(self.part)
 
     def _key(self) -> Tuple[Any, ...]:
-        figures = (self.nparts, self.cut, self.soed, self.imbalance, self.valid, self.seed)
-        return figures + (self.finished, self.failed, self.dropped, self.complete, self.message)
+        figures: Tuple[Any, ...] = (self.nparts, self.cut, self.soed, self.imbalance)
+        figures += (self.valid, self.seed)
+        figures += (self.finished, self.failed, self.dropped, self.complete, self.message)
+        return figures + (self.objective, self.connectivity, self.moved, self.jobs)
 
     def __eq__(self, other: object) -> bool:
         if not isinstance(other, Partition):
@@ -98,6 +108,7 @@ class Partition:
             ("vertices", len(self.part)),
             ("parts", self.nparts),
             ("cut", self.cut),
+            ("connectivity minus one", self.connectivity),
             ("sum of external degrees", self.soed),
             ("imbalance", f"{100 * self.imbalance:.3f} %"),
             ("valid", "yes" if self.valid else "no"),
