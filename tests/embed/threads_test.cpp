@@ -156,6 +156,35 @@ TEST(Threads, share_the_memory_cap_of_their_start)
     }
 }
 
+/* Whether a start with so many threads gives a partition within a cap. */
+static bool fits(const zorpelx::Hypergraph &h, int threads, size_t mebibytes)
+{
+    zorpelx::Options options = threads_for(16, threads);
+    options.memory = mebibytes << 20;
+    zorpelx_hypergraph view = h.view();
+    std::vector<int> part(static_cast<size_t>(h.nvtxs));
+    zorpelx_result result = new_result();
+    const int status = zorpelx_partition(&view, &options, part.data(), &result);
+    EXPECT_TRUE(status == ZORPELX_OK || status == ZORPELX_NO_MEMORY) << result.message;
+    return status == ZORPELX_OK;
+}
+
+TEST(Threads, need_no_larger_cap_than_one)
+{
+    if (SANITIZED) GTEST_SKIP() << "needs the system's heap";
+    const zorpelx::Hypergraph h = random_hypergraph(20000, 30000, 1);
+    size_t enough = 64; // to a megabyte
+    for (size_t few = 1; few + 1 < enough;) {
+        const size_t middle = (few + enough) / 2;
+        (fits(h, 1, middle) ? enough : few) = middle;
+    }
+    EXPECT_GT(enough, 2u);
+    for (const int threads : {2, 4}) {
+        EXPECT_TRUE(fits(h, threads, enough)) << threads << " threads in " << enough << " MB";
+        EXPECT_FALSE(fits(h, threads, enough / 2));
+    }
+}
+
 TEST(Threads, are_0_or_more)
 {
     const zorpelx::Hypergraph h = random_hypergraph(20, 30, 1);

@@ -314,9 +314,23 @@ void Call::take_partition(const Worker &worker)
     best = std::move(candidate);
 }
 
+/* Several threads hold more memory at once than one, how much more is a matter of timing. So a
+ * start that ran out of it is made again with one: whether a cap is enough does not depend on
+ * threads. */
+static bool made_again(Worker &worker)
+{
+    Task task = worker.task();
+    if (worker.state() != Worker::State::Failed || task.threads == 1) return false;
+    if (worker.failure().status != ZORPELX_NO_MEMORY) return false;
+    task.threads = 1;
+    worker.stop();
+    return !worker.start(task);
+}
+
 void Call::take_in(Worker &worker)
 {
     worker.scan(&counts);
+    if (made_again(worker)) return;
     if (worker.state() == Worker::State::Done)
         take_partition(worker);
     else
