@@ -116,8 +116,8 @@ int largest_factor(int64_t nparts, int64_t total, double percent)
 
 std::string no_factor_text(int64_t nparts, int64_t total, double percent)
 {
-    return text_of("no imbalance keeps %lld parts within %g %% of the average for certain: with "
-                   "--imbalance 1 a part can be %.2f %% above it",
+    return text_of("no --ubfactor keeps %lld parts within %g %% of the average for certain: with "
+                   "--ubfactor 1 a part can be %.2f %% above it",
                    ll(nparts), percent, worst_excess(part_limits(nparts, 1, total), total));
 }
 

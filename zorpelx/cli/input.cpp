@@ -78,6 +78,38 @@ std::vector<int64_t> read_fix(const Settings &settings, int64_t nvertices, int64
     return fix;
 }
 
+std::vector<int64_t> read_vertex_numbers(const Settings &settings, const std::string &name,
+                                         int64_t nvertices, int64_t least, int64_t most)
+{
+    Budget budget = budget_for(settings, name);
+    bool unended = false;
+    std::vector<int64_t> numbers = or_fail([&] {
+        const Bytes bytes = read_bytes(name, &budget);
+        return scan_numbers(view_of(bytes), &budget, &unended);
+    });
+    if (numbers.size() != static_cast<size_t>(nvertices))
+        fail(STATUS_BAD_INPUT, "%s: %zu numbers; there are %lld vertices", shown_name(name).c_str(),
+             numbers.size(), static_cast<long long>(nvertices));
+    for (size_t v = 0; v < numbers.size(); v++)
+        if (numbers[v] < least || numbers[v] >= most)
+            fail(STATUS_BAD_INPUT, "%s: vertex %zu has %lld; it should be between %lld and %lld",
+                 shown_name(name).c_str(), v + 1, static_cast<long long>(numbers[v]),
+                 static_cast<long long>(least), static_cast<long long>(most - 1));
+    if (unended && !settings.quiet)
+        fprintf(stderr, "zorpelx: %s: the last line has no newline: it may have been cut off\n",
+                shown_name(name).c_str());
+    return numbers;
+}
+
+std::string read_text(const Settings &settings, const std::string &name)
+{
+    Budget budget = budget_for(settings, name);
+    return or_fail([&] {
+        const Bytes bytes = read_bytes(name, &budget);
+        return std::string(view_of(bytes));
+    });
+}
+
 std::vector<int64_t> read_partition(const Settings &settings, int64_t nvertices)
 {
     Budget budget = budget_for(settings, settings.partition);

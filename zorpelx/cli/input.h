@@ -40,6 +40,14 @@ void tell_warnings(const std::string &name, const Findings &findings);
 /* A fix file that is going to be used: one entry from -1 to nparts - 1 per vertex. */
 std::vector<int64_t> read_fix(const Settings &settings, int64_t nvertices, int64_t nparts);
 
+/* A file with a number from least to most - 1 for each vertex, whatever they mean.
+ * Errors  STATUS_BAD_INPUT with the place */
+std::vector<int64_t> read_vertex_numbers(const Settings &settings, const std::string &name,
+                                         int64_t nvertices, int64_t least, int64_t most);
+
+/* All of a small text file. */
+std::string read_text(const Settings &settings, const std::string &name);
+
 /* A partition file: exactly one part number per vertex, each from 0 and below 2^31.
  * Errors  STATUS_BAD_INPUT with the place */
 std::vector<int64_t> read_partition(const Settings &settings, int64_t nvertices);

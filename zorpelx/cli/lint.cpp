@@ -205,27 +205,27 @@ static void print_heavy(const std::vector<int64_t> &weights, int64_t first)
     if (heavy.size() > MOST_HEAVY) puts("    ...");
 }
 
-/* The factor that keeps the parts within --keep, or why there is none. */
+/* The factor that keeps the parts within --epsilon, or why there is none. */
 static std::string keep_text(const Settings &settings, int64_t total)
 {
-    const int factor = largest_factor(settings.nparts, total, settings.keep);
-    if (factor == 0) return no_factor_text(settings.nparts, total, settings.keep);
-    return text_of("--imbalance %d keeps %lld parts within %g %% of the average (%.2f %%)", factor,
-                   ll(settings.nparts), settings.keep,
+    const int factor = largest_factor(settings.nparts, total, settings.epsilon);
+    if (factor == 0) return no_factor_text(settings.nparts, total, settings.epsilon);
+    return text_of("--ubfactor %d keeps %lld parts within %g %% of the average (%.2f %%)", factor,
+                   ll(settings.nparts), settings.epsilon,
                    worst_excess(part_limits(settings.nparts, factor, total), total));
 }
 
 static void print_advice(const Settings &settings, const Lint &lint, const Advice &advice)
 {
     const int64_t total = total_weight(lint.graph.vertexwgt);
-    printf("\n%lld parts with --imbalance %lld, all vertices weigh %lld, a part %.1f on average:\n",
-           ll(settings.nparts), ll(settings.imbalance), ll(total),
+    printf("\n%lld parts with --ubfactor %lld, all vertices weigh %lld, a part %.1f on average:\n",
+           ll(settings.nparts), ll(settings.ubfactor), ll(total),
            static_cast<double>(total) / static_cast<double>(settings.nparts));
     print_limits(advice.limits, total);
     printf("  the heaviest part can be %.2f %% above the average\n",
            worst_excess(advice.limits, total));
     print_heavy(lint.graph.vertexwgt, settings.from);
-    if (was_given(settings, &Settings::keep))
+    if (was_given(settings, &Settings::epsilon))
         printf("\n  %s\n", keep_text(settings, total).c_str());
     printf("\n  %s: %s\n", verdict_name(advice.verdict), advice.reason.c_str());
 }
@@ -236,7 +236,7 @@ static Json advice_json(const Settings &settings, const Lint &lint, const Advice
     std::vector<int64_t> heavy = heavy_vertices(lint.graph.vertexwgt);
     for (int64_t &vertex : heavy) vertex += settings.from; // as the file numbers them
     Json json = {{"nparts", settings.nparts},
-                 {"imbalance", settings.imbalance},
+                 {"ubfactor", settings.ubfactor},
                  {"total_weight", total},
                  {"least", advice.limits.least},
                  {"most", advice.limits.most},
@@ -246,9 +246,9 @@ static Json advice_json(const Settings &settings, const Lint &lint, const Advice
                  {"heavy_vertices", heavy},
                  {"verdict", verdict_name(advice.verdict)},
                  {"reason", advice.reason}};
-    if (was_given(settings, &Settings::keep)) {
-        json["keep_percent"] = settings.keep;
-        json["keep_imbalance"] = largest_factor(settings.nparts, total, settings.keep);
+    if (was_given(settings, &Settings::epsilon)) {
+        json["epsilon"] = settings.epsilon;
+        json["epsilon_ubfactor"] = largest_factor(settings.nparts, total, settings.epsilon);
     }
     return json;
 }
@@ -401,8 +401,8 @@ Status run_lint(const Settings &settings)
     if (!settings.explain.empty()) return explain_rules(settings.explain);
     if (settings.hypergraph.empty())
         fail(STATUS_USAGE, "lint needs a hypergraph file or --explain");
-    if (settings.nparts == 0 && was_given(settings, &Settings::keep))
-        fail(STATUS_USAGE, "--keep needs -k");
+    if (settings.nparts == 0 && was_given(settings, &Settings::epsilon))
+        fail(STATUS_USAGE, "--epsilon needs -k");
     if (!settings.map.empty() && settings.clean.empty()) fail(STATUS_USAGE, "--map needs --fix");
     const Writer writer =
         open_writer({settings.clean, map_name(settings)}, {settings.hypergraph, settings.fix});
@@ -415,7 +415,7 @@ Status run_lint(const Settings &settings)
     Advice advice = {};
     if (asked)
         advice = advise(lint.graph.vertexwgt, lint.fix, settings.nparts,
-                        static_cast<int>(settings.imbalance));
+                        static_cast<int>(settings.ubfactor));
     const Failure outcome = mend(settings, lint, writer, asked && advice.verdict == INFEASIBLE);
     if (settings.format == FORMAT_JSON)
         fputs(lint_json(settings, lint, asked ? &advice : nullptr, outcome).c_str(), stdout);

@@ -140,9 +140,9 @@ std::string manual_page()
     page += presets() + statuses() + rules();
     page += ".SH EXAMPLES\n.nf\nzorpelx partition chip.hgr.gz \\-k 8 \\-\\-preset best "
             "\\-\\-json chip.json\n"
-            "zorpelx verify chip.hgr.gz chip.hgr.part.8 \\-\\-imbalance 5\n"
+            "zorpelx verify chip.hgr.gz chip.hgr.part.8 \\-\\-epsilon 3\n"
             "zorpelx lint chip.hgr \\-\\-fix clean.hgr\n"
-            "zorpelx lint chip.hgr \\-k 16 \\-\\-keep 3\n.fi\n"
+            "zorpelx lint chip.hgr \\-k 16 \\-\\-epsilon 3\n.fi\n"
             ".SH SEE ALSO\n.BR zorpel (1),\n.BR zorpel (3),\n.BR zorpel_hgr (5)\n";
     return broken(page);
 }

@@ -1,6 +1,7 @@
 /* zorpelx/cli/options.cpp: the commands and their options, in one table. */
 #include "options.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cmath>
@@ -9,6 +10,7 @@
 
 #include "failure.h"
 #include "suggest.h"
+#include "zorpelx.h"
 
 constexpr int64_t BY_NUMBER = 1; // as the `most` of a list of choices: zorpel knows their numbers
 
@@ -19,6 +21,8 @@ static const Choice VCYCLES[] = {{"no", 0}, {"end", 1}, {"formin", 2}, {"all", 3
 static const Choice NO_YES[] = {{"no", 0}, {"yes", 1}, {nullptr, 0}};
 static const Choice PRESETS[] = {
     {"fast", PRESET_FAST}, {"default", PRESET_DEFAULT}, {"best", PRESET_BEST}, {nullptr, 0}};
+static const Choice OBJECTIVES[] = {
+    {"cut", ZORPELX_CUT}, {"km1", ZORPELX_KM1}, {"soed", ZORPELX_SOED}, {nullptr, 0}};
 static const Choice WHEN[] = {
     {"auto", PROGRESS_AUTO}, {"always", PROGRESS_ALWAYS}, {"never", PROGRESS_NEVER}, {nullptr, 0}};
 static const Choice LINES[] = {{"refuse", 0}, {"whole", 1}, {"pieces", 2}, {nullptr, 0}};
@@ -45,11 +49,11 @@ const std::vector<CommandRow> COMMANDS = {
     {VERIFY, "verify", "Recompute every figure of a partition.",
      "The files are read and everything is counted in 64 bits by code that shares nothing with the "
      "partitioner. Status 1 if anything claimed is not so: a fixed vertex elsewhere, another cut "
-     "than --expect, a part beyond --imbalance, a report that differs.\n"
+     "than --expect, a part beyond --epsilon, a report that differs.\n"
      "With --report the statistics in what zorpel printed are compared byte for byte."},
     {LINT, "lint", "Find what is wrong or surprising in hypergraph and fix files.",
      "Each finding names a rule, a line and a column; --explain tells more about a rule. With -k, "
-     "lint also tells which weights each part can get at this imbalance and whether the vertices "
+     "lint also tells which weights each part can get at this --ubfactor and whether the vertices "
      "can be divided so."},
     {STATS, "stats", "Describe a hypergraph.",
      "Counts, histograms of sizes and degrees, connected components, heavy vertices, and an "
@@ -78,22 +82,42 @@ const std::vector<OptionRow> OPTIONS = {
      ".part.K"},
     {LINT, "-k,--nparts", "K", &Settings::nparts, "", 2, 1000000, nullptr,
      "number of parts, for advice on their weights"},
-    {PARTITION | LINT, "-b,--imbalance", "PERCENT", &Settings::imbalance, "5", 1, 49, nullptr,
-     "each side of a bisection may miss its share of the weight by so much, which compounds over "
-     "bisections"},
-    {VERIFY, "-b,--imbalance", "PERCENT", &Settings::imbalance, "", 1, 49, nullptr,
-     "every part must be within what partition allows it with this imbalance"},
-    {PARTITION, "--keep", "PERCENT", &Settings::keep, "", 0, 1000000000, nullptr,
-     "instead of --imbalance: take the largest that keeps every part within so much above the "
-     "average"},
-    {VERIFY, "--keep", "PERCENT", &Settings::keep, "", 0, 1000000000, nullptr,
-     "every part must be within so much above the average"},
-    {LINT, "--keep", "PERCENT", &Settings::keep, "", 0, 1000000000, nullptr,
-     "with -k: tell the largest imbalance that keeps every part within so much above the average"},
+    {PARTITION, "-e,--epsilon", "PERCENT", &Settings::epsilon, "3", 0, 1000000000, nullptr,
+     "no part weighs more than so much above the average, rounded up"},
+    {VERIFY, "-e,--epsilon", "PERCENT", &Settings::epsilon, "", 0, 1000000000, nullptr,
+     "no part must weigh more than so much above the average, rounded up"},
+    {LINT, "-e,--epsilon", "PERCENT", &Settings::epsilon, "", 0, 1000000000, nullptr,
+     "with -k: tell the largest --ubfactor that keeps every part within so much above the average"},
+    {PARTITION, "--least", "PERCENT", &Settings::least, "", 0, 100, nullptr,
+     "no part weighs less than so much below the average; otherwise no part is empty where that "
+     "can "
+     "be"},
+    {PARTITION, "--capacities", "LIST", &Settings::capacities, "", 0, 0, nullptr,
+     "sizes of the parts as shares of their sum, such as 3,3,2, or a file of them; otherwise all "
+     "are equal"},
+    {PARTITION, "--objective", "NAME", &Settings::objective, "cut", 0, 0, OBJECTIVES,
+     "what is made least: the weight of the cut hyperedges; the same, each counted once for every "
+     "part that it touches beyond the first; each counted for every part that it touches"},
+    {PARTITION, "--start", "FILE", &Settings::start, "", 0, 0, nullptr,
+     "partition file of any origin, to be improved"},
+    {PARTITION, "--keep-in-place", "PRICE", &Settings::keep_price, "0", 0, INT_MAX, nullptr,
+     "with --start: price of each unit of weight that moves to another part"},
+    {PARTITION, "--together", "FILE", &Settings::together, "", 0, 0, nullptr,
+     "file with a number for each vertex: vertices of equal numbers from 0 stay in one part, -1 "
+     "leaves one free"},
+    {PARTITION, "--time", "SECONDS", &Settings::time, "0", 0, 1000000000, nullptr,
+     "search for so long, reading included, and deliver the best; otherwise as much is done as the "
+     "preset says, the same on every machine"},
+    {PARTITION | LINT, "-b,--ubfactor", "PERCENT", &Settings::ubfactor, "5", 1, 49, nullptr,
+     "the engine alone, as zorpel runs it: each side of a bisection may miss its share of the "
+     "weight by so much, which compounds over bisections"},
+    {VERIFY, "-b,--ubfactor", "PERCENT", &Settings::ubfactor, "", 1, 49, nullptr,
+     "every part must be within what partition allows it with this --ubfactor"},
     {PARTITION, "--preset", "NAME", &Settings::preset, "default", 0, 0, PRESETS,
-     "runs, schemes and starts at once"},
+     "how much is done"},
     {PARTITION, "-r,--runs", "N", &Settings::runs, "10", 1, INT_MAX, nullptr,
-     "runs of each bisection"},
+     "runs of each bisection; this and the next five are the engine's own and select it like "
+     "--ubfactor"},
     {PARTITION, "--matching", "SCHEME", &Settings::matching, "hfc", 0, BY_NUMBER, MATCHINGS,
      "matching scheme of coarsening"},
     {PARTITION, "--refine", "SCHEME", &Settings::refine, "fm", 0, BY_NUMBER, REFINEMENTS,
@@ -113,7 +137,8 @@ const std::vector<OptionRow> OPTIONS = {
     {PARTITION, "-j,--jobs", "N", &Settings::jobs, "0", 0, INT_MAX, nullptr,
      "starts at work at once; 0 for one on each processor"},
     {PARTITION, "-t,--threads", "N", &Settings::threads, "0", 0, INT_MAX, nullptr,
-     "threads of each start, which change nothing but the time; 0 for all processors divided by the "
+     "threads of each start, which change nothing but the time; 0 for all processors divided by "
+     "the "
      "jobs"},
     {PARTITION, "--timeout", "SECONDS", &Settings::timeout, "0", 0, 1000000000, nullptr,
      "stop so long after the begin and deliver the best finished start; 0 for no deadline"},
@@ -313,8 +338,18 @@ std::string preset_text(const PresetRow &row)
                    static_cast<long long>(row.starts), row.starts == 1 ? "" : "s");
 }
 
+bool wants_engine(const Settings &settings)
+{
+    const Field own[] = {&Settings::ubfactor, &Settings::runs,   &Settings::matching,
+                         &Settings::refine,   &Settings::vcycle, &Settings::reconst,
+                         &Settings::polish,   &Settings::trace};
+    return std::any_of(std::begin(own), std::end(own),
+                       [&](const Field &field) { return was_given(settings, field); });
+}
+
 void apply_preset(Settings *settings)
 {
+    if (!wants_engine(*settings)) return;
     const PresetRow &row = PRESET_ROWS[settings->preset];
     if (!was_given(*settings, &Settings::runs)) settings->runs = row.runs;
     if (!was_given(*settings, &Settings::matching)) settings->matching = row.matching;

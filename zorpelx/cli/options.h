@@ -13,10 +13,11 @@
 /* What the command line says; each field starts at the table's fallback. */
 struct Settings {
     std::string hypergraph, partition, fix; // files
-    int64_t nparts, imbalance, runs, matching, refine, vcycle, reconst, polish, trace;
+    int64_t nparts, ubfactor, runs, matching, refine, vcycle, reconst, polish, trace;
     int64_t seed, starts, jobs, threads, memory;
-    double timeout, keep;
-    int64_t preset, progress, lines, from, format, expect;
+    double timeout, time, epsilon, least;
+    int64_t objective, keep_price, preset, progress, lines, from, format, expect;
+    std::string capacities, start, together;
     std::string output, json, report, clean, map, explain;
     int64_t limit;
     bool quiet, strict, force, list_cut, notes, man;
@@ -95,6 +96,9 @@ std::string preset_text(const PresetRow &row);
 
 /* Sets what the preset says and the command line does not. */
 void apply_preset(Settings *settings);
+
+/* Whether the engine alone is wanted: the command line has one of its own options. */
+bool wants_engine(const Settings &settings);
 
 /* Whether the command line gave the option that sets this field. */
 bool was_given(const Settings &settings, const Field &field);

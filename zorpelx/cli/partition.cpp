@@ -6,8 +6,12 @@
 #include <algorithm>
 #include <chrono>
 #include <climits>
+#include <cmath>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <unordered_map>
 
 #include "advice.h"
 #include "commands.h"
@@ -33,7 +37,8 @@ struct Job {
     Clock::time_point began;
     Hypergraph graph;
     std::vector<int64_t> fix; // empty without a fix file
-    std::vector<int> eptr, eind, vwgts, hewgts, fixed, part;
+    std::vector<int> eptr, eind, vwgts, hewgts, fixed, start, groups, part;
+    std::vector<double> capacities;
     zorpelx_options options;
     zorpelx_result result;
     Figures figures;
@@ -70,13 +75,13 @@ static void show_trace(void *, int start, const char *text, size_t length)
     fputc('\n', stderr);
 }
 
-/* What reading the files has left of --timeout; 0 without one. */
-static double time_left(const Settings &settings, const Job &job)
+/* What reading the files has left of so many seconds; 0 for no limit. */
+static double time_left(double seconds, const Job &job)
 {
-    constexpr double AT_ONCE = 1e-9; // 0 would mean no deadline
-    if (settings.timeout == 0) return 0;
+    constexpr double AT_ONCE = 1e-9; // 0 would mean no limit
+    if (seconds == 0) return 0;
     const double spent = std::chrono::duration<double>(Clock::now() - job.began).count();
-    return std::max(settings.timeout - spent, AT_ONCE);
+    return std::max(seconds - spent, AT_ONCE);
 }
 
 static void set_options(const Settings &settings, Job *job)
@@ -84,7 +89,16 @@ static void set_options(const Settings &settings, Job *job)
     zorpelx_options *const options = &job->options;
     zorpelx_options_init(options, sizeof *options);
     options->nparts = static_cast<int>(settings.nparts);
-    options->ubfactor = static_cast<int>(settings.imbalance);
+    options->ubfactor = static_cast<int>(settings.ubfactor);
+    options->epsilon = wants_engine(settings) ? -1 : settings.epsilon;
+    options->least = was_given(settings, &Settings::least) ? settings.least : -1;
+    options->capacities = job->capacities.empty() ? nullptr : job->capacities.data();
+    options->objective = static_cast<int>(settings.objective);
+    options->preset = static_cast<int>(settings.preset);
+    options->time = time_left(settings.time, *job);
+    options->start = job->start.empty() ? nullptr : job->start.data();
+    options->keep_price = static_cast<int>(settings.keep_price);
+    options->groups = job->groups.empty() ? nullptr : job->groups.data();
     options->nruns = static_cast<int>(settings.runs);
     options->ctype = static_cast<int>(settings.matching);
     options->rtype = static_cast<int>(settings.refine);
@@ -96,7 +110,7 @@ static void set_options(const Settings &settings, Job *job)
     options->starts = static_cast<int>(settings.starts);
     options->jobs = static_cast<int>(settings.jobs);
     options->threads = static_cast<int>(settings.threads);
-    options->timeout = time_left(settings, *job);
+    options->timeout = time_left(settings.timeout, *job);
     options->memory = static_cast<size_t>(settings.memory) << 20;
     options->fixed = job->fixed.empty() ? nullptr : job->fixed.data();
     options->cancel = &cancel;
@@ -105,6 +119,43 @@ static void set_options(const Settings &settings, Job *job)
         options->user = const_cast<Settings *>(&settings);
     }
     if (settings.trace > 0) options->on_trace = show_trace;
+}
+
+/* Groups numbered from 0 without gaps. */
+static std::vector<int> dense_groups(const std::vector<int64_t> &groups)
+{
+    std::unordered_map<int64_t, int> number;
+    std::vector<int> dense;
+    for (const int64_t group : groups)
+        dense.push_back(
+            group < 0 ? -1 : number.emplace(group, static_cast<int>(number.size())).first->second);
+    return dense;
+}
+
+/* "3,3,2", or a file of such numbers. */
+static std::vector<double> read_capacities(const Settings &settings)
+{
+    std::vector<double> capacities;
+    if (settings.capacities.empty()) return capacities;
+    std::string text = settings.capacities;
+    if (text.find_first_not_of("0123456789.,eE+- ") != std::string::npos)
+        text = read_text(settings, settings.capacities);
+    std::replace(text.begin(), text.end(), ',', ' ');
+    const char *at = text.c_str();
+    for (;;) {
+        at += strspn(at, " \t\r\n");
+        if (*at == '\0') break;
+        char *end = nullptr;
+        const double size = strtod(at, &end);
+        if (end == at || !(size > 0) || std::isinf(size))
+            fail(STATUS_USAGE, "--capacities: number %zu is not above 0", capacities.size() + 1);
+        capacities.push_back(size);
+        at = end;
+    }
+    if (capacities.size() != static_cast<size_t>(settings.nparts))
+        fail(STATUS_USAGE, "--capacities has %zu numbers; there are %lld parts", capacities.size(),
+             ll(settings.nparts));
+    return capacities;
 }
 
 static Job read_files(const Settings &settings)
@@ -118,29 +169,26 @@ static Job read_files(const Settings &settings)
         fail(STATUS_BAD_INPUT, "%s: more than %d vertex entries",
              shown_name(settings.hypergraph).c_str(), INT_MAX);
     if (!settings.fix.empty()) job.fix = read_fix(settings, job.graph.nvertices, settings.nparts);
+    job.capacities = read_capacities(settings);
+    if (!settings.start.empty())
+        job.start = narrowed(
+            read_vertex_numbers(settings, settings.start, job.graph.nvertices, 0, settings.nparts));
+    if (!settings.together.empty())
+        job.groups = dense_groups(
+            read_vertex_numbers(settings, settings.together, job.graph.nvertices, -1, INT_MAX));
     return job;
-}
-
-/* --keep chooses the imbalance once the weights are known. */
-static void choose_imbalance(const Job &job, Settings *settings)
-{
-    if (!was_given(*settings, &Settings::keep)) return;
-    const int64_t total = total_weight(job.graph.vertexwgt);
-    settings->imbalance = largest_factor(settings->nparts, total, settings->keep);
-    if (settings->imbalance == 0)
-        fail(STATUS_INFEASIBLE, "%s",
-             no_factor_text(settings->nparts, total, settings->keep).c_str());
 }
 
 static void check_feasible(const Settings &settings, const Job &job)
 {
+    if (!wants_engine(settings)) return; // the search says who is to blame
     const Advice advice =
-        advise(job.graph.vertexwgt, job.fix, settings.nparts, static_cast<int>(settings.imbalance));
+        advise(job.graph.vertexwgt, job.fix, settings.nparts, static_cast<int>(settings.ubfactor));
     if (advice.verdict == INFEASIBLE && !settings.force)
         fail(STATUS_INFEASIBLE,
-             "%lld parts are not possible with --imbalance %lld: %s (--force "
+             "%lld parts are not possible with --ubfactor %lld: %s (--force "
              "goes on)",
-             ll(settings.nparts), ll(settings.imbalance), advice.reason.c_str());
+             ll(settings.nparts), ll(settings.ubfactor), advice.reason.c_str());
 }
 
 static int partition(const Settings &settings, Job *job)
@@ -191,7 +239,16 @@ static std::string partition_text(const std::vector<int> &part)
 static Json options_json(const Settings &settings)
 {
     return {{"nparts", settings.nparts},
-            {"imbalance", settings.imbalance},
+            {"method", wants_engine(settings) ? "engine" : "search"},
+            {"epsilon", wants_engine(settings) ? Json(nullptr) : Json(settings.epsilon)},
+            {"least", was_given(settings, &Settings::least) ? Json(settings.least) : Json(nullptr)},
+            {"capacities", settings.capacities.empty() ? Json(nullptr) : Json(settings.capacities)},
+            {"objective", choice_name(&Settings::objective, settings.objective)},
+            {"start", settings.start.empty() ? Json(nullptr) : Json(settings.start)},
+            {"keep_in_place", settings.keep_price},
+            {"together", settings.together.empty() ? Json(nullptr) : Json(settings.together)},
+            {"time", settings.time},
+            {"ubfactor", wants_engine(settings) ? Json(settings.ubfactor) : Json(nullptr)},
             {"preset", PRESET_ROWS[settings.preset].name},
             {"runs", settings.runs},
             {"matching", choice_name(&Settings::matching, settings.matching)},
@@ -231,6 +288,8 @@ static Json result_json(const Settings &settings, const Job &job, Status status)
                  {"connectivity", figures.km1},
                  {"imbalance_percent", imbalance_percent(figures)},
                  {"parts", parts},
+                 {"moved_weight", settings.start.empty() ? Json(nullptr) : Json(job.result.moved)},
+                 {"jobs", job.result.jobs},
                  {"seconds", job.result.seconds}});
     return json;
 }
@@ -255,8 +314,21 @@ static std::string output_name(const Settings &settings)
 
 static void check_usage(const Settings &settings)
 {
-    if (was_given(settings, &Settings::keep) && was_given(settings, &Settings::imbalance))
-        fail(STATUS_USAGE, "--keep chooses the imbalance: leave --imbalance out");
+    const struct {
+        Field field;
+        const char *name;
+    } searching[] = {{&Settings::epsilon, "--epsilon"},         {&Settings::least, "--least"},
+                     {&Settings::capacities, "--capacities"},   {&Settings::start, "--start"},
+                     {&Settings::together, "--together"},       {&Settings::time, "--time"},
+                     {&Settings::keep_price, "--keep-in-place"}};
+    for (const auto &option : searching)
+        if (wants_engine(settings) && was_given(settings, option.field))
+            fail(STATUS_USAGE,
+                 "%s is of the search; --ubfactor, --runs and the schemes are of the engine alone: "
+                 "leave one or the other out",
+                 option.name);
+    if (settings.keep_price > 0 && settings.start.empty())
+        fail(STATUS_USAGE, "--keep-in-place needs --start");
     if (settings.json == "-" && settings.output.empty() && output_name(settings) == "-")
         fail(STATUS_USAGE, "--json - needs -o when the hypergraph comes from a stream");
 }
@@ -297,32 +369,27 @@ static void warn_of_result(const Settings &settings, const Job &job)
         tell(text_of("%lld of %lld parts %s empty", ll(empty), ll(figures.nparts),
                      empty == 1 ? "is" : "are"));
     const double excess = imbalance_percent(figures);
-    const bool kept = was_given(settings, &Settings::keep);
-    const bool asked = kept || was_given(settings, &Settings::imbalance);
-    const double most = kept ? settings.keep : static_cast<double>(settings.imbalance);
-    if (!asked || excess <= most) return;
+    if (!was_given(settings, &Settings::ubfactor) ||
+        excess <= static_cast<double>(settings.ubfactor))
+        return;
     const auto heaviest = std::max_element(figures.weight.begin(), figures.weight.end());
-    tell(text_of("part %lld is %.2f %% above the average%s", ll(heaviest - figures.weight.begin()),
-                 excess,
-                 kept ? ", more than --keep allows"
-                      : text_of(": --imbalance %lld bounds each bisection, --keep %lld bounds the "
-                                "parts",
-                                ll(settings.imbalance), ll(settings.imbalance))
-                            .c_str()));
+    tell(text_of("part %lld is %.2f %% above the average: --ubfactor %lld bounds each bisection, "
+                 "--epsilon %lld bounds the parts",
+                 ll(heaviest - figures.weight.begin()), excess, ll(settings.ubfactor),
+                 ll(settings.ubfactor)));
 }
 
 /* From the files to a partition that has been counted again. */
-static Status make_partition(Settings *settings, Job *job)
+static Status make_partition(const Settings &settings, Job *job)
 {
-    *job = read_files(*settings);
-    if (!settings->quiet) warn_of_parts(*settings, *job);
-    choose_imbalance(*job, settings);
-    check_feasible(*settings, *job);
-    job->output = output_name(*settings);
-    const int outcome = partition(*settings, job);
+    *job = read_files(settings);
+    if (!settings.quiet) warn_of_parts(settings, *job);
+    check_feasible(settings, *job);
+    job->output = output_name(settings);
+    const int outcome = partition(settings, job);
     const Status status = final_status(outcome, job->result);
     if (job->result.finished == 0) fail(status, "%s", job->result.message);
-    recount(*settings, job);
+    recount(settings, job);
     return status;
 }
 
@@ -344,11 +411,12 @@ Status run_partition(const Settings &given)
     apply_preset(&settings);
     check_usage(settings);
     const Writer writer =
-        open_writer({output_name(settings), settings.json}, {settings.hypergraph, settings.fix});
+        open_writer({output_name(settings), settings.json},
+                    {settings.hypergraph, settings.fix, settings.start, settings.together});
     Job job = {};
     Status status = STATUS_OK;
     try {
-        status = make_partition(&settings, &job);
+        status = make_partition(settings, &job);
         std::string json;
         if (!settings.json.empty()) json = json_text(result_json(settings, job, status));
         write_together(writer, {partition_text(job.part), json});

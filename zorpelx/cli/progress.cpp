@@ -45,10 +45,16 @@ static int terminal_width()
 static double share_done(const zorpelx_progress &progress)
 {
     constexpr double MOST = 0.99; // it is not over yet
+    const double finished = static_cast<double>(progress.finished) / std::max(progress.starts, 1);
+    if (progress.jobs > 0) // of a search
+        return std::min(finished + (1 - finished) *
+                                       (progress.alljobs > 0
+                                            ? progress.jobs / static_cast<double>(progress.alljobs)
+                                            : 0),
+                        MOST);
     if (progress.allruns <= 0) return 0;
     const double share = static_cast<double>(progress.runs) / static_cast<double>(progress.allruns);
-    const double starts = static_cast<double>(progress.finished) / std::max(progress.starts, 1);
-    return std::min(std::max(share, starts), MOST);
+    return std::min(std::max(share, finished), MOST);
 }
 
 /* "45 s", "3:20", "2 h 05" */
@@ -80,12 +86,18 @@ std::string progress_text(const zorpelx_progress &progress, double timeout, int 
                                        time_left(progress, timeout)};
     if (progress.starts > 1)
         pieces.push_back(text_of("%d of %d starts", progress.finished, progress.starts));
-    if (progress.cut >= 0)
+    if (progress.objective >= 0 && progress.step != nullptr && progress.step[0] != '\0')
+        pieces.push_back(
+            text_of("best %lld by %s", static_cast<long long>(progress.objective), progress.step));
+    else if (progress.cut >= 0)
         pieces.push_back(text_of("cut %lld", static_cast<long long>(progress.cut)));
     else if (progress.run_cut >= 0)
         pieces.push_back(text_of("bisection %d", progress.run_cut));
-    pieces.push_back(text_of("%lld of %lld runs", static_cast<long long>(progress.runs),
-                             static_cast<long long>(progress.allruns)));
+    if (progress.jobs > 0 || progress.runs == 0)
+        pieces.push_back(text_of("%d jobs", progress.jobs));
+    else
+        pieces.push_back(text_of("%lld of %lld runs", static_cast<long long>(progress.runs),
+                                 static_cast<long long>(progress.allruns)));
     pieces.push_back(text_of("%.1f s", progress.seconds));
     std::string line;
     for (const std::string &piece : pieces) {

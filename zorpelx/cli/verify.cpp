@@ -39,7 +39,7 @@ static Claim check_report(const Settings &settings, const std::string &report,
                           const Verified &verified)
 {
     const int ubfactor =
-        was_given(settings, &Settings::imbalance) ? static_cast<int>(settings.imbalance) : 0;
+        was_given(settings, &Settings::ubfactor) ? static_cast<int>(settings.ubfactor) : 0;
     const std::string fault =
         fault_of_report(report, {verified.graph, verified.part, verified.figures.nparts,
                                  !settings.fix.empty(), ubfactor});
@@ -70,7 +70,7 @@ static Claim check_fix(const std::vector<int64_t> &part, const std::vector<int64
 static Claim check_balance(const Settings &settings, const Verified &verified)
 {
     const std::vector<int64_t> &weight = verified.figures.weight;
-    const Limits limits = part_limits(verified.figures.nparts, static_cast<int>(settings.imbalance),
+    const Limits limits = part_limits(verified.figures.nparts, static_cast<int>(settings.ubfactor),
                                       total_weight(weight));
     const bool own = settings.fix.empty() &&
                      (weight.size() == 2 || weight.size() > static_cast<size_t>(MOST_POLISHED));
@@ -83,16 +83,23 @@ static Claim check_balance(const Settings &settings, const Verified &verified)
                             ll(least), ll(most))};
     }
     return {"balance", true,
-            text_of("every part is within --imbalance %lld, between %lld and %lld",
-                    ll(settings.imbalance), ll(limits.lightest), ll(limits.heaviest))};
+            text_of("every part is within --ubfactor %lld, between %lld and %lld",
+                    ll(settings.ubfactor), ll(limits.lightest), ll(limits.heaviest))};
 }
 
-static Claim check_keep(double percent, const Figures &figures)
+/* Counted by itself: what the search promises is at most (1 + epsilon / 100) times the average
+ * rounded up, in whole units of weight. */
+static Claim check_epsilon(double percent, const Figures &figures)
 {
-    const double excess = imbalance_percent(figures);
-    return {"keep", excess <= percent,
-            text_of("the heaviest part is %.3f %% above the average%s", excess,
-                    excess <= percent ? "" : text_of(", not within %g %%", percent).c_str())};
+    const int64_t heaviest = *std::max_element(figures.weight.begin(), figures.weight.end());
+    const int64_t total = total_weight(figures.weight), n = figures.nparts;
+    const long double average = static_cast<long double>(total / n + (total % n != 0));
+    const bool within = static_cast<long double>(heaviest) <=
+                        average * (1 + static_cast<long double>(percent) / 100) * (1 + 1e-12L);
+    return {"epsilon", within,
+            text_of("the heaviest part is %.3f %% above the average%s", imbalance_percent(figures),
+                    text_of(within ? ", within --epsilon %g" : ", not within --epsilon %g", percent)
+                        .c_str())};
 }
 
 static Claim check_cut(int64_t expected, int64_t cut)
@@ -168,10 +175,10 @@ static Verified verify_files(const Settings &settings)
             check_fix(verified.part, read_fix(settings, verified.graph.nvertices, nparts)));
     if (was_given(settings, &Settings::expect))
         verified.claims.push_back(check_cut(settings.expect, verified.figures.cut));
-    if (was_given(settings, &Settings::imbalance))
+    if (was_given(settings, &Settings::ubfactor))
         verified.claims.push_back(check_balance(settings, verified));
-    if (was_given(settings, &Settings::keep))
-        verified.claims.push_back(check_keep(settings.keep, verified.figures));
+    if (was_given(settings, &Settings::epsilon))
+        verified.claims.push_back(check_epsilon(settings.epsilon, verified.figures));
     if (reported) verified.claims.push_back(check_report(settings, report, verified));
     return verified;
 }

@@ -78,8 +78,21 @@ static const OptionRow *option_named(unsigned commands, const std::string &name)
     return nullptr;
 }
 
+/* Options of older versions, and what replaces them. */
+static std::string replaced_option(const std::string &name)
+{
+    if (name == "--imbalance")
+        return "--imbalance is gone: --epsilon bounds the parts in the end, --ubfactor each "
+               "bisection "
+               "of the engine alone";
+    if (name == "--keep") return "--keep is gone: --epsilon bounds the parts in the end";
+    return "";
+}
+
 static std::string no_option(unsigned command, const std::string &name)
 {
+    const std::string replaced = replaced_option(name);
+    if (!replaced.empty()) return replaced;
     for (const CommandRow &row : COMMANDS)
         if (option_named(row.command, name) != nullptr && !(command & GLOBAL))
             return text_of("%s is an option of %s", name.c_str(), row.name);

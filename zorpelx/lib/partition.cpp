@@ -259,7 +259,7 @@ Fault Call::blame(const int *part, const std::vector<int64_t> &pwgts) const
         const int weight = h.vwgts != nullptr ? h.vwgts[v] : 1;
         if (weight > most && pwgts[static_cast<size_t>(part[v])] > most)
             return fault(ZORPELX_FAILED,
-                         "Vertex %d weighs %d, and no part may weigh more than %lld.", v, weight,
+                         "Vertex %d (counted from 0) weighs %d, and no part may weigh more than %lld.", v, weight,
                          static_cast<long long>(most));
         if (o.fixed != nullptr && o.fixed[v] >= 0) fixed[static_cast<size_t>(o.fixed[v])] += weight;
     }

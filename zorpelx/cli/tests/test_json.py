@@ -83,10 +83,10 @@ class Answers(Case):
             (*partition, "--fix", "fix"),
             (*partition, "--preset", "best", "--timeout", 60, "--memory", 1000),
             verify,
-            (*verify, "fix", "--list-cut", "--expect", 8, "-b", 40, "--keep", 100),
+            (*verify, "fix", "--list-cut", "--expect", 8, "-b", 40, "--epsilon", 100),
             (*verify, "-k", 4),
             lint,
-            (*lint, "fix", "-k", 2, "--keep", 30, "-b", 40),
+            (*lint, "fix", "-k", 2, "--epsilon", 30, "-b", 40),
             ("stats", "g.hgr", "--format", "json"),
             ("stats", EXAMPLES / "cpu32.hgr", "--format", "json"),
             ("lint", EXAMPLES / "mult16.hgr", "--format", "json", "-k", 4),
@@ -145,7 +145,8 @@ class Answers(Case):
 
     def test_partition_without_a_result(self):
         self.file("heavy.hgr", "1 2 10\n1 2\n1\n100\n")
-        answer = self.answer(4, "partition", "heavy.hgr", "-k", 2, "--json", "-", "-o", "out")
+        words = ("partition", "heavy.hgr", "-k", 2, "-b", 5, "--json", "-", "-o", "out")
+        answer = self.answer(4, *words)
         self.assertIn("2 parts are not possible", answer["message"])
         self.file("big.hgr", random_hypergraph(3000, 6000))
         words = ("partition", "big.hgr", "-k", 8, "-r", 10000, "--json", "-", "-o", "out")

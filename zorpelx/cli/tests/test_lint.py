@@ -277,12 +277,12 @@ class Advice(Case):
 
     def test_the_reverse_question(self):
         self.example("cpu32.hgr")
-        answer = self.json_of("lint", "cpu32.hgr", "-k", 16, "--keep", 3, "--format", "json")
-        self.assertEqual(answer["advice"]["keep_imbalance"], 0)
-        answer = self.json_of("lint", "cpu32.hgr", "-k", 16, "--keep", 50, "--format", "json")
-        self.assertEqual(answer["advice"]["keep_imbalance"], 5)
-        done = self.run_ok("lint", "cpu32.hgr", "-k", 16, "--keep", 3)
-        self.assertIn("no imbalance keeps 16 parts within 3 %", done.stdout)
+        answer = self.json_of("lint", "cpu32.hgr", "-k", 16, "--epsilon", 3, "--format", "json")
+        self.assertEqual(answer["advice"]["epsilon_ubfactor"], 0)
+        answer = self.json_of("lint", "cpu32.hgr", "-k", 16, "--epsilon", 50, "--format", "json")
+        self.assertEqual(answer["advice"]["epsilon_ubfactor"], 5)
+        done = self.run_ok("lint", "cpu32.hgr", "-k", 16, "--epsilon", 3)
+        self.assertIn("no --ubfactor keeps 16 parts within 3 %", done.stdout)
 
     def test_heavy_vertices_make_it_infeasible(self):
         weights = "90\n" + "1\n" * 10
@@ -290,7 +290,8 @@ class Advice(Case):
         self.fails(
             4, "a vertex weighs 90, and no part may weigh more than 56", "lint", "g.hgr", "-k", 2
         )
-        self.fails(4, "--force goes on", "partition", "g.hgr", "-k", 2, "-o", "out")
+        words = ("partition", "g.hgr", "-k", 2, "-b", 5, "-o", "out")
+        self.fails(4, "--force goes on", *words)
         self.assertNotIn("out", self.names())
         self.fails(4, "vertex 1 weighs 90", "lint", "g.hgr", "-k", 2)
         answer = self.json_of("lint", "g.hgr", "-k", 2, "--format", "json", status=4)

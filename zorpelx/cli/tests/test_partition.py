@@ -63,7 +63,7 @@ class Options(Case):
             self.assertEqual(len(found), len(values), name)
 
     def test_presets_and_what_overrides_them(self):
-        fast = self.cut_of("-k", 2, "--preset", "fast")["options"]
+        fast = self.cut_of("-k", 2, "--preset", "fast", "--ubfactor", 5)["options"]
         self.assertEqual((fast["runs"], fast["refine"], fast["vcycle"]), (3, "1wayfm", "end"))
         best = self.cut_of("-k", 2, "--preset", "best", "--runs", 3, "--starts", 2)["options"]
         self.assertEqual((best["runs"], best["starts"], best["vcycle"]), (3, 2, "all"))
@@ -72,17 +72,94 @@ class Options(Case):
         answer = self.cut_of("-k", 2, "--runs", 5, "--nparts", 3, "-r", 1)["options"]
         self.assertEqual((answer["nparts"], answer["runs"]), (3, 1))
 
-    def test_keep_takes_the_largest_imbalance_that_holds_the_promise(self):
-        answer = self.cut_of("-k", 4, "--keep", 12)
-        self.assertEqual(answer["options"]["imbalance"], 2)
-        self.assertLessEqual(answer["imbalance_percent"], 12)
-        self.run_ok("verify", "mult16.hgr", "out", "-k", 4, "--keep", 12)
+    def test_epsilon_is_a_promise_about_the_parts(self):
+        for epsilon in (0, 1.5, 12):
+            answer = self.cut_of("-k", 4, "--epsilon", epsilon)
+            heaviest = max(part["weight"] for part in answer["parts"])
+            total = sum(part["weight"] for part in answer["parts"])
+            self.assertLessEqual(heaviest, (1 + epsilon / 100) * -(-total // 4) + 1e-6)
+            self.assertTrue(answer["valid"])
+            self.run_ok("verify", "mult16.hgr", "out", "-k", 4, "--epsilon", epsilon)
+        words = ("verify", "mult16.hgr", "out", "-k", 4, "--epsilon", 0.01)
         excess = answer["imbalance_percent"]
-        words = ("verify", "mult16.hgr", "out", "-k", 4, "--keep", excess / 2)
-        self.fails(1, "above the average, not", *words)
-        words = ("partition", "mult16.hgr", "-k", 16)
-        self.fails(4, "no imbalance keeps 16 parts within 3 %", *words, "--keep", 3)
-        self.fails(2, "leave --imbalance out", *words, "--keep", 30, "--imbalance", 3)
+        if excess > 1:
+            self.fails(1, "above the average, not", *words)
+        tight = self.cut_of("-k", 4, "--epsilon", 0)
+        self.assertLessEqual(self.cut_of("-k", 4, "--epsilon", 30)["cut"], tight["cut"])
+
+    def test_what_is_gone_says_what_replaces_it(self):
+        words = ("partition", "mult16.hgr", "-k", 4)
+        self.fails(2, "--epsilon bounds the parts in the end", *words, "--keep", 30)
+        self.fails(2, "--ubfactor each bisection", *words, "--imbalance", 3)
+
+    def test_the_search_and_the_engine_are_not_mixed(self):
+        words = ("partition", "mult16.hgr", "-k", 4)
+        self.fails(2, "leave one or the other out", *words, "--epsilon", 3, "--ubfactor", 5)
+        self.fails(2, "leave one or the other out", *words, "--time", 1, "--runs", 5)
+        self.fails(2, "--keep-in-place needs --start", *words, "--keep-in-place", 5)
+
+    def test_objectives_are_what_is_minimised(self):
+        found = {name: self.cut_of("-k", 8, "--objective", name) for name in ("cut", "km1", "soed")}
+        self.assertLessEqual(found["cut"]["cut"], found["km1"]["cut"])
+        self.assertLessEqual(found["km1"]["connectivity"], found["cut"]["connectivity"])
+        self.assertLessEqual(found["soed"]["soed"], found["cut"]["soed"])
+
+    def test_capacities_and_least(self):
+        answer = self.cut_of("-k", 3, "--capacities", "3,3,2", "--least", 10)
+        total = sum(part["weight"] for part in answer["parts"])
+        for part, size in zip(answer["parts"], (3, 3, 2)):
+            self.assertLessEqual(part["weight"], 1.03 * -(-total * size // 8) + 1e-6)
+            self.assertGreaterEqual(part["weight"], 0.9 * total * size / 8 - 1e-6)
+        self.file("sizes", "3 3\n2\n")
+        words = ("-k", 3, "--capacities", "sizes", "--least", 10)
+        self.assertEqual(self.cut_of(*words)["cut"], answer["cut"])
+        words = ("partition", "mult16.hgr", "-k", 3, "--capacities")
+        self.fails(2, "has 2 numbers; there are 3 parts", *words, "3,3")
+        self.fails(2, "number 2 is not above 0", *words, "3,0,1")
+
+    def test_a_start_is_improved_and_moves_have_their_price(self):
+        self.cut_of("-k", 4, "--ubfactor", 5, "--runs", 1)
+        self.file("old", self.text("out"))
+        better = self.cut_of("-k", 4, "--start", "old", "--epsilon", 30)
+        old = self.json_of("verify", "mult16.hgr", "old", "-k", 4, "--format", "json")
+        self.assertLessEqual(better["cut"], old["cut"])
+        parts = zip(self.text("old").split(), self.text("out").split())
+        self.assertEqual(better["moved_weight"], sum(a != b for a, b in parts))
+        dear = self.cut_of("-k", 4, "--start", "old", "--epsilon", 30, "--keep-in-place", 1000)
+        self.assertEqual(dear["moved_weight"], 0)
+        self.file("short", "0\n1\n")
+        self.fails(3, "2 numbers; there are 1315", "partition", "mult16.hgr", "-k", 4, "--start", "short")
+        self.file("wrong", "0\n" * 1314 + "4\n")
+        words = ("partition", "mult16.hgr", "-k", 4, "--start", "wrong")
+        self.fails(3, "vertex 1315 has 4; it should be between 0 and 3", *words)
+
+    def test_groups_stay_together(self):
+        self.file("groups", "".join(f"{v % 40 if v % 3 == 0 else -1}\n" for v in range(1315)))
+        self.cut_of("-k", 4, "--together", "groups")
+        part = self.text("out").split()
+        for v in range(0, 1315, 3):
+            self.assertEqual(part[v], part[next(u for u in range(0, 1315, 3) if u % 40 == v % 40)])
+
+    def test_a_search_with_a_time_of_its_own_ends_then(self):
+        begin = time.monotonic()
+        answer = self.cut_of("-k", 4, "--time", 1.5, "--epsilon", 3)
+        spent = time.monotonic() - begin
+        self.assertGreater(spent, 1.4)
+        self.assertLess(spent, 60)
+        self.assertTrue(answer["valid"])
+        self.assertEqual(answer["status"], 0)
+
+    def test_threads_do_not_change_a_search(self):
+        parts = set()
+        for threads in (1, 2, 4):
+            self.cut_of("-k", 4, "--preset", "fast", "--threads", threads)
+            parts.add(self.text("out"))
+        self.assertEqual(len(parts), 1)
+
+    def test_who_makes_the_bounds_impossible(self):
+        self.file("heavy.hgr", "2 3 10\n1 2\n2 3\n50\n1\n1\n")
+        self.fails(4, "weighs 50, and no part may weigh more than 26", "partition", "heavy.hgr", "-k", 2)
+        self.assertEqual(len(self.text("heavy.hgr.part.2").split()), 3)
 
     def test_the_result_is_what_verify_counts(self):
         answer = self.cut_of("-k", 6, "--starts", 3, "--runs", 2)
@@ -94,7 +171,7 @@ class Options(Case):
             "json",
             "-k",
             6,
-            "--imbalance",
+            "--ubfactor",
             5,
             "--expect",
             answer["cut"],
@@ -195,7 +272,7 @@ class CutShort(Case):
         output = run.communicate()[0].decode()
         self.assertEqual(run.returncode, status)
         self.assertIn("fifo.hgr.part.2: 2 parts, cut", output)
-        self.run_ok("verify", "fifo.hgr", "fifo.hgr.part.2", "--imbalance", 5)
+        self.run_ok("verify", "fifo.hgr", "fifo.hgr.part.2", "--ubfactor", 5)
 
     def test_reading_the_files_counts_for_the_deadline(self):
         os.mkfifo(self.folder / "slow.hgr")
@@ -218,7 +295,7 @@ class CutShort(Case):
         os.kill(wait_for(lambda: children_of(run))[0], signal.SIGKILL)
         self.assertIn("was ended by signal 9", run.communicate()[1])
         self.assertEqual(run.returncode, 0)
-        self.run_ok("verify", "big.hgr", "out", "-k", 4, "--imbalance", 5)
+        self.run_ok("verify", "big.hgr", "out", "-k", 4, "--ubfactor", 5)
 
     def test_control_c_on_a_terminal(self):
         """It reaches the engine's processes too, which have to go on until they are stopped."""
@@ -245,7 +322,7 @@ class CutShort(Case):
         os.close(main)
         self.assertEqual(run.returncode, 130)
         self.assertIn("fifo.hgr.part.2: 2 parts, cut", output)
-        self.run_ok("verify", "fifo.hgr", "fifo.hgr.part.2", "--imbalance", 5)
+        self.run_ok("verify", "fifo.hgr", "fifo.hgr.part.2", "--ubfactor", 5)
 
     def test_an_interrupt_before_any_start_delivers_nothing(self):
         words = [ZORPELX, *"partition big.hgr -k 64 --runs 100000 -o out".split()]
@@ -293,7 +370,7 @@ class Progress(Case):
         os.close(main)
         return seen.decode(), output
 
-    WORDS = ("partition", "mult16.hgr", "-k", "4", "--starts", "3")
+    WORDS = ("partition", "mult16.hgr", "-k", "4", "--starts", "3", "--runs", "10")
 
     def lines(self, seen):
         """What stood in the line, one after another."""
@@ -322,6 +399,20 @@ class Progress(Case):
         self.assertEqual(self.run_ok(*self.WORDS).stderr, "")
         self.assertEqual(self.on_terminal(*self.WORDS, "--quiet"), ("", ""))
         self.assertEqual(self.on_terminal(*self.WORDS, "--progress", "never")[0], "")
+
+    def test_the_line_of_a_search(self):
+        self.example("mult16.hgr")
+        words = ("partition", "mult16.hgr", "-k", "4", "--time", "1.5")
+        lines = self.lines(self.on_terminal(*words)[0])
+        figures = (
+            r"(\d+) %(?:, \d+ s left)?(?:, best (\d+) by (\w+)|, cut \d+)?, (\d+) jobs, "
+            r"(\d+\.\d) s"
+        )
+        shown = [re.fullmatch(figures, line).groups() for line in lines]
+        best = [int(line[1]) for line in shown if line[1]]
+        self.assertEqual(best, sorted(best, reverse=True))
+        self.assertLessEqual({line[2] for line in shown if line[2]}, {"packing", "member", "combination", "exact"})
+        self.assertGreater(int(shown[-2][3]), 0)
 
     def test_the_line_fits_the_terminal(self):
         self.example("mult16.hgr")
@@ -389,11 +480,11 @@ class Said(Case):
         self.assertGreater(answer["imbalance_percent"], 20)
         told = (
             f"zorpelx: part {heaviest['part']} is {answer['imbalance_percent']:.2f} % above the "
-            "average: --imbalance 20 bounds each bisection, --keep 20 bounds the parts\n"
+            "average: --ubfactor 20 bounds each bisection, --epsilon 20 bounds the parts\n"
         )
         self.assertEqual(done.stderr, told)
         self.assertEqual(self.run_ok(*words, "-b", 20, "-q").stderr, "")
-        self.assertEqual(self.run_ok(*words, "--keep", 20).stderr, "")
+        self.assertEqual(self.run_ok(*words, "--epsilon", 20).stderr, "")
         self.assertEqual(self.run_ok(*words).stderr, "")  # nothing was asked for
 
 

@@ -97,7 +97,7 @@ class Partition(Case):
             ("partition", "fifo.hgr", "-k", "2", "--nonsense"): "--nonsense",
             ("partition", "fifo.hgr", "-k", "2", "-o", "-", "--json", "-"): "standard output",
             ("lint",): "lint needs",
-            ("lint", "fifo.hgr", "--keep", "3"): "--keep needs -k",
+            ("lint", "fifo.hgr", "--epsilon", "3"): "--epsilon needs -k",
             ("lint", "fifo.hgr", "--map", "m"): "--map needs --fix",
             ("verify", "fifo.hgr"): "PARTITION is required",
             ("partition", "fifo.hgr", "-k", "2", "--fix", ""): "--fix: the name is empty",

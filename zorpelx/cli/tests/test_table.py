@@ -76,7 +76,7 @@ class Table(Case):
             "xyzzy": "there is no command 'xyzzy'\n",
             "--verison": "there is no option --verison; did you mean '--version'?",
             "partition g.hgr --npart 2": "there is no option --npart; did you mean '--nparts'?",
-            "partition g.hgr -k 2 --imbalence=3": "no option --imbalence; did you mean '--imbal",
+            "partition g.hgr -k 2 --epsilom=3": "no option --epsilom; did you mean '--epsilon'",
             "partition --outptu x g.hgr -k 2": "no option --outptu; did you mean '--output'?",
             "partition g.hgr -k 2 --refnie fm": "no option --refnie; did you mean '--refine'?",
             "partition g.hgr -k 2 --refine em": "none of fm, 1wayfm, eefm; did you mean 'fm'?",
@@ -167,7 +167,8 @@ class Table(Case):
         answer = self.json_of("partition", "fifo.hgr", "-k", 2, "-o", "out", "--json", "-")
         text = unfolded(self.run_ok("partition", "--help").stdout)
         for option in (
-            "imbalance",
+            "epsilon",
+            "objective",
             "preset",
             "runs",
             "matching",

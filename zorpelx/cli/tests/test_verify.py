@@ -122,7 +122,7 @@ class Claims(Case):
     def test_balance(self):
         words = ("verify", "g.hgr", "g.part.2", "-b", 5)
         self.fails(1, "part 0 weighs 3, not between 6 and 9", *words)
-        self.run_ok("verify", "g.hgr", "g.part.2", "--imbalance", 40)
+        self.run_ok("verify", "g.hgr", "g.part.2", "--ubfactor", 40)
 
     def test_broken_partition_files(self):
         for content, sentence in {
