@@ -110,6 +110,7 @@ static void carry_cut_nets(HGraph *graph, const CoarsenWork *work)
 {
     HGraph *const coarser = graph->coarser;
     bool *const marks = other_marks(graph, work);
+    assert(coarser->nnets <= graph->nnets && marks != graph->cutnets);
     memset(marks, 0, static_cast<size_t>(std::max(coarser->nnets, 1)));
     for (int e = 0; e < graph->nnets; e++) // dropped ones are not cut, wherever they are noted
         marks[at_least_0(graph->netmap[e])] |= graph->cutnets[e];
@@ -122,7 +123,10 @@ static void carry_partition(HGraph *graph, const CoarsenWork *work)
 {
     HGraph *const coarser = graph->coarser;
     int *const cwhere = imalloc__(static_cast<size_t>(coarser->ncells), "CCoarsen: cwhere");
-    for (int v = 0; v < graph->ncells; v++) cwhere[graph->cellmap[v]] = graph->where[v];
+    for (int v = 0; v < graph->ncells; v++) {
+        assert(0 <= graph->cellmap[v] && graph->cellmap[v] < coarser->ncells);
+        cwhere[graph->cellmap[v]] = graph->where[v];
+    }
     QXfree__(&graph->where, LTERM);
     coarser->where = cwhere;
     carry_cut_nets(graph, work);
@@ -157,6 +161,8 @@ static HGraph *coarsen_level(PartCtrl *ctrl, HGraph *graph, const CoarsenWork *w
     else
         match_level(ctrl, graph, &work->match, level, slow);
     stop_timer(ctrl, TIME_AUX1);
+    assert(graph->coarser != nullptr && graph->coarser->finer == graph);
+    assert(graph->coarser->ncells <= graph->ncells && graph->coarser->nfixed == graph->nfixed);
     if (restricted) carry_partition(graph, work);
     graph->coarser->level = level + 1;
     return graph->coarser;
@@ -167,6 +173,7 @@ static HGraph *coarsen_chain(PartCtrl *ctrl, HGraph *graph, bool restricted)
     const bool trace = (ctrl->dbglvl & DBG_COARSEN) != 0;
     start_timer(ctrl, TIME_COARSENING);
     CoarsenWork work = open_work(graph, restricted);
+    assert(ctrl->CoarsenTo > 0 && (!restricted || graph->where != nullptr));
     graph->level = 0;
     if (trace) {
         print_trace(ctrl, "----------------------------------------------------------\n");

@@ -216,7 +216,7 @@ static void make_vertices(const HGraph *graph, HGraph *coarser)
     coarser->incptr[0] = 0;
     for (int c = 0; c < coarser->ncells; c++) {
         int wgt = 0;
-        assert(mptr[c] < mptr[c + 1] && mptr[c + 1] <= graph->ncells);
+        assert(mptr[c] <= mptr[c + 1] && mptr[c + 1] <= graph->ncells);
         listed[-1].last = c;
         for (int i = mptr[c]; i < mptr[c + 1]; i++) {
             if (far) prefetch_incidences(graph, i, listed);
@@ -231,7 +231,7 @@ static void make_vertices(const HGraph *graph, HGraph *coarser)
 
 void CreateCoarseHGraph__(PartCtrl *ctrl, HGraph *graph, int cnvtxs)
 {
-    assert(cnvtxs >= graph->nfixed && cnvtxs <= graph->ncells && graph->coarser == nullptr);
+    assert(cnvtxs >= graph->nfixed && graph->coarser == nullptr);
     start_timer(ctrl, TIME_AUX2);
     HGraph *const coarser = CreateHGraph__();
     coarser->ncells = cnvtxs;

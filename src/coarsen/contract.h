@@ -7,7 +7,7 @@
 
 /* Contracts the groups of graph (cellmap, mptr, mind) into cnvtxs vertices.
  *   graph  in/out  gets netmap and coarser; needs incidence
- *   cnvtxs in      coarse vertices, each owning at least one vertex of graph
+ *   cnvtxs in      coarse vertices; a group may be empty, as that of a part without fixed vertices
  * The new level has lists, incidence and weights; pins stand in increasing order, hyperedges in
  * increasing key order. Hyperedges of one coarse vertex are dropped (removedwgt counts them),
  * identical ones merged. Cost O(pins log size) and a sort of the hyperedges. Charges "Aux2". */

@@ -5,6 +5,8 @@
  */
 #include "coarsen/match_hedges.h"
 
+#include <cassert>
+
 #include "coarsen/contract.h"
 #include "coarsen/grouping.h"
 #include "coarsen/match_edges.h"
@@ -14,6 +16,7 @@
 static void order_hyperedges(PartCtrl *ctrl, const HGraph *graph, int *perm, int *vpairs)
 {
     KeyValue *const pairs = reinterpret_cast<KeyValue *>(vpairs);
+    static_assert(sizeof(KeyValue) == 2 * sizeof(int)); // vpairs has two ints for each
     RandomPermute__(&ctrl->random, perm, graph->nnets, 1);
     for (int i = 0; i < graph->nnets; i++) {
         const int e = perm[i];
@@ -44,6 +47,7 @@ static void match_hyperedges(const PartCtrl *ctrl, const HGraph *graph, const in
             weight += graph->cellwgt[v];
         }
         const int size = end - begin;
+        assert(nfree <= size && weight >= 0);
         const bool enough = partial ? nfree > 0.5 * size : nfree == size && size > 0;
         if (!enough || weight > ctrl->MaxCellWgt) continue;
         for (int j = begin; j < end; j++)

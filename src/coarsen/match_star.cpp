@@ -6,6 +6,8 @@
  */
 #include "coarsen/match_star.h"
 
+#include <cassert>
+
 #include "coarsen/contract.h"
 #include "coarsen/grouping.h"
 #include "coarsen/partner.h"
@@ -36,6 +38,7 @@ int CFindCellStar__(PartnerSearch *search, int u)
     const int *const incind = graph->incind;
     if (!worth_prefetching(graph)) return;
     const int last = graph->incptr[graph->ncells] - starts;
+    assert(pins < starts);
     for (int j = graph->incptr[v]; j < graph->incptr[v + 1] && j < last; j++) {
         const int e = incind[j + starts];
         __builtin_prefetch(&graph->netptr[e]);
@@ -56,6 +59,7 @@ int ComputeAllWeights__(const PartCtrl *ctrl, const HGraph *graph, int *keys, in
         if (search.ncand > 0) {
             const int degree = graph->incptr[v + 1] - graph->incptr[v];
             const Strongest found = strongest_candidate(&search, degree);
+            assert(found.sure == -1 || (found.sure != v && found.sure < graph->ncells));
             keys[v] = trunc_int(100.0 / static_cast<double>(found.most));
             partners[v] = found.sure;
         }
@@ -99,6 +103,7 @@ static int choose_partner(PartnerSearch *search, const int *partners, int u)
 {
     const int sure = partners != nullptr ? partners[u] : -1;
     const int room = search->maxcellwgt - search->graph->cellwgt[u];
+    assert(sure != u && search->cellmap[u] == SINGLE);
     if (sure >= 0 && search->wgts[search->cellmap[sure]] <= room) return sure;
     return Restricted ? CFindCellStar__(search, u) : FindCellStar__(search, u);
 }
@@ -165,6 +170,7 @@ static void match_stars(PartCtrl *ctrl, HGraph *graph, const int *where, const M
 
     start_timer(ctrl, TIME_AUX4);
     Stars stars = {graph->cellmap, wgts + 1, 0};
+    assert(graph->nfixed <= graph->ncells);
     const int full = clamp_int(2LL * ctrl->MaxCellWgt); // nobody joins
     for (int v = 0; v < graph->nfixed; v++) {
         graph->cellmap[v] = stars.ngroups;

@@ -16,6 +16,7 @@
 
 void sort_pins(int size, int *pins)
 {
+    assert(size >= 0);
     if (size > 2)
         iintsort__(size, pins);
     else if (size == 2 && pins[0] > pins[1])
@@ -91,6 +92,7 @@ static int append_net(const NetLists *nets, int e, NetLists *merged)
 /* The end of the hyperedges from begin on that have its key and size. */
 static int end_of_run(const NetLists *nets, const KeyValue *pairs, int begin)
 {
+    assert(0 <= begin && begin < nets->nnets);
     const int key = pairs[begin].key, size = size_of(nets, pairs[begin].val);
     int end = begin + 1;
     while (end < nets->nnets && pairs[end].key == key && size_of(nets, pairs[end].val) == size)
@@ -127,12 +129,15 @@ static int merge_in_order(const NetLists *nets, KeyValue *pairs, int begin, NetL
                           int *map, int *seen)
 {
     const int end = end_of_run(nets, pairs, begin);
+    assert(begin < end && end <= nets->nnets);
     int kept = begin; // those not seen stand first
     for (int i = begin; i < end; i++)
         if (seen[i] != 1) pairs[kept++] = pairs[i];
     find_first_places(nets, pairs, begin, kept, seen);
+    assert(begin < kept && kept <= end);
     for (int i = begin; i < kept; i++) {
         const int e = pairs[i].val, first = seen[i];
+        assert(begin <= first && first <= i);
         const int d = first == i ? append_net(nets, e, merged) : pairs[first].key;
         if (first != i) merged->netwgt[d] += nets->netwgt[e];
         if (map != nullptr) map[e] = d;

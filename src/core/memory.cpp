@@ -1,6 +1,7 @@
 /* core/memory.cpp: checked allocation and release of arrays in groups. */
 #include "core/memory.h"
 
+#include <cassert>
 #include <climits>
 #include <cstdarg>
 #include <cstdint>
@@ -28,6 +29,7 @@ static void ask_for_large_pages([[maybe_unused]] void *block, [[maybe_unused]] s
 
 static void *checked_malloc(size_t size, const char *text)
 {
+    assert(text != nullptr);
     if (size == 0) return nullptr;
     void *const array = size > PTRDIFF_MAX ? nullptr : malloc(size);
     if (array == nullptr) {
@@ -46,6 +48,7 @@ void *QXmalloc__(size_t size, const char *text)
 
 static size_t size_of_records(size_t n, size_t recordsize)
 {
+    assert(recordsize > 0);
     return n > SIZE_MAX / recordsize ? SIZE_MAX : n * recordsize;
 }
 
@@ -67,6 +70,7 @@ void keep_freed_memory(size_t size, size_t used)
     constexpr size_t least = MB / 8, most = 32 * MB - MB / 16;
     if (size <= least) return;
     const size_t kept = size < most ? size : most;
+    assert(kept > least);
     void *volatile const block = malloc(kept);
     free(block);
     // The next arrays will be where this block is.
@@ -104,6 +108,7 @@ float *fsmalloc__(size_t n, float value, const char *text)
  * it is read and written as bytes. */
 static void free_slot(void *slot)
 {
+    assert(slot != nullptr && slot != LTERM); // the address of a variable
     void *array;
     memcpy(&array, slot, sizeof array);
     free(array);

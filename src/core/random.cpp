@@ -88,6 +88,7 @@ void InitRandom__(Generator *generator, int seed)
 template <bool Own> static int random_place(Generator *generator, int range)
 {
     const int number = Own ? draw_own(generator) : rand();
+    assert(range > 0 && number >= 0);
     return static_cast<int>(static_cast<double>(number) * range * 0x1p-31);
 }
 
@@ -98,6 +99,7 @@ static void set_identity(int *p, int n)
 
 static void exchange(int *p, int i, int j)
 {
+    assert(i >= 0 && j >= 0);
     const int kept = p[i];
     p[i] = p[j];
     p[j] = kept;

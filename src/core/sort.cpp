@@ -9,6 +9,7 @@
  */
 #include "core/sort.h"
 
+#include <cassert>
 #include <algorithm>
 #include <bit>
 #include <climits>
@@ -22,7 +23,10 @@
 void BucketSortKeysInc(int n, int max, const int *keys, const int *tperm, int *perm)
 {
     int *counts = ismalloc__(static_cast<size_t>(max) + 2, 0, "BucketSortKeysInc: counts");
-    for (int i = 0; i < n; i++) counts[keys[i]]++;
+    for (int i = 0; i < n; i++) {
+        assert(0 <= keys[i] && keys[i] <= max);
+        counts[keys[i]]++;
+    }
     counts_to_starts(max + 1, counts);
     for (int j = 0; j < n; j++) perm[counts[keys[tperm[j]]]++] = tperm[j];
     free(counts);
@@ -60,6 +64,7 @@ static bool precedes(const typename Order::Element &a, const typename Order::Ele
 /* Puts the first smallest (in Order) of a[0..m-1] first, as the sentinel of the insertion. */
 template <class Order> static void place_sentinel(int m, typename Order::Element *a)
 {
+    assert(m > 0);
     int best = 0;
     for (int i = 1; i < m; i++)
         if (precedes<Order>(a[i], a[best])) best = i;
@@ -69,6 +74,7 @@ template <class Order> static void place_sentinel(int m, typename Order::Element
 /* Orders a[low], the middle and a[high]; returns the median's key. */
 template <class Order> static int median_of_three(typename Order::Element *a, int low, int high)
 {
+    assert(low < high);
     const int middle = low + (high - low) / 2;
     if (precedes<Order>(a[middle], a[low])) std::swap(a[middle], a[low]);
     if (precedes<Order>(a[high], a[middle])) {
@@ -86,6 +92,7 @@ template <class Order> static void order_range(int n, typename Order::Element *a
     constexpr int most = SMALL_SPAN + 4; // a multiple of four
     int keys[most], placed[most];        // placed[i]: elements put at i and behind it, of equal key
     typename Order::Element ordered[most];
+    assert(0 <= n && n <= SMALL_SPAN + 1);
     for (int i = 0; i < most; i++) {
         keys[i] = Order::LAST;
         placed[i] = 0;
@@ -94,6 +101,7 @@ template <class Order> static void order_range(int n, typename Order::Element *a
     for (int i = 0; i < n; i++) {
         int rank = 0;
         for (int j = 0; j < most; j++) rank += Order::before(keys[j], keys[i]);
+        assert(rank + placed[rank] < n);
         ordered[rank + placed[rank]++] = a[i];
     }
     std::copy(ordered, ordered + n, a);
@@ -128,6 +136,7 @@ static void partition_blocks(typename Order::Element *a, int pivot, int *l, int 
     for (;;) {
         const int rest = high - low + 1 - left.size - right.size; // not compared
         const bool both = left.size == 0 && right.size == 0;
+        assert(rest >= 0); // the blocks do not overlap
         if (rest == 0) break;
         if (left.size == 0) {
             left.size = std::min(both ? (rest + 1) / 2 : rest, BLOCK);
@@ -146,6 +155,7 @@ static void partition_blocks(typename Order::Element *a, int pivot, int *l, int 
             }
         }
         const int n = std::min(left.n - left.used, right.n - right.used);
+        assert(n >= 0 && left.n <= left.size && right.n <= right.size);
         for (int i = 0; i < n; i++)
             std::swap(a[low + left.at[left.used++]], a[high - right.at[right.used++]]);
         if (left.used == left.n) {
@@ -180,6 +190,7 @@ static void partition_range(typename Order::Element *a, int low, int high, int *
     }
     *left = l;
     *right = r;
+    assert(low < l && r < high && r < l);
 }
 
 /* Whether a[low..high] is to be split again; orders it if not. */
@@ -239,10 +250,12 @@ template <class Order> static void quicksort(int n, typename Order::Element *a)
         const bool upper = is_left_to_split<Order>(a, left, high);
         if (lower && upper) {
             if (right - low > high - left) {
+                assert(depth < 32);
                 stack[depth++] = {low, right};
                 low = left;
             } else {
                 stack[depth++] = {left, high};
+                assert(depth <= 32);
                 high = right;
             }
         } else if (lower) {
@@ -296,6 +309,7 @@ static bool insert_pairs(int n, KeyValue *pairs, long long most)
 /* The end of the run of keys that do not fall from begin on. */
 static int end_of_run(int n, const KeyValue *pairs, int begin)
 {
+    assert(0 <= begin && begin < n);
     int end = begin + 1;
     while (end < n && pairs[end - 1].key <= pairs[end].key) end++;
     return end;
@@ -305,6 +319,7 @@ static int end_of_run(int n, const KeyValue *pairs, int begin)
  * former go first. */
 static void merge_runs(const KeyValue *from, int begin, int middle, int end, KeyValue *to)
 {
+    assert(begin <= middle && middle <= end && from != to);
     int i = begin, j = middle;
     for (int k = begin; k < end; k++)
         to[k] = j == end || (i < middle && from[i].key <= from[j].key) ? from[i++] : from[j++];

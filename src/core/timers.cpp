@@ -1,6 +1,7 @@
 /* core/timers.cpp: the CPU clock and the timers of a run. */
 #include "core/timers.h"
 
+#include <cassert>
 #include <sys/resource.h>
 
 #include "core/trace.h"
@@ -38,11 +39,13 @@ void InitTimers__(PartCtrl *ctrl)
 
 void start_timer(PartCtrl *ctrl, Timer timer)
 {
+    assert(0 <= timer && timer < NTIMERS);
     if (ctrl->dbglvl & DBG_TIME) ctrl->timers[timer] -= clock_of(ctrl, timer);
 }
 
 void stop_timer(PartCtrl *ctrl, Timer timer)
 {
+    assert(0 <= timer && timer < NTIMERS);
     if (ctrl->dbglvl & DBG_TIME) ctrl->timers[timer] += clock_of(ctrl, timer);
 }
 

@@ -1,6 +1,7 @@
 /* core/vectors.cpp: short loops over arrays. */
 #include "core/vectors.h"
 
+#include <cassert>
 #include <cmath>
 
 template <class Sum, class T> static Sum sum_of(int n, const T *x)
@@ -30,12 +31,14 @@ long long sum_wide(int n, const int *x)
 
 int *iset__(int n, int value, int *x)
 {
+    assert(n <= 0 || x != nullptr);
     for (int i = 0; i < n; i++) x[i] = value;
     return x;
 }
 
 int *icopy__(int n, const int *from, int *to)
 {
+    assert(n <= 0 || (from != nullptr && to != nullptr));
     for (int i = 0; i < n; i++) to[i] = from[i];
     return to;
 }
@@ -52,6 +55,7 @@ int iamin__(int n, const int *x)
 
 int largest_of(int n, const int *x)
 {
+    assert(n <= 0 || x != nullptr);
     int largest = n > 0 ? x[0] : 0;
     for (int i = 1; i < n; i++) largest = x[i] > largest ? x[i] : largest;
     return largest;
@@ -59,6 +63,7 @@ int largest_of(int n, const int *x)
 
 void counts_to_starts(int n, int *ptr)
 {
+    assert(n >= 0 && ptr != nullptr);
     int start = 0;
     for (int i = 0; i < n; i++) {
         const int count = ptr[i];
@@ -70,6 +75,7 @@ void counts_to_starts(int n, int *ptr)
 
 void ends_to_starts(int n, int *ptr)
 {
+    assert(n >= 0 && ptr != nullptr);
     for (int i = n; i > 0; i--) ptr[i] = ptr[i - 1];
     ptr[0] = 0;
 }

@@ -1,6 +1,7 @@
 /* driver/reports.cpp: what the program prints before and after partitioning. */
 #include "driver/reports.h"
 
+#include <cassert>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
@@ -57,6 +58,7 @@ void PrintInfo(const HGraph *graph, int nparts, int ubfactor, const int *options
 
 static int weight_of(const int *wgts, int i)
 {
+    assert(i >= 0);
     return wgts != nullptr ? wgts[i] : 1;
 }
 
@@ -108,6 +110,7 @@ static float absorb(float absorption, double share)
 static int *sorted_parts(int nhedges, int nparts, const int *eptr, const int *eind, const int *part)
 {
     const int npins = eptr[nhedges];
+    assert(nparts > 0 && npins >= 0);
     int *starts = ismalloc__(static_cast<size_t>(nparts) + 1, 0, "PrintPartStatistics: starts");
     int *nets = imalloc__(static_cast<size_t>(npins), "PrintPartStatistics: nets");
     int *ends = imalloc__(static_cast<size_t>(nhedges), "PrintPartStatistics: ends");
@@ -128,6 +131,7 @@ static void add_cut(int size, const int *parts, int weight, Quality *quality, in
 {
     quality->cut += weight;
     for (int i = 0, begin = 0; i < size; begin = i) {
+        assert(begin == 0 || parts[begin - 1] < parts[begin]);
         while (i < size && parts[i] == parts[begin]) i++;
         pcuts[parts[begin]] += weight;
         quality->absorption = absorb(quality->absorption, (i - begin - 1.0) / (size - 1));

@@ -1,6 +1,7 @@
 /* io/dump.cpp: writers for inspecting hypergraphs while developing. */
 #include "io/dump.h"
 
+#include <cassert>
 #include <cstdio>
 #include <cstdlib>
 
@@ -14,6 +15,7 @@ static void put_pins(FILE *file, const HGraph *graph, int e, const int *map)
 {
     for (int j = graph->netptr[e]; j < graph->netptr[e + 1]; j++) {
         const int v = graph->netind[j];
+        assert(0 <= v && v < graph->ncells);
         fprintf(file, " %d", (map != nullptr ? map[v] : v) + 1);
     }
 }

@@ -6,6 +6,7 @@
  */
 #include "io/partfile.h"
 
+#include <cassert>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -22,6 +23,7 @@ constexpr size_t LONGEST_LINE = 12; // "-2147483648\n"
 /* Appends "value\n" at out; returns the end. */
 static char *put_line(char *out, int value)
 {
+    static_assert(LONGEST_LINE == sizeof "-2147483648\n" - 1);
     char digits[LONGEST_LINE];
     int n = 0;
     unsigned left = value < 0 ? 0u - static_cast<unsigned>(value) : static_cast<unsigned>(value);
@@ -42,6 +44,7 @@ static void put_lines(int n, const int *x, FILE *file)
     for (int i = 0; i < n; i++) {
         out = put_line(out, x[i]);
         const size_t used = static_cast<size_t>(out - block);
+        assert(used <= BLOCK_SIZE);
         if (i + 1 < n && used + LONGEST_LINE <= BLOCK_SIZE) continue;
         if (fwrite(block, 1, used, file) != used) return;
         out = block;

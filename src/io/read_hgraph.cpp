@@ -6,6 +6,7 @@
  */
 #include "io/read_hgraph.h"
 
+#include <cassert>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
@@ -96,6 +97,7 @@ struct Gathering {
 /* Appends the vertices of hyperedge e. */
 static void read_pins(TextLine *line, const Header *header, int e, Gathering *lists)
 {
+    assert(lists->used >= 0 && lists->netptr[e] == lists->used);
     for (int number; (number = int_or_zero(line)) > 0;) {
         const int v = number - 1;
         if (v >= header->ncells)
@@ -137,6 +139,7 @@ static void keep_lists(HGraph *graph, const Gathering *lists)
 {
     const size_t nptr = static_cast<size_t>(graph->nnets) + 1;
     const size_t npins = static_cast<size_t>(lists->used);
+    assert(lists->used <= lists->capacity || lists->used == 0);
     graph->netptr = imalloc__(nptr, "ReadHGraph: graph->netptr");
     memcpy(graph->netptr, lists->netptr, nptr * sizeof(int));
     graph->netind = imalloc__(npins, "ReadHGraph: graph->netind");

@@ -63,6 +63,7 @@ static void count_parts(HGraph *graph, int e, int nparts, KwayPartDeg **unused)
     NetKwayInfo *const net = &graph->nrinfo[e];
     const int begin = graph->netptr[e], end = graph->netptr[e + 1];
     const bool uncut = net->ndegrees == UNCUT;
+    assert(net->ndegrees == UNCUT || net->ndegrees >= 0);
     HEAVY_ASSERT(!uncut || end_of_part(graph, graph->where, e) == end);
     net->ndegrees = begin < end;
     net->degrees = unused == nullptr ? graph->nrdata + begin : nullptr;
@@ -145,6 +146,7 @@ static void outline_pins(HGraph *graph, int e)
     for (int j = graph->netptr[e]; j < graph->netptr[e + 1]; j++) {
         const int u = graph->netind[j];
         const int i = place_in(net->degrees, net->ndegrees, graph->where[u]);
+        assert(net->degrees[i].pid == graph->where[u] && net->degrees[i].num > 0);
         CellKwayInfo *const cell = &graph->crinfo[u];
         cell->id -= w;
         cell->ed += net->degrees[i].num == 1 ? w : 0;
@@ -158,6 +160,7 @@ void outline_all(const PartCtrl *ctrl, HGraph *graph, KwayPartDeg **unused)
     for (int v = 0; v < graph->ncells; v++) {
         CellKwayInfo *const cell = &graph->crinfo[v];
         const size_t place = static_cast<size_t>(v) * static_cast<size_t>(ctrl->nparts);
+        assert(0 <= graph->where[v] && graph->where[v] < ctrl->nparts);
         graph->kpwgts[graph->where[v]] += graph->cellwgt[v];
         cell->degrees = unused == nullptr ? graph->crdata + place : nullptr;
         cell->ndegrees = cell->ed = 0;

@@ -1,6 +1,8 @@
 /* kway/refine_kway.cpp: uncoarsening of a k-way partition, and its V-cycles. */
 #include "kway/refine_kway.h"
 
+#include <cassert>
+
 #include "core/errors.h"
 #include "core/numbers.h"
 #include "core/timers.h"
@@ -15,6 +17,7 @@ static void note_uncut_nets(const HGraph *cgraph, HGraph *graph)
 {
     for (int e = 0; e < graph->nnets; e++) {
         const int d = graph->netmap[e];
+        assert(-1 <= d && d < cgraph->nnets);
         const int uncut = (d < 0) | (cgraph->nrinfo[at_least_0(d)].ndegrees == 1);
         graph->nrinfo[e].ndegrees = UNCUT * uncut;
     }
@@ -23,6 +26,7 @@ static void note_uncut_nets(const HGraph *cgraph, HGraph *graph)
 void ProjectKwayPartition__(PartCtrl *ctrl, HGraph *cgraph)
 {
     HGraph *const graph = cgraph->finer;
+    assert(graph->coarser == cgraph && cgraph->where != nullptr);
     start_timer(ctrl, TIME_PROJECTION);
     AllocateKwayRefinementMemory__(ctrl, graph);
     for (int v = 0; v < graph->ncells; v++) graph->where[v] = cgraph->where[graph->cellmap[v]];
@@ -36,6 +40,7 @@ void PartitionIslandsKway__(const PartCtrl *ctrl, HGraph *graph)
 {
     for (int v = graph->ncells; v < graph->ncells + graph->nislands; v++) {
         const int part = iamin__(ctrl->nparts, graph->kpwgts);
+        assert(graph->cellwgt[v] >= 0);
         graph->where[v] = part;
         graph->kpwgts[part] += graph->cellwgt[v];
     }
@@ -63,6 +68,7 @@ void RefineKway__(PartCtrl *ctrl, HGraph *graph, HGraph *cgraph)
         HGraph *const finer = cgraph->finer;
         ProjectKwayPartition__(ctrl, cgraph);
         cgraph = finer;
+        assert(cgraph->coarser == nullptr);
         start_timer(ctrl, TIME_REFINEMENT);
         refine_kway_level(ctrl, cgraph);
         PartitionIslandsKway__(ctrl, cgraph);

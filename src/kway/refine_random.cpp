@@ -35,6 +35,7 @@ static void set_part_bounds(const PartCtrl *ctrl, const HGraph *graph, KwayWork 
 {
     const float total = static_cast<float>(iasum__(ctrl->nparts, graph->kpwgts));
     const float nparts = static_cast<float>(ctrl->nparts);
+    assert(ctrl->nparts > 0);
     work->maxpwgt = trunc_int(ctrl->ubfactor * total / nparts);
     work->minpwgt = trunc_int(total / (nparts * ctrl->ubfactor));
 }
@@ -66,6 +67,7 @@ static const KwayPartDeg *best_target(const HGraph *graph, const CellKwayInfo *c
     const KwayPartDeg *best = nullptr;
     for (int i = 0; i < cell->ndegrees; i++) {
         const KwayPartDeg *const entry = &cell->degrees[i];
+        assert(best == nullptr || entry->pid != best->pid);
         if (kpwgts[entry->pid] + weight > maxpwgt) continue;
         if (best == nullptr) {
             if (eligible<O>(entry, cell->id)) best = entry;
@@ -81,6 +83,7 @@ static const KwayPartDeg *best_target(const HGraph *graph, const CellKwayInfo *c
 static bool accept_tie(const HGraph *graph, const KwayPartDeg *best, int from, int weight)
 {
     if (best->ties != 0) return best->ties > 0;
+    assert(best->pid != from);
     return graph->kpwgts[from] - graph->kpwgts[best->pid] > weight;
 }
 
@@ -132,6 +135,7 @@ template <Objective O> static int sweep(const PartCtrl *ctrl, HGraph *graph, Kwa
         const CellKwayInfo *const cell = &graph->crinfo[v];
         if (cell->id > cell->ed) continue;
         const int from = graph->where[v], weight = graph->cellwgt[v];
+        assert(cell->id + cell->ed <= graph->adjwgt[v]);
         if (graph->kpwgts[from] - weight < work->minpwgt) continue;
         refresh_record(graph, &work->stale, v); // one in ten comes this far
         const KwayPartDeg *const best = best_target<O>(graph, cell, weight, work->maxpwgt);

@@ -39,6 +39,7 @@ void outline_records(const PartCtrl *ctrl, HGraph *graph, StaleRecords *stale, b
         const int listed = graph->crinfo[v].ndegrees == NOT_COUNTED; // no branch on it
         stale->state[v] = static_cast<uint8_t>(-listed & (STALE | LISTED | OUTLINED));
         stale->list[stale->n] = v;
+        assert(stale->n <= v);
         stale->n += listed;
     }
 }
@@ -81,6 +82,7 @@ void refresh_record(HGraph *graph, StaleRecords *stale, int v)
 /* Refreshes the listed vertices but those stamped with v. */
 static void refresh_listed(HGraph *graph, StaleRecords *stale, const int *marker, int v)
 {
+    assert(stale->n <= graph->ncells);
     int kept = 0;
     for (int i = 0; i < stale->n; i++) {
         const int u = stale->list[i];
@@ -115,6 +117,7 @@ static bool crosses(PinMove move, int num)
 static bool ties_change(const NetKwayInfo *net, PinMove move)
 {
     const int lead = move.nfrom - move.nto; // it was 2 more
+    assert(move.i != move.k && move.k <= net->ndegrees);
     bool change = -2 <= lead && lead <= 0;
     for (int q = 0; q < net->ndegrees; q++)
         change |= q != move.i && q != move.k && crosses(move, net->degrees[q].num);
@@ -139,6 +142,7 @@ static void refresh_pins(HGraph *graph, StaleRecords *stale, int e, PinMove move
         const int u = graph->netind[p];
         if (marker[u] == v || (stale->state[u] & STALE) == 0) continue;
         const int q = find_part(net->degrees, net->ndegrees, graph->where[u]);
+        assert(q < net->ndegrees);
         if (crosses(move, net->degrees[q].num)) refresh_record(graph, stale, u);
     }
 }

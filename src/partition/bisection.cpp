@@ -3,6 +3,7 @@
  */
 #include "partition/bisection.h"
 
+#include <cassert>
 #include <algorithm>
 
 #include "core/trace.h"
@@ -14,6 +15,7 @@
 
 int ComputeActualCut__(const HGraph *graph, const int *where)
 {
+    assert(graph->nnets >= 0 && (graph->ncells <= 0 || where != nullptr));
     int cut = 0;
     for (int e = 0; e < graph->nnets; e++)
         if (end_of_part(graph, where, e) < graph->netptr[e + 1]) cut += graph->netwgt[e];
@@ -22,6 +24,7 @@ int ComputeActualCut__(const HGraph *graph, const int *where)
 
 float ComputeBalance__(const HGraph *graph, const int *where)
 {
+    assert(graph->ncells <= 0 || where != nullptr);
     int pwgts[2] = {0, 0};
     for (int v = 0; v < graph->ncells; v++) pwgts[where[v]] += graph->cellwgt[v];
     return static_cast<float>(static_cast<double>(std::min(pwgts[0], pwgts[1])) /
@@ -30,6 +33,7 @@ float ComputeBalance__(const HGraph *graph, const int *where)
 
 int VCycleRefinement__(PartCtrl *ctrl, HGraph *graph, int nvcycles)
 {
+    assert(graph->where != nullptr && graph->nislands == 0);
     static const VCycleKind kind = {&HGraph::mincut, Refine__, false};
     return run_vcycles(ctrl, graph, nvcycles, &kind);
 }
@@ -104,6 +108,7 @@ static const RunScheme BISECTION = {
 
 int Hypergraph_Bisection__(PartCtrl *ctrl, HGraph *graph, int *part)
 {
+    assert(0 < ctrl->splitratio && ctrl->splitratio < 1 && graph->nislands == 0);
     const int bestcut = best_of_runs(ctrl, graph, part, &BISECTION);
     const int actual = ComputeActualCut__(graph, part);
     if (actual != bestcut) print_trace(ctrl, "Wrong cut! %d %d\n", bestcut, actual);

@@ -7,6 +7,7 @@
  */
 #include "partition/entry.h"
 
+#include <cassert>
 #include <climits>
 
 #include "core/errors.h"
@@ -155,6 +156,7 @@ constexpr size_t KEPT_PER_PIN = 96, USED_PER_PIN = 48;
 /* Pins of the hyperedges that pruning leaves. */
 static size_t unpruned_pins(int nhedges, const int *eptr)
 {
+    assert(nhedges >= 0 && eptr[0] == 0);
     size_t npins = 0;
     for (int e = 0; e < nhedges; e++) {
         const int size = eptr[e + 1] - eptr[e];
@@ -170,6 +172,7 @@ static HGraph *copy_hypergraph(int nvtxs, int nhedges, const int *vwgts, const i
                       USED_PER_PIN * unpruned_pins(nhedges, eptr));
     HGraph *const graph = CreateHGraph__();
     graph->ncells = nvtxs;
+    assert(nvtxs >= 0 && nhedges >= 0 && eptr[0] == 0);
     graph->nnets = nhedges;
     graph->cellwgt = copy_weights(nvtxs, vwgts, "ZORPEL: graph->cellwgt");
     graph->netwgt = copy_weights(nhedges, hewgts, "ZORPEL: graph->netwgt");

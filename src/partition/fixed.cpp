@@ -5,6 +5,8 @@
  */
 #include "partition/fixed.h"
 
+#include <cassert>
+
 #include "coarsen/contract.h"
 #include "core/memory.h"
 #include "core/vectors.h"
@@ -24,12 +26,14 @@ void CompressFixedCells__(PartCtrl *ctrl, HGraph *graph, const int *fix)
     int *const cellmap = ismalloc__(size, -1, "CompressFixedCells: graph->cellmap");
     int ncompressed = ctrl->nparts;
     for (int v = 0; v < n; v++) {
+        assert(-1 <= fix[v] && fix[v] < ctrl->nparts);
         cellmap[v] = fix[v] != -1 ? fix[v] : ncompressed++;
         mptr[cellmap[v]]++;
     }
     counts_to_starts(ncompressed, mptr);
     for (int v = 0; v < n; v++) mind[mptr[cellmap[v]]++] = v;
     ends_to_starts(ncompressed, mptr);
+    assert(mptr[ncompressed] == n);
     graph->mptr = mptr;
     graph->mind = mind;
     graph->cellmap = cellmap;
@@ -42,7 +46,10 @@ void CompressFixedCells__(PartCtrl *ctrl, HGraph *graph, const int *fix)
 void ProjectFixedCells__(const PartCtrl *ctrl, const HGraph *graph, int *part, const int *fpart)
 {
     int *imap = ismalloc__(static_cast<size_t>(ctrl->nparts), 0, "ProjectFixedCells: imap");
-    for (int p = 0; p < ctrl->nparts; p++) imap[fpart[p]] = p;
+    for (int p = 0; p < ctrl->nparts; p++) {
+        assert(0 <= fpart[p] && fpart[p] < ctrl->nparts);
+        imap[fpart[p]] = p;
+    }
     for (int v = 0; v < graph->ncells; v++) part[v] = imap[fpart[graph->cellmap[v]]];
     QXfree__(&imap, LTERM);
 }

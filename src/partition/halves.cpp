@@ -37,6 +37,7 @@ static void partition_half(void *what)
 
 static bool worth_a_thread(const Crew *crew, const HGraph *lgraph, const HGraph *rgraph)
 {
+    assert(crew->least_pins >= 0 && lgraph->netptr[0] == 0 && rgraph->netptr[0] == 0);
     return lgraph->netptr[lgraph->nnets] >= crew->least_pins &&
            rgraph->netptr[rgraph->nnets] >= crew->least_pins;
 }
@@ -102,6 +103,7 @@ bool partition_side_by_side(PartCtrl *ctrl, HGraph *lgraph, HGraph *rgraph, int 
     *cut = MLRB__(ctrl, lgraph, part, left, offset);
     await_half(crew, thread);
     *cut += half.cut;
+    assert(half.cut >= 0 && half.ctrl.crew == crew);
     take_over(ctrl, &half);
     return true;
 }

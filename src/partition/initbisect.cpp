@@ -5,6 +5,8 @@
  */
 #include "partition/initbisect.h"
 
+#include <cassert>
+
 #include "core/memory.h"
 #include "core/numbers.h"
 #include "core/random.h"
@@ -22,6 +24,7 @@ constexpr double FIXED_BIAS = 0.4; // makes the truncated share the number of th
 
 int fixed_on_side0(const PartCtrl *ctrl, int nfixed)
 {
+    assert(nfixed >= 0 && 0 < ctrl->splitratio && ctrl->splitratio < 1);
     const float share = static_cast<float>(nfixed) * ctrl->splitratio;
     return trunc_int(static_cast<double>(share) + FIXED_BIAS);
 }
@@ -30,6 +33,7 @@ int fixed_on_side0(const PartCtrl *ctrl, int nfixed)
 static void grow_bisection(PartCtrl *ctrl, HGraph *graph, int *perm, int goal0, int nfixed0)
 {
     int wgt0 = 0;
+    assert(0 <= nfixed0 && nfixed0 <= graph->nfixed);
     if (graph->nfixed > 0) {
         RandomPermuteFine__(&ctrl->random, perm, graph->nfixed, 1);
         for (int i = 0; i < graph->nfixed; i++) {
@@ -49,6 +53,7 @@ static void grow_bisection(PartCtrl *ctrl, HGraph *graph, int *perm, int goal0, 
 
 void Random_FMPartition__(PartCtrl *ctrl, HGraph *graph)
 {
+    assert(graph->where == nullptr || graph->ncells == 0);
     AllocateRefinementMemory__(graph);
     if (graph->ncells == 0) return;
     const size_t n = static_cast<size_t>(graph->ncells);
@@ -60,6 +65,7 @@ void Random_FMPartition__(PartCtrl *ctrl, HGraph *graph)
     const int ntrials = ctrl->kwayrefine ? TRIALS_BEFORE_POLISH : TRIALS;
     FmSession *const session = open_fm_session(graph);
     int bestcut = 0;
+    assert(ntrials > 0);
     for (int trial = 0; trial < ntrials; trial++) {
         grow_bisection(ctrl, graph, perm, goal0, nfixed0);
         Balance__(ctrl, graph);

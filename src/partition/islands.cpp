@@ -16,12 +16,14 @@
 /* x[to[i]] = old x[i] for i < n, by way of aux (n entries). */
 static void permute(int n, const int *to, int *x, int *aux)
 {
+    assert(n >= 0 && x != aux);
     if (n > 0) memcpy(aux, x, static_cast<size_t>(n) * sizeof *x);
     for (int i = 0; i < n; i++) x[to[i]] = aux[i];
 }
 
 static void renumber(int n, const int *to, int *x)
 {
+    assert(n >= 0);
     for (int i = 0; i < n; i++) x[i] = to[x[i]];
 }
 
@@ -47,6 +49,7 @@ static bool has_islands(const HGraph *graph, int nfixed)
 static void compact_incidence(int *incptr, int nfixed, int n)
 {
     int kept = nfixed;
+    assert(0 <= nfixed && nfixed <= n);
     for (int v = nfixed; v < n; v++)
         if (incptr[v + 1] > incptr[kept]) incptr[++kept] = incptr[v + 1];
 }
@@ -58,6 +61,7 @@ void SeparateIslands__(HGraph *graph)
     if (!has_islands(graph, nfixed)) return;
     int *perm = imalloc__(static_cast<size_t>(n), "SeparateIslands: ncells");
     const int ncells = park_numbers(graph, nfixed, perm);
+    assert(nfixed <= ncells && ncells < n);
     graph->ncells = ncells;
     graph->nislands = n - ncells;
     int *aux = imalloc__(static_cast<size_t>(n), "SeparateIslands: aux");
@@ -80,6 +84,7 @@ void PartitionIslands__(HGraph *graph)
 {
     for (int v = graph->ncells; v < graph->ncells + graph->nislands; v++) {
         const int side = graph->pwgts[0] >= graph->pwgts[1] ? 1 : 0;
+        assert(graph->cellwgt[v] >= 0);
         graph->where[v] = side;
         graph->pwgts[side] += graph->cellwgt[v];
     }
@@ -89,6 +94,7 @@ void CombineIslands__(HGraph *graph)
 {
     if (graph->nislands == 0) return;
     const int n = graph->ncells, all = n + graph->nislands;
+    assert(graph->islandmap != nullptr && graph->finer == nullptr);
     int *imap = imalloc__(static_cast<size_t>(all), "CombineIslands: imap");
     int *aux = imalloc__(static_cast<size_t>(all) + 1, "CombineIslands: aux");
     for (int v = 0; v < all; v++) imap[graph->islandmap[v]] = v;

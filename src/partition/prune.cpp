@@ -6,6 +6,7 @@
  */
 #include "partition/prune.h"
 
+#include <cassert>
 #include <cstdlib>
 
 #include "core/memory.h"
@@ -50,12 +51,14 @@ static void copy_kept(const PartCtrl *ctrl, const HGraph *graph, Kept kept, HGra
         sgraph->netptr[++used] = npins;
     }
     CreateIncidentHGraph__(sgraph);
+    assert(used == kept.nnets && npins == kept.npins);
     sgraph->cellwgt = imalloc__(static_cast<size_t>(graph->ncells), "PruneHGraph: sgraph->cellwgt");
     icopy__(graph->ncells, graph->cellwgt, sgraph->cellwgt);
 }
 
 static void borrow_all(const HGraph *graph, HGraph *sgraph)
 {
+    assert(graph->incptr != nullptr && !graph->borrows); // an owner, which outlives sgraph
     sgraph->borrows = true;
     sgraph->netptr = graph->netptr;
     sgraph->netind = graph->netind;
@@ -71,6 +74,7 @@ HGraph *PruneHGraph__(const PartCtrl *ctrl, const HGraph *graph)
 {
     HGraph *const sgraph = CreateHGraph__();
     const Kept kept = count_kept(ctrl, graph);
+    assert(kept.nnets <= graph->nnets && kept.npins <= graph->netptr[graph->nnets]);
     sgraph->ncells = graph->ncells;
     sgraph->nfixed = graph->nfixed;
     sgraph->nnets = kept.nnets;

@@ -6,6 +6,8 @@
  */
 #include "partition/recursive.h"
 
+#include <cassert>
+
 #include "core/memory.h"
 #include "core/numbers.h"
 #include "core/trace.h"
@@ -30,6 +32,8 @@ int MLRB__(PartCtrl *ctrl, HGraph *graph, int *part, int k, int offset)
     long long cuts = 0; // the cuts of reconstructed halves add up beyond the total
     for (;;) {
         const int left = k / 2;
+        assert(left >= 1 && k - left >= left && offset + k <= ctrl->nparts);
+        assert(graph->label != nullptr && graph->nfixed <= graph->ncells);
         ctrl->splitratio = static_cast<float>(static_cast<double>(left) / k);
         int *bisection = imalloc__(static_cast<size_t>(graph->ncells), "MLRB: bisection");
         cuts += Hypergraph_Bisection__(ctrl, graph, bisection);
@@ -39,6 +43,8 @@ int MLRB__(PartCtrl *ctrl, HGraph *graph, int *part, int k, int offset)
             lgraph = CreateHGraph__();
             rgraph = CreateHGraph__();
             SplitGraphPart__(ctrl, graph, bisection, lgraph, rgraph);
+            assert(lgraph->ncells + rgraph->ncells == graph->ncells);
+            assert(lgraph->nfixed + rgraph->nfixed == graph->nfixed);
         }
         QXfree__(&bisection, LTERM);
         free_half(graph);
@@ -62,11 +68,13 @@ int MLRB__(PartCtrl *ctrl, HGraph *graph, int *part, int k, int offset)
  * reached and not by the caller's factor; returns the cut. */
 static int polish_kway(PartCtrl *ctrl, HGraph *graph, int *part)
 {
+    assert(ctrl->nparts > 2 && graph->nislands == 0 && graph->incptr != nullptr);
     const int rtype = ctrl->RType;
     ctrl->RType = RTYPE_CUT;
     int *kpwgts = ismalloc__(static_cast<size_t>(ctrl->nparts), 0, "MultilevelPartition: kpwgts");
     for (int v = 0; v < graph->ncells; v++) kpwgts[part[v]] += graph->cellwgt[v];
     const double heaviest = kpwgts[iamax__(ctrl->nparts, kpwgts)];
+    assert(heaviest >= 0);
     ctrl->ubfactor = static_cast<float>(ctrl->nparts * heaviest /
                                         static_cast<double>(iasum__(ctrl->nparts, kpwgts)));
     AllocateKwayRefinementMemory__(ctrl, graph);
@@ -83,6 +91,7 @@ static int polish_kway(PartCtrl *ctrl, HGraph *graph, int *part)
 /* Partitions graph, whose leading nfixed vertices are fixed, into part. */
 static int partition_graph(PartCtrl *ctrl, HGraph *graph, int *part, int nfixed)
 {
+    assert(nfixed >= 0 && nfixed <= graph->ncells && graph->label == nullptr);
     graph->keep = 1;
     graph->nfixed = nfixed;
     graph->label = imalloc__(static_cast<size_t>(graph->ncells), "MultilevelPartition: label");
@@ -98,6 +107,7 @@ static int partition_with_fixed(PartCtrl *ctrl, HGraph *graph, int *part)
     icopy__(graph->ncells, part, orgpart);
     CompressFixedCells__(ctrl, graph, part);
     HGraph *const compressed = graph->coarser;
+    assert(compressed->ncells >= ctrl->nparts);
     compressed->finer = nullptr;
     graph->coarser = nullptr;
     int *fpart = imalloc__(static_cast<size_t>(compressed->ncells), "MultilevelPartition: fpart");

@@ -6,6 +6,7 @@
  */
 #include "partition/runs.h"
 
+#include <cassert>
 #include <algorithm>
 
 #include "coarsen/coarsen.h"
@@ -59,6 +60,7 @@ static void open_store(Runs *runs)
     if (ctrl->VCycle != VCYCLE_END) return;
     const int most = ctrl->Nruns < MANY_RUNS ? runs->scheme->kept_few : runs->scheme->kept_many;
     store->nslots = std::min(most, ctrl->Nruns);
+    assert(store->nslots <= MOST_KEPT);
     for (int i = 0; i < store->nslots; i++) {
         store->parts[i] =
             imalloc__(static_cast<size_t>(runs->graph->ncells), "Hypergraph_Bisection: parts[i]");
@@ -74,6 +76,7 @@ static void offer_to_store(Runs *runs)
     const long long *const worst = std::max_element(store->values, store->values + store->nslots);
     if (*worst <= value_of(runs)) return;
     const size_t slot = static_cast<size_t>(worst - store->values);
+    assert(value_of(runs) < runs->start); // so that the slot is filled
     store->values[slot] = value_of(runs);
     copy_where(runs->graph, store->parts[slot]);
 }
@@ -93,6 +96,7 @@ static bool partition_pruned(Runs *runs)
     scheme->initial(runs->ctrl, coarsest);
     scheme->uncoarsen(runs->ctrl, runs->sgraph, coarsest);
     const int value = runs->sgraph->*scheme->value;
+    assert(runs->sgraph->where != nullptr && runs->sgraph->nislands == 0);
     if (value >= runs->bestrun) return false;
     runs->bestrun = value;
     return true;
@@ -108,6 +112,7 @@ static void take_over(Runs *runs)
     const bool trace = (ctrl->dbglvl & DBG_DETAIL) != 0;
     int *where = sgraph->where;
     sgraph->where = nullptr;
+    assert(where != nullptr && graph->where == nullptr && sgraph->ncells == graph->ncells);
     if (sgraph->nnets == graph->nnets) {
         graph->where = where;
         scheme->adopt_values(graph, sgraph);
@@ -157,6 +162,7 @@ static void make_run(Runs *runs, int run)
         flush_traces(ctrl);
     }
     take_over(runs);
+    assert(runs->sgraph->where == nullptr && graph->where != nullptr);
     free_cycle_arrays(graph);
     free_kway_arrays(graph);
     if (wants_vcycles(runs, newmin)) scheme->vcycles(ctrl, graph);
@@ -172,6 +178,7 @@ static void make_run(Runs *runs, int run)
 
 static void finish_slot(Runs *runs, const int *parts, long long value)
 {
+    assert(parts != nullptr && value < runs->start);
     HGraph *const graph = runs->graph;
     icopy__(graph->ncells, parts, graph->where);
     graph->*runs->scheme->value = static_cast<int>(value);
@@ -207,6 +214,7 @@ int best_of_runs(PartCtrl *ctrl, HGraph *graph, int *part, const RunScheme *sche
     runs.sgraph = PruneHGraph__(ctrl, graph);
     runs.start = scheme->startfactor * sum_wide(graph->nnets, graph->netwgt) + 1;
     runs.best = runs.bestrun = runs.start;
+    assert(runs.start > 0 && ctrl->Nruns > 0 && runs.sgraph->nnets <= graph->nnets);
     ctrl->MaxCellWgt = ComputeMaxCellWgt__(ctrl, graph->ncells, graph->cellwgt);
     open_store(&runs);
 
@@ -218,6 +226,7 @@ int best_of_runs(PartCtrl *ctrl, HGraph *graph, int *part, const RunScheme *sche
     }
     ctrl->CType = ctype;
     finish_store(&runs);
+    assert(graph->where == nullptr && runs.sgraph->where == nullptr);
     if (runs.best == runs.start) runs.best = scheme->measure(ctrl, graph, part);
     if (summarise)
         scheme->trace_summary(ctrl, static_cast<int>(runs.best), runs.sum / ctrl->Nruns,

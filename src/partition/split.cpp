@@ -3,6 +3,8 @@
  */
 #include "partition/split.h"
 
+#include <cassert>
+
 #include "coarsen/collapse.h"
 #include "core/memory.h"
 #include "core/vectors.h"
@@ -40,9 +42,13 @@ static void append_piece(const HGraph *graph, int e, int side, const int *bisect
                          const int *rename, NetLists *half)
 {
     int used = half->netptr[half->nnets];
+    assert(0 <= e && e < graph->nnets && half->nnets < graph->nnets && (side == 0 || side == 1));
     for (int j = graph->netptr[e]; j < graph->netptr[e + 1]; j++) {
         const int v = graph->netind[j];
-        if (bisection[v] == side) half->netind[used++] = rename[v];
+        if (bisection[v] == side) {
+            assert(used < graph->netptr[graph->nnets]);
+            half->netind[used++] = rename[v];
+        }
     }
     half->netwgt[half->nnets] = graph->netwgt[e];
     half->netptr[++half->nnets] = used;
@@ -70,6 +76,7 @@ static void split_hyperedges(const PartCtrl *ctrl, const HGraph *graph, const in
 /* Replaces the lists by merged ones. */
 static void collapse_half(NetLists *half)
 {
+    assert(half->netptr[0] == 0 && half->nnets >= 0);
     NetLists merged;
     CollapseSameHEdges__(half, &merged);
     QXfree__(&half->netptr, &half->netind, &half->netwgt, LTERM);
@@ -106,6 +113,7 @@ void SplitGraphPart__(const PartCtrl *ctrl, const HGraph *graph, const int *bise
     int count[2];
     int *rename = number_sides(graph, bisection, count);
     NetLists halves[2] = {open_half(graph, &TEXTS[0]), open_half(graph, &TEXTS[1])};
+    assert(count[0] + count[1] == graph->ncells);
     for (int side = 0; side < 2; side++) {
         const size_t n = static_cast<size_t>(count[side]);
         subgraphs[side]->ncells = count[side];
@@ -126,4 +134,6 @@ void SplitGraphPart__(const PartCtrl *ctrl, const HGraph *graph, const int *bise
     }
     lgraph->nfixed = fixed_on_side0(ctrl, graph->nfixed);
     rgraph->nfixed = graph->nfixed - lgraph->nfixed;
+    assert(0 <= lgraph->nfixed && lgraph->nfixed <= lgraph->ncells);
+    assert(0 <= rgraph->nfixed && rgraph->nfixed <= rgraph->ncells);
 }

@@ -5,6 +5,8 @@
  */
 #include "refine/balance.h"
 
+#include <cassert>
+
 #include "core/heavy_assert.h"
 #include "core/timers.h"
 #include "core/trace.h"
@@ -36,6 +38,7 @@ template <class Queue>
 static void balance_step(OpenBisection<Queue> *b, const int minpwgts[2], int from)
 {
     const int v = queue_top(&b->queues[from]);
+    assert(v >= b->level->nfixed && b->pwgts[1 - from] < minpwgts[1 - from]);
     queue_delete(&b->queues[from], v);
     if (b->pwgts[from] - b->level->cellwgt[v] < minpwgts[from]) return;
     count_work(WORK_MOVES, 1);
@@ -61,6 +64,7 @@ void Balance__(PartCtrl *ctrl, HGraph *graph)
 {
     int minpwgts[2];
     sum_sides(graph);
+    assert(graph->pwgts[0] >= 0 && graph->pwgts[1] >= 0);
     set_weight_bounds(ctrl, graph->pwgts, minpwgts);
     if (within_bounds(graph->pwgts, minpwgts)) return;
     with_open_bisection(graph, [&](auto *b) { balance_sides(ctrl, b, minpwgts); });

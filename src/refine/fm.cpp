@@ -52,6 +52,7 @@ static int choose_side(const OpenBisection<Queue> *b, const FmPass *pass, const 
 {
     const int *const pwgts = b->pwgts, *const minpwgts = pass->minpwgts;
     const int *const cellwgt = b->level->cellwgt;
+    assert(side_of(b, a[0]) == 0 && side_of(b, a[1]) == 1);
     const int gain[2] = {gain_of(b, a[0]), gain_of(b, a[1])};
     if (gain[0] > gain[1]) return pwgts[0] - cellwgt[a[0]] < minpwgts[0] ? 1 : 0;
     if (gain[0] < gain[1]) return pwgts[1] - cellwgt[a[1]] < minpwgts[1] ? 0 : 1;
@@ -67,6 +68,7 @@ static int fm_take_next(OpenBisection<Queue> *b, const FmPass *pass)
     const int a[2] = {candidate<R>(b, pass, 0), candidate<R>(b, pass, 1)};
     if (a[0] < 0 && a[1] < 0) return -1;
     const int from = a[0] < 0 ? 1 : a[1] < 0 ? 0 : choose_side(b, pass, a);
+    assert(a[from] >= b->level->nfixed && side_of(b, a[from]) == from);
     queue_delete(&b->queues[from], a[from]);
     return a[from];
 }
@@ -166,6 +168,7 @@ static void fm_begin_pass(PartCtrl *ctrl, OpenBisection<Queue> *b, FmPass *pass,
 /* Takes back the moves after the best point; gains and counts stay exact. */
 template <class Queue> static void undo_tail(OpenBisection<Queue> *b, const FmPass *pass)
 {
+    assert(pass->mincutorder < pass->nswaps || pass->nswaps == 0);
     count_work(WORK_UNDONE, pass->nswaps - 1 - pass->mincutorder);
     for (int i = pass->nswaps - 1; i > pass->mincutorder; i--) undo_vertex(b, pass->swaps[i]);
     assert(b->cut == pass->mincut);
@@ -195,6 +198,7 @@ template <class Queue> static void restart_at_best(OpenBisection<Queue> *b, cons
 template <class Queue> static void keep_prefix(OpenBisection<Queue> *b, const FmPass *pass)
 {
     int *const where = b->original->where;
+    assert(pass->mincutorder < pass->nswaps || pass->nswaps == 0);
     for (int side = 0; side < 2; side++) b->pwgts[side] = pass->initpwgts[side];
     for (int i = 0; i <= pass->mincutorder; i++) {
         const int v = pass->swaps[i], weight = b->level->cellwgt[v];
@@ -243,6 +247,7 @@ static void fm_passes(PartCtrl *ctrl, OpenBisection<Queue> *b, FmPass *pass, int
 {
     HGraph *const original = b->original;
     const int limit = trunc_int(static_cast<float>(original->ncells) * fraction);
+    assert(npasses > 0 && fraction >= 0);
     for (int i = 0; i < npasses; i++) {
         fm_begin_pass<R>(ctrl, b, pass, i == 0);
         fm_moves<R>(ctrl, b, pass, limit);
@@ -314,6 +319,7 @@ FmSession *open_fm_session(HGraph *graph)
 void refine_in_session(PartCtrl *ctrl, FmSession *session, int npasses, bool constrained)
 {
     const auto refine = [&](auto *b) {
+        assert(b->original->where != nullptr);
         if (constrained)
             fm_passes<FM2>(ctrl, b, &session->pass, npasses, 0);
         else

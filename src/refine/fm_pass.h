@@ -6,6 +6,7 @@
 #ifndef ZORPEL_REFINE_FM_PASS_H
 #define ZORPEL_REFINE_FM_PASS_H
 
+#include <cassert>
 #include <cstdlib>
 
 #include "partition/ctrl.h"
@@ -42,6 +43,7 @@ inline void close_pass(FmPass *pass)
 inline void set_weight_bounds(const PartCtrl *ctrl, const int pwgts[2], int minpwgts[2])
 {
     const int total = pwgts[0] + pwgts[1];
+    assert(pwgts[0] >= 0 && pwgts[1] >= 0 && 0 < ctrl->splitratio && ctrl->splitratio < 1);
     minpwgts[0] = trunc_int((ctrl->splitratio - ctrl->ubfactor) * static_cast<float>(total));
     minpwgts[1] = trunc_int(
         (1.0 - static_cast<double>(ctrl->splitratio) - static_cast<double>(ctrl->ubfactor)) *
@@ -61,6 +63,7 @@ inline int room_of(int pwgt, int minpwgt)
 
 inline int weight_difference(const int pwgts[2])
 {
+    assert(pwgts[0] >= 0 && pwgts[1] >= 0);
     return abs(pwgts[0] - pwgts[1]);
 }
 

@@ -1,6 +1,7 @@
 /* refine/gains.cpp: two-way refinement arrays, and gains, pin counts and cut from scratch. */
 #include "refine/gains.h"
 
+#include <cassert>
 #include <cstdlib>
 
 #include "core/heavy_assert.h"
@@ -13,6 +14,7 @@ void AllocateRefinementMemory__(HGraph *graph)
     const size_t ncells = static_cast<size_t>(graph->ncells);
     const size_t nnets = static_cast<size_t>(graph->nnets);
     const size_t nislands = static_cast<size_t>(graph->nislands);
+    assert(graph->where == nullptr && graph->gain == nullptr && graph->ndeg[0] == nullptr);
     graph->where = imalloc__(ncells + nislands, "AllocateRefinementMemory: where");
     graph->gain = imalloc__(ncells, "AllocateRefinementMemory: gain");
     graph->ndeg[0] = imalloc__(nnets, "AllocateRefinementMemory: ndeg[0]");
@@ -29,6 +31,7 @@ static int count_pins(const HGraph *graph, int *ndeg0, int *ndeg1)
     for (int e = 0; e < graph->nnets; e++) {
         int ones = 0;
         for (int j = netptr[e]; j < netptr[e + 1]; j++) ones += where[netind[j]];
+        assert(0 <= ones && ones <= netptr[e + 1] - netptr[e]);
         ndeg1[e] = ones;
         ndeg0[e] = netptr[e + 1] - netptr[e] - ones;
         if (ndeg0[e] != 0 && ndeg1[e] != 0) cut += graph->netwgt[e];
@@ -55,6 +58,7 @@ static void compute_gains(const HGraph *graph, int *const ndeg[2], int *gain)
     count_work(WORK_GAIN_PINS, graph->incptr[graph->ncells]);
     for (int v = 0; v < graph->ncells; v++) {
         const int side = graph->where[v];
+        assert(side == 0 || side == 1);
         gain[v] = gain_of(graph, v, ndeg[side], ndeg[1 - side]);
     }
 }
@@ -70,6 +74,7 @@ void ComputeInitGains__(HGraph *graph)
 
 int ComputeCut__(const HGraph *graph)
 {
+    assert(graph->nnets <= 0 || (graph->ndeg[0] != nullptr && graph->ndeg[1] != nullptr));
     int cut = 0;
     for (int e = 0; e < graph->nnets; e++)
         if (graph->ndeg[0][e] != 0 && graph->ndeg[1][e] != 0) cut += graph->netwgt[e];

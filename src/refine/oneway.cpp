@@ -7,6 +7,8 @@
  */
 #include "refine/oneway.h"
 
+#include <cassert>
+
 #include "core/heavy_assert.h"
 #include "core/timers.h"
 #include "core/trace.h"
@@ -24,6 +26,7 @@ static int oneway_begin_pass(PartCtrl *ctrl, OpenBisection<Queue> *b, FmPass *pa
     }
     const int from = i > 0 ? 1 - last : b->pwgts[0] >= b->pwgts[1] ? 0 : 1;
     const bool gives[2] = {from == 0, from == 1};
+    assert(from == 0 || from == 1);
     begin_pass(pass, b);
     empty_queues(b);
     fill_queues(&ctrl->random, b, gives);
@@ -42,6 +45,7 @@ static void oneway_moves(PartCtrl *ctrl, OpenBisection<Queue> *b, FmPass *pass, 
     for (int v; (v = queue_top(&b->queues[from])) >= 0;) {
         queue_delete(&b->queues[from], v);
         const int gain = gain_of(b, v);
+        assert(side_of(b, v) == from && b->queues[1 - from].nnodes == 0);
         const bool held = b->pwgts[from] - b->level->cellwgt[v] < pass->minpwgts[from];
         if (held && gain <= 0) break;
         note_step(pass, v, b->level->ncells);

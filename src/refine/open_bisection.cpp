@@ -6,6 +6,8 @@
  */
 #include "refine/open_bisection.h"
 
+#include <cassert>
+
 #include "core/memory.h"
 #include "core/prefetch.h"
 #include "core/work_counts.h"
@@ -19,6 +21,7 @@ static FmNet *list_nets(const HGraph *level)
     FmNet *nets = alloc_array<FmNet>(static_cast<size_t>(level->nnets), "FM_Refine: nets");
     for (int e = 0; e < level->nnets; e++) {
         const int begin = level->netptr[e], end = level->netptr[e + 1];
+        assert(begin <= end);
         int pinxor = 0;
         for (int j = begin; j < end; j++) pinxor ^= level->netind[j];
         nets[e] = {level->netwgt[e], begin, end, pinxor};
@@ -38,6 +41,7 @@ template <class Queue> static void open_nets(OpenBisection<Queue> *b)
     for (int e = 0; e < level->nnets; e++) {
         const int size = b->nets[e].end - b->nets[e].first;
         const bool small = size > 0 && size <= PACKED_SIZE;
+        assert(size >= 0 && b->nets[e].pinxor >= 0);
         b->counts[e] = small ? 0 : PACKED_LARGE | static_cast<PackedCounts>(b->nlarge++);
         b->single |= size == 1;
     }
@@ -113,6 +117,7 @@ template <class Queue>
     count_work(WORK_GAIN_PINS, size);
     for (int j = net->first; j < net->end; j++) {
         const int u = netind[j], side = sides[u];
+        assert(side <= 1);
         ones += side;
         onexor ^= u & -side;
     }
@@ -167,6 +172,7 @@ template <class Queue> void store_bisection(const OpenBisection<Queue> *b)
     for (int e = 0; e < original->nnets; e++) {
         const NetCounts counts =
             net_counts(b, b->copy.netlabel != nullptr ? b->copy.netlabel[e] : e);
+        assert(counts.npins[0] + counts.npins[1] == net_size(original, e));
         original->ndeg[0][e] = counts.npins[0];
         original->ndeg[1][e] = counts.npins[1];
     }
@@ -184,6 +190,7 @@ template <class Queue> void reverse_counts(OpenBisection<Queue> *b)
     for (int e = 0; e < b->level->nnets; e++) {
         const FmNet *const net = &b->nets[e];
         const NetCounts end = net_counts(b, e);
+        assert(end.npins[0] + end.npins[1] == net->end - net->first);
         NetCounts start = {
             {end.npins[1], end.npins[0]}, net->end - net->first, net->pinxor ^ end.xor0};
         if (b->counts[e] & PACKED_FIXED) start = count_pins(b, net);

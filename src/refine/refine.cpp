@@ -6,7 +6,10 @@
  */
 #include "refine/refine.h"
 
+#include <cassert>
+
 #include "core/errors.h"
+#include "core/heavy_assert.h"
 #include "core/memory.h"
 #include "core/timers.h"
 #include "partition/islands.h"
@@ -37,6 +40,8 @@ static void refine_early_exit(PartCtrl *ctrl, HGraph *graph)
 
 static void refine_level(PartCtrl *ctrl, HGraph *graph, int coarsest)
 {
+    assert(graph->ncells > 0 && graph->level <= coarsest);
+    HEAVY_ASSERT(hgraph_ok(graph, HG_LISTS | HG_INCIDENCE | HG_WHERE));
     Balance__(ctrl, graph);
     switch (ctrl->RType) {
     case RTYPE_FM:
@@ -70,6 +75,7 @@ void Refine__(PartCtrl *ctrl, HGraph *orggraph, HGraph *graph)
         HGraph *const finer = graph->finer;
         ProjectPartition__(ctrl, graph);
         graph = finer;
+        assert(graph->coarser == nullptr);
         start_timer(ctrl, TIME_REFINEMENT);
         if (graph->ncells > 0)
             refine_level(ctrl, graph, coarsest);
@@ -89,11 +95,13 @@ static void order_by_clusters(const HGraph *cgraph, HGraph *graph)
     const int n = graph->ncells, ncoarse = cgraph->ncells + cgraph->nislands;
     int *next = ismalloc__(static_cast<size_t>(ncoarse), 0, "ProjectPartition: next");
     int placed = 0;
+    assert(graph->nearby == nullptr);
     for (int v = 0; v < n; v++) next[graph->cellmap[v]]++;
     for (int i = 0; i < ncoarse; i++) {
         const int c = cgraph->nearby != nullptr && i < cgraph->ncells ? cgraph->nearby[i] : i;
         const int size = next[c];
         next[c] = placed;
+        assert(size >= 0 && placed + size <= n);
         placed += size;
     }
     graph->nearby = imalloc__(static_cast<size_t>(n), "ProjectPartition: graph->nearby");
@@ -104,6 +112,8 @@ static void order_by_clusters(const HGraph *cgraph, HGraph *graph)
 void ProjectPartition__(PartCtrl *ctrl, HGraph *cgraph)
 {
     HGraph *const graph = cgraph->finer;
+    assert(graph->coarser == cgraph && cgraph->where != nullptr);
+    HEAVY_ASSERT(hgraph_ok(cgraph, HG_WHERE));
     start_timer(ctrl, TIME_PROJECTION);
     AllocateRefinementMemory__(graph);
     for (int v = 0; v < graph->ncells; v++) graph->where[v] = cgraph->where[graph->cellmap[v]];
