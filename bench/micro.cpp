@@ -18,11 +18,11 @@
 #include "coarsen/match_star.h"
 #include "core/hgraph.h"
 #include "core/memory.h"
-#include "core/pqueue.h"
+#include "spare/pqueue.h"
 #include "core/sort.h"
 #include "io/partfile.h"
 #include "io/read_hgraph.h"
-#include "partition/ctrl.h"
+#include "core/ctrl.h"
 #include "refine/fm.h"
 #include "refine/gains.h"
 

@@ -14,7 +14,7 @@
 #include "core/memory.h"
 #include "core/vectors.h"
 #include "partition/bisection.h"
-#include "partition/ctrl.h"
+#include "core/ctrl.h"
 #include "partition/split.h"
 
 /* The bounds of a bisection: side 0 weighs at least least0, side 1 least1. */

@@ -12,9 +12,9 @@
 #include <atomic>
 #include <mutex>
 
+#include "core/ctrl.h"
 #include "core/memory.h"
 #include "core/vectors.h"
-#include "partition/ctrl.h"
 #include "search/exact.h"
 #include "search/multilevel.h"
 #include "search/overlay.h"

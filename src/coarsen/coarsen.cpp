@@ -22,7 +22,7 @@
 #include "core/timers.h"
 #include "core/trace.h"
 #include "core/vectors.h"
-#include "partition/islands.h"
+#include "core/islands.h"
 
 constexpr int STRENGTH_LEVELS = 4;         // levels that HFC visits by strength of connection
 constexpr float PROGRESS_RATIO = 0.8f;     // of the finer level's vertices: more is slow progress

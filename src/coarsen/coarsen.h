@@ -3,7 +3,7 @@
 #define ZORPEL_COARSEN_COARSEN_H
 
 #include "core/hgraph.h"
-#include "partition/ctrl.h"
+#include "core/ctrl.h"
 
 /* Builds ever coarser levels of graph until about ctrl->CoarsenTo vertices are left or progress
  * is slow; returns the coarsest. Levels are linked by coarser and finer, level counts from 0.

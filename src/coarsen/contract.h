@@ -3,7 +3,7 @@
 #define ZORPEL_COARSEN_CONTRACT_H
 
 #include "core/hgraph.h"
-#include "partition/ctrl.h"
+#include "core/ctrl.h"
 
 /* Contracts the groups of graph (cellmap, mptr, mind) into cnvtxs vertices.
  *   graph  in/out  gets netmap and coarser; needs incidence

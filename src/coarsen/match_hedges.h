@@ -4,7 +4,7 @@
 
 #include "coarsen/match_work.h"
 #include "core/hgraph.h"
-#include "partition/ctrl.h"
+#include "core/ctrl.h"
 
 /* Merges all vertices of each heavy, small hyperedge whose vertices are all free, and contracts
  * (graph->coarser); the vertices left over stay single. Fixed vertices stay alone; no group

@@ -4,7 +4,7 @@
 
 #include "coarsen/match_work.h"
 #include "core/hgraph.h"
-#include "partition/ctrl.h"
+#include "core/ctrl.h"
 
 struct PartnerSearch;
 

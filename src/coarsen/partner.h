@@ -19,7 +19,7 @@
 #include "core/prefetch.h"
 #include "core/vectors.h"
 #include "core/work_counts.h"
-#include "partition/ctrl.h"
+#include "core/ctrl.h"
 
 constexpr int SINGLE = -1;         // cellmap of a vertex that is not grouped yet
 constexpr double STRONG_NET = 0.1; // least edgewgt that a survey looks at

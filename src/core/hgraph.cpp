@@ -13,7 +13,7 @@
 #include "core/heavy_assert.h"
 #include "core/memory.h"
 #include "core/vectors.h"
-#include "partition/ctrl.h"
+#include "core/ctrl.h"
 
 void InitHGraph__(HGraph *graph)
 {

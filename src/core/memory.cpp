@@ -97,13 +97,6 @@ float *fmalloc__(size_t n, const char *text)
     return alloc_array<float>(n, text);
 }
 
-float *fsmalloc__(size_t n, float value, const char *text)
-{
-    float *const array = fmalloc__(n, text);
-    for (size_t i = 0; i < n; i++) array[i] = value;
-    return array;
-}
-
 /* Frees what the pointer variable at slot refers to. The variable has some object pointer type, so
  * it is read and written as bytes. */
 static void free_slot(void *slot)

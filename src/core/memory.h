@@ -8,11 +8,10 @@
 /* size bytes, uninitialised. */
 void *QXmalloc__(size_t size, const char *text);
 
-/* n elements; the s-forms set each to value. */
+/* n elements; the s-form sets each to value. */
 int *imalloc__(size_t n, const char *text);
 int *ismalloc__(size_t n, int value, const char *text);
 float *fmalloc__(size_t n, const char *text);
-float *fsmalloc__(size_t n, float value, const char *text);
 
 /* n records of type T, uninitialised; the size is never wrapped. */
 void *alloc_records(size_t n, size_t recordsize, const char *text);

@@ -17,12 +17,6 @@ inline int clamp_int(long long x)
     return x > INT_MAX ? INT_MAX : x < INT_MIN ? INT_MIN : static_cast<int>(x);
 }
 
-/* |a - b| relative to the larger of the two. */
-inline float RelDiff__(float a, float b)
-{
-    return a > b ? (a - b) / a : (b - a) / b;
-}
-
 /* x, or 0 if it is negative: a mask, where g++ might make a branch of std::max. */
 inline int at_least_0(int x)
 {

@@ -1,6 +1,6 @@
 /* core/queue_ok.cpp: the invariants of the gain queues, tested from scratch. */
 #include "core/holds.h"
-#include "core/pqueue.h"
+#include "core/gain_queue.h"
 
 bool queue_ok(const BucketQueue *queue)
 {
@@ -35,9 +35,4 @@ bool queue_ok(const HeapQueue *queue)
     for (int v = 0; v < queue->maxnodes; v++) located += queue->locator[v] != PQ_NONE;
     HOLDS(P4, located == queue->nnodes);
     return true;
-}
-
-bool pqueue_ok(const PQueue *queue)
-{
-    return queue->type == PQ_BUCKETS ? queue_ok(&queue->bucket) : queue_ok(&queue->tree);
 }

@@ -2,7 +2,7 @@
 #ifndef ZORPEL_CORE_TIMERS_H
 #define ZORPEL_CORE_TIMERS_H
 
-#include "partition/ctrl.h"
+#include "core/ctrl.h"
 
 /* CPU time of the process, user and system, in seconds. */
 double seconds__();

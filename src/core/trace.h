@@ -2,7 +2,7 @@
 #ifndef ZORPEL_CORE_TRACE_H
 #define ZORPEL_CORE_TRACE_H
 
-#include "partition/ctrl.h"
+#include "core/ctrl.h"
 
 /* Prints on ctrl->traces, or on standard output if that is null. Whether there is anything to say
  * is for the caller to know. */

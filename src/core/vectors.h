@@ -15,14 +15,4 @@ void counts_to_starts(int n, int *ptr);
 /* After each start was advanced to its end while placing: makes ptr starts again. */
 void ends_to_starts(int n, int *ptr);
 
-/* The usual linear algebra kernels; stride 1, n entries. */
-float sasum__(int n, const float *x);
-double dasum__(int n, const double *x);
-void daxpy__(int n, double alpha, const double *x, double *y); // y += alpha x
-void dcopy__(int n, const double *x, double *y);
-double ddot__(int n, const double *x, const double *y);
-double dnrm2__(int n, const double *x);
-void dscal__(int n, double alpha, double *x);
-void dswap__(int n, double *x, double *y);
-
 #endif

@@ -20,8 +20,4 @@ void PrintPartStatistics(int nvtxs, int nhedges, int nparts, const int *eptr, co
 /* Adds each vertex's weight (1 when vwgts is null) to pwgts[part[v]], zeroed by the caller. */
 void ComputePartWeights(int n, const int *vwgts, const int *part, int *pwgts);
 
-/* Sums into pcuts[p] the weight of the cut hyperedges with a vertex in p. */
-void ComputePartCuts(int nhedges, int nparts, const int *eptr, const int *eind, const int *hewgts,
-                     const int *part, int *pcuts);
-
 #endif

@@ -172,27 +172,3 @@ HGraph *ReadHGraph(const char *name)
     QXfree__(&lists.netptr, &lists.netind, &lists.last, LTERM);
     return graph;
 }
-
-static bool listed(const int *list, int begin, int end, int wanted)
-{
-    for (int j = begin; j < end; j++)
-        if (list[j] == wanted) return true;
-    return false;
-}
-
-int CheckHGraph(const HGraph *graph)
-{
-    const int *const incptr = graph->incptr, *const incind = graph->incind;
-    const int *const netptr = graph->netptr, *const netind = graph->netind;
-    bool agree = true, repeated = false;
-    for (int v = 0; v < graph->ncells; v++)
-        for (int j = incptr[v]; j < incptr[v + 1]; j++)
-            agree &= listed(netind, netptr[incind[j]], netptr[incind[j] + 1], v);
-    for (int e = 0; e < graph->nnets; e++)
-        for (int j = netptr[e]; j < netptr[e + 1]; j++)
-            agree &= listed(incind, incptr[netind[j]], incptr[netind[j] + 1], e);
-    for (int e = 0; e < graph->nnets; e++)
-        for (int j = netptr[e]; j + 1 < netptr[e + 1]; j++) repeated |= netind[j] == netind[j + 1];
-    static_cast<void>(agree && !repeated); // for a breakpoint: the hook itself reports nothing
-    return 1;
-}

@@ -12,8 +12,4 @@ int GetNetListSize(const char *name);
  * Errors: a malformed file ends the process with a message; nothing is checked about weights. */
 HGraph *ReadHGraph(const char *name);
 
-/* Walks both incidence directions, finding each in the other. A hook for debugging: reports
- * nothing, always 1. */
-int CheckHGraph(const HGraph *graph);
-
 #endif

@@ -3,7 +3,7 @@
 #define ZORPEL_KWAY_KWAY_GAINS_H
 
 #include "core/hgraph.h"
-#include "partition/ctrl.h"
+#include "core/ctrl.h"
 
 /* Allocates where, kpwgts, kplace, nrinfo, crinfo, nrdata and crdata for ctrl->nparts parts and
  * sets the views into the pools; contents are not set, but ndegrees of hyperedges is 0. */
@@ -15,14 +15,6 @@ void ComputeInitKwayGains__(const PartCtrl *ctrl, HGraph *graph);
 /* ndegrees of a hyperedge that is known to be within one part before the records are computed, as
  * that of the coarser level was: its pins need not be looked at. */
 constexpr int UNCUT = -1;
-
-/* Recomputes the records of the n vertices in list from the hyperedges' records. */
-void ComputeKwayGainsSet__(HGraph *graph, int n, const int *list);
-
-/* Brings the records up to date after v moved (where, kpwgts, mincut, minsoed are already so).
- *   marker  in/out  [ncells] vertex numbers as stamps; no entry may be v before
- *   updind  work    [ncells] */
-void KwayUpdateGainInfo__(HGraph *graph, int v, int from, int to, int *marker, int *updind);
 
 /* Tests from scratch, with records current:
  *   K1  kpwgts holds the weight of each part

@@ -10,7 +10,7 @@
 #include <cassert>
 
 #include "core/hgraph.h"
-#include "partition/ctrl.h"
+#include "core/ctrl.h"
 
 /* ndegrees of a vertex that has cut hyperedges, but no list yet. */
 constexpr int NOT_COUNTED = -1;

@@ -3,7 +3,7 @@
 #define ZORPEL_KWAY_REFINE_RANDOM_H
 
 #include "core/hgraph.h"
-#include "partition/ctrl.h"
+#include "core/ctrl.h"
 
 constexpr int KWAY_PASSES = 10; // of every k-way refinement
 

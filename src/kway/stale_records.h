@@ -25,7 +25,7 @@
 #include <cstdint>
 
 #include "core/hgraph.h"
-#include "partition/ctrl.h"
+#include "core/ctrl.h"
 
 enum StaleState : uint8_t { STALE = 1, LISTED = 2, OUTLINED = 4 };
 struct StaleRecords {

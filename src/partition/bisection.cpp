@@ -11,7 +11,7 @@
 #include "partition/runs.h"
 #include "partition/vcycle.h"
 #include "refine/gains.h"
-#include "refine/refine.h"
+#include "refine/uncoarsen.h"
 
 int ComputeActualCut__(const HGraph *graph, const int *where)
 {

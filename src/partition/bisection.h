@@ -3,7 +3,7 @@
 #define ZORPEL_PARTITION_BISECTION_H
 
 #include "core/hgraph.h"
-#include "partition/ctrl.h"
+#include "core/ctrl.h"
 
 /* Bisects graph so that side 0 holds ctrl->splitratio of the weight within ctrl->ubfactor.
  *   graph  in   lists, weights, nfixed; gets incidence

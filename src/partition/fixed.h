@@ -3,7 +3,7 @@
 #define ZORPEL_PARTITION_FIXED_H
 
 #include "core/hgraph.h"
-#include "partition/ctrl.h"
+#include "core/ctrl.h"
 
 /* Builds graph->coarser, in which vertex p < ctrl->nparts stands for all vertices fixed to part p
  * (perhaps none) and the free vertices follow in order. fix [ncells] holds a part or -1. Fills

@@ -5,7 +5,7 @@
 #include <atomic>
 
 #include "core/hgraph.h"
-#include "partition/ctrl.h"
+#include "core/ctrl.h"
 
 /* A half of fewer pins takes less time than it takes to start a thread for it. */
 constexpr int WORTH_A_THREAD = 1000;

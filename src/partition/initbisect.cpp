@@ -16,7 +16,7 @@
 #include "refine/balance.h"
 #include "refine/fm.h"
 #include "refine/gains.h"
-#include "refine/refine.h"
+#include "refine/uncoarsen.h"
 
 constexpr int TRIALS = 10;
 constexpr int TRIALS_BEFORE_POLISH = 20;

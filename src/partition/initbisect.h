@@ -3,7 +3,7 @@
 #define ZORPEL_PARTITION_INITBISECT_H
 
 #include "core/hgraph.h"
-#include "partition/ctrl.h"
+#include "core/ctrl.h"
 
 /* Bisects a level from scratch into where and mincut (pwgts is stale), allocating its refinement
  * arrays; passes and moves are not traced. Charges "Initial Partition". */

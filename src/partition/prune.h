@@ -3,7 +3,7 @@
 #define ZORPEL_PARTITION_PRUNE_H
 
 #include "core/hgraph.h"
-#include "partition/ctrl.h"
+#include "core/ctrl.h"
 
 /* Whether graph has hyperedges of more than ctrl->maxnetsize pins. */
 bool has_large_nets(const PartCtrl *ctrl, const HGraph *graph);

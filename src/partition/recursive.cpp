@@ -13,7 +13,7 @@
 #include "core/trace.h"
 #include "core/vectors.h"
 #include "kway/kway_gains.h"
-#include "kway/refine_kway.h"
+#include "kway/uncoarsen_kway.h"
 #include "kway/refine_random.h"
 #include "partition/bisection.h"
 #include "partition/fixed.h"

@@ -3,7 +3,7 @@
 #define ZORPEL_PARTITION_RECURSIVE_H
 
 #include "core/hgraph.h"
-#include "partition/ctrl.h"
+#include "core/ctrl.h"
 
 /* Partitions graph, owned by the caller, into ctrl->nparts parts, honouring pre-assignments
  * (ctrl->fixed) and polishing k-way afterwards (ctrl->kwayrefine, more than 2 parts).

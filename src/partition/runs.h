@@ -3,7 +3,7 @@
 #define ZORPEL_PARTITION_RUNS_H
 
 #include "core/hgraph.h"
-#include "partition/ctrl.h"
+#include "core/ctrl.h"
 
 /* What a run minimises and how: bisection and direct k-way partitioning fill one each. */
 struct RunScheme {

@@ -3,7 +3,7 @@
 #define ZORPEL_PARTITION_SPLIT_H
 
 #include "core/hgraph.h"
-#include "partition/ctrl.h"
+#include "core/ctrl.h"
 
 /* Fills two new records with the sub-hypergraphs of sides 0 and 1 of bisection [ncells], vertices
  * in their order, with label, lists and weights. Cut hyperedges are dropped or, with

@@ -7,6 +7,7 @@
 
 #include "coarsen/coarsen.h"
 #include "core/trace.h"
+#include "kway/uncoarsen_kway.h"
 
 int run_vcycles(PartCtrl *ctrl, HGraph *graph, int ncycles, const VCycleKind *kind)
 {
@@ -42,4 +43,10 @@ int run_vcycles(PartCtrl *ctrl, HGraph *graph, int ncycles, const VCycleKind *ki
     ctrl->CoarsenTo = coarsento;
     ctrl->CType = ctype;
     return graph->*kind->value;
+}
+
+int VCycleRefinementKway__(PartCtrl *ctrl, HGraph *graph, int ncycles)
+{
+    static const VCycleKind kind = {&HGraph::objval, RefineKway__, true};
+    return run_vcycles(ctrl, graph, ncycles, &kind);
 }

@@ -3,7 +3,7 @@
 #define ZORPEL_PARTITION_VCYCLE_H
 
 #include "core/hgraph.h"
-#include "partition/ctrl.h"
+#include "core/ctrl.h"
 
 constexpr int VCYCLES = 10; // most V-cycles of every loop
 
@@ -17,5 +17,8 @@ struct VCycleKind {
  * cycles in a row bring no improvement; returns the objective after the last cycle. A cycle that
  * makes the partition worse stands. CoarsenTo and CType are restored. */
 int run_vcycles(PartCtrl *ctrl, HGraph *graph, int ncycles, const VCycleKind *kind);
+
+/* At most ncycles V-cycles on graph (where, objval); returns objval. No k-way arrays are left. */
+int VCycleRefinementKway__(PartCtrl *ctrl, HGraph *graph, int ncycles);
 
 #endif

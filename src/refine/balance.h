@@ -3,7 +3,7 @@
 #define ZORPEL_REFINE_BALANCE_H
 
 #include "core/hgraph.h"
-#include "partition/ctrl.h"
+#include "core/ctrl.h"
 
 /* Moves vertices, best gain first, onto the side that is below its lower bound until both sides
  * keep theirs or none can move; accepts any loss of cut. Within bounds already: only pwgts is

@@ -3,7 +3,7 @@
 #define ZORPEL_REFINE_FM_H
 
 #include "core/hgraph.h"
-#include "partition/ctrl.h"
+#include "core/ctrl.h"
 
 /* Fiduccia-Mattheyses refinement of the bisection of one level.
  *   ctrl     in      ubfactor, splitratio (fractions of the weight), dbglvl; charges timers

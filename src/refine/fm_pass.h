@@ -9,7 +9,7 @@
 #include <cassert>
 #include <cstdlib>
 
-#include "partition/ctrl.h"
+#include "core/ctrl.h"
 #include "core/memory.h"
 #include "core/numbers.h"
 #include "refine/open_bisection.h"

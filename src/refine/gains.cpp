@@ -71,25 +71,3 @@ void ComputeInitGains__(HGraph *graph)
     for (int v = 0; v < graph->ncells; v++) graph->pwgts[graph->where[v]] += graph->cellwgt[v];
     HEAVY_ASSERT(hgraph_ok(graph, HG_LISTS | HG_INCIDENCE | HG_WHERE | HG_GAINS));
 }
-
-int ComputeCut__(const HGraph *graph)
-{
-    assert(graph->nnets <= 0 || (graph->ndeg[0] != nullptr && graph->ndeg[1] != nullptr));
-    int cut = 0;
-    for (int e = 0; e < graph->nnets; e++)
-        if (graph->ndeg[0][e] != 0 && graph->ndeg[1][e] != 0) cut += graph->netwgt[e];
-    return cut;
-}
-
-int CheckDegrees(const HGraph *graph)
-{
-    const size_t ncells = static_cast<size_t>(graph->ncells);
-    const size_t nnets = static_cast<size_t>(graph->nnets);
-    int *gain = ismalloc__(ncells, 0, "ComputePartitionParams: gain");
-    int *ndeg[2] = {ismalloc__(nnets, 0, "ComputePartitionParams: ndeg[0]"),
-                    ismalloc__(nnets, 0, "ComputePartitionParams: ndeg[1]")};
-    count_pins(graph, ndeg[0], ndeg[1]);
-    compute_gains(graph, ndeg, gain);
-    QXfree__(&gain, &ndeg[0], &ndeg[1], LTERM);
-    return 1;
-}

@@ -12,10 +12,4 @@ void AllocateRefinementMemory__(HGraph *graph);
  * some, -w where the other side has none. */
 void ComputeInitGains__(HGraph *graph);
 
-/* The cut by ndeg and netwgt; right only while ndeg matches where. */
-int ComputeCut__(const HGraph *graph);
-
-/* Recomputes gains and pin counts aside and drops them. A hook for debugging: always 1. */
-int CheckDegrees(const HGraph *graph);
-
 #endif

@@ -3,7 +3,7 @@
 #define ZORPEL_REFINE_ONEWAY_H
 
 #include "core/hgraph.h"
-#include "partition/ctrl.h"
+#include "core/ctrl.h"
 
 /* Refinement whose passes move vertices off one side only, first off the heavier one (side 0 when
  * equal), then in turn; stops after a return pass that left its cut as it was. Arguments and needs

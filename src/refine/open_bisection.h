@@ -22,7 +22,7 @@
 #include <cstdint>
 
 #include "core/hgraph.h"
-#include "core/pqueue.h"
+#include "core/gain_queue.h"
 #include "core/random.h"
 #include "core/vectors.h"
 #include "refine/net_counts.h"

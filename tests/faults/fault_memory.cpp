@@ -23,14 +23,16 @@
 #include "core/sort.h"
 #include "driver/reports.h"
 #include "fault_points.h"
-#include "io/dump.h"
-#include "kway/direct.h"
-#include "partition/ctrl.h"
+#include "spare/dump.h"
+#include "spare/direct.h"
+#include "core/ctrl.h"
 #include "partition/recursive.h"
 #include "refine/fm.h"
 #include "refine/gains.h"
-#include "refine/refine.h"
+#include "refine/uncoarsen.h"
 #include "zorpel.h"
+#include "spare/part_cuts.h"
+#include "spare/hooks.h"
 
 int program_main(int nwords, char **words);
 

@@ -7,9 +7,10 @@
 #include "coarsen/coarsen.h"
 #include "kway/kway_gains.h"
 #include "kway/stale_records.h"
-#include "kway/refine_kway.h"
+#include "kway/uncoarsen_kway.h"
 #include "kway/refine_random.h"
 #include "levels.h"
+#include "spare/kway_updates.h"
 
 /* The records of graph against those computed anew on an equal level. Votes (ties) of pins that a
  * move did not revisit may be old. */

@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "core/pqueue.h"
+#include "spare/pqueue.h"
 #include "shrink.h"
 
 struct TwinEntry {

@@ -10,7 +10,7 @@
 #include "refine/balance.h"
 #include "refine/fm.h"
 #include "refine/oneway.h"
-#include "refine/refine.h"
+#include "refine/uncoarsen.h"
 
 /* ---- two-way refiners ---- */
 

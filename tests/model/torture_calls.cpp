@@ -14,8 +14,8 @@
 #include <unistd.h>
 
 #include "core/hgraph.h"
-#include "kway/direct.h"
-#include "partition/ctrl.h"
+#include "spare/direct.h"
+#include "core/ctrl.h"
 #include "partition/entry.h"
 #include "partition/recursive.h"
 

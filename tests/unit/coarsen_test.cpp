@@ -3,7 +3,7 @@
 
 #include "levels.h"
 #include "matchings.h"
-#include "partition/islands.h"
+#include "core/islands.h"
 #include "traces.h"
 
 /* Disjoint stars: every matching of pairs merges one leaf a star and level. */

@@ -3,7 +3,7 @@
  * The coarsest level is partitioned by a call that seeds from the clock, so no result is pinned:
  * what is tested holds for every sequence of random numbers.
  */
-#include "kway/direct.h"
+#include "spare/direct.h"
 
 #include "io/read_hgraph.h"
 #include "kway_levels.h"

@@ -1,5 +1,5 @@
 /* tests/unit/dump_test.cpp: writers for inspecting hypergraphs. */
-#include "io/dump.h"
+#include "spare/dump.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>

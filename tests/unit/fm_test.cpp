@@ -3,6 +3,7 @@
 
 #include "levels.h"
 #include "traces.h"
+#include "spare/hooks.h"
 
 using Refine = void (*)(PartCtrl *ctrl, HGraph *graph, int npasses);
 

@@ -2,6 +2,7 @@
 #include "refine/gains.h"
 
 #include "levels.h"
+#include "spare/hooks.h"
 
 TEST(GainsTest, hyperedge_on_one_side_lowers_every_gain_and_is_not_cut)
 {

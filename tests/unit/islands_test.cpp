@@ -1,5 +1,5 @@
 /* tests/unit/islands_test.cpp: parking vertices without hyperedges, and bringing them back. */
-#include "partition/islands.h"
+#include "core/islands.h"
 
 #include <gtest/gtest.h>
 

@@ -4,6 +4,7 @@
 
 #include "kway/kway_gains.h"
 #include "levels.h"
+#include "spare/kway_updates.h"
 
 inline PartCtrl kway_ctrl(int nparts, float ratio)
 {

@@ -17,7 +17,7 @@
 
 #include "core/hgraph.h"
 #include "core/memory.h"
-#include "partition/ctrl.h"
+#include "core/ctrl.h"
 #include "refine/gains.h"
 
 using Ints = std::vector<int>;

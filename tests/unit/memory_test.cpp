@@ -11,6 +11,7 @@
 #include <string>
 
 #include "support.h"
+#include "spare/dense_vectors.h"
 
 TEST(Memory, a_request_for_0_elements_gives_null)
 {

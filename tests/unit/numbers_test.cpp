@@ -1,5 +1,6 @@
 /* tests/unit/numbers_test.cpp: conversions whose rounding decides results. */
 #include "core/numbers.h"
+#include "spare/dense_vectors.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 /* tests/unit/pqueue_test.cpp: the gain queue, in both its forms. */
-#include "core/pqueue.h"
+#include "spare/pqueue.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -7,6 +7,7 @@
 #include <climits>
 
 #include "support.h"
+#include "spare/hooks.h"
 
 /* A queue that is freed at the end of the scope. */
 struct OwnedQueue : PQueue {

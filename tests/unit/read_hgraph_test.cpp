@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "support.h"
+#include "spare/hooks.h"
 
 constexpr int BUFFER = 131072; // a line longer than BUFFER - 1 bytes is read in pieces
 

@@ -5,8 +5,8 @@ zorpel_unit_tests(coarsen_tests
   match_hedges_test.cpp coarsen_test.cpp)
 zorpel_unit_tests(refine_tests
   gains_test.cpp bisection_ok_test.cpp net_counts_test.cpp fm_test.cpp oneway_test.cpp
-  balance_test.cpp refine_test.cpp)
+  balance_test.cpp uncoarsen_test.cpp)
 zorpel_unit_tests(kway_tests
-  kway_gains_test.cpp refine_random_test.cpp refine_kway_test.cpp direct_test.cpp)
+  kway_gains_test.cpp refine_random_test.cpp uncoarsen_kway_test.cpp direct_test.cpp)
 target_compile_definitions(kway_tests PRIVATE
   ZORPEL_EXAMPLES="${PROJECT_SOURCE_DIR}/examples")

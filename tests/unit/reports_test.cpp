@@ -7,6 +7,7 @@
 
 #include "driver/version.h"
 #include "support.h"
+#include "spare/part_cuts.h"
 
 static const char STARS[] =
     "*******************************************************************************\n";

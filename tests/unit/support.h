@@ -19,7 +19,7 @@
 
 #include "core/hgraph.h"
 #include "core/memory.h"
-#include "partition/ctrl.h"
+#include "core/ctrl.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 #define ZORPEL_TEST_ASAN 1

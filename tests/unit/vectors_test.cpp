@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "support.h"
+#include "spare/dense_vectors.h"
 
 TEST(Vectors, the_sum_of_no_entries_is_0)
 {

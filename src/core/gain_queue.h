@@ -1,4 +1,4 @@
-/* core/pqueue.h: the gain queue of one side of a bisection, a max-priority queue of vertices.
+/* core/gain_queue.h: the gain queue of one side of a bisection, a max-priority queue of vertices.
  *
  * A vertex is in the queue at most once, under its current gain. Two forms serve: bucket lists, and
  * a heap where the range of gains is wide for the number of vertices. Each is a type of its own,
@@ -10,11 +10,9 @@
  *     queue_insert, queue_delete, queue_update
  *     queue_top, queue_fitting     the best vertex; the best one that fits
  *     queue_ok                     the invariants
- *
- * PQueue is a queue whose form is chosen when it is made.
  */
-#ifndef ZORPEL_CORE_PQUEUE_H
-#define ZORPEL_CORE_PQUEUE_H
+#ifndef ZORPEL_CORE_GAIN_QUEUE_H
+#define ZORPEL_CORE_GAIN_QUEUE_H
 
 #include "core/bucket_queue.h"
 #include "core/heap_queue.h"
@@ -37,34 +35,5 @@ template <class Queue> inline int queue_fitting_top(Queue *queue, int limit, con
     if (limit <= UNSEARCHED_LIMIT || queue->nnodes == 0) return queue_top(queue);
     return queue_fitting(queue, limit, vwgt);
 }
-
-struct PQueue {
-    int type;           // QueueForm, fixed at creation
-    BucketQueue bucket; // type 1
-    HeapQueue tree;     // type 2
-};
-
-/* Chooses the form and allocates; released by PQueueFree__. */
-void PQueueInit__(PQueue *queue, int maxnodes, int gainspan);
-void PQueueReset__(PQueue *queue); // empties, keeps the arrays
-void PQueueFree__(PQueue *queue);
-
-/* These return 0. gain is the vertex's current key, within the span; the bucket form can do without
- * it. */
-int PQueueInsert__(PQueue *queue, int vertex, int gain);
-int PQueueDelete(PQueue *queue, int vertex, int gain);
-int PQueueUpdate__(PQueue *queue, int vertex, int oldgain, int newgain);
-
-/* The vertex of highest gain, -1 when empty; GetMax removes it. */
-int PQueueGetMax__(PQueue *queue);
-int PQueueSeeMax__(PQueue *queue);
-
-/* queue_fitting_top. */
-int PQueueSeeConstraintMax(PQueue *queue, int limit, const int *vwgt);
-
-/* The invariants of the queue's form. */
-bool pqueue_ok(const PQueue *queue);
-
-int CheckHeap(const PQueue *queue); // a hook for debugging; checks nothing, always 1
 
 #endif

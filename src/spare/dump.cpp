@@ -1,5 +1,5 @@
-/* io/dump.cpp: writers for inspecting hypergraphs while developing. */
-#include "io/dump.h"
+/* spare/dump.cpp: writers for inspecting hypergraphs while developing. */
+#include "spare/dump.h"
 
 #include <cassert>
 #include <cstdio>

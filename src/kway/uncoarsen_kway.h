@@ -1,10 +1,10 @@
-/* kway/refine_kway.h: uncoarsening of a k-way partition, and its V-cycles. */
-#ifndef ZORPEL_KWAY_REFINE_KWAY_H
-#define ZORPEL_KWAY_REFINE_KWAY_H
+/* kway/uncoarsen_kway.h: uncoarsening of a k-way partition. */
+#ifndef ZORPEL_KWAY_UNCOARSEN_KWAY_H
+#define ZORPEL_KWAY_UNCOARSEN_KWAY_H
 
 #include "core/hgraph.h"
 #include "kway/refine_random.h"
-#include "partition/ctrl.h"
+#include "core/ctrl.h"
 
 /* Carries the partition of cgraph, the coarsest level of a chain, to graph, its finest: projects,
  * refines for the objective in ctrl->RType, and places the islands at every finer level. Levels
@@ -18,9 +18,6 @@ void ProjectKwayPartition__(PartCtrl *ctrl, HGraph *cgraph);
 
 /* Gives each parked vertex, in order, the lightest part by kpwgts; the lowest number on ties. */
 void PartitionIslandsKway__(const PartCtrl *ctrl, HGraph *graph);
-
-/* At most ncycles V-cycles on graph (where, objval); returns objval. No k-way arrays are left. */
-int VCycleRefinementKway__(PartCtrl *ctrl, HGraph *graph, int ncycles);
 
 /* Refines one level for the objective in ctrl->RType: false, and nothing done, for another value.
  */

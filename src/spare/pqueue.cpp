@@ -1,9 +1,9 @@
-/* core/pqueue.cpp: the gain queue whose form is chosen when it is made.
+/* spare/pqueue.cpp: the gain queue whose form is chosen when it is made.
  *
  * Ties decide results: a bucket gives its latest vertex first, and a heap entry never passes one
  * of equal key. No operation allocates after PQueueInit__.
  */
-#include "core/pqueue.h"
+#include "spare/pqueue.h"
 
 /* Calls operation on the queue in its form. */
 template <typename Operation> static int in_form(PQueue *queue, Operation operation)
@@ -79,9 +79,4 @@ int PQueueSeeMax__(PQueue *queue)
 int PQueueSeeConstraintMax(PQueue *queue, int limit, const int *vwgt)
 {
     return in_form(queue, [=](auto *form) { return queue_fitting_top(form, limit, vwgt); });
-}
-
-int CheckHeap(const PQueue *)
-{
-    return 1;
 }

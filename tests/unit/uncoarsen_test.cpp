@@ -1,5 +1,5 @@
-/* tests/unit/refine_test.cpp: the refinement driver and projection. */
-#include "refine/refine.h"
+/* tests/unit/uncoarsen_test.cpp: the refinement driver and projection. */
+#include "refine/uncoarsen.h"
 
 #include "coarsen/coarsen.h"
 #include "levels.h"

@@ -1,10 +1,10 @@
-/* partition/islands.cpp: vertices without hyperedges.
+/* core/islands.cpp: vertices without hyperedges.
  *
  * An island cannot influence the cut, so it is kept out of matching and refinement and only serves
  * to even out the weights afterwards. The others keep their order, islands stand in reverse order
  * of discovery; islandmap (finest level) or the finer level's cellmap remember who is who.
  */
-#include "partition/islands.h"
+#include "core/islands.h"
 
 #include <cassert>
 #include <cstdlib>

@@ -1,14 +1,14 @@
-/* kway/direct.cpp: direct multilevel k-way partitioning.
+/* spare/direct.cpp: direct multilevel k-way partitioning.
  * Runs, V-cycles and the choice of the best are those of bisection; see partition/runs.h.
  */
-#include "kway/direct.h"
+#include "spare/direct.h"
 
 #include "core/memory.h"
 #include "core/timers.h"
 #include "core/trace.h"
 #include "core/vectors.h"
 #include "kway/kway_gains.h"
-#include "kway/refine_kway.h"
+#include "kway/uncoarsen_kway.h"
 #include "kway/refine_random.h"
 #include "partition/bisection.h"
 #include "partition/runs.h"

@@ -1,9 +1,9 @@
-/* kway/direct.h: direct multilevel k-way partitioning. */
-#ifndef ZORPEL_KWAY_DIRECT_H
-#define ZORPEL_KWAY_DIRECT_H
+/* spare/direct.h: direct multilevel k-way partitioning. */
+#ifndef ZORPEL_SPARE_DIRECT_H
+#define ZORPEL_SPARE_DIRECT_H
 
 #include "core/hgraph.h"
-#include "partition/ctrl.h"
+#include "core/ctrl.h"
 
 /* Partitions graph into ctrl->nparts parts in one multilevel sweep: coarsens once, partitions the
  * coarsest level, refines k-way on the way back. A library routine without a caller in the tool.

@@ -1,11 +1,11 @@
-/* partition/ctrl.h: the control record that every partitioning routine takes first.
+/* core/ctrl.h: the control record that every partitioning routine takes first.
  *
  * One record lives as long as one call of an entry point. Options and limits are plain fields;
  * stages that change CoarsenTo, CType or RType restore them, while ubfactor, once replaced by the
  * balance that recursive bisection reached, stays replaced on purpose.
  */
-#ifndef ZORPEL_PARTITION_CTRL_H
-#define ZORPEL_PARTITION_CTRL_H
+#ifndef ZORPEL_CORE_CTRL_H
+#define ZORPEL_CORE_CTRL_H
 
 #include <cstdio>
 

@@ -1,9 +1,9 @@
-/* refine/refine.h: uncoarsening of one multilevel bisection. */
-#ifndef ZORPEL_REFINE_REFINE_H
-#define ZORPEL_REFINE_REFINE_H
+/* refine/uncoarsen.h: uncoarsening of one multilevel bisection. */
+#ifndef ZORPEL_REFINE_UNCOARSEN_H
+#define ZORPEL_REFINE_UNCOARSEN_H
 
 #include "core/hgraph.h"
-#include "partition/ctrl.h"
+#include "core/ctrl.h"
 
 constexpr int FM_PASSES = 10; // most that refine_whole makes
 

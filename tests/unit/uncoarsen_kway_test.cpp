@@ -1,5 +1,5 @@
-/* tests/unit/refine_kway_test.cpp: uncoarsening of k-way partitions, islands, V-cycles. */
-#include "kway/refine_kway.h"
+/* tests/unit/uncoarsen_kway_test.cpp: uncoarsening of k-way partitions, islands, V-cycles. */
+#include "kway/uncoarsen_kway.h"
 
 #include "coarsen/coarsen.h"
 #include "kway_levels.h"

@@ -1,5 +1,5 @@
-/* kway/refine_kway.cpp: uncoarsening of a k-way partition, and its V-cycles. */
-#include "kway/refine_kway.h"
+/* kway/uncoarsen_kway.cpp: uncoarsening of a k-way partition. */
+#include "kway/uncoarsen_kway.h"
 
 #include <cassert>
 
@@ -9,8 +9,7 @@
 #include "core/vectors.h"
 #include "kway/kway_gains.h"
 #include "kway/refine_random.h"
-#include "partition/islands.h"
-#include "partition/vcycle.h"
+#include "core/islands.h"
 
 /* Only cut hyperedges of the coarser level, which has been refined, can be cut now. */
 static void note_uncut_nets(const HGraph *cgraph, HGraph *graph)
@@ -76,10 +75,4 @@ void RefineKway__(PartCtrl *ctrl, HGraph *graph, HGraph *cgraph)
         if (cgraph == graph) CombineIslands__(graph);
     }
     stop_timer(ctrl, TIME_UNCOARSENING);
-}
-
-int VCycleRefinementKway__(PartCtrl *ctrl, HGraph *graph, int ncycles)
-{
-    static const VCycleKind kind = {&HGraph::objval, RefineKway__, true};
-    return run_vcycles(ctrl, graph, ncycles, &kind);
 }

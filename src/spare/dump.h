@@ -1,7 +1,7 @@
-/* io/dump.h: writers for inspecting hypergraphs while developing; vertices are numbered from 1.
+/* spare/dump.h: writers for inspecting hypergraphs while developing; vertices are numbered from 1.
  * None ends its last record with a newline. */
-#ifndef ZORPEL_IO_DUMP_H
-#define ZORPEL_IO_DUMP_H
+#ifndef ZORPEL_SPARE_DUMP_H
+#define ZORPEL_SPARE_DUMP_H
 
 #include "core/hgraph.h"
 

@@ -1,10 +1,10 @@
-/* refine/refine.cpp: uncoarsening of one multilevel bisection.
+/* refine/uncoarsen.cpp: uncoarsening of one multilevel bisection.
  *
  * True between levels: where is a bisection of the current level, islands included, and no coarser
  * level exists. The coarsest level itself is not refined here; the initial bisection, or the
  * V-cycle that brought it, has done so.
  */
-#include "refine/refine.h"
+#include "refine/uncoarsen.h"
 
 #include <cassert>
 
@@ -12,7 +12,7 @@
 #include "core/heavy_assert.h"
 #include "core/memory.h"
 #include "core/timers.h"
-#include "partition/islands.h"
+#include "core/islands.h"
 #include "refine/balance.h"
 #include "refine/fm.h"
 #include "refine/gains.h"

@@ -1,6 +1,6 @@
-/* partition/islands.h: vertices without hyperedges. */
-#ifndef ZORPEL_PARTITION_ISLANDS_H
-#define ZORPEL_PARTITION_ISLANDS_H
+/* core/islands.h: vertices without hyperedges. */
+#ifndef ZORPEL_CORE_ISLANDS_H
+#define ZORPEL_CORE_ISLANDS_H
 
 #include "core/hgraph.h"
 
