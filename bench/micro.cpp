@@ -195,8 +195,8 @@ static void open_match(const benchmark::State &state, MatchData *data)
 
 static void match(MatchData *data)
 {
-    Match_EdgesStars__(&data->ctrl, data->graph, data->perm.data(), data->htable.data(),
-                       data->vpairs.data(), 0);
+    const MatchWork work = {data->perm.data(), data->htable.data(), data->vpairs.data()};
+    Match_EdgesStars__(&data->ctrl, data->graph, &work, 0);
 }
 
 static void drop_coarser(HGraph *graph)

@@ -174,6 +174,7 @@ static HGraph *coarsen_chain(PartCtrl *ctrl, HGraph *graph, bool restricted)
     start_timer(ctrl, TIME_COARSENING);
     CoarsenWork work = open_work(graph, restricted);
     assert(ctrl->CoarsenTo > 0 && (!restricted || graph->where != nullptr));
+    HEAVY_ASSERT(ctrl_ok(ctrl));
     graph->level = 0;
     if (trace) {
         print_trace(ctrl, "----------------------------------------------------------\n");

@@ -6,6 +6,7 @@
 #include "coarsen/match_star.h"
 #include "coarsen/partner.h"
 #include "core/holds.h"
+#include "core/net_lists.h"
 #include "core/numbers.h"
 
 static bool marks_ok(const HGraph *graph, const int *where, const bool *cutnets)
@@ -18,6 +19,19 @@ static bool marks_ok(const HGraph *graph, const int *where, const bool *cutnets)
 bool cut_nets_ok(const HGraph *graph)
 {
     return marks_ok(graph, graph->where, graph->cutnets);
+}
+
+bool net_lists_ok(const NetLists *nets)
+{
+    HOLDS(N1, nets->nnets >= 0 && nets->netptr[0] == 0);
+    for (int e = 0; e < nets->nnets; e++) {
+        HOLDS(N1, nets->netptr[e] <= nets->netptr[e + 1]);
+        for (int j = nets->netptr[e]; j < nets->netptr[e + 1]; j++) {
+            HOLDS(N2, nets->netind[j] >= 0);
+            HOLDS(N2, j == nets->netptr[e] || nets->netind[j - 1] < nets->netind[j]);
+        }
+    }
+    return true;
 }
 
 bool search_ok(const PartnerSearch *search, bool freeonly)

@@ -40,6 +40,7 @@ inline void close_group(Grouping *groups)
 
 inline void group_alone(Grouping *groups, int v)
 {
+    assert(groups->mptr[groups->ngroups] == groups->nlisted); // no group is open
     list_vertex(groups, v);
     close_group(groups);
 }
@@ -49,6 +50,7 @@ inline void group_alone(Grouping *groups, int v)
 inline Grouping open_grouping(const HGraph *graph)
 {
     Grouping groups = {graph->cellmap, graph->mptr, graph->mind, 0, 0};
+    assert(graph->nfixed >= 0 && graph->nfixed <= graph->ncells);
     groups.mptr[0] = 0;
     for (int v = 0; v < graph->nfixed; v++) group_alone(&groups, v);
     return groups;
@@ -68,7 +70,7 @@ inline void degree_keys(const PartCtrl *ctrl, const HGraph *graph, int *keys)
  * are workspace of ncells entries; random may not be order. */
 inline void order_by_degree(PartCtrl *ctrl, const HGraph *graph, int *random, int *keys, int *order)
 {
-    assert(random != order && keys != order);
+    assert(graph->ncells == 0 || (random != order && keys != order));
     RandomPermute__(&ctrl->random, random, graph->ncells, 1);
     degree_keys(ctrl, graph, keys);
     BucketSortKeysInc(graph->ncells, ctrl->maxnetsize + 1, keys, random, order);

@@ -12,6 +12,7 @@
 #include <cstring>
 #include <utility>
 
+#include "core/heavy_assert.h"
 #include "core/prefetch.h"
 
 void sort_pins(int size, int *pins)
@@ -100,8 +101,8 @@ static int end_of_run(const NetLists *nets, const KeyValue *pairs, int begin)
     return end;
 }
 
-/* Orders the run by pins, equal ones as they are, and tells in first [run] for each place the first
- * place of the same pins; the run stays as it is, but its keys become the places. */
+/* Orders the run by pins, equal ones as they are, and writes into first [run] for each place the
+ * first place of the same pins; the run stays as it is, but its keys become the places. */
 static void find_first_places(const NetLists *nets, KeyValue *pairs, int begin, int end, int *first)
 {
     const int size = size_of(nets, pairs[begin].val);
@@ -180,4 +181,5 @@ void merge_identical(const NetLists *nets, KeyValue *pairs, NetLists *merged, in
             if (map != nullptr) map[f] = d;
         }
     }
+    HEAVY_ASSERT(net_lists_ok(merged));
 }

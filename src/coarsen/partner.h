@@ -60,6 +60,7 @@ inline PartnerSearch open_search(const PartCtrl *ctrl, const HGraph *graph, cons
                                  int *htable)
 {
     const int n = graph->ncells;
+    assert(n == 0 || (htable[0] == -1 && htable[n - 1] == -1));
     PartnerSearch search = {};
     search.graph = graph;
     search.maxcellwgt = ctrl->MaxCellWgt;
@@ -80,6 +81,7 @@ inline PartnerSearch open_search(const PartCtrl *ctrl, const HGraph *graph, cons
 
 inline void close_search(PartnerSearch *search)
 {
+    assert(search->cand != nullptr);
     iset__(search->graph->ncells, -1, search->table);
     QXfree__(&search->cand, &search->marks, LTERM);
 }
@@ -179,6 +181,7 @@ template <bool Star> inline int best_candidate(const PartnerSearch *search)
         best = v;
         most = strength;
     }
+    assert(Star || cellmap[best] == SINGLE);
     return best;
 }
 
@@ -202,6 +205,7 @@ struct Strongest {
  * rounding of the lead itself. */
 inline bool lead_is_safe(float most, float second, float skipped, int degree)
 {
+    assert(degree > 0 && !(skipped < 0));
     const float lead = most - std::max(second, 0.0f) - skipped;
     const float rounding = static_cast<float>(degree) * 0x1p-20f * (most + skipped);
     return lead > rounding;

@@ -72,6 +72,7 @@ inline unsigned *block_of(const BucketQueue *queue)
 
 inline unsigned place_of(int vertex)
 {
+    assert(vertex >= 0);
     return NODE_WORDS * static_cast<unsigned>(vertex);
 }
 
@@ -152,6 +153,7 @@ inline void queue_settle(BucketQueue *queue)
         gain = -queue->gainspan;
     else
         while (bucket_empty(queue, gain)) gain--;
+    assert(is_gain_of(queue, gain) && gain <= queue->nextgain);
     queue->maxgain = queue->nextgain = gain;
 }
 
@@ -160,6 +162,7 @@ inline int bucket_top(BucketQueue *queue)
 {
     assert(queue->nnodes > 0);
     queue_settle(queue);
+    assert(!bucket_empty(queue, queue->maxgain));
     return bucket_head(queue, queue->maxgain);
 }
 
@@ -188,6 +191,7 @@ inline void queue_insert(BucketQueue *queue, int vertex, int gain)
     bucket_link(queue, vertex, gain);
     queue->nnodes++;
     if (gain > queue->nextgain) bucket_raise(queue, gain);
+    assert(gain <= queue->maxgain && queue_holds(queue, vertex));
 }
 
 inline void queue_delete(BucketQueue *queue, int vertex)
@@ -205,6 +209,7 @@ inline void queue_update(BucketQueue *queue, int vertex, [[maybe_unused]] int ol
     bucket_unlink(queue, vertex);
     bucket_link(queue, vertex, newgain);
     if (newgain > queue->nextgain) bucket_raise(queue, newgain);
+    assert(newgain <= queue->maxgain && bucket_head(queue, newgain) == vertex);
 }
 
 #endif

@@ -73,6 +73,10 @@ constexpr int VCYCLE_COARSEN_TO = 1000; // and of a V-cycle
 constexpr int MAX_NET_SIZE = 50;        // larger hyperedges stay out of coarsening
 constexpr int KWAY_POLISH_PARTS = 65;   // from this many parts on there is no k-way polish
 
+/*   O1  CoarsenTo, Nruns and nparts are positive, maxnetsize and MaxCellWgt not negative
+ *   O2  ubfactor is not negative, splitratio from 0 to 1
+ *   O3  fixed, Reconst, heavycells and kwayrefine are 0 or 1, VCycle is a VCycleMode
+ */
 struct PartCtrl {
     int CoarsenTo;    // coarsening stops at about this many vertices
     int CType;        // MatchScheme, or RestrictedScheme during a V-cycle
@@ -95,5 +99,8 @@ struct PartCtrl {
     FILE *traces;           // where traces go; null: standard output
     struct Crew *crew;      // threads that halves may take; null: none
 };
+
+/* Tests O1 to O3. */
+bool ctrl_ok(const PartCtrl *ctrl);
 
 #endif

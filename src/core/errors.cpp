@@ -4,11 +4,13 @@
  */
 #include "core/errors.h"
 
+#include <cassert>
 #include <cstdarg>
 #include <cstdlib>
 
 void errexit__(const char *format, ...)
 {
+    assert(format != nullptr);
     va_list args;
     va_start(args, format);
     flockfile(stderr); // another thread may fail at the same time
@@ -22,6 +24,7 @@ void errexit__(const char *format, ...)
 
 FILE *QXfopen__(const char *name, const char *mode, const char *text)
 {
+    assert(name != nullptr && mode != nullptr && text != nullptr);
     FILE *const file = fopen(name, mode);
     if (file != nullptr) return file;
     perror(text);     // first, before anything else may change the reason
@@ -32,5 +35,6 @@ FILE *QXfopen__(const char *name, const char *mode, const char *text)
 
 void QXfclose__(FILE *file)
 {
+    assert(file != nullptr);
     fclose(file);
 }

@@ -14,6 +14,8 @@
 #ifndef ZORPEL_CORE_GAIN_QUEUE_H
 #define ZORPEL_CORE_GAIN_QUEUE_H
 
+#include <cassert>
+
 #include "core/bucket_queue.h"
 #include "core/heap_queue.h"
 
@@ -22,6 +24,7 @@ enum QueueForm { PQ_BUCKETS = 1, PQ_HEAP = 2 };
 /* The form for so many vertices and gains of -gainspan to gainspan. */
 inline QueueForm queue_form(int maxnodes, int gainspan)
 {
+    assert(maxnodes >= 0 && gainspan >= 0);
     return 3LL * maxnodes < gainspan ? PQ_HEAP : PQ_BUCKETS;
 }
 

@@ -45,6 +45,7 @@ static void heap_place(HeapQueue *queue, int i, int key, int vertex)
 
 static void sift_up(HeapQueue *queue, int i, int key, int vertex)
 {
+    assert(0 <= i && i < queue->nnodes);
     const HeapEntry *const heap = queue->heap;
     for (int parent; i > 0; i = parent) {
         parent = (i - 1) / 2;
@@ -58,6 +59,7 @@ static void sift_down(HeapQueue *queue, int i, int key, int vertex)
 {
     const HeapEntry *const heap = queue->heap;
     const int nnodes = queue->nnodes;
+    assert(0 <= i && i < nnodes);
     for (int child; (child = 2 * i + 1) < nnodes; i = child) {
         const bool has_right = child + 1 < nnodes;
         if (heap[child].key > key) {

@@ -63,6 +63,7 @@ inline void queue_settle(HeapQueue *)
 
 inline int queue_top(HeapQueue *queue)
 {
+    assert(queue->nnodes >= 0);
     return queue->nnodes == 0 ? PQ_NONE : queue->heap[0].val;
 }
 

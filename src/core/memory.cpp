@@ -14,7 +14,7 @@
 constexpr size_t MB = size_t{1} << 20;
 constexpr size_t LARGE_PAGE = 2 * MB, LARGE_ARRAY = 4 * MB;
 
-/* Asks for large pages behind a block, where the system has them on request. The first use of a
+/* Requests large pages behind a block, where the system has them on request. The first use of a
  * page interrupts the program, which took 4 to 8 % of a run with pages of 4 KB, and the processor
  * keeps track of some 1,500 pages at a time only. */
 static void ask_for_large_pages([[maybe_unused]] void *block, [[maybe_unused]] size_t size)

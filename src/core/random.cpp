@@ -15,16 +15,10 @@
 #include <cstdlib>
 #include <ctime>
 
+#include "core/heavy_assert.h"
+
 constexpr int SHORT_LAG = 3;
 constexpr int THROWN_AWAY = 10 * NLAGGED;
-
-bool generator_ok(const Generator *generator)
-{
-    if (!generator->own) return true;
-    unsigned bits = 0;
-    for (const unsigned word : generator->lagged) bits |= word;
-    return generator->oldest >= 0 && generator->oldest < NLAGGED && (bits & 1) != 0;
-}
 
 static int draw_own(Generator *generator)
 {
@@ -55,7 +49,7 @@ static void seed_own(Generator *generator, unsigned seed)
     spread_seed(generator->lagged, seed);
     generator->oldest = SHORT_LAG;
     for (int i = 0; i < THROWN_AWAY; i++) draw_own(generator);
-    assert(generator_ok(generator));
+    HEAVY_ASSERT(generator_ok(generator));
 }
 
 Generator own_generator(unsigned seed)

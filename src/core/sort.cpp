@@ -85,8 +85,8 @@ template <class Order> static int median_of_three(typename Order::Element *a, in
 }
 
 /* Orders a[0..n-1], a range that is not split again, equal keys as they are. Each element's place
- * is the number of keys before it: counting them all, several at a time, takes less than foreseeing
- * wrongly how far one moves. */
+ * is the number of keys before it: counting them all, several at a time, costs less than
+ * mispredicting how far each one moves. */
 template <class Order> static void order_range(int n, typename Order::Element *a)
 {
     constexpr int most = SMALL_SPAN + 4; // a multiple of four
@@ -125,9 +125,9 @@ struct Crossing {
 };
 
 /* Exchanges the elements at l and above with those at r and below that are on the wrong side of
- * the pivot, in pairs from the ends inwards, until all are compared. Nobody can foresee a
- * comparison with the pivot, so its result is added up, not branched on. Source: Edelkamp & Weiss,
- * BlockQuicksort, ESA 2016. */
+ * the pivot, in pairs from the ends inwards, until all are compared. A comparison with
+ * the pivot can't be predicted, so its result is added up, not branched on. Source: Edelkamp &
+ * Weiss, BlockQuicksort, ESA 2016. */
 template <class Order>
 static void partition_blocks(typename Order::Element *a, int pivot, int *l, int *r)
 {

@@ -1,6 +1,7 @@
 /* core/trace.cpp: where the traces of a call go. */
 #include "core/trace.h"
 
+#include <cassert>
 #include <cstdarg>
 
 static FILE *trace_file(const PartCtrl *ctrl)
@@ -10,6 +11,7 @@ static FILE *trace_file(const PartCtrl *ctrl)
 
 void print_trace(const PartCtrl *ctrl, const char *format, ...)
 {
+    assert(format != nullptr);
     va_list args;
     va_start(args, format);
     vfprintf(trace_file(ctrl), format, args);
@@ -23,5 +25,6 @@ void flush_traces(const PartCtrl *ctrl)
 
 void write_trace(const PartCtrl *ctrl, const char *text, size_t size)
 {
+    assert(text != nullptr || size == 0);
     fwrite(text, 1, size, trace_file(ctrl));
 }

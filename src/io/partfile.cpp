@@ -36,7 +36,7 @@ static char *put_line(char *out, int value)
     return out;
 }
 
-/* Stops at the first block that cannot be written; the file's error mark tells. */
+/* Stops at the first block that cannot be written; the file keeps an error mark. */
 static void put_lines(int n, const int *x, FILE *file)
 {
     static char block[BLOCK_SIZE];

@@ -5,6 +5,7 @@
  */
 #include "io/textfile.h"
 
+#include <cassert>
 #include <cerrno>
 #include <climits>
 #include <cstdio>
@@ -19,6 +20,7 @@ constexpr size_t FIRST_CAPACITY = size_t{1} << 16;
 /* Doubles the capacity of file->bytes, keeping the size bytes in use. */
 static void grow_text(TextFile *file, size_t *capacity)
 {
+    assert(file->size < *capacity);
     char *const larger = alloc_array<char>(2 * *capacity, "TextFile: bytes");
     memcpy(larger, file->bytes, file->size);
     free(file->bytes);
@@ -50,12 +52,14 @@ void free_text_file(TextFile *file)
 TextLine next_line(TextFile *file)
 {
     const char *const start = file->bytes + file->place;
+    assert(file->place <= file->size);
     const size_t left = file->size - file->place;
     const size_t most = left < LINE_BUFFER - 1 ? left : LINE_BUFFER - 1;
     const void *const newline = memchr(start, '\n', most);
     const char *const end =
         newline != nullptr ? static_cast<const char *>(newline) + 1 : start + most;
     file->place += static_cast<size_t>(end - start);
+    assert(file->place <= file->size && end - start < LINE_BUFFER);
     return {start, end};
 }
 
@@ -83,6 +87,7 @@ bool take_int(TextLine *line, int *value)
     if (negative) number = -number;
     if (number > INT_MAX || number < INT_MIN)
         errexit__("Number too large for 32 bits in the input file!\n");
+    assert(line->next < s && s <= end);
     line->next = s;
     *value = static_cast<int>(number);
     return true;

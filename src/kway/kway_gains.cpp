@@ -76,7 +76,7 @@ static void count_parts(HGraph *graph, int e, int nparts, KwayPartDeg **unused)
     if (j < end) list_parts(graph, net, j, end);
 }
 
-/* A vertex's record under construction. place tells where in the list a part stands, -1 if it does
+/* A vertex's record under construction. place is where in the list a part stands, -1 if it does
  * not. */
 struct NewRecord {
     KwayPartDeg *list;

@@ -169,6 +169,7 @@ template <Objective O>
 static void refine(PartCtrl *ctrl, HGraph *graph, int npasses, KwayRecords records)
 {
     const size_t n = static_cast<size_t>(graph->ncells);
+    HEAVY_ASSERT(ctrl_ok(ctrl));
     KwayWork work;
     work.perm = imalloc__(n, "RefineKway_Random: perm");
     work.marker = imalloc__(n, "RefineKway_Random: marker");

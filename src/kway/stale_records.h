@@ -22,6 +22,7 @@
 #ifndef ZORPEL_KWAY_STALE_RECORDS_H
 #define ZORPEL_KWAY_STALE_RECORDS_H
 
+#include <cassert>
 #include <cstdint>
 
 #include "core/hgraph.h"
@@ -56,6 +57,7 @@ void note_kway_move(HGraph *graph, int v, int from, int to, int *marker, StaleRe
 void compute_outline(HGraph *graph, StaleRecords *stale, int v);
 inline void refresh_outline(HGraph *graph, StaleRecords *stale, int v)
 {
+    assert(0 <= v && v < graph->ncells);
     if ((stale->state[v] & (STALE | OUTLINED)) == STALE) compute_outline(graph, stale, v);
 }
 

@@ -6,6 +6,7 @@
 #include <cassert>
 #include <algorithm>
 
+#include "core/heavy_assert.h"
 #include "core/trace.h"
 #include "partition/initbisect.h"
 #include "partition/runs.h"
@@ -108,7 +109,8 @@ static const RunScheme BISECTION = {
 
 int Hypergraph_Bisection__(PartCtrl *ctrl, HGraph *graph, int *part)
 {
-    assert(0 < ctrl->splitratio && ctrl->splitratio < 1 && graph->nislands == 0);
+    assert(0 <= ctrl->splitratio && ctrl->splitratio <= 1 && graph->nislands == 0);
+    HEAVY_ASSERT(ctrl_ok(ctrl));
     const int bestcut = best_of_runs(ctrl, graph, part, &BISECTION);
     const int actual = ComputeActualCut__(graph, part);
     if (actual != bestcut) print_trace(ctrl, "Wrong cut! %d %d\n", bestcut, actual);

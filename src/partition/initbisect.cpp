@@ -24,7 +24,7 @@ constexpr double FIXED_BIAS = 0.4; // makes the truncated share the number of th
 
 int fixed_on_side0(const PartCtrl *ctrl, int nfixed)
 {
-    assert(nfixed >= 0 && 0 < ctrl->splitratio && ctrl->splitratio < 1);
+    assert(nfixed >= 0 && 0 <= ctrl->splitratio && ctrl->splitratio <= 1);
     const float share = static_cast<float>(nfixed) * ctrl->splitratio;
     return trunc_int(static_cast<double>(share) + FIXED_BIAS);
 }

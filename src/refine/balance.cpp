@@ -55,7 +55,7 @@ static void balance_sides(PartCtrl *ctrl, OpenBisection<Queue> *b, const int min
         if (b->queues[from].nnodes == 0) break;
         balance_step(b, minpwgts, from);
     }
-    HEAVY_ASSERT(bisection_ok(b, true));
+    HEAVY_ASSERT(bisection_ok(b, ALL_GAINS));
     store_bisection(b);
     stop_timer(ctrl, TIME_ITERATE);
 }

@@ -35,7 +35,7 @@ template <class Queue> static bool sides_ok(const OpenBisection<Queue> *b)
     return true;
 }
 
-template <class Queue> static bool counts_ok(const OpenBisection<Queue> *b, bool exact)
+template <class Queue> static bool counts_ok(const OpenBisection<Queue> *b, MoveRules rules)
 {
     const HGraph *const level = b->level;
     int cut = 0, nlarge = 0;
@@ -51,7 +51,7 @@ template <class Queue> static bool counts_ok(const OpenBisection<Queue> *b, bool
         const NetCounts kept = net_counts(b, e);
         HOLDS(B2, kept.npins[0] == fresh.counts.npins[0] && kept.npins[1] == fresh.counts.npins[1]);
         HOLDS(B3, kept.xor0 == fresh.counts.xor0);
-        HOLDS(B5, exact || kept.nqueued == fresh.counts.nqueued);
+        HOLDS(B5, rules.exact || kept.nqueued == fresh.counts.nqueued);
         if (kept.npins[0] > 0 && kept.npins[1] > 0) cut += level->netwgt[e];
     }
     HOLDS(B8, b->single || cut == b->cut);
@@ -82,33 +82,35 @@ template <class Queue> static bool has_single_net(const OpenBisection<Queue> *b,
     return single;
 }
 
-template <class Queue> static bool gains_ok(const OpenBisection<Queue> *b, bool exact)
+template <class Queue> static bool gains_ok(const OpenBisection<Queue> *b, MoveRules rules)
 {
     for (int v = 0; v < b->level->ncells; v++) {
         const bool queued = queue_holds(&b->queues[b->side[v]], v);
-        HOLDS(B6, (!exact && !queued) || has_single_net(b, v) || fresh_gain(b, v) == gain_of(b, v));
+        HOLDS(B6, (!rules.exact && !queued) || has_single_net(b, v) ||
+                      fresh_gain(b, v) == gain_of(b, v));
         HOLDS(B7, !queued || v >= b->level->nfixed);
     }
     return true;
 }
 
-/* Every vertex of the list of each gain is on this side and has that gain. */
-static bool entries_ok(const BucketBisection *b, int side)
+/* Every vertex of the list of each gain is on this side and, if entries follow, has that gain. */
+static bool entries_ok(const BucketBisection *b, int side, MoveRules rules)
 {
     const BucketQueue *const queue = &b->queues[side];
     for (int gain = -queue->gainspan; gain <= queue->gainspan; gain++)
         for (int v = bucket_head(queue, gain); v < queue->maxnodes;
              v = static_cast<int>(queue->nodes[v].next / NODE_WORDS))
-            HOLDS(B7, b->side[v] == side && gain_of(b, v) == gain);
+            HOLDS(B7, b->side[v] == side && (!rules.requeue || gain_of(b, v) == gain));
     return true;
 }
 
-static bool entries_ok(const HeapBisection *b, int side)
+static bool entries_ok(const HeapBisection *b, int side, MoveRules rules)
 {
     const HeapQueue *const queue = &b->queues[side];
-    for (int i = 0; i < queue->nnodes; i++)
-        HOLDS(B7, b->side[queue->heap[i].val] == side &&
-                      gain_of(b, queue->heap[i].val) == queue->heap[i].key);
+    for (int i = 0; i < queue->nnodes; i++) {
+        const int v = queue->heap[i].val, gain = queue->heap[i].key;
+        HOLDS(B7, b->side[v] == side && (!rules.requeue || gain_of(b, v) == gain));
+    }
     return true;
 }
 
@@ -121,12 +123,12 @@ template <class Queue> static bool queued_ok(const OpenBisection<Queue> *b)
     return true;
 }
 
-template <class Queue> bool bisection_ok(const OpenBisection<Queue> *b, bool exact)
+template <class Queue> bool bisection_ok(const OpenBisection<Queue> *b, MoveRules rules)
 {
-    if (!sides_ok(b) || !counts_ok(b, exact)) return false;
+    if (!sides_ok(b) || !counts_ok(b, rules)) return false;
     if (!queue_ok(&b->queues[0]) || !queue_ok(&b->queues[1])) return false;
-    return queued_ok(b) && entries_ok(b, 0) && entries_ok(b, 1) && gains_ok(b, exact);
+    return queued_ok(b) && entries_ok(b, 0, rules) && entries_ok(b, 1, rules) && gains_ok(b, rules);
 }
 
-template bool bisection_ok(const BucketBisection *b, bool exact);
-template bool bisection_ok(const HeapBisection *b, bool exact);
+template bool bisection_ok(const BucketBisection *b, MoveRules rules);
+template bool bisection_ok(const HeapBisection *b, MoveRules rules);

@@ -112,7 +112,7 @@ static void fm_moves(PartCtrl *ctrl, OpenBisection<Queue> *b, FmPass *pass, int 
         note_best<!R.exact>(pass, b);
         if (ctrl->dbglvl & DBG_MOVE) trace_move<R>(ctrl, b, v, gain);
     }
-    HEAVY_ASSERT(bisection_ok(b, R.exact));
+    HEAVY_ASSERT(bisection_ok(b, rules));
     stop_timer(ctrl, TIME_ITERATE);
 }
 
@@ -158,7 +158,7 @@ static void fm_begin_pass(PartCtrl *ctrl, OpenBisection<Queue> *b, FmPass *pass,
     begin_pass(pass, b);
     empty_queues(b);
     fill_queues(&ctrl->random, b, both);
-    HEAVY_ASSERT(bisection_ok(b, R.exact));
+    HEAVY_ASSERT(bisection_ok(b, R.exact ? ALL_GAINS : QUEUED_GAINS));
     if ((ctrl->dbglvl & DBG_PASS) && first) trace_start<R>(ctrl, b, pass);
     stop_timer(ctrl, TIME_INITIALIZE);
 }
@@ -172,7 +172,7 @@ template <class Queue> static void undo_tail(OpenBisection<Queue> *b, const FmPa
     count_work(WORK_UNDONE, pass->nswaps - 1 - pass->mincutorder);
     for (int i = pass->nswaps - 1; i > pass->mincutorder; i--) undo_vertex(b, pass->swaps[i]);
     assert(b->cut == pass->mincut);
-    HEAVY_ASSERT(bisection_ok(b, true));
+    HEAVY_ASSERT(bisection_ok(b, ALL_GAINS_UNQUEUED));
 }
 
 /* Making more moves again than one in so many costs more than a sweep over all pins. */

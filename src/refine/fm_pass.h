@@ -1,7 +1,7 @@
 /* refine/fm_pass.h: what a refiner knows of its pass: bounds, steps and the best point.
  *
- * A pass makes moves one after the other and ends at the best point that it has met: after its last
- * step of the best cut, within the bounds. Steps after that are taken back.
+ * A pass makes moves one after the other and ends at the best point that it has reached: after its
+ * last step of the best cut, within the bounds. Steps after that are taken back.
  */
 #ifndef ZORPEL_REFINE_FM_PASS_H
 #define ZORPEL_REFINE_FM_PASS_H
@@ -30,6 +30,7 @@ struct FmPass {
 
 inline void open_pass(FmPass *pass, int ncells)
 {
+    assert(ncells >= 0);
     *pass = {};
     pass->swaps = imalloc__(static_cast<size_t>(ncells), "FM_Refine: swaps");
 }
@@ -43,7 +44,7 @@ inline void close_pass(FmPass *pass)
 inline void set_weight_bounds(const PartCtrl *ctrl, const int pwgts[2], int minpwgts[2])
 {
     const int total = pwgts[0] + pwgts[1];
-    assert(pwgts[0] >= 0 && pwgts[1] >= 0 && 0 < ctrl->splitratio && ctrl->splitratio < 1);
+    assert(pwgts[0] >= 0 && pwgts[1] >= 0 && 0 <= ctrl->splitratio && ctrl->splitratio <= 1);
     minpwgts[0] = trunc_int((ctrl->splitratio - ctrl->ubfactor) * static_cast<float>(total));
     minpwgts[1] = trunc_int(
         (1.0 - static_cast<double>(ctrl->splitratio) - static_cast<double>(ctrl->ubfactor)) *
@@ -52,6 +53,7 @@ inline void set_weight_bounds(const PartCtrl *ctrl, const int pwgts[2], int minp
 
 inline bool within_bounds(const int pwgts[2], const int minpwgts[2])
 {
+    assert(pwgts != minpwgts);
     return pwgts[0] >= minpwgts[0] && pwgts[1] >= minpwgts[1];
 }
 

@@ -9,7 +9,7 @@
  *     the second pin over   the pin that was alone on the side entered no longer would
  *
  * Only the first two concern all pins of the hyperedge; the others change one gain each, and the
- * exclusive or of the pins tells whose. A hyperedge of two pins is two cases at once, and the most
+ * exclusive or of the pins says whose. A hyperedge of two pins is two cases at once, and the most
  * frequent of all: the other pin's gain changes by twice the weight.
  *
  * This is where the engine spends most of its time, and waits for memory for most of that. So the
@@ -23,15 +23,6 @@
 
 #include "core/work_counts.h"
 #include "refine/open_bisection.h"
-
-/* Which neighbours' gains a move brings up to date, and which of them are queued. */
-struct MoveRules {
-    bool exact; // all pins' gains, and its own; else those of queued pins only, and nqueued is kept
-    bool requeue; // queue entries follow the gains
-};
-constexpr MoveRules QUEUED_GAINS = {.exact = false, .requeue = true};
-constexpr MoveRules ALL_GAINS = {.exact = true, .requeue = true};
-constexpr MoveRules ALL_GAINS_UNQUEUED = {.exact = true, .requeue = false};
 
 constexpr int NETS_BLOCK = 64; // hyperedges counted before the first of them is looked into
 
@@ -65,6 +56,7 @@ template <MoveRules R, int From, class Queue>
 inline bool count_move(OpenBisection<Queue> *b, int e, int v)
 {
     constexpr Counted counted = R.exact ? Counted::sides : Counted::sides_and_queued;
+    assert(0 <= e && e < b->level->nnets);
     const PackedCounts counts = b->counts[e];
     if (is_large(counts)) [[unlikely]] {
         assert(low_word(counts) < b->nlarge);
@@ -96,6 +88,7 @@ template <MoveRules R, int Side, class Queue>
 inline void add_gains(OpenBisection<Queue> *b, const FmNet *net, int v, unsigned delta)
 {
     const int *const netind = b->level->netind, *const end = netind + net->end;
+    assert(net->first < net->end && net->end <= b->level->netptr[b->level->nnets]);
     count_work(WORK_SCANNED_PINS, net->end - net->first);
     for (const int *pin = netind + net->first; pin < end; pin++)
         if (!R.exact || *pin != v) // otherwise v is not queued
@@ -141,6 +134,7 @@ inline void update_neighbours_of(OpenBisection<Queue> *b, int v)
     int changed[NETS_BLOCK];
     const int end = first_incidence(b, v + 1);
     int first = first_incidence(b, v);
+    assert(first <= end);
     count_work(WORK_MOVED_NETS, end - first);
     for (; first < end; first += NETS_BLOCK) {
         const int last = end - first > NETS_BLOCK ? first + NETS_BLOCK : end;
@@ -159,6 +153,7 @@ inline void update_neighbours_of(OpenBisection<Queue> *b, int v)
 template <MoveRules R, class Queue>
 inline void update_neighbours(OpenBisection<Queue> *b, int v, int from)
 {
+    assert((from == 0 || from == 1) && side_of(b, v) == 1 - from);
     if (from == 0)
         update_neighbours_of<R, 0>(b, v);
     else
@@ -169,6 +164,7 @@ inline void update_neighbours(OpenBisection<Queue> *b, int v, int from)
 template <MoveRules R, class Queue> inline void move_vertex(OpenBisection<Queue> *b, int v)
 {
     const int from = side_of(b, v), weight = b->level->cellwgt[v], gain = gain_of(b, v);
+    assert(b->pwgts[from] >= weight && weight >= 0);
     assert(v >= b->level->nfixed && (!R.requeue || !queue_holds(&b->queues[from], v)));
     b->side[v] = static_cast<uint8_t>(1 - from);
     b->pwgts[from] -= weight;

@@ -37,6 +37,7 @@ constexpr int NQUEUED_SHIFT = 48;
 
 constexpr int npins_shift(int side)
 {
+    assert(side == 0 || side == 1);
     return 32 + 8 * side;
 }
 
@@ -87,6 +88,7 @@ inline NetCounts unpack_counts(PackedCounts counts)
  * entered and two or more on the side left. */
 inline bool few_pins(int nto, int nfrom)
 {
+    assert(nto >= 1 && nfrom >= 0);
     return (nto <= 2) | (nfrom <= 1);
 }
 
@@ -99,6 +101,7 @@ template <int From, Counted C> inline bool count_move_plain(NetCounts *counts, i
 {
     assert(counts->npins[From] > 0);
     const int nto = ++counts->npins[1 - From], nfrom = --counts->npins[From];
+    assert(v >= 0 && nto > 0);
     counts->xor0 ^= v;
     if (C == Counted::sides) return few_pins(nto, nfrom);
     assert(counts->nqueued > 0);

@@ -57,7 +57,7 @@ static void oneway_moves(PartCtrl *ctrl, OpenBisection<Queue> *b, FmPass *pass, 
             print_trace(ctrl, "Gains from moving %8d from %2d: %4d, \tNewcut: %d\n",
                         original_of(b, v), from, gain, b->cut);
     }
-    HEAVY_ASSERT(bisection_ok(b, true));
+    HEAVY_ASSERT(bisection_ok(b, ALL_GAINS));
     stop_timer(ctrl, TIME_ITERATE);
 }
 

@@ -33,10 +33,10 @@
  *   B3  and the exclusive or of its pins on side 0; with that of all its pins, which nets has, one
  *       that is alone on its side is known without a look at the list
  *   B4  nets holds weight, place and exclusive or of the pins of each hyperedge
- *   B5  counts of e hold the number of its pins that are queued, under the rules that keep it
+ *   B5  counts of e hold the number of its pins that are queued, unless rules are exact
  *   B6  gains of queued vertices, under exact rules of all vertices, are falls of the cut by their
  *       moves; not at vertices of a hyperedge with one pin
- *   B7  a queued vertex is free, and in the queue of its side under its gain
+ *   B7  a queued vertex is free, and in the queue of its side; under its gain, if entries follow
  *   B8  cut is the weight of the hyperedges with pins on both sides, unless single
  *   B9  the fixed bit of counts marks the hyperedges with fixed pins; every large hyperedge has a
  *       place of its own in large
@@ -59,6 +59,15 @@ template <class Queue> struct OpenBisection {
 
 using BucketBisection = OpenBisection<BucketQueue>;
 using HeapBisection = OpenBisection<HeapQueue>;
+
+/* What moves keep up to date, beside sides, weights, cut and pin counts. */
+struct MoveRules {
+    bool exact;   // all gains; else those of queued vertices only, and the counts of queued pins
+    bool requeue; // queue entries follow the gains
+};
+constexpr MoveRules QUEUED_GAINS = {.exact = false, .requeue = true};
+constexpr MoveRules ALL_GAINS = {.exact = true, .requeue = true};
+constexpr MoveRules ALL_GAINS_UNQUEUED = {.exact = true, .requeue = false};
 
 /* span bounds the gains. */
 template <class Queue> void open_bisection(OpenBisection<Queue> *b, HGraph *original, int span);
@@ -88,9 +97,8 @@ template <class Queue> void reverse_counts(OpenBisection<Queue> *b);
 /* The cut by the counts. */
 template <class Queue> int cut_of_counts(const OpenBisection<Queue> *b);
 
-/* Tests B1 to B9 and the queues from scratch. exact: gains of all vertices hold, but nqueued is not
- * kept. */
-template <class Queue> bool bisection_ok(const OpenBisection<Queue> *b, bool exact);
+/* Tests B1 to B9 and the queues from scratch, as far as moves by these rules keep them. */
+template <class Queue> bool bisection_ok(const OpenBisection<Queue> *b, MoveRules rules);
 
 /* Opens graph's bisection in the form that suits its gains, calls refine with the record, and
  * closes it. */
@@ -139,10 +147,12 @@ template <class Queue> inline NetCounts net_counts(const OpenBisection<Queue> *b
 /* The number in original of a vertex of level, and back. */
 template <class Queue> inline int original_of(const OpenBisection<Queue> *b, int v)
 {
+    assert(0 <= v && v < b->level->ncells);
     return b->copy.vertex != nullptr ? b->copy.vertex[v] : v;
 }
 template <class Queue> inline int refined_of(const OpenBisection<Queue> *b, int v)
 {
+    assert(0 <= v && v < b->original->ncells);
     return b->copy.label != nullptr ? b->copy.label[v] : v;
 }
 

@@ -70,6 +70,7 @@ static void refine_level(PartCtrl *ctrl, HGraph *graph, int coarsest)
 void Refine__(PartCtrl *ctrl, HGraph *orggraph, HGraph *graph)
 {
     const int coarsest = graph->level;
+    HEAVY_ASSERT(ctrl_ok(ctrl));
     start_timer(ctrl, TIME_UNCOARSENING);
     while (graph->finer != nullptr && graph != orggraph) {
         HGraph *const finer = graph->finer;
@@ -112,7 +113,7 @@ static void order_by_clusters(const HGraph *cgraph, HGraph *graph)
 void ProjectPartition__(PartCtrl *ctrl, HGraph *cgraph)
 {
     HGraph *const graph = cgraph->finer;
-    assert(graph->coarser == cgraph && cgraph->where != nullptr);
+    assert(graph != nullptr && cgraph->where != nullptr && graph->cellmap != nullptr);
     HEAVY_ASSERT(hgraph_ok(cgraph, HG_WHERE));
     start_timer(ctrl, TIME_PROJECTION);
     AllocateRefinementMemory__(graph);

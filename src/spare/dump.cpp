@@ -71,7 +71,7 @@ void Print_Pins(const HGraph *graph, const int *where, int nparts)
 {
     const size_t n = static_cast<size_t>(nparts);
     int *pins = ismalloc__(n, 0, "Print_Pins:pins");
-    int *present = ismalloc__(n, -1, "Print_Pins:present"); // last hyperedge met in each part
+    int *present = ismalloc__(n, -1, "Print_Pins:present"); // last hyperedge seen in each part
     for (int e = 0; e < graph->nnets; e++) {
         const int begin = graph->netptr[e], end = graph->netptr[e + 1];
         bool cut = false;

@@ -149,7 +149,7 @@ class ManualPages(unittest.TestCase):
 
     def test_messages_of_the_sources_are_in_the_pages(self):
         places = (
-            ("zorpel.3", ("partition/entry", "core/pqueue", "core/memory")),
+            ("zorpel.3", ("partition/entry", "core/bucket_queue", "core/memory")),
             ("zorpel_hgr.5", ("io/read_hgraph",)),
             ("zorpel.1", ("driver/main", "io/outfile", "io/textfile", "core/memory")),
         )

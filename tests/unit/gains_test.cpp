@@ -95,12 +95,12 @@ TEST(GainsTest, parked_islands_get_a_side_entry_but_no_gain)
     level->nislands = 0;
 }
 
-TEST(GainsTest, check_degrees_changes_nothing_and_says_1)
+TEST(GainsTest, check_degrees_changes_nothing)
 {
     const Level level = make_level(3, path_nets(3));
     set_sides(level.get(), {0, 1, 1});
     level->gain[0] = 77;
-    EXPECT_EQ(CheckDegrees(level.get()), 1);
+    CheckDegrees(level.get());
     EXPECT_EQ(to_ints(level->gain, 3), (Ints{77, 0, -1}));
     EXPECT_EQ(level->mincut, 1);
 }

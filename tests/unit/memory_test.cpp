@@ -32,16 +32,6 @@ TEST(Memory, the_s_forms_set_every_entry)
     QXfree__(&ints, &floats, LTERM);
 }
 
-TEST(Memory, every_entry_asked_for_can_be_written)
-{
-    int *ints = imalloc__(1000, "ints");
-    float *floats = fmalloc__(1000, "floats");
-    for (int i = 0; i < 1000; i++) ints[i] = i, floats[i] = static_cast<float>(i);
-    EXPECT_EQ(ints[999], 999);
-    EXPECT_EQ(floats[999], 999.0f);
-    QXfree__(&ints, &floats, LTERM);
-}
-
 TEST(Memory, freeing_nulls_every_variable_up_to_the_sentinel_and_none_behind_it)
 {
     int *a = imalloc__(4, "a"), *b = imalloc__(4, "b"), *behind = imalloc__(4, "behind");

@@ -7,7 +7,6 @@
 #include <climits>
 
 #include "support.h"
-#include "spare/hooks.h"
 
 /* A queue that is freed at the end of the scope. */
 struct OwnedQueue : PQueue {
@@ -108,17 +107,6 @@ TEST(PQueue, equal_gains_leave_last_in_first)
     OwnedQueue queue(VERTICES, BUCKET_SPAN);
     fill(&queue, {5, 5, 5});
     EXPECT_EQ(drain(&queue), (std::vector<int>{2, 1, 0}));
-}
-
-TEST(PQueue, every_change_answers_0_in_both_forms)
-{
-    for (const int span : SPANS) {
-        OwnedQueue queue(VERTICES, span);
-        EXPECT_EQ(PQueueInsert__(&queue, 1, 5), 0);
-        EXPECT_EQ(PQueueUpdate__(&queue, 1, 5, 7), 0);
-        EXPECT_EQ(PQueueUpdate__(&queue, 1, 7, 6), 0);
-        EXPECT_EQ(PQueueDelete(&queue, 1, 6), 0);
-    }
 }
 
 TEST(PQueue, an_update_to_the_same_gain_changes_no_order)
@@ -409,10 +397,4 @@ TEST(PQueue, the_heap_is_searched_by_position_and_stops_by_the_entry_at_half_the
     std::vector<int> third_fits = heavy;
     third_fits[3] = 10; // position 3 lies before the stop
     EXPECT_EQ(PQueueSeeConstraintMax(&queue, 2000, third_fits.data()), 3);
-}
-
-TEST(PQueue, the_debugging_hook_says_yes)
-{
-    OwnedQueue queue(VERTICES, HEAP_SPAN);
-    EXPECT_EQ(CheckHeap(&queue), 1);
 }

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include "support.h"
-#include "spare/hooks.h"
 
 constexpr int BUFFER = 131072; // a line longer than BUFFER - 1 bytes is read in pieces
 
@@ -360,12 +359,4 @@ TEST(ReadHGraph, a_file_larger_than_the_first_block_of_memory_is_read_whole)
         ASSERT_EQ(graph->netind[2 * e], e % 6);
         ASSERT_EQ(graph->netind[2 * e + 1], 6);
     }
-}
-
-TEST(ReadHGraph, the_debugging_hook_says_yes_whether_incidence_agrees_or_not)
-{
-    const HGraphPtr graph = make_incident(3, {{0, 1}, {1, 2}, {}});
-    EXPECT_EQ(CheckHGraph(graph.get()), 1);
-    graph->incind[0] = 1;
-    EXPECT_EQ(CheckHGraph(graph.get()), 1);
 }

@@ -6,6 +6,7 @@
 #include "coarsen/grouping.h"
 #include "coarsen/match_star.h"
 #include "coarsen/partner.h"
+#include "core/net_lists.h"
 #include "kway/kway_gains.h"
 #include "kway/stale_records.h"
 #include "levels.h"
@@ -17,6 +18,42 @@ static Level small_level()
     Nets nets = path_nets(10);
     nets.push_back({1, 5, 9});
     return make_level(10, nets, {}, {}, 1);
+}
+
+/* ---- the control record and bare lists ---- */
+
+TEST(CtrlOk, the_broken_rule_is_named)
+{
+    PartCtrl ctrl = make_ctrl();
+    const auto ok = [&] { return ctrl_ok(&ctrl); };
+    ASSERT_EQ(broken_rule(ok), "");
+    EXPECT_EQ(broken_by(ctrl.CoarsenTo, 0, ok), "O1");
+    EXPECT_EQ(broken_by(ctrl.Nruns, 0, ok), "O1");
+    EXPECT_EQ(broken_by(ctrl.nparts, 0, ok), "O1");
+    EXPECT_EQ(broken_by(ctrl.maxnetsize, -1, ok), "O1");
+    EXPECT_EQ(broken_by(ctrl.MaxCellWgt, -1, ok), "O1");
+    EXPECT_EQ(broken_by(ctrl.ubfactor, -0.1f, ok), "O2");
+    EXPECT_EQ(broken_by(ctrl.splitratio, 1.1f, ok), "O2");
+    EXPECT_EQ(broken_by(ctrl.splitratio, -0.1f, ok), "O2");
+    EXPECT_EQ(broken_by(ctrl.fixed, 2, ok), "O3");
+    EXPECT_EQ(broken_by(ctrl.Reconst, -1, ok), "O3");
+    EXPECT_EQ(broken_by(ctrl.heavycells, 2, ok), "O3");
+    EXPECT_EQ(broken_by(ctrl.kwayrefine, 2, ok), "O3");
+    EXPECT_EQ(broken_by(ctrl.VCycle, 4, ok), "O3");
+}
+
+TEST(NetListsOk, the_broken_rule_is_named)
+{
+    Ints netptr = {0, 2, 2, 5}, netind = {1, 4, 0, 2, 3}, netwgt = {1, 1, 1};
+    NetLists nets = {3, netptr.data(), netind.data(), netwgt.data()};
+    const auto ok = [&] { return net_lists_ok(&nets); };
+    ASSERT_EQ(broken_rule(ok), "");
+    EXPECT_EQ(broken_by(nets.nnets, -1, ok), "N1");
+    EXPECT_EQ(broken_by(netptr[0], 1, ok), "N1");
+    EXPECT_EQ(broken_by(netptr[1], 3, ok), "N2") << "pins that fall";
+    EXPECT_EQ(broken_by(netptr[2], 1, ok), "N1");
+    EXPECT_EQ(broken_by(netind[2], -1, ok), "N2");
+    EXPECT_EQ(broken_by(netind[3], 0, ok), "N2") << "listed twice";
 }
 
 /* ---- a search for partners ---- */

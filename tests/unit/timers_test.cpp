@@ -1,6 +1,8 @@
 /* tests/unit/timers_test.cpp: the CPU clock and the timers of a run. */
 #include "core/timers.h"
 
+#include <ctime>
+
 #include <gtest/gtest.h>
 
 #include <thread>
@@ -46,10 +48,9 @@ TEST(Timers, the_full_report_adds_the_breakdown_of_refinement)
               std::string(HEAD) + BREAKDOWN + TAIL);
 }
 
-TEST(Timers, there_are_fifteen_and_starting_clears_them_all)
+TEST(Timers, starting_clears_them_all)
 {
     PartCtrl ctrl = numbered_timers();
-    EXPECT_EQ(sizeof ctrl.timers / sizeof ctrl.timers[0], 15u);
     InitTimers__(&ctrl);
     for (double timer : ctrl.timers) EXPECT_EQ(timer, 0.0);
 }
@@ -76,13 +77,14 @@ TEST(Timers, with_the_timing_bit_the_clock_is_taken_off_at_the_start_and_added_a
     EXPECT_EQ(ctrl.timers[TIME_AUX2], 0.0);
 }
 
-TEST(Timers, the_clock_advances_with_the_work_of_the_process)
+TEST(Timers, the_clock_is_the_processor_time_of_the_process)
 {
     const double before = seconds__();
-    EXPECT_GE(before, 0.0);
+    const clock_t begin = clock();
     volatile unsigned work = 0;
-    while (seconds__() <= before) work = work + 1;
-    EXPECT_GT(seconds__(), before);
+    while (clock() - begin < CLOCKS_PER_SEC / 10) work = work + 1;
+    const double worked = static_cast<double>(clock() - begin) / CLOCKS_PER_SEC;
+    EXPECT_NEAR(seconds__() - before, worked, 0.03);
 }
 
 /* Charges a timer while another thread works for a while. */

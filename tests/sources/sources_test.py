@@ -1,0 +1,119 @@
+#!/usr/bin/env python3
+"""Checks the order of the engine's sources.
+
+usage: sources_test.py --compiler CXX --nm NM --library LIBZORPEL_A [--heavy]
+
+Folders of src/ include only folders below them, file names are unique, every header compiles alone,
+invariants have numbers that are documented, tested for and named by a test, asserts are as dense as
+the style asks for, and the release library contains none of the predicates.
+"""
+import argparse
+import concurrent.futures
+import pathlib
+import re
+import subprocess
+import sys
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+SRC = ROOT / "src"
+# From the bottom to the top; docs/ARCHITECTURE.md has the same list.
+ORDER = ["core", "coarsen", "refine", "kway", "partition", "io", "driver", "spare"]
+LEAST_ASSERTS = 40  # a thousand lines
+INCLUDE = re.compile(r'#include "(\w+)/')
+RULE = re.compile(r"HOLDS\(([A-Z][0-9]),")
+DOCUMENTED = re.compile(r"^(?: |/)\*\s+([A-Z][0-9])  ", re.MULTILINE)
+TESTED = re.compile(r'"([A-Z][0-9])"')
+PREDICATE = re.compile(r"\b\w+_ok\b")
+
+
+def sources():
+    return sorted([*SRC.rglob("*.cpp"), *SRC.rglob("*.h")])
+
+
+def wrong_includes():
+    for path in sources():
+        folder = path.parent.name
+        for other in INCLUDE.findall(path.read_text()):
+            if other in ORDER and ORDER.index(other) > ORDER.index(folder):
+                yield f"{path.relative_to(ROOT)} includes {other}/, which is above {folder}/"
+    for folder in {path.parent.name for path in sources()} - set(ORDER):
+        yield f"src/{folder}/ has no place in the order of the folders"
+    table = (ROOT / "docs/ARCHITECTURE.md").read_text()
+    places = [table.find(f"| `src/{folder}/`") for folder in ORDER]
+    if -1 in places or places != sorted(places, reverse=True):
+        yield "docs/ARCHITECTURE.md lists the folders of src/ in another order"
+
+
+def repeated_names():
+    seen = {}
+    for path in [*sources(), *(ROOT / "search").glob("*.*")]:
+        if path.name == "CMakeLists.txt":
+            continue
+        if path.name in seen:
+            yield f"{path.relative_to(ROOT)} has the name of {seen[path.name]}"
+        seen[path.name] = path.relative_to(ROOT)
+
+
+def wrong_headers(compiler):
+    """Headers that do not compile alone. driver/ includes a generated header, in sources only."""
+    headers = [path for path in sources() if path.suffix == ".h"]
+
+    def compile_alone(header):
+        command = [compiler, "-std=c++20", "-fsyntax-only", "-x", "c++", "-Wall", "-Wextra"]
+        command += [f"-I{SRC}", f"-I{ROOT / 'include'}", "-Wno-pragma-once-outside-header"]
+        if "clang" not in pathlib.Path(compiler).name:
+            command.pop()
+        ended = subprocess.run([*command, str(header)], capture_output=True, text=True)
+        return ended.stderr if ended.returncode != 0 else ""
+
+    with concurrent.futures.ThreadPoolExecutor(2) as pool:
+        for header, errors in zip(headers, pool.map(compile_alone, headers)):
+            if errors:
+                yield f"{header.relative_to(ROOT)} does not compile alone:\n{errors}"
+
+
+def wrong_rules():
+    text = "".join(path.read_text() for path in sources())
+    tests = "".join(path.read_text() for path in (ROOT / "tests").rglob("*.cpp"))
+    held, documented = set(RULE.findall(text)), DOCUMENTED.findall(text)
+    for rule in sorted({rule for rule in documented if documented.count(rule) > 1}):
+        yield f"{rule} names two invariants"
+    for rule in sorted(held - set(documented)):
+        yield f"{rule} is tested for, but no record's comment says what it is"
+    for rule in sorted(held - set(TESTED.findall(tests))):
+        yield f"{rule} is broken by no test"
+
+
+def thin_asserts():
+    text = "".join(path.read_text() for path in sources())
+    nlines = text.count("\n")
+    nasserts = len(re.findall(r"\b(?:static_)?assert\(|\bHEAVY_ASSERT\(|\bHOLDS\(", text))
+    print(f"{nasserts} asserts in {nlines} lines")
+    if nasserts * 1000 < LEAST_ASSERTS * nlines:
+        yield f"{nasserts} asserts in {nlines} lines are fewer than {LEAST_ASSERTS} a thousand"
+
+
+def shipped_predicates(nm, library):
+    listed = subprocess.run(
+        [nm, "--demangle", "--defined-only", library], capture_output=True, text=True, check=True
+    )
+    for name in sorted(set(PREDICATE.findall(listed.stdout))):
+        yield f"{name} is in the release library"
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--compiler", required=True)
+    parser.add_argument("--nm", required=True)
+    parser.add_argument("--library", required=True)
+    parser.add_argument("--heavy", action="store_true", help="the library has heavy asserts")
+    options = parser.parse_args()
+    wrong = [*wrong_includes(), *repeated_names(), *wrong_rules(), *thin_asserts()]
+    wrong += wrong_headers(options.compiler)
+    if not options.heavy:
+        wrong += shipped_predicates(options.nm, options.library)
+    print("\n".join(wrong))
+    sys.exit(bool(wrong))
+
+
+main()
