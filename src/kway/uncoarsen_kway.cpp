@@ -25,7 +25,7 @@ static void note_uncut_nets(const HGraph *cgraph, HGraph *graph)
 void ProjectKwayPartition__(PartCtrl *ctrl, HGraph *cgraph)
 {
     HGraph *const graph = cgraph->finer;
-    assert(graph != nullptr && cgraph->where != nullptr && graph->cellmap != nullptr);
+    assert(graph != nullptr);
     start_timer(ctrl, TIME_PROJECTION);
     AllocateKwayRefinementMemory__(ctrl, graph);
     for (int v = 0; v < graph->ncells; v++) graph->where[v] = cgraph->where[graph->cellmap[v]];

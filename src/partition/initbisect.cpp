@@ -24,7 +24,7 @@ constexpr double FIXED_BIAS = 0.4; // makes the truncated share the number of th
 
 int fixed_on_side0(const PartCtrl *ctrl, int nfixed)
 {
-    assert(nfixed >= 0 && 0 <= ctrl->splitratio && ctrl->splitratio <= 1);
+    assert(0 <= ctrl->splitratio && ctrl->splitratio <= 1);
     const float share = static_cast<float>(nfixed) * ctrl->splitratio;
     return trunc_int(static_cast<double>(share) + FIXED_BIAS);
 }
@@ -33,7 +33,7 @@ int fixed_on_side0(const PartCtrl *ctrl, int nfixed)
 static void grow_bisection(PartCtrl *ctrl, HGraph *graph, int *perm, int goal0, int nfixed0)
 {
     int wgt0 = 0;
-    assert(0 <= nfixed0 && nfixed0 <= graph->nfixed);
+    assert(nfixed0 == 0 || (0 < nfixed0 && nfixed0 <= graph->nfixed));
     if (graph->nfixed > 0) {
         RandomPermuteFine__(&ctrl->random, perm, graph->nfixed, 1);
         for (int i = 0; i < graph->nfixed; i++) {

@@ -32,7 +32,7 @@ int MLRB__(PartCtrl *ctrl, HGraph *graph, int *part, int k, int offset)
     long long cuts = 0; // the cuts of reconstructed halves add up beyond the total
     for (;;) {
         const int left = k / 2;
-        assert(left >= 1 && k - left >= left && offset + k <= ctrl->nparts);
+        assert(left >= 1 && k - left >= left && offset >= 0);
         assert(graph->label != nullptr && graph->nfixed <= graph->ncells);
         ctrl->splitratio = static_cast<float>(static_cast<double>(left) / k);
         int *bisection = imalloc__(static_cast<size_t>(graph->ncells), "MLRB: bisection");

@@ -134,6 +134,5 @@ void SplitGraphPart__(const PartCtrl *ctrl, const HGraph *graph, const int *bise
     }
     lgraph->nfixed = fixed_on_side0(ctrl, graph->nfixed);
     rgraph->nfixed = graph->nfixed - lgraph->nfixed;
-    assert(0 <= lgraph->nfixed && lgraph->nfixed <= lgraph->ncells);
-    assert(0 <= rgraph->nfixed && rgraph->nfixed <= rgraph->ncells);
+    assert(lgraph->nfixed >= 0 && rgraph->nfixed >= 0);
 }

@@ -113,7 +113,7 @@ static void order_by_clusters(const HGraph *cgraph, HGraph *graph)
 void ProjectPartition__(PartCtrl *ctrl, HGraph *cgraph)
 {
     HGraph *const graph = cgraph->finer;
-    assert(graph != nullptr && cgraph->where != nullptr && graph->cellmap != nullptr);
+    assert(graph != nullptr);
     HEAVY_ASSERT(hgraph_ok(cgraph, HG_WHERE));
     start_timer(ctrl, TIME_PROJECTION);
     AllocateRefinementMemory__(graph);

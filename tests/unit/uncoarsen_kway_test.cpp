@@ -1,6 +1,8 @@
 /* tests/unit/uncoarsen_kway_test.cpp: uncoarsening of k-way partitions, islands, V-cycles. */
 #include "kway/uncoarsen_kway.h"
 
+#include "partition/vcycle.h"
+
 #include "coarsen/coarsen.h"
 #include "kway_levels.h"
 #include "matchings.h"
