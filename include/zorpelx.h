@@ -186,7 +186,8 @@ typedef struct zorpelx_result {
     int finished;     /* starts that gave a partition; 0: the fields down to imbalance are unset */
     int failed;       /* starts that gave none; those cut off by a deadline count as neither */
     int seed;         /* of the start delivered; options with it and one start give it again */
-    int valid;        /* 1: pre-assignments kept, every part within zorpelx_part_limits() */
+    int valid;        /* 1: pre-assignments kept, every part within zorpelx_part_limits(), or a
+                       * search's within zorpelx_part_bounds() */
     int dropped;      /* hyperedges of less than two vertices, kept from the engine */
     int64_t cut;      /* total weight of the hyperedges cut */
     int64_t soed;     /* sum of external degrees */
@@ -279,8 +280,10 @@ ZORPELX_API int zorpelx_check(const zorpelx_hypergraph *hypergraph, const zorpel
  * from the engine.
  *   part    [nvtxs] out: the part of every vertex, 0 to nparts - 1; untouched if no start finished
  *   result  in: its size; out: the rest
- * Of several starts the best is delivered: a valid one before the others, then the least cut, then
- * the least sum of external degrees, then the least imbalance, then the least seed. Every start
+ * Of several starts the best is delivered: a valid one before the others, then the least weight
+ * outside a search's bounds, the least objective, the least cut, the least sum of external degrees,
+ * the least imbalance, the least seed. A search that a deadline or a cancellation cuts off delivers
+ * the best partition that it has found. Every start
  * is made and compared, so neither jobs nor threads nor timing changes the result, unless the
  * deadline or a cancellation cuts some off, or some fail for want of memory.
  * Cost    each job takes the engine's memory in a process of its own and nvtxs ints in this one;
@@ -342,7 +345,9 @@ ZORPELX_API int zorpelx_part_limits(int nparts, int ubfactor, int polish, int64_
  *   epsilon, least, capacities  as in zorpelx_options, epsilon at least 0
  *   total                       weight of all vertices, 0 or more
  *   low, high                   [nparts] out: the bounds of each part; either may be NULL
- * Returns ZORPELX_OK or ZORPELX_BAD_OPTION.
+ * Without least no part is empty, if there is weight for all; where vertices cannot fill them all,
+ * zorpelx_partition() lets parts be empty.
+ * Returns ZORPELX_OK, ZORPELX_BAD_OPTION or ZORPELX_NO_MEMORY.
  */
 ZORPELX_API int zorpelx_part_bounds(int nparts, double epsilon, double least,
                                     const double *capacities, int64_t total, int64_t *low,

@@ -179,12 +179,15 @@ static Fault check_search(const zorpelx_options &o)
         return fault(ZORPELX_BAD_OPTION, "least is %g; it should be at most 100 percent.", o.least);
     if (std::isnan(o.time) || o.time < 0)
         return fault(ZORPELX_BAD_OPTION, "time is %g; it should be 0 or more seconds.", o.time);
+    if (o.keep_price > 0 && o.epsilon >= 0 && o.start == nullptr)
+        return fault(ZORPELX_BAD_OPTION, "keep_price is %d; it needs a start.", o.keep_price);
     if (o.epsilon >= 0) return {};
     const char *const alone = o.capacities != nullptr ? "capacities"
                               : o.start != nullptr    ? "start"
                               : o.groups != nullptr   ? "groups"
                               : o.time > 0            ? "time"
                               : o.least >= 0          ? "least"
+                              : o.keep_price > 0      ? "keep_price"
                                                       : nullptr;
     if (alone == nullptr) return {};
     return fault(ZORPELX_BAD_OPTION, "%s is for searches; epsilon should be at least 0 with it.",
@@ -261,8 +264,8 @@ static Fault check_groups(const zorpelx_hypergraph &h, const zorpelx_options &o,
         if (other < 0) other = v;
         if (o.fixed[other] != o.fixed[v])
             return fault(ZORPELX_BAD_INPUT,
-                         "Vertices %d and %d are in group %d and fixed in parts %d and %d.", other,
-                         v, o.groups[v], o.fixed[other], o.fixed[v]);
+                         "Vertices %d and %d are in one group and fixed in parts %d and %d.", other,
+                         v, o.fixed[other], o.fixed[v]);
     }
     return {};
 }
@@ -289,10 +292,14 @@ static Fault check_price(const zorpelx_hypergraph &h, const zorpelx_options &o)
 static Fault check_searched(const zorpelx_hypergraph &h, const zorpelx_options &o, Watch &watch)
 {
     if (o.epsilon < 0) return {};
-    for (int p = 0; o.capacities != nullptr && p < o.nparts; p++)
-        if (!(o.capacities[p] > 0) || std::isinf(o.capacities[p]))
-            return fault(ZORPELX_BAD_OPTION, "capacities[%d] is %g; it should be above 0.", p,
+    double sum = 0;
+    for (int p = 0; o.capacities != nullptr && p < o.nparts; p++) {
+        sum += o.capacities[p];
+        if (!(o.capacities[p] > 0) || std::isinf(sum))
+            return fault(ZORPELX_BAD_OPTION,
+                         "capacities[%d] is %g; it should be above 0, and their sum finite.", p,
                          o.capacities[p]);
+    }
     if (Fault found = check_numbers_of_vertices(h, o.start, "start", 0, o.nparts - 1, watch))
         return found;
     if (Fault found = check_groups(h, o, watch)) return found;

@@ -114,7 +114,8 @@ class Call
     void take_in(Worker &worker);
     void take_partition(const Worker &worker);
     void note_failure(int seed, const Fault &why);
-    Fault blame(const int *part, const std::vector<int64_t> &pwgts) const;
+    Fault blame(const std::vector<int64_t> &pwgts) const;
+    Fault outside(const int *part, int p, int64_t weight) const;
     Fault blemish_of(const int *part, const std::vector<int64_t> &pwgts) const;
     void tell_progress(bool now);
     Fault outcome() const;
@@ -157,15 +158,63 @@ static int64_t total_weight(const zorpelx_hypergraph &h, Watch &watch)
     return total;
 }
 
+static int weight_of(const zorpelx_hypergraph &h, int v)
+{
+    return h.vwgts != nullptr ? h.vwgts[v] : 1;
+}
+
+/* The part that a vertex of each group is fixed in, or -1; empty without groups. */
+static std::vector<int> parts_of_groups(const zorpelx_hypergraph &h, const zorpelx_options &o)
+{
+    std::vector<int> parts;
+    if (o.groups == nullptr) return parts;
+    parts.assign(static_cast<size_t>(h.nvtxs), -1);
+    for (int v = 0; o.fixed != nullptr && v < h.nvtxs; v++)
+        if (o.groups[v] >= 0 && o.fixed[v] >= 0)
+            parts[static_cast<size_t>(o.groups[v])] = o.fixed[v];
+    return parts;
+}
+
+/* The part that a vertex must be in, by itself or by its group, or -1. */
+static int part_asked(const zorpelx_options &o, const std::vector<int> &group_parts, int v)
+{
+    if (o.fixed != nullptr && o.fixed[v] >= 0) return o.fixed[v];
+    return o.groups != nullptr && o.groups[v] >= 0 ? group_parts[static_cast<size_t>(o.groups[v])]
+                                                   : -1;
+}
+
+/* Whether there are vertices with weight for every part, groups counting as one. */
+static bool parts_can_be_filled(const zorpelx_hypergraph &h, const zorpelx_options &o, Watch &watch)
+{
+    const size_t grouped = o.groups != nullptr ? static_cast<size_t>(h.nvtxs) : 0;
+    const size_t nparts = static_cast<size_t>(o.nparts);
+    const Charge charge(watch, grouped * sizeof(int) + grouped / 8 + nparts / 8, "marks of groups");
+    const std::vector<int> group_parts = parts_of_groups(h, o);
+    std::vector<bool> counted(grouped), filled(nparts);
+    int64_t nfilled = 0;
+    for (int v = 0; v < h.nvtxs; v++) {
+        watch.step();
+        if (weight_of(h, v) == 0) continue;
+        const int p = part_asked(o, group_parts, v), group = grouped > 0 ? o.groups[v] : -1;
+        if (p < 0 && group < 0) {
+            nfilled++;
+            continue;
+        }
+        std::vector<bool> &marks = p >= 0 ? filled : counted;
+        const size_t place = static_cast<size_t>(p >= 0 ? p : group);
+        nfilled += !marks[place];
+        marks[place] = true;
+    }
+    return nfilled >= o.nparts;
+}
+
 static std::vector<Limits> limits_of(const zorpelx_hypergraph &h, const zorpelx_options &o,
                                      Watch &watch)
 {
     const int64_t total = total_weight(h, watch);
     if (!is_search(o)) return part_limits(o.nparts, o.ubfactor, o.polish != 0, total);
     std::vector<Limits> limits = part_bounds(o.nparts, o.epsilon, o.least, o.capacities, total);
-    int64_t nweighty = h.vwgts == nullptr ? h.nvtxs : 0;
-    for (int v = 0; h.vwgts != nullptr && v < h.nvtxs; v++) nweighty += h.vwgts[v] > 0;
-    if (o.least < 0 && nweighty < o.nparts) // some part must stay empty
+    if (o.least < 0 && !parts_can_be_filled(h, o, watch)) // some part must stay empty
         for (Limits &limit : limits) limit.least = 0;
     return limits;
 }
@@ -249,26 +298,65 @@ void Call::note_failure(int seed, const Fault &why)
 }
 
 /* The vertices that no part, or not theirs, can hold within a search's limits. */
-Fault Call::blame(const int *part, const std::vector<int64_t> &pwgts) const
+Fault Call::blame(const std::vector<int64_t> &pwgts) const
 {
     if (!is_search(o)) return {};
-    int64_t most = 0;
-    std::vector<int64_t> fixed(pwgts.size(), 0);
-    for (const Limits &limit : limits) most = std::max(most, limit.most);
+    int64_t most = 0, excess = 0;
+    for (size_t p = 0; p < limits.size(); p++) {
+        most = std::max(most, limits[p].most);
+        excess = std::max(excess, pwgts[p] - limits[p].most);
+    }
+    if (excess <= 0) return {};
+    const std::vector<int> group_parts = parts_of_groups(h, o);
+    std::vector<int64_t> asked(pwgts.size(), 0), grouped(group_parts.size(), 0);
     for (int v = 0; v < h.nvtxs; v++) {
-        const int weight = h.vwgts != nullptr ? h.vwgts[v] : 1;
-        if (weight > most && pwgts[static_cast<size_t>(part[v])] > most)
+        const int weight = weight_of(h, v), p = part_asked(o, group_parts, v);
+        if (weight > most)
             return fault(ZORPELX_FAILED,
                          "Vertex %d (counted from 0) weighs %d, and no part may weigh more than %lld.", v, weight,
                          static_cast<long long>(most));
-        if (o.fixed != nullptr && o.fixed[v] >= 0) fixed[static_cast<size_t>(o.fixed[v])] += weight;
+        if (p >= 0) asked[static_cast<size_t>(p)] += weight;
+        if (o.groups == nullptr || o.groups[v] < 0) continue;
+        int64_t &group = grouped[static_cast<size_t>(o.groups[v])];
+        group += weight;
+        if (group > most)
+            return fault(ZORPELX_FAILED,
+                         "The vertices in the group of vertex %d weigh more than %lld, which is "
+                         "the most that a part may weigh.",
+                         v, static_cast<long long>(most));
     }
-    for (size_t p = 0; p < fixed.size(); p++)
-        if (fixed[p] > limits[p].most)
+    for (size_t p = 0; p < asked.size(); p++)
+        if (asked[p] > limits[p].most)
             return fault(ZORPELX_FAILED,
                          "The vertices fixed in part %zu weigh %lld; it may weigh at most %lld.", p,
-                         static_cast<long long>(fixed[p]), static_cast<long long>(limits[p].most));
+                         static_cast<long long>(asked[p]), static_cast<long long>(limits[p].most));
     return {};
+}
+
+/* The heaviest vertex of a part. */
+static int heaviest_in(const zorpelx_hypergraph &h, const int *part, int p)
+{
+    int heaviest = -1;
+    for (int v = 0; v < h.nvtxs; v++)
+        if (part[v] == p && (heaviest < 0 || weight_of(h, v) > weight_of(h, heaviest)))
+            heaviest = v;
+    return heaviest;
+}
+
+/* A part outside its limits; a search tells what makes it so heavy. */
+Fault Call::outside(const int *part, int p, int64_t weight) const
+{
+    const Limits &limit = limits[static_cast<size_t>(p)];
+    const int v = is_search(o) && weight > limit.most ? heaviest_in(h, part, p) : -1;
+    if (v < 0)
+        return fault(ZORPELX_FAILED, "Part %d weighs %lld; its limits are %lld and %lld.", p,
+                     static_cast<long long>(weight), static_cast<long long>(limit.least),
+                     static_cast<long long>(limit.most));
+    return fault(ZORPELX_FAILED,
+                 "Part %d weighs %lld; its limits are %lld and %lld. Its heaviest vertex is %d and "
+                 "weighs %d.",
+                 p, static_cast<long long>(weight), static_cast<long long>(limit.least),
+                 static_cast<long long>(limit.most), v, weight_of(h, v));
 }
 
 /* Why a partition does not keep what was asked for. */
@@ -278,12 +366,10 @@ Fault Call::blemish_of(const int *part, const std::vector<int64_t> &pwgts) const
         if (o.fixed[v] != -1 && o.fixed[v] != part[v])
             return fault(ZORPELX_FAILED, "Vertex %d is in part %d instead of part %d.", v, part[v],
                          o.fixed[v]);
-    if (Fault found = blame(part, pwgts)) return found;
+    if (Fault found = blame(pwgts)) return found;
     for (size_t p = 0; p < pwgts.size(); p++)
         if (pwgts[p] < limits[p].least || pwgts[p] > limits[p].most)
-            return fault(ZORPELX_FAILED, "Part %zu weighs %lld; its limits are %lld and %lld.", p,
-                         static_cast<long long>(pwgts[p]), static_cast<long long>(limits[p].least),
-                         static_cast<long long>(limits[p].most));
+            return outside(part, static_cast<int>(p), pwgts[p]);
     return {};
 }
 
@@ -459,8 +545,7 @@ void Call::report(zorpelx_result *result) const
     result->jobs = best->jobs;
     result->alljobs = best->alljobs;
     for (int v = 0; o.start != nullptr && v < h.nvtxs; v++)
-        if (best_part[static_cast<size_t>(v)] != o.start[v])
-            result->moved += h.vwgts != nullptr ? h.vwgts[v] : 1;
+        if (best_part[static_cast<size_t>(v)] != o.start[v]) result->moved += weight_of(h, v);
 }
 
 void Call::deliver(int *part) const

@@ -41,8 +41,11 @@ int zorpelx_part_bounds(int nparts, double epsilon, double least, const double *
                         int64_t total, int64_t *low, int64_t *high)
 {
     if (nparts < 1 || !(epsilon >= 0) || std::isnan(least) || total < 0) return ZORPELX_BAD_OPTION;
-    for (int p = 0; capacities != nullptr && p < nparts; p++)
-        if (!(capacities[p] > 0) || std::isinf(capacities[p])) return ZORPELX_BAD_OPTION;
+    double sum = 0;
+    for (int p = 0; capacities != nullptr && p < nparts; p++) {
+        sum += capacities[p];
+        if (!(capacities[p] > 0) || std::isinf(sum)) return ZORPELX_BAD_OPTION;
+    }
     return reporting_to(nullptr, [&]() -> Fault {
         const std::vector<Limits> limits = part_bounds(nparts, epsilon, least, capacities, total);
         for (size_t p = 0; p < limits.size(); p++) {
