@@ -113,7 +113,8 @@ typedef struct zorpelx_progress {
 
     int64_t objective; /* of the best partition that a search has, or -1 */
     int jobs, alljobs; /* of the searches at work: done, and in all; alljobs -1 without an end */
-    const char *step;  /* what found it: "packing", "start", "member" or "combination"; or "" */
+    const char
+        *step; /* what found it: "packing", "start", "member", "combination", "exact"; or "" */
 } zorpelx_progress;
 
 /* Returns 0 to go on, anything else to cancel. */

@@ -223,6 +223,8 @@ static void work_off(void *place)
         batch->work(batch->search, batch->first + i, &batch->results[i]);
         complete(batch->search, &batch->results[i]);
         publish_if_better(batch->search, &batch->results[i], batch->step);
+        int *const done = batch->search->options->done;
+        if (done != nullptr) __atomic_fetch_add(done, 1, __ATOMIC_RELAXED);
     }
 }
 
@@ -335,23 +337,27 @@ static void take_packing(Search *search)
     search->njobs--;
 }
 
-/* Replaces the best partition of a very small hypergraph by an optimum. */
-static void solve_small(Search *search)
+/* Replaces the best partition of a very small hypergraph by an optimum; false if it may not be one.
+ */
+static bool solve_small(Search *search)
 {
     const Reduction *const reduction = search->reduction;
-    if (reduction->nclusters > EXACT_VERTICES || search->task.bounds->nparts > EXACT_PARTS) return;
+    if (reduction->nclusters > EXACT_VERTICES || search->task.bounds->nparts > EXACT_PARTS)
+        return false;
     Member member = new_member(search);
     const Member *const best = &search->pool.members[0];
     icopy__(reduction->nclusters, best->part, member.part);
     member.objective = best->objective;
     member.excess = best->excess;
     HGraph graph = with_islands(reduction);
-    solve_exactly(&graph, search->task.bounds, search->task.objective, reduction->fixed,
-                  search->options->schedule.exact, &member.objective, &member.excess, member.part);
+    const bool solved = solve_exactly(&graph, search->task.bounds, search->task.objective,
+                                      reduction->fixed, search->options->schedule.exact,
+                                      &member.objective, &member.excess, member.part);
     QXfree__(&graph.incptr, LTERM);
     publish_if_better(search, &member, "exact");
     take_in(search, member);
     search->njobs--;
+    return solved && search->best.excess == 0;
 }
 
 static bool is_over(const Search *search)
@@ -396,8 +402,10 @@ Found search_partition(const FlatHypergraph *flat, const Constraints *constraint
         options->endless ? -1 : options->schedule.nmembers + options->schedule.ncombined;
     take_packing(&search);
     take_start(&search);
-    if (reduction.graph->nnets > 0 && bounds->nparts > 1) run_schedule(&search);
-    solve_small(&search);
+    // what never ends begins with the optimum, in case there is nothing left to do
+    const bool solved = options->endless && solve_small(&search);
+    if (reduction.graph->nnets > 0 && bounds->nparts > 1 && !solved) run_schedule(&search);
+    if (!options->endless) solve_small(&search);
     // of equals the first by number is delivered, whichever was published
     publish(&search, &search.pool.members[0], search.best.step);
     for (int v = 0; v < flat->nvtxs; v++)

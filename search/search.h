@@ -40,6 +40,7 @@ struct SearchOptions {
     Crew *crew;                 // where threads come from; null: all is done in this one
     const volatile int *cancel; // not 0: end soon with the best so far; or null
     const int *start;           // [nvtxs] a partition to begin with; or null
+    int *done;                  // counts the jobs as they end, for others to see; or null
     /* Receives every partition that is better than all before, whole, in [nvtxs], as soon as it is
      * there, and at the end the one that is delivered; or null. Called by one thread at a time. */
     void (*publish)(void *user, const int *part, const Found *found);

@@ -217,7 +217,8 @@ TEST(Searches, messages_name_who_is_to_blame)
     zorpelx::Partition found = zorpelx::partition(h, options);
     EXPECT_EQ(0, found.result.valid);
     EXPECT_EQ(ZORPELX_OK, found.result.status);
-    EXPECT_STREQ("Vertex 5 weighs 50, and no part may weigh more than 29.", found.result.message);
+    EXPECT_STREQ("Vertex 5 (counted from 0) weighs 50, and no part may weigh more than 29.",
+                 found.result.message);
 
     options.pre_assigned = {0, 0, 0, 0, 0, -1, -1, -1};
     found = zorpelx::partition(path_of(8), options);
@@ -227,10 +228,10 @@ TEST(Searches, messages_name_who_is_to_blame)
     options.pre_assigned.clear();
     options.together = {2, 2, 2, -1, -1, 2, -1, 2};
     found = zorpelx::partition(path_of(8), options);
-    EXPECT_STREQ(
-        "The vertices in the group of vertex 7 weigh more than 4, which is the most that a "
-        "part may weigh.",
-        found.result.message);
+    EXPECT_STREQ("The vertices in the group of vertex 7 (counted from 0) weigh more than 4, which "
+                 "is the most that a "
+                 "part may weigh.",
+                 found.result.message);
 
     options = search_for(4, 0); // five of weight 3 in four parts of 4
     h = path_of(5);
@@ -464,6 +465,16 @@ TEST(Searches, programs_with_an_older_header_get_the_engine_alone)
         for (size_t i = result_size; i < sizeof result; i++)
             ASSERT_EQ(0x5a, reinterpret_cast<const char *>(&result)[i]) << i;
     }
+}
+
+TEST(Searches, a_solved_hypergraph_takes_no_more_time)
+{
+    zorpelx::Options options = search_for(3, 0);
+    options.time = 1000;
+    const zorpelx::Hypergraph h = path_of(12);
+    const zorpelx::Partition found = checked(h, options);
+    EXPECT_EQ(2, found.result.cut);
+    EXPECT_LT(found.result.seconds, 20);
 }
 
 TEST(Searches, tiny_hypergraphs_are_no_trouble)

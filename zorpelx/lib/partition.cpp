@@ -312,16 +312,18 @@ Fault Call::blame(const std::vector<int64_t> &pwgts) const
     for (int v = 0; v < h.nvtxs; v++) {
         const int weight = weight_of(h, v), p = part_asked(o, group_parts, v);
         if (weight > most)
-            return fault(ZORPELX_FAILED,
-                         "Vertex %d (counted from 0) weighs %d, and no part may weigh more than %lld.", v, weight,
-                         static_cast<long long>(most));
+            return fault(
+                ZORPELX_FAILED,
+                "Vertex %d (counted from 0) weighs %d, and no part may weigh more than %lld.", v,
+                weight, static_cast<long long>(most));
         if (p >= 0) asked[static_cast<size_t>(p)] += weight;
         if (o.groups == nullptr || o.groups[v] < 0) continue;
         int64_t &group = grouped[static_cast<size_t>(o.groups[v])];
         group += weight;
         if (group > most)
             return fault(ZORPELX_FAILED,
-                         "The vertices in the group of vertex %d weigh more than %lld, which is "
+                         "The vertices in the group of vertex %d (counted from 0) weigh more than "
+                         "%lld, which is "
                          "the most that a part may weigh.",
                          v, static_cast<long long>(most));
     }
@@ -353,8 +355,8 @@ Fault Call::outside(const int *part, int p, int64_t weight) const
                      static_cast<long long>(weight), static_cast<long long>(limit.least),
                      static_cast<long long>(limit.most));
     return fault(ZORPELX_FAILED,
-                 "Part %d weighs %lld; its limits are %lld and %lld. Its heaviest vertex is %d and "
-                 "weighs %d.",
+                 "Part %d weighs %lld; its limits are %lld and %lld. Its heaviest vertex is %d "
+                 "(counted from 0) and weighs %d.",
                  p, static_cast<long long>(weight), static_cast<long long>(limit.least),
                  static_cast<long long>(limit.most), v, weight_of(h, v));
 }

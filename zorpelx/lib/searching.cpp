@@ -117,7 +117,6 @@ static void publish(void *place, const int *part, const Found *found)
     std::copy(part, part + n, publisher->parts + static_cast<size_t>(board->published % 2) * n);
     board->objective = found->objective;
     board->excess = found->excess;
-    board->jobs = found->jobs;
     board->alljobs = found->alljobs;
     strncpy(board->step, found->step, sizeof board->step - 1);
     __atomic_store_n(&board->published, board->published + 1, __ATOMIC_RELEASE);
@@ -142,6 +141,7 @@ void search_and_publish(const zorpelx_hypergraph &h, const zorpelx_options &o,
     options.crew = crew;
     options.start = o.start;
     options.publish = publish;
+    options.done = &board->jobs;
     options.user = &publisher;
     FlatHypergraph flat = {h.nvtxs, h.nhedges, h.eptr, h.eind, h.vwgts, h.hewgts};
     Constraints constraints = {o.fixed, o.groups};

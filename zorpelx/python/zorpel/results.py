@@ -40,7 +40,7 @@ class Progress:
     objective: int  #: of the best partition that a search has, or -1
     jobs: int  #: of the searches at work: done
     alljobs: int  #: and in all; -1 without an end
-    step: str  #: what found it: packing, start, member or combination; or empty
+    step: str  #: what found it: packing, start, member, combination, exact; or empty
 
 
 @dataclass(frozen=True, repr=False, eq=False)
