@@ -13,7 +13,7 @@ const std::vector<StatusRow> STATUS_ROWS = {
     {"1", "the run failed, or something that verify was to check is not so"},
     {"2", "the command line is wrong"},
     {"3", "a file does not hold what it should; the message tells file, line and column"},
-    {"4", "no partition can be within the imbalance, or none was found; what was found is "
+    {"4", "no partition can be within the bounds, or none was found; what was found is "
           "delivered"},
     {"5", "a file cannot be opened, read or written, or the system refused a process"},
     {"6", "out of memory, or past --memory"},

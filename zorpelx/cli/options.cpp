@@ -156,7 +156,7 @@ const std::vector<OptionRow> OPTIONS = {
     {PARTITION, "--json", "FILE", &Settings::json, "", 0, 0, nullptr,
      "write options and figures there as JSON; - for standard output"},
     {PARTITION, "--force", "", &Settings::force, "", 0, 0, nullptr,
-     "go on if no partition can be within the imbalance, and without the vertices or weights that "
+     "go on if no partition can be within --ubfactor, and without the vertices or weights that "
      "reading a file loses"},
     {VERIFY | STATS, "--force", "", &Settings::force, "", 0, 0, nullptr,
      "go on without the vertices or weights that reading a file loses"},
