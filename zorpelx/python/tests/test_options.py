@@ -15,7 +15,7 @@ import zorpel
 from test_partition import local_hyperedges
 
 SMALL = local_hyperedges(200, 300, 1)
-LATER = {"imbalance", "keep"}  # options of the program that this package has not got
+LATER = set()  # options of the program that this package has not got yet
 
 
 class NamesTest(unittest.TestCase):
