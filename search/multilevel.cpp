@@ -32,6 +32,9 @@ static PartCtrl coarsening_ctrl(const SearchTask *task, const Pass *pass)
     PartCtrl ctrl = {};
     ctrl.nparts = task->bounds->nparts;
     ctrl.CoarsenTo = pass->coarsest;
+    ctrl.Nruns = 1;
+    ctrl.splitratio = 0.5f;
+    ctrl.RType = RTYPE_FM;
     ctrl.maxnetsize = task->maxnetsize;
     ctrl.CType = pass->scheme;
     ctrl.seed = static_cast<int>(pass->seed % 2147483647u);
