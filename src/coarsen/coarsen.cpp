@@ -173,7 +173,7 @@ static HGraph *coarsen_chain(PartCtrl *ctrl, HGraph *graph, bool restricted)
     const bool trace = (ctrl->dbglvl & DBG_COARSEN) != 0;
     start_timer(ctrl, TIME_COARSENING);
     CoarsenWork work = open_work(graph, restricted);
-    assert(ctrl->CoarsenTo > 0 && (!restricted || graph->where != nullptr));
+    assert(ctrl->CoarsenTo > 0);
     HEAVY_ASSERT(ctrl_ok(ctrl));
     graph->level = 0;
     if (trace) {

@@ -88,7 +88,8 @@ bool stars_ok(const PartCtrl *ctrl, const HGraph *graph, const Stars *stars)
     for (int c = 0; c < stars->ngroups; c++) {
         const Group group = groups[static_cast<size_t>(c)];
         HOLDS(T2, stars->wgts[c] == (c < graph->nfixed ? full : group.weight));
-        HOLDS(T3, group.size == 1 || (c >= graph->nfixed && group.weight <= ctrl->MaxCellWgt));
+        const bool joinable = c >= graph->nfixed || ctrl->MaxCellWgt == 0;
+        HOLDS(T3, group.size == 1 || (joinable && group.weight <= ctrl->MaxCellWgt));
     }
     return true;
 }

@@ -126,7 +126,6 @@ static void join_stars(const PartCtrl *ctrl, const HGraph *graph, const int *whe
         const int v = may_join ? choose_partner<Restricted>(&search, partners, u) : -1;
         if (v >= 0) joined++;
         if (v >= 0 && cellmap[v] != SINGLE) {
-            assert(cellmap[v] >= graph->nfixed);
             cellmap[u] = cellmap[v];
             wgts[cellmap[v]] += cellwgt[u];
         } else {

@@ -12,7 +12,8 @@ struct PartnerSearch;
  *   T1  cellmap holds SINGLE or a group below ngroups; fixed vertices are in those of their numbers
  *   T2  wgts[c] is the weight of group c, but twice MaxCellWgt for the groups of fixed vertices,
  *       which nobody joins; wgts[-1] is 0
- *   T3  a group of two and more vertices never outweighs MaxCellWgt
+ *   T3  a group of two and more vertices never outweighs MaxCellWgt; it holds a
+ *       fixed vertex only where nothing may have a weight
  */
 struct Stars {
     int *cellmap; // [ncells] coarse vertex, SINGLE while free

@@ -74,7 +74,7 @@ constexpr int MAX_NET_SIZE = 50;        // larger hyperedges stay out of coarsen
 constexpr int KWAY_POLISH_PARTS = 65;   // from this many parts on there is no k-way polish
 
 /*   O1  CoarsenTo, Nruns and nparts are positive, maxnetsize and MaxCellWgt not negative
- *   O2  ubfactor is not negative, splitratio from 0 to 1
+ *   O2  ubfactor is not negative (no number where nothing has a weight), splitratio from 0 to 1
  *   O3  fixed, Reconst, heavycells and kwayrefine are 0 or 1, VCycle is a VCycleMode
  */
 struct PartCtrl {

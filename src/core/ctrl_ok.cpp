@@ -21,7 +21,7 @@ bool ctrl_ok(const PartCtrl *ctrl)
 {
     HOLDS(O1, ctrl->CoarsenTo > 0 && ctrl->Nruns > 0 && ctrl->nparts > 0);
     HOLDS(O1, ctrl->maxnetsize >= 0 && ctrl->MaxCellWgt >= 0);
-    HOLDS(O2, ctrl->ubfactor >= 0);
+    HOLDS(O2, !(ctrl->ubfactor < 0));
     HOLDS(O2, 0 <= ctrl->splitratio && ctrl->splitratio <= 1);
     HOLDS(O3, is_flag(ctrl->fixed) && is_flag(ctrl->Reconst));
     HOLDS(O3, is_flag(ctrl->heavycells) && is_flag(ctrl->kwayrefine));

@@ -34,7 +34,7 @@ float ComputeBalance__(const HGraph *graph, const int *where)
 
 int VCycleRefinement__(PartCtrl *ctrl, HGraph *graph, int nvcycles)
 {
-    assert(graph->where != nullptr && graph->nislands == 0);
+    assert(graph->nislands == 0);
     static const VCycleKind kind = {&HGraph::mincut, Refine__, false};
     return run_vcycles(ctrl, graph, nvcycles, &kind);
 }

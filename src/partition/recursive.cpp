@@ -33,7 +33,7 @@ int MLRB__(PartCtrl *ctrl, HGraph *graph, int *part, int k, int offset)
     for (;;) {
         const int left = k / 2;
         assert(left >= 1 && k - left >= left && offset >= 0);
-        assert(graph->label != nullptr && graph->nfixed <= graph->ncells);
+        assert(graph->label != nullptr || graph->ncells == 0);
         ctrl->splitratio = static_cast<float>(static_cast<double>(left) / k);
         int *bisection = imalloc__(static_cast<size_t>(graph->ncells), "MLRB: bisection");
         cuts += Hypergraph_Bisection__(ctrl, graph, bisection);

@@ -96,7 +96,7 @@ static bool partition_pruned(Runs *runs)
     scheme->initial(runs->ctrl, coarsest);
     scheme->uncoarsen(runs->ctrl, runs->sgraph, coarsest);
     const int value = runs->sgraph->*scheme->value;
-    assert(runs->sgraph->where != nullptr && runs->sgraph->nislands == 0);
+    assert(runs->sgraph->nislands == 0);
     if (value >= runs->bestrun) return false;
     runs->bestrun = value;
     return true;
@@ -112,7 +112,7 @@ static void take_over(Runs *runs)
     const bool trace = (ctrl->dbglvl & DBG_DETAIL) != 0;
     int *where = sgraph->where;
     sgraph->where = nullptr;
-    assert(where != nullptr && graph->where == nullptr && sgraph->ncells == graph->ncells);
+    assert(graph->where == nullptr && sgraph->ncells == graph->ncells);
     if (sgraph->nnets == graph->nnets) {
         graph->where = where;
         scheme->adopt_values(graph, sgraph);
@@ -162,7 +162,7 @@ static void make_run(Runs *runs, int run)
         flush_traces(ctrl);
     }
     take_over(runs);
-    assert(runs->sgraph->where == nullptr && graph->where != nullptr);
+    assert(runs->sgraph->where == nullptr);
     free_cycle_arrays(graph);
     free_kway_arrays(graph);
     if (wants_vcycles(runs, newmin)) scheme->vcycles(ctrl, graph);
@@ -178,7 +178,7 @@ static void make_run(Runs *runs, int run)
 
 static void finish_slot(Runs *runs, const int *parts, long long value)
 {
-    assert(parts != nullptr && value < runs->start);
+    assert(value < runs->start);
     HGraph *const graph = runs->graph;
     icopy__(graph->ncells, parts, graph->where);
     graph->*runs->scheme->value = static_cast<int>(value);

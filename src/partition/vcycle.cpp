@@ -13,7 +13,7 @@ int run_vcycles(PartCtrl *ctrl, HGraph *graph, int ncycles, const VCycleKind *ki
 {
     const int coarsento = ctrl->CoarsenTo, ctype = ctrl->CType;
     const bool trace = (ctrl->dbglvl & DBG_DETAIL) != 0;
-    assert(graph->where != nullptr && graph->nislands == 0 && graph->coarser == nullptr);
+    assert(graph->nislands == 0 && graph->coarser == nullptr);
     ctrl->CoarsenTo = VCYCLE_COARSEN_TO;
     int best = graph->*kind->value, bestcycle = -1;
     if (trace) {
@@ -25,7 +25,7 @@ int run_vcycles(PartCtrl *ctrl, HGraph *graph, int ncycles, const VCycleKind *ki
     for (int cycle = 0; cycle < ncycles; cycle++) {
         ctrl->CType = cycle % 2 == 0 ? RESTRICTED_STARS : RESTRICTED_EDGES;
         kind->uncoarsen(ctrl, graph, CCoarsen__(ctrl, graph));
-        assert(graph->where != nullptr && graph->nislands == 0 && graph->coarser == nullptr);
+        assert(graph->nislands == 0 && graph->coarser == nullptr);
         if (trace) {
             print_trace(ctrl, "%d ", graph->*kind->value);
             flush_traces(ctrl);
