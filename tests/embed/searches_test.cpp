@@ -285,6 +285,23 @@ TEST(Searches, a_price_keeps_vertices_in_place)
     }
 }
 
+TEST(Searches, prices_are_exact_in_the_sum_of_external_degrees)
+{
+    zorpelx::Hypergraph h; // moving three vertices saves 4 and costs 3
+    h.nvtxs = 5;
+    h.vwgts.assign(5, 1);
+    h.add_hyperedge({0, 1, 2, 3});
+    h.hewgts = {2};
+    zorpelx::Options options = search_for(2, 60);
+    options.objective = ZORPELX_SOED;
+    options.start_part = {0, 1, 1, 1, 1};
+    options.pre_assigned = {0, -1, -1, -1, 1};
+    options.keep_price = 1;
+    EXPECT_EQ(0, checked(h, options).result.soed);
+    options.keep_price = 2;
+    EXPECT_EQ(4, checked(h, options).result.soed);
+}
+
 TEST(Searches, neither_threads_nor_jobs_change_the_result)
 {
     const zorpelx::Hypergraph h = random_hypergraph(3000, 4500, 11);

@@ -71,6 +71,18 @@ static std::vector<int> extended(const int *array, int n, int more, int value)
     return copy;
 }
 
+/* What the sum of external degrees is counted in: a cut hyperedge of two counts twice there, so
+ * that odd prices are exact only if everything else is doubled, where 32 bits can hold that. */
+static int scale_of(const zorpelx_hypergraph &h, const zorpelx_options &o)
+{
+    if (o.objective != ZORPELX_SOED || o.start == nullptr || o.keep_price == 0) return 1;
+    int64_t total = 0;
+    for (int e = 0; e < h.nhedges; e++) total += 2 * int64_t{h.hewgts != nullptr ? h.hewgts[e] : 1};
+    for (int v = 0; v < h.nvtxs; v++)
+        total += int64_t{o.keep_price} * (h.vwgts != nullptr ? h.vwgts[v] : 1);
+    return total < INT_MAX ? 2 : 1;
+}
+
 static Priced add_prices(const zorpelx_hypergraph &h, const zorpelx_options &o)
 {
     Priced priced;
@@ -83,15 +95,16 @@ static Priced add_prices(const zorpelx_hypergraph &h, const zorpelx_options &o)
     priced.eptr.assign(h.eptr, h.eptr + h.nhedges + 1);
     priced.eind.assign(h.eind, h.eind + h.eptr[h.nhedges]);
     priced.hewgts = extended(h.hewgts, h.nhedges, 0, 1);
+    const int scale = scale_of(h, o);
+    for (int &weight : priced.hewgts) weight *= scale;
     for (int p = 0; p < k; p++)
         priced.fixed[static_cast<size_t>(n + p)] = priced.start[static_cast<size_t>(n + p)] = p;
     for (int v = 0; v < n; v++) {
-        // the sum of external degrees counts a cut hyperedge of two twice
         const int64_t price = int64_t{o.keep_price} * priced.vwgts[static_cast<size_t>(v)];
         priced.eind.insert(priced.eind.end(), {v, n + o.start[v]});
         priced.eptr.push_back(static_cast<int>(priced.eind.size()));
         priced.hewgts.push_back(
-            static_cast<int>(o.objective == ZORPELX_SOED ? (price + 1) / 2 : price));
+            static_cast<int>(o.objective == ZORPELX_SOED && scale == 1 ? (price + 1) / 2 : price));
     }
     priced.flat = {n + k,
                    static_cast<int>(priced.hewgts.size()),
@@ -107,6 +120,7 @@ struct Publisher {
     Board *board;
     int *parts;
     int nvtxs;
+    int scale; // of the objective
 };
 
 static void publish(void *place, const int *part, const Found *found)
@@ -115,7 +129,7 @@ static void publish(void *place, const int *part, const Found *found)
     Board *const board = publisher->board;
     const size_t n = static_cast<size_t>(publisher->nvtxs);
     std::copy(part, part + n, publisher->parts + static_cast<size_t>(board->published % 2) * n);
-    board->objective = found->objective;
+    board->objective = found->objective / publisher->scale;
     board->excess = found->excess;
     board->alljobs = found->alljobs;
     strncpy(board->step, found->step, sizeof board->step - 1);
@@ -132,7 +146,7 @@ void search_and_publish(const zorpelx_hypergraph &h, const zorpelx_options &o,
         most.push_back(limit.most);
     }
     const Bounds bounds = {o.nparts, most.data(), least.data()};
-    Publisher publisher = {board, parts, h.nvtxs};
+    Publisher publisher = {board, parts, h.nvtxs, scale_of(h, o)};
     SearchOptions options = {};
     options.schedule = SCHEDULES[o.preset];
     options.seed = static_cast<uint64_t>(seed);
