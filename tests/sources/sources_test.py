@@ -105,13 +105,13 @@ def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--compiler", required=True)
     parser.add_argument("--nm", required=True)
-    parser.add_argument("--library", required=True)
+    parser.add_argument("--library", dest="archive", required=True)
     parser.add_argument("--heavy", action="store_true", help="the library has heavy asserts")
     options = parser.parse_args()
     wrong = [*wrong_includes(), *repeated_names(), *wrong_rules(), *thin_asserts()]
     wrong += wrong_headers(options.compiler)
     if not options.heavy:
-        wrong += shipped_predicates(options.nm, options.library)
+        wrong += shipped_predicates(options.nm, options.archive)
     print("\n".join(wrong))
     sys.exit(bool(wrong))
 

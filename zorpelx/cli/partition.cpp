@@ -297,12 +297,13 @@ static Json result_json(const Settings &settings, const Job &job, Status status)
 static void print_result(const Job &job, bool taken)
 {
     const Figures &figures = job.figures;
-    fprintf(taken ? stderr : stdout,
-            "%s: %lld parts, cut %lld of %lld, external degrees %lld, heaviest part %.2f %% above "
-            "average, seed %d, %.2f s\n",
-            shown_output(job.output).c_str(), ll(figures.nparts), ll(figures.cut),
-            ll(total_weight(job.graph.netwgt)), ll(figures.soed), imbalance_percent(figures),
-            job.result.seed, job.result.seconds);
+    fprintf(
+        taken ? stderr : stdout,
+        "%s: %lld parts, cut %lld of %lld, external degrees %lld, heaviest part is %.2f %% above "
+        "average, seed %d, %.2f s\n",
+        shown_output(job.output).c_str(), ll(figures.nparts), ll(figures.cut),
+        ll(total_weight(job.graph.netwgt)), ll(figures.soed), imbalance_percent(figures),
+        job.result.seed, job.result.seconds);
 }
 
 static std::string output_name(const Settings &settings)
