@@ -18,14 +18,14 @@ document=$root/docs/PERFORMANCE.md
 lab=$root/build/bench/lab
 mkdir -p "$lab"
 
-"$root"/bench/run.py --folder "$folder" "$@" --rounds "$rounds" --csv "$lab/speed.csv" \
+"$root"/bench/compare_builds.py --folder "$folder" "$@" --rounds "$rounds" --csv "$lab/speed.csv" \
     --into "$document:speed"
-"$root"/bench/run.py --generate netlist,mesh,powerlaw --pins 1e5,1e6 --settings '1 run' "$@" \
+"$root"/bench/compare_builds.py --generate netlist,mesh,powerlaw --pins 1e5,1e6 --settings '1 run' "$@" \
     --rounds "$rounds" --csv "$lab/growth.csv"
-"$root"/bench/run.py --generate netlist,mesh,powerlaw --pins 1e7 --settings '1 run' --nparts 2 "$@" \
+"$root"/bench/compare_builds.py --generate netlist,mesh,powerlaw --pins 1e7 --settings '1 run' --nparts 2 "$@" \
     --rounds "$large_rounds" --csv "$lab/large.csv"
-"$root"/bench/run.py --read "$lab/growth.csv" "$lab/large.csv" --into "$document:growth"
-"$root"/bench/run.py --folder "$folder" --only ibm10 --settings '1 run' "$@" --rounds "$rounds" \
+"$root"/bench/compare_builds.py --read "$lab/growth.csv" "$lab/large.csv" --into "$document:growth"
+"$root"/bench/compare_builds.py --folder "$folder" --only ibm10 --settings '1 run' "$@" --rounds "$rounds" \
     --stages --counts --tables stages,counts --csv "$lab/stages.csv" --into "$document:stages"
-"$root"/bench/files.py --rounds "$rounds" --program 2,8 --into "$document:files"
+"$root"/bench/measure_files.py --rounds "$rounds" --program 2,8 --into "$document:files"
 "$root"/bench/traps.py --into "$document:traps"

@@ -17,7 +17,7 @@
 #include <string>
 #include <vector>
 
-#include "input.h"
+#include "flat_hypergraph.h"
 #include "stages.h"
 #include "zorpel.h"
 

@@ -18,7 +18,7 @@ PROJECT = Path(__file__).resolve().parents[1]
 PICTURE = PROJECT / "docs" / "lshape.svg"
 sys.dont_write_bytecode = True
 sys.path.insert(0, str(PROJECT / "examples"))
-from make import lshape_mesh  # noqa: E402 (no bytecode beside it)
+from make_examples import lshape_mesh  # noqa: E402 (no bytecode beside it)
 
 CELLS, UNIT, EDGE = 16, 12, 8  # cells a side, pixels a node, margin
 COLOURS = ("#4e79a7", "#f28e2b", "#59a14f", "#e15759", "#b07aa1", "#edc948",

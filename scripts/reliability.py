@@ -66,7 +66,7 @@ ROWS = [
     Row("full-disk", "full disk, quota, directories in place of files",
         "ctest --preset release -R full_disk", r"100% (tests) passed", "each told, none left short"),
     Row("bad-files", "bad files by name, every byte of every output, among them files and partition"
-        " files without permission", "python3 -B tests/badfiles/run.py --build build/release",
+        " files without permission", "python3 -B tests/badfiles/run_badfiles.py --build build/release",
         r"(\d+) cases, 0 failed", "{0} files, all as recorded", "a minute"),
     *(Row(f"fuzz-{target}", f"fuzzing with libFuzzer under sanitizers: {what}",
           f"build/fuzz/fuzz/fuzz_{target} -max_total_time=3600 -max_len=4096 -print_final_stats=1"

@@ -8,7 +8,7 @@
 
 #include "core/memory.h"
 #include "core/vectors.h"
-#include "driver/version.h"
+#include "driver/tool_version.h"
 #include "zorpel.h"
 
 /* The name of an option's value: names[value - first], "??" outside. */

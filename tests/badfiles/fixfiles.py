@@ -1,6 +1,6 @@
 """Bad-file corpus: fix files for a chain of four vertices in two parts."""
 
-from make import fix_case
+from make_badfiles import fix_case
 from spellings import SPELLINGS
 
 

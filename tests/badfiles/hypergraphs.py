@@ -1,6 +1,6 @@
 """Bad-file corpus: hypergraph files, most of them variations of a chain of four vertices."""
 
-from make import CHAIN, LITTLE_MEMORY, hypergraph_case
+from make_badfiles import CHAIN, LITTLE_MEMORY, hypergraph_case
 from spellings import HUGE, SPELLINGS
 
 BUFFER = 131072  # a line is taken in pieces of one less

@@ -1,6 +1,6 @@
 """Bad-file corpus: names that are odd, that name no readable file, or no writable one."""
 
-from make import CHAIN, OPTIONS, Case, Directory, Fifo, Link, Locked
+from make_badfiles import CHAIN, OPTIONS, Case, Directory, Fifo, Link, Locked
 
 
 FIX = b"1\n-1\n0\n-1\n"

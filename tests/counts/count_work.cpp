@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "input.h"
+#include "flat_hypergraph.h"
 #include "zorpel.h"
 
 extern "C" int zorpel_work_counts(const long long **counts, const char *const **names);

@@ -151,7 +151,7 @@ class ManualPages(unittest.TestCase):
         places = (
             ("zorpel.3", ("partition/entry", "core/bucket_queue", "core/memory")),
             ("zorpel_hgr.5", ("io/read_hgraph",)),
-            ("zorpel.1", ("driver/main", "io/outfile", "io/textfile", "core/memory")),
+            ("zorpel.1", ("driver/zorpel_main", "io/outfile", "io/textfile", "core/memory")),
         )
         for page, sources in places:
             listed = listed_messages(page) + ["Buffer for fgets not big enough!"]  # never met

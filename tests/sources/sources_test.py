@@ -3,9 +3,9 @@
 
 usage: sources_test.py --compiler CXX --nm NM --library LIBZORPEL_A [--heavy]
 
-Folders of src/ include only folders below them, file names are unique, every header compiles alone,
-invariants have numbers that are documented, tested for and named by a test, asserts are as dense as
-the style asks for, and the release library contains none of the predicates.
+Folders of src/ include only folders below them, every header compiles alone, invariants have numbers
+that are documented, tested for and named by a test, asserts are as dense as the style asks for, and
+the release library contains none of the predicates. File names are unique in the whole tree.
 """
 import argparse
 import concurrent.futures
@@ -44,10 +44,24 @@ def wrong_includes():
         yield "docs/ARCHITECTURE.md lists the folders of src/ in another order"
 
 
+def tree():
+    """The files of the project; data of tests is named for its case or its format."""
+    data = {ROOT / "build", ROOT / "fuzz/seeds", *(ROOT / "tests/golden").glob("*/")}
+    folders = [ROOT]
+    while folders:
+        for path in sorted(folders.pop().iterdir()):
+            if path.is_dir():
+                if path not in data and (path.name == ".ci" or path.name[0] not in "._"):
+                    folders.append(path)
+            elif path.is_file():
+                yield path
+
+
 def repeated_names():
+    """Files that share a name; every folder may have the two that tools look for."""
     seen = {}
-    for path in [*sources(), *(ROOT / "search").glob("*.*")]:
-        if path.name == "CMakeLists.txt":
+    for path in tree():
+        if path.name in ("CMakeLists.txt", "README.md"):
             continue
         if path.name in seen:
             yield f"{path.relative_to(ROOT)} has the name of {seen[path.name]}"

@@ -5,7 +5,7 @@
 
 #include <ctime>
 
-#include "driver/version.h"
+#include "driver/tool_version.h"
 #include "support.h"
 #include "spare/part_cuts.h"
 

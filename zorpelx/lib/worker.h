@@ -7,7 +7,7 @@
 #include <sys/types.h>
 
 #include "fault.h"
-#include "progress.h"
+#include "trace_progress.h"
 #include "searching.h"
 
 /* Memory shared with child processes, all 0 at first. */

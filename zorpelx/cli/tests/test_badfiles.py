@@ -18,7 +18,7 @@ from calls import Case
 CORPUS = Path(os.environ["ZORPEL_SOURCE"]) / "tests" / "badfiles"
 sys.path[:0] = [str(CORPUS), str(CORPUS.parent)]
 import harness  # noqa: E402 (found by the path above)
-import make  # noqa: E402
+import make_badfiles as make  # noqa: E402
 
 SANITIZED = "ZORPEL_SANITIZED" in os.environ
 # Of what zorpel accepts, lint calls an error what loses vertices, weights or entries, and a header

@@ -12,7 +12,7 @@ import xml.etree.ElementTree
 from pathlib import Path
 
 import zorpel
-from test_partition import local_hyperedges
+from test_partitioning import local_hyperedges
 
 SMALL = local_hyperedges(200, 300, 1)
 LATER = set()  # options of the program that this package has not got yet

@@ -5,7 +5,7 @@ import tempfile
 import unittest
 
 import zorpel
-from test_partition import local_hyperedges
+from test_partitioning import local_hyperedges
 
 SMALL = local_hyperedges(200, 300, 1)
 ENGINE = {

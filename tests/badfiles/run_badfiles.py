@@ -2,7 +2,7 @@
 """Bad-file corpus: what the program makes of every file, byte for byte.
 
 expected.json holds, for each case, both streams, the status and the partition files. The files
-are made anew for every run (make.py), below the build folder. Partition files that come out pass
+are made anew for every run (make_badfiles.py), below the build folder. Partition files that come out pass
 through check_partition.
 """
 
@@ -17,7 +17,7 @@ HERE = Path(__file__).resolve().parent
 sys.dont_write_bytecode = True
 sys.path[:0] = [str(HERE), str(HERE.parent)]
 import harness  # noqa: E402 (found by the path above)
-import make  # noqa: E402
+import make_badfiles as make  # noqa: E402
 
 EXPECTED = HERE / "expected.json"
 

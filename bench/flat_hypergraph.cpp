@@ -1,5 +1,5 @@
-/* bench/input.cpp: reads a hypergraph file in one sweep over its bytes. */
-#include "input.h"
+/* bench/flat_hypergraph.cpp: reads a hypergraph file in one sweep over its bytes. */
+#include "flat_hypergraph.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Makes the files of the bad-file corpus, each case in a folder of its own.
 
-    make.py FOLDER [CASE...]
+    make_badfiles.py FOLDER [CASE...]
 
 The cases are in hypergraphs.py, fixfiles.py and names.py; expected.json tells what the program
 makes of each.

@@ -1,4 +1,4 @@
-/* fuzz/reader.cpp: any bytes as a hypergraph file. What is accepted must be a sound record. */
+/* fuzz/fuzz_reader.cpp: any bytes as a hypergraph file. What is accepted must be a sound record. */
 #include <algorithm>
 
 #include "core/hgraph.h"

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Measures reading, writing and the whole program on files.
 
-    files.py [--folder DIR] [--generate netlist] [--pins 1e5,1e6,1e7] [--program 2,8]
+    measure_files.py [--folder DIR] [--generate netlist] [--pins 1e5,1e6,1e7] [--program 2,8]
              [--into FILE:NAME]
 
 The program's reader is held against `wc -w`, which does no more than count the file's words, in the
@@ -125,7 +125,7 @@ def main():
         if request.into:
             lab.put_into(request.into, "\n\n".join(texts))
     except lab.Failure as failure:
-        sys.exit("files.py: %s" % failure)
+        sys.exit("measure_files.py: %s" % failure)
 
 
 if __name__ == "__main__":

@@ -1,4 +1,4 @@
-/* fuzz/fixfile.cpp: any bytes as a fix file, behind one byte that gives the count of vertices.
+/* fuzz/fuzz_fixfile.cpp: any bytes as a fix file, behind one byte that gives the count of vertices.
  * Entries are taken in order and those behind the first malformed one keep their value.
  */
 #include <cstdlib>

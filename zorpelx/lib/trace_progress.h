@@ -1,6 +1,6 @@
-/* zorpelx/lib/progress.h: progress read off the engine's trace while it grows. */
-#ifndef ZORPELX_LIB_PROGRESS_H
-#define ZORPELX_LIB_PROGRESS_H
+/* zorpelx/lib/trace_progress.h: progress read off the engine's trace while it grows. */
+#ifndef ZORPELX_LIB_TRACE_PROGRESS_H
+#define ZORPELX_LIB_TRACE_PROGRESS_H
 
 #include <cstdint>
 #include <string>

@@ -1,10 +1,10 @@
-/* bench/input.h: a hypergraph file as the flat arrays that the library's entry points take.
+/* bench/flat_hypergraph.h: a hypergraph file as the flat arrays that the library's entry points take.
  *
  * Reads what the program's own reader reads, except that a line may be of any length; shares no
  * code with it.
  */
-#ifndef ZORPEL_BENCH_INPUT_H
-#define ZORPEL_BENCH_INPUT_H
+#ifndef ZORPEL_BENCH_FLAT_HYPERGRAPH_H
+#define ZORPEL_BENCH_FLAT_HYPERGRAPH_H
 
 #include <vector>
 

@@ -1,4 +1,4 @@
-/* zorpelx/lib/partition.cpp: several starts at work in child processes, the best one delivered.
+/* zorpelx/lib/starts.cpp: several starts at work in child processes, the best one delivered.
  *
  * The caller's thread hands out starts to idle workers, sleeps until one rings or a moment is
  * over, compares what came out and looks at the clock and the cancel flag. True all the time: best

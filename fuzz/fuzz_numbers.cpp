@@ -1,4 +1,4 @@
-/* fuzz/numbers.cpp: any bytes as a partition or fix file of zorpelx; the first two bytes tell how
+/* fuzz/fuzz_numbers.cpp: any bytes as a partition or fix file of zorpelx; the first two bytes tell how
  * many vertices and parts there should be. */
 #include "bytes.h"
 #include "fileerror.h"

@@ -1,5 +1,5 @@
-/* zorpelx/lib/progress.cpp: progress read off the engine's trace while it grows. */
-#include "progress.h"
+/* zorpelx/lib/trace_progress.cpp: progress read off the engine's trace while it grows. */
+#include "trace_progress.h"
 
 #include <cstdio>
 #include <cstring>

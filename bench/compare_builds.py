@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 """Measures a build of the library against others, interleaved.
 
-    run.py --folder DIR --base NAME=LIBRARY --base NAME=COMMIT [--csv FILE]
-    run.py --generate netlist,mesh,powerlaw --pins 1e5,1e6,1e7 --settings '1 run'
-    run.py --read FILE.csv... [--into docs/PERFORMANCE.md:speed]
+    compare_builds.py --folder DIR --base NAME=LIBRARY --base NAME=COMMIT [--csv FILE]
+    compare_builds.py --generate netlist,mesh,powerlaw --pins 1e5,1e6,1e7 --settings '1 run'
+    compare_builds.py --read FILE.csv... [--into docs/PERFORMANCE.md:speed]
 
 For every hypergraph, number of parts and setting, the builds are called in turn, A B A B ..., each
 time by a process of its own and starting with another one. Figures are medians over the rounds. A
@@ -311,7 +311,7 @@ def main():
         rows, complaints = (read_rows(request.read), []) if request.read else measure(request)
         show_tables(request, rows)
     except lab.Failure as failure:
-        sys.exit("run.py: %s" % failure)
+        sys.exit("compare_builds.py: %s" % failure)
     print(*complaints, sep="\n", end="\n" if complaints else "", file=sys.stderr)
     sys.exit(1 if complaints else 0)
 

@@ -1,4 +1,4 @@
-/* fuzz/readers.cpp: any bytes as a hypergraph file, given to all readers at once.
+/* fuzz/fuzz_readers.cpp: any bytes as a hypergraph file, given to all readers at once.
  *   D1  the engine's reader and that of zorpelx/files accept the same files, and read the same
  *   D2  what the reader of zorpelx/files reads without an error, libzorpelx reads as the same for
  *       its callers, C and Python; what it calls an error is refused

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Makes every hypergraph and fix file of this folder: make.py [OUTPUT_FOLDER]
+"""Makes every hypergraph and fix file of this folder: make_examples.py [OUTPUT_FOLDER]
 
 The circuits are synthesised by yosys from the Verilog files beside this script and turned from
 its JSON into hypergraphs; the mesh and the formula are built here. Nothing is random and nothing
@@ -259,7 +259,7 @@ def make_miter(folder, n):
 
 def main():
     if len(sys.argv) > 2 or sys.argv[1:2] in (["-h"], ["--help"]):
-        sys.exit("usage: make.py [OUTPUT_FOLDER]")
+        sys.exit("usage: make_examples.py [OUTPUT_FOLDER]")
     folder = sys.argv[1] if len(sys.argv) > 1 else HERE
     os.makedirs(folder, exist_ok=True)
     print("| file | vertices | hyperedges | pins | largest | code | bytes |")

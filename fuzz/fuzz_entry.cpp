@@ -1,4 +1,4 @@
-/* fuzz/entry.cpp: any bytes as a call of an entry point.
+/* fuzz/fuzz_entry.cpp: any bytes as a call of an entry point.
  *
  * Bytes become counts, options, weights and hyperedges; most are folded into the range where the
  * call is valid, some are taken as they are: any number may stand in eind, eptr, part and the

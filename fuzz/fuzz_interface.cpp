@@ -1,4 +1,4 @@
-/* fuzz/interface.cpp: any bytes as calls of libzorpelx.
+/* fuzz/fuzz_interface.cpp: any bytes as calls of libzorpelx.
  *
  * Bytes become a hypergraph, options and a partition; most are folded into the range where a call
  * is sound, some are taken as they are. Whether it is sound is decided here once more, and so are
