@@ -1,5 +1,5 @@
-# The code that reads files, counts and verifies shares nothing with the engine: in ARCHIVE only the
-# partition command calls the library, and nothing calls the engine by itself. NM lists symbols.
+# The code that reads files, counts and verifies shares nothing with the engine: in ARCHIVE only
+# solving.cpp calls the library, and nothing calls the engine by itself. NM lists symbols.
 execute_process(COMMAND ${NM} --undefined-only ${ARCHIVE}
   OUTPUT_VARIABLE text COMMAND_ERROR_IS_FATAL ANY)
 string(REGEX MATCHALL "[^\n]+" lines "${text}")
@@ -13,6 +13,6 @@ foreach(line ${lines})
   endif()
 endforeach()
 list(REMOVE_DUPLICATES callers)
-if(NOT callers STREQUAL "partition")
+if(NOT callers STREQUAL "solving")
   message(FATAL_ERROR "Callers of the library are: ${callers}")
 endif()

@@ -1,0 +1,233 @@
+/* zorpelx/cli/solving.cpp: from the files of the partition command to a partition.
+ *
+ * The only file of the program that calls the library. Whatever the library delivers is counted
+ * afresh by the code of verify.
+ */
+#include "solving.h"
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <unordered_map>
+
+#include "advice.h"
+#include "input.h"
+#include "progress.h"
+
+using Clock = std::chrono::steady_clock;
+
+static volatile int cancel = 0; // set by a signal: which one
+
+static long long ll(int64_t number)
+{
+    return number;
+}
+
+static std::vector<int> narrowed(const std::vector<int64_t> &numbers)
+{
+    std::vector<int> narrow(numbers.size());
+    std::transform(numbers.begin(), numbers.end(), narrow.begin(),
+                   [](int64_t number) { return static_cast<int>(number); });
+    return narrow;
+}
+
+/* The first interrupt asks for what is there; the next one ends the process as usual. */
+static void ask_to_stop(int signal)
+{
+    cancel = signal;
+}
+
+void catch_signals()
+{
+    struct sigaction action = {};
+    action.sa_handler = ask_to_stop;
+    action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
+}
+
+static void show_trace(void *, int start, const char *text, size_t length)
+{
+    fprintf(stderr, "start %d:\n", start);
+    fwrite(text, 1, length, stderr);
+    fputc('\n', stderr);
+}
+
+/* What reading the files has left of so many seconds; 0 for no limit. */
+static double time_left(double seconds, const Problem &problem)
+{
+    constexpr double AT_ONCE = 1e-9; // 0 would mean no limit
+    if (seconds == 0) return 0;
+    const double spent = std::chrono::duration<double>(Clock::now() - problem.began).count();
+    return std::max(seconds - spent, AT_ONCE);
+}
+
+static zorpelx_options options_for(const Settings &settings, const Problem &problem, bool shown)
+{
+    zorpelx_options chosen;
+    zorpelx_options *const options = &chosen;
+    zorpelx_options_init(options, sizeof *options);
+    options->nparts = static_cast<int>(settings.nparts);
+    options->ubfactor = static_cast<int>(settings.ubfactor);
+    options->epsilon = wants_engine(settings) ? -1 : settings.epsilon;
+    options->least = was_given(settings, &Settings::least) ? settings.least : -1;
+    options->capacities = problem.capacities.empty() ? nullptr : problem.capacities.data();
+    options->objective = static_cast<int>(settings.objective);
+    options->preset = static_cast<int>(settings.preset);
+    options->time = time_left(settings.time, problem);
+    options->start = problem.start.empty() ? nullptr : problem.start.data();
+    options->keep_price = static_cast<int>(settings.keep_price);
+    options->groups = problem.groups.empty() ? nullptr : problem.groups.data();
+    options->nruns = static_cast<int>(settings.runs);
+    options->ctype = static_cast<int>(settings.matching);
+    options->rtype = static_cast<int>(settings.refine);
+    options->vcycle = static_cast<int>(settings.vcycle);
+    options->reconst = static_cast<int>(settings.reconst);
+    options->polish = static_cast<int>(settings.polish);
+    options->trace = static_cast<int>(settings.trace);
+    options->seed = static_cast<int>(settings.seed);
+    options->starts = static_cast<int>(settings.starts);
+    options->jobs = static_cast<int>(settings.jobs);
+    options->threads = static_cast<int>(settings.threads);
+    options->timeout = time_left(settings.timeout, problem);
+    options->memory = static_cast<size_t>(settings.memory) << 20;
+    options->fixed = problem.fixed.empty() ? nullptr : problem.fixed.data();
+    options->cancel = &cancel;
+    if (shown && wants_progress(settings)) {
+        options->on_progress = show_progress;
+        options->user = const_cast<Settings *>(&settings);
+    }
+    if (shown && settings.trace > 0) options->on_trace = show_trace;
+    return chosen;
+}
+
+/* Groups numbered from 0 without gaps. */
+static std::vector<int> dense_groups(const std::vector<int64_t> &groups)
+{
+    std::unordered_map<int64_t, int> number;
+    std::vector<int> dense;
+    for (const int64_t group : groups)
+        dense.push_back(
+            group < 0 ? -1 : number.emplace(group, static_cast<int>(number.size())).first->second);
+    return dense;
+}
+
+/* "3,3,2", or a file of such numbers. */
+static std::vector<double> read_capacities(const Settings &settings)
+{
+    std::vector<double> capacities;
+    if (settings.capacities.empty()) return capacities;
+    std::string text = settings.capacities;
+    if (text.find_first_not_of("0123456789.,eE+- ") != std::string::npos)
+        text = read_text(settings, settings.capacities);
+    std::replace(text.begin(), text.end(), ',', ' ');
+    const char *at = text.c_str();
+    for (;;) {
+        at += strspn(at, " \t\r\n");
+        if (*at == '\0') break;
+        char *end = nullptr;
+        const double size = strtod(at, &end);
+        if (end == at || !(size > 0) || std::isinf(size))
+            fail(STATUS_USAGE, "--capacities: number %zu is not above 0", capacities.size() + 1);
+        capacities.push_back(size);
+        at = end;
+    }
+    if (capacities.size() != static_cast<size_t>(settings.nparts))
+        fail(STATUS_USAGE, "--capacities has %zu numbers; there are %lld parts", capacities.size(),
+             ll(settings.nparts));
+    return capacities;
+}
+
+static void narrow_arrays(Problem *problem)
+{
+    const Hypergraph &graph = problem->graph;
+    problem->eptr = narrowed(graph.start);
+    problem->eind.assign(graph.pins.begin(), graph.pins.end());
+    problem->vwgts = narrowed(graph.vertexwgt);
+    problem->hewgts = narrowed(graph.netwgt);
+    problem->fixed = narrowed(problem->fix);
+}
+
+Problem read_problem(const Settings &settings)
+{
+    Problem problem = {};
+    problem.began = Clock::now();
+    Findings findings;
+    problem.graph = read_hypergraph(settings, reading_of(settings), &findings);
+    if (!settings.quiet) tell_warnings(settings.hypergraph, findings);
+    const int64_t nvertices = problem.graph.nvertices;
+    if (problem.graph.pins.size() > INT_MAX)
+        fail(STATUS_BAD_INPUT, "%s: more than %d vertex entries",
+             shown_name(settings.hypergraph).c_str(), INT_MAX);
+    if (!settings.fix.empty()) problem.fix = read_fix(settings, nvertices, settings.nparts);
+    problem.capacities = read_capacities(settings);
+    if (!settings.start.empty())
+        problem.start =
+            narrowed(read_vertex_numbers(settings, settings.start, nvertices, 0, settings.nparts));
+    if (!settings.together.empty())
+        problem.groups =
+            dense_groups(read_vertex_numbers(settings, settings.together, nvertices, -1, INT_MAX));
+    narrow_arrays(&problem);
+    return problem;
+}
+
+void check_feasible(const Settings &settings, const Problem &problem)
+{
+    if (!wants_engine(settings)) return; // the search says who is to blame
+    const Advice advice = advise(problem.graph.vertexwgt, problem.fix, settings.nparts,
+                                 static_cast<int>(settings.ubfactor));
+    if (advice.verdict == INFEASIBLE && !settings.force)
+        fail(STATUS_INFEASIBLE,
+             "%lld parts are not possible with --ubfactor %lld: %s (--force "
+             "goes on)",
+             ll(settings.nparts), ll(settings.ubfactor), advice.reason.c_str());
+}
+
+int caught_signal()
+{
+    return cancel;
+}
+
+static Status final_status(int status, const zorpelx_result &result)
+{
+    if (status == ZORPELX_CANCELLED && cancel != 0) return static_cast<Status>(128 + cancel);
+    if (status == ZORPELX_OK && result.valid == 0) return STATUS_INFEASIBLE;
+    return static_cast<Status>(status);
+}
+
+/* Counts what was delivered again; that it differs would be a fault of the program. */
+static Figures recount(const Settings &settings, const Problem &problem, const Solution &solution)
+{
+    const std::vector<int64_t> part(solution.part.begin(), solution.part.end());
+    for (const int64_t p : part)
+        if (p < 0 || p >= settings.nparts) fail(STATUS_FAILED, "a vertex is in part %lld", ll(p));
+    Figures figures = figures_of(problem.graph, part, settings.nparts);
+    const zorpelx_result &result = solution.result;
+    if (figures.cut != result.cut || figures.soed != result.soed)
+        fail(STATUS_FAILED,
+             "cut %lld and sum of external degrees %lld are %lld and %lld when "
+             "counted again",
+             ll(result.cut), ll(result.soed), ll(figures.cut), ll(figures.soed));
+    return figures;
+}
+
+Status solve(const Settings &settings, const Problem &problem, bool shown, Solution *solution)
+{
+    const zorpelx_options options = options_for(settings, problem, shown);
+    const zorpelx_hypergraph hypergraph = {static_cast<int>(problem.graph.nvertices),
+                                           static_cast<int>(problem.graph.nnets),
+                                           problem.eptr.data(),
+                                           problem.eind.data(),
+                                           problem.vwgts.data(),
+                                           problem.hewgts.data()};
+    solution->part.assign(problem.vwgts.size(), 0);
+    zorpelx_result_init(&solution->result, sizeof solution->result);
+    const int status =
+        zorpelx_partition(&hypergraph, &options, solution->part.data(), &solution->result);
+    if (options.on_progress != nullptr) clear_progress();
+    if (solution->result.finished > 0) solution->figures = recount(settings, problem, *solution);
+    return final_status(status, solution->result);
+}

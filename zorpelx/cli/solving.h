@@ -1,0 +1,54 @@
+/* zorpelx/cli/solving.h: from the files of the partition command to a partition. */
+#ifndef ZORPELX_CLI_SOLVING_H
+#define ZORPELX_CLI_SOLVING_H
+
+#include <chrono>
+#include <vector>
+
+#include "failure.h"
+#include "figures.h"
+#include "hypergraph.h"
+#include "options.h"
+#include "zorpelx.h"
+
+/* What is to be partitioned. The narrow arrays are those that the library takes; an empty one
+ * stands for none. */
+struct Problem {
+    std::chrono::steady_clock::time_point began; // of reading
+    Hypergraph graph;
+    std::vector<int64_t> fix; // the part of each vertex, or -1
+    std::vector<int> eptr, eind, vwgts, hewgts, fixed, start, groups;
+    std::vector<double> capacities;
+};
+
+/* What came out.
+ *   part     [nvertices], set if result.finished is not 0
+ *   figures  of part, counted afresh */
+struct Solution {
+    std::vector<int> part;
+    zorpelx_result result;
+    Figures figures;
+};
+
+/* Reads all files of the settings and tells of warnings.
+ * Throws  STATUS_BAD_INPUT, STATUS_USAGE, STATUS_IO, ... */
+Problem read_problem(const Settings &settings);
+
+/* Throws STATUS_INFEASIBLE if the engine alone is wanted and cannot keep its limits. */
+void check_feasible(const Settings &settings, const Problem &problem);
+
+/* Makes SIGINT and SIGTERM ask every solve() of the process to end with the best that it has; a
+ * second one ends the process as usual. */
+void catch_signals();
+
+/* The signal that asked for the end; 0 if none did. */
+int caught_signal();
+
+/* Partitions. May be called by several threads at once.
+ *   shown  whether the progress line and traces go to standard error
+ * Returns the status of the process: that of the signal if one asked to stop, STATUS_INFEASIBLE for
+ * a partition that is not within its limits.
+ * Throws  STATUS_FAILED if what was delivered is not what the library says it is */
+Status solve(const Settings &settings, const Problem &problem, bool shown, Solution *solution);
+
+#endif
