@@ -26,6 +26,7 @@ note_missing_tools() {
         MISSING="$MISSING ninja-build"
     fi
     note_missing_for_zorpelx
+    note_missing_for_clusters
 }
 
 # The zorpelx program is left out of the build without these.
@@ -37,6 +38,13 @@ note_missing_for_zorpelx() {
     [ -e /usr/include/zstd.h ] || MISSING="$MISSING libzstd-dev"
     [ -e /usr/include/lzma.h ] || MISSING="$MISSING liblzma-dev"
     [ -e /usr/include/bzlib.h ] || MISSING="$MISSING libbz2-dev"
+}
+
+# The zorpelx-mpi program is left out of the build without these.
+note_missing_for_clusters() {
+    lacks mpirun && MISSING="$MISSING openmpi-bin"
+    lacks mpicc && MISSING="$MISSING libopenmpi-dev"
+    return 0
 }
 
 note_missing_for_tests() {

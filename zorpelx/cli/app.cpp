@@ -27,23 +27,23 @@ static void add_options(CLI::App *app, unsigned command, Settings *settings)
         if (OPTIONS[i].commands & command) add_option(app, i, settings);
 }
 
-std::unique_ptr<CLI::App> make_app(Settings *settings)
+std::unique_ptr<CLI::App> make_app(Settings *settings, const std::vector<CommandRow> &commands)
 {
-    auto app =
-        std::make_unique<CLI::App>("Partition hypergraphs and check what came out.", "zorpelx");
+    const ProgramRow &program = *commands.front().program;
+    auto app = std::make_unique<CLI::App>(program.summary, program.name);
     app->set_version_flag("-V,--version", ZORPELX_CLI_VERSION);
     app->require_subcommand(0, 1);
     add_options(app.get(), GLOBAL, settings);
-    for (const CommandRow &row : COMMANDS) {
+    for (const CommandRow &row : commands) {
         CLI::App *const command = app->add_subcommand(row.name, row.summary);
         add_options(command, row.command, settings);
     }
     return app;
 }
 
-const CommandRow *chosen_command(const CLI::App &app)
+const CommandRow *chosen_command(const CLI::App &app, const std::vector<CommandRow> &commands)
 {
-    for (const CommandRow &row : COMMANDS)
+    for (const CommandRow &row : commands)
         if (app.got_subcommand(row.name)) return &row;
     return nullptr;
 }

@@ -8,10 +8,12 @@
 
 #include "options.h"
 
-/* A parser that fills settings when a command line is parsed. */
-std::unique_ptr<CLI::App> make_app(Settings *settings);
+/* A parser that fills settings when a command line of a program is parsed. */
+std::unique_ptr<CLI::App> make_app(Settings *settings,
+                                   const std::vector<CommandRow> &commands = COMMANDS);
 
 /* The command named on the command line, null if none was. */
-const CommandRow *chosen_command(const CLI::App &app);
+const CommandRow *chosen_command(const CLI::App &app,
+                                 const std::vector<CommandRow> &commands = COMMANDS);
 
 #endif

@@ -60,7 +60,7 @@ static std::string rows_of(unsigned command, bool places)
 
 static std::string usage_of(const CommandRow &command)
 {
-    std::string line = text_of("Usage: zorpelx %s", command.name);
+    std::string line = text_of("Usage: %s %s", command.program->name, command.name);
     for (const OptionRow &row : OPTIONS)
         if ((row.commands & command.command) && is_place(row))
             line += text_of(row.fallback == nullptr ? " %s" : " [%s]", row.names);
@@ -79,7 +79,7 @@ std::string help_of(const CommandRow &command)
     return usage_of(command) + '\n' + paragraph(command.summary) + "\nArguments:\n" +
            rows_of(command.command, true) + "\nOptions:\n" +
            item("-h,--help", "print this help and end") + rows_of(command.command, false) +
-           (command.command == PARTITION ? presets() : "");
+           (command.command & PARTITION ? presets() : "");
 }
 
 std::string help_of_all()

@@ -99,7 +99,7 @@ static Status run(std::vector<std::string> words)
     }
     const CommandRow *const row = chosen_command(*app);
     if (row == nullptr) return run_alone(settings);
-    const Status status = run_and_answer(row->command, settings);
+    const Status status = run_and_answer(static_cast<Command>(row->command), settings);
     flush_output();
     return status;
 }

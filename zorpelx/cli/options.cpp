@@ -36,6 +36,8 @@ static const Choice TEXT_OR_JSON[] = {{"text", FORMAT_TEXT}, {"json", FORMAT_JSO
 const PresetRow PRESET_ROWS[] = {
     {"fast", 3, 1, 2, 1, 1}, {"default", 10, 1, 1, 1, 1}, {"best", 10, 1, 2, 3, 8}};
 
+const ProgramRow ZORPELX = {"zorpelx", "Partition hypergraphs and check what came out."};
+
 const std::vector<CommandRow> COMMANDS = {
     {PARTITION, "partition", "Divide a hypergraph into parts.",
      "The partition file holds the part of each vertex, from 0, one a line. It has no name until "

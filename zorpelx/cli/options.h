@@ -27,11 +27,20 @@ struct Settings {
 
 enum Command { PARTITION = 1, VERIFY = 2, LINT = 4, STATS = 8, GLOBAL = 16 };
 
+/* Commands of zorpelx-mpi; its options are the rows of these and of the zorpelx command alike. */
+constexpr unsigned CLUSTER_PARTITION = 1u << 28, CLUSTER_VERIFY = 1u << 29;
+
+struct ProgramRow {
+    const char *name, *summary;
+};
+extern const ProgramRow ZORPELX;
+
 struct CommandRow {
-    Command command;
+    unsigned command; // the rows of options that it takes
     const char *name;
     const char *summary;     // a sentence
     const char *description; // paragraphs for the manual page, separated by newlines
+    const ProgramRow *program = &ZORPELX;
 };
 
 /* A value that an option takes by name or by number; the last of a list has no name. */

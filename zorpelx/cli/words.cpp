@@ -8,35 +8,38 @@
 #include "options.h"
 #include "suggest.h"
 
-static const CommandRow *command_named(const std::string &word)
+using Commands = std::vector<CommandRow>;
+
+static const CommandRow *command_named(const std::string &word, const Commands &commands)
 {
-    for (const CommandRow &row : COMMANDS)
+    for (const CommandRow &row : commands)
         if (word == row.name) return &row;
     return nullptr;
 }
 
-static std::vector<std::string> command_names()
+static std::vector<std::string> command_names(const Commands &commands)
 {
     std::vector<std::string> names;
-    for (const CommandRow &row : COMMANDS) names.push_back(row.name);
+    for (const CommandRow &row : commands) names.push_back(row.name);
     names.push_back("help");
     return names;
 }
 
-static std::string no_command(const std::string &word)
+static std::string no_command(const std::string &word, const Commands &commands)
 {
     return text_of("there is no command '%s'%s", escaped(word).c_str(),
-                   suggestion(word, command_names()).c_str());
+                   suggestion(word, command_names(commands)).c_str());
 }
 
-std::vector<std::string> without_help_command(std::vector<std::string> words)
+std::vector<std::string> without_help_command(std::vector<std::string> words,
+                                              const Commands &commands)
 {
     if (words.empty() || words[0] != "help") return words;
     words.erase(words.begin());
     if (words.size() > 1) fail(STATUS_USAGE, "help takes one command");
     if (words.size() == 1 && words[0] == "help") words.clear();
-    if (words.size() == 1 && words[0][0] != '-' && command_named(words[0]) == nullptr)
-        fail(STATUS_USAGE, "%s", no_command(words[0]).c_str());
+    if (words.size() == 1 && words[0][0] != '-' && command_named(words[0], commands) == nullptr)
+        fail(STATUS_USAGE, "%s", no_command(words[0], commands).c_str());
     words.push_back("--help");
     return words;
 }
@@ -89,11 +92,11 @@ static std::string replaced_option(const std::string &name)
     return "";
 }
 
-static std::string no_option(unsigned command, const std::string &name)
+static std::string no_option(unsigned command, const std::string &name, const Commands &commands)
 {
     const std::string replaced = replaced_option(name);
     if (!replaced.empty()) return replaced;
-    for (const CommandRow &row : COMMANDS)
+    for (const CommandRow &row : commands)
         if (option_named(row.command, name) != nullptr && !(command & GLOBAL))
             return text_of("%s is an option of %s", name.c_str(), row.name);
     std::vector<std::string> names = option_names(command);
@@ -104,23 +107,24 @@ static std::string no_option(unsigned command, const std::string &name)
 
 /* Options behind the command, up to --. */
 static std::string fault_of_options(unsigned command, const std::vector<std::string> &words,
-                                    size_t first)
+                                    size_t first, const Commands &commands)
 {
     const std::vector<std::string> names = option_names(command);
     for (size_t i = first; i < words.size() && words[i] != "--"; i++) {
         if (words[i].size() < 2 || words[i][0] != '-') continue;
         const std::string name = name_in(words[i]);
         if (std::find(names.begin(), names.end(), name) == names.end())
-            return no_option(command, name);
+            return no_option(command, name, commands);
         const OptionRow *const row = option_named(command, name);
         if (row != nullptr && !is_switch(*row) && name == words[i]) i++; // its value
     }
     return "";
 }
 
-std::string fault_of_words(const std::vector<std::string> &words)
+std::string fault_of_words(const std::vector<std::string> &words, const Commands &commands)
 {
-    if (words.empty() || words[0][0] == '-') return fault_of_options(GLOBAL, words, 0);
-    const CommandRow *const row = command_named(words[0]);
-    return row == nullptr ? no_command(words[0]) : fault_of_options(row->command, words, 1);
+    if (words.empty() || words[0][0] == '-') return fault_of_options(GLOBAL, words, 0, commands);
+    const CommandRow *const row = command_named(words[0], commands);
+    return row == nullptr ? no_command(words[0], commands)
+                          : fault_of_options(row->command, words, 1, commands);
 }

@@ -6,14 +6,19 @@
 #include <string>
 #include <vector>
 
+#include "options.h"
+
 /* "help", "help COMMAND": with --help instead. */
-std::vector<std::string> without_help_command(std::vector<std::string> words);
+std::vector<std::string>
+without_help_command(std::vector<std::string> words,
+                     const std::vector<CommandRow> &commands = COMMANDS);
 
 /* Whether --man is among the words, wherever that is. */
 bool asks_for_manual(const std::vector<std::string> &words);
 
 /* A sentence on the first command or option that there is not, with what was probably meant; empty
  * if all are known. */
-std::string fault_of_words(const std::vector<std::string> &words);
+std::string fault_of_words(const std::vector<std::string> &words,
+                           const std::vector<CommandRow> &commands = COMMANDS);
 
 #endif
