@@ -27,7 +27,15 @@ Budget budget_for(const Settings &settings, const std::string &name)
 
 Reading reading_of(const Settings &settings)
 {
-    return {static_cast<LineMode>(settings.lines), settings.from, false};
+    Reading reading = {static_cast<LineMode>(settings.lines), first_vertex(settings), false};
+    reading.path = settings.hypergraph;
+    reading.model = settings.model;
+    return reading;
+}
+
+const FormatRow *format_of(const Settings &settings)
+{
+    return settings.from >= 0 ? &format_rows()[static_cast<size_t>(settings.from)] : nullptr;
 }
 
 static void check_findings(const Settings &settings, const std::string &name,
@@ -41,12 +49,12 @@ static void check_findings(const Settings &settings, const std::string &name,
          forcible ? "; --force goes on without what is lost" : "");
 }
 
-Hypergraph read_hypergraph(const Settings &settings, Reading reading, Findings *findings)
+Hypergraph read_hypergraph(const Settings &settings, const Reading &reading, Findings *findings)
 {
     Budget budget = budget_for(settings, settings.hypergraph);
     Hypergraph graph = or_fail([&] {
         const Bytes bytes = read_bytes(settings.hypergraph, &budget);
-        return scan_hypergraph(view_of(bytes), reading, findings, &budget);
+        return read_any(view_of(bytes), format_of(settings), reading, findings, &budget);
     });
     check_findings(settings, settings.hypergraph, *findings);
     return graph;
@@ -59,10 +67,23 @@ static void tell_count(const std::string &name, int64_t count, const char *what)
                 shown_name(name).c_str(), ll(count), what, count == 1 ? "" : "s");
 }
 
+/* What readers want the user to know, in their words. */
+static void tell_told(const std::string &name, const Findings &findings)
+{
+    for (const Finding &finding : findings.listed) {
+        if (finding.rule != RULE_TOLD && finding.rule != RULE_CONTRADICTS) continue;
+        std::string place = shown_name(name);
+        if (finding.place.line > 0)
+            place += text_of(":%lld:%lld", ll(finding.place.line), ll(finding.place.column));
+        fprintf(stderr, "zorpelx: %s: %s\n", place.c_str(), escaped(finding.text).c_str());
+    }
+}
+
 void tell_warnings(const std::string &name, const Findings &findings)
 {
+    tell_told(name, findings);
     tell_count(name, count_errors(findings), "error");
-    tell_count(name, findings.severities[WARNING], "warning");
+    tell_count(name, findings.severities[WARNING] - findings.count[RULE_CONTRADICTS], "warning");
 }
 
 std::vector<int64_t> read_fix(const Settings &settings, int64_t nvertices, int64_t nparts)

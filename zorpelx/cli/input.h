@@ -8,8 +8,8 @@
 #include "bytes.h"
 #include "expand.h" // plain_name
 #include "failure.h"
+#include "formats.h"
 #include "options.h"
-#include "read_hgr.h"
 
 /* How messages call a file: its name, escaped; "standard input" for "-". */
 std::string shown_name(const std::string &name);
@@ -30,9 +30,12 @@ Budget budget_for(const Settings &settings, const std::string &name);
 /* How the command line wants the hypergraph to be read; without notes. */
 Reading reading_of(const Settings &settings);
 
+/* The format that the command line wants it to be read by; null: by its content. */
+const FormatRow *format_of(const Settings &settings);
+
 /* Reads the hypergraph of a command, which is going to be used.
  * Errors  STATUS_BAD_INPUT with the finding for which it is refused */
-Hypergraph read_hypergraph(const Settings &settings, Reading reading, Findings *findings);
+Hypergraph read_hypergraph(const Settings &settings, const Reading &reading, Findings *findings);
 
 /* Says on standard error that there were errors, overcome by force, or warnings. */
 void tell_warnings(const std::string &name, const Findings &findings);

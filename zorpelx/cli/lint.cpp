@@ -224,7 +224,7 @@ static void print_advice(const Settings &settings, const Lint &lint, const Advic
     print_limits(advice.limits, total);
     printf("  the heaviest part can be %.2f %% above the average\n",
            worst_excess(advice.limits, total));
-    print_heavy(lint.graph.vertexwgt, settings.from);
+    print_heavy(lint.graph.vertexwgt, first_vertex(settings));
     if (was_given(settings, &Settings::epsilon))
         printf("\n  %s\n", keep_text(settings, total).c_str());
     printf("\n  %s: %s\n", verdict_name(advice.verdict), advice.reason.c_str());
@@ -234,7 +234,7 @@ static Json advice_json(const Settings &settings, const Lint &lint, const Advice
 {
     const int64_t total = total_weight(lint.graph.vertexwgt);
     std::vector<int64_t> heavy = heavy_vertices(lint.graph.vertexwgt);
-    for (int64_t &vertex : heavy) vertex += settings.from; // as the file numbers them
+    for (int64_t &vertex : heavy) vertex += first_vertex(settings); // as the file numbers them
     Json json = {{"nparts", settings.nparts},
                  {"ubfactor", settings.ubfactor},
                  {"total_weight", total},
@@ -326,8 +326,10 @@ static void scan_hypergraph_file(const Settings &settings, Lint *lint)
     reading.notes = true;
     lint->findings.budget = &budget;
     const Bytes bytes = read_bytes(settings.hypergraph, &budget);
-    lint->graph = scan_hypergraph(view_of(bytes), reading, &lint->findings, &budget);
-    lint->judgement = judge(view_of(bytes), reading, lint->findings, &budget);
+    lint->graph = read_any(view_of(bytes), format_of(settings), reading, &lint->findings, &budget);
+    lint->judgement = JUDGED_REFUSED; // zorpel reads its own format only
+    if (lint->graph.provenance.format == format_rows()[0].name)
+        lint->judgement = judge(view_of(bytes), reading, lint->findings, &budget);
     lint->findings.budget = nullptr;
 }
 

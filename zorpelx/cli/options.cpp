@@ -9,6 +9,7 @@
 #include <strings.h>
 
 #include "failure.h"
+#include "formats.h"
 #include "suggest.h"
 #include "zorpelx.h"
 
@@ -30,6 +31,18 @@ static const Choice FORMATS[] = {
     {"text", FORMAT_TEXT}, {"json", FORMAT_JSON}, {"csv", FORMAT_CSV}, {nullptr, 0}};
 static const Choice SHELLS[] = {{"bash", SHELL_BASH}, {"zsh", SHELL_ZSH}, {nullptr, 0}};
 static const Choice TEXT_OR_JSON[] = {{"text", FORMAT_TEXT}, {"json", FORMAT_JSON}, {nullptr, 0}};
+
+/* The formats that are read, by their rows; then the older spelling of --first. */
+static std::vector<Choice> reading_choices()
+{
+    std::vector<Choice> choices = {{"auto", FROM_CONTENT}};
+    const std::span<const FormatRow> rows = format_rows();
+    for (size_t i = 0; i < rows.size(); i++)
+        if (rows[i].read != nullptr) choices.push_back({rows[i].name, static_cast<int64_t>(i)});
+    choices.insert(choices.end(), {{"0", FROM_FIRST_0}, {"1", FROM_FIRST_1}, {nullptr, 0}});
+    return choices;
+}
+static const std::vector<Choice> READ_FORMATS = reading_choices();
 
 /* Measured: docs/OPTIONS.md. 1WayFM wants several runs, and V-cycles are what sees large
  * hyperedges, so fast has both; several starts of ten runs use more processors than many runs. */
@@ -69,9 +82,14 @@ const std::vector<OptionRow> OPTIONS = {
     {GLOBAL, "--completion", "SHELL", &Settings::completion, "", 0, 0, SHELLS,
      "print the completion of a shell and end"},
     {PARTITION | VERIFY | STATS, "HYPERGRAPH", "FILE", &Settings::hypergraph, nullptr, 0, 0,
-     nullptr, "hypergraph file, plain or compressed (.gz, .zst, .xz, .bz2); - for standard input"},
+     nullptr,
+     "hypergraph, in a format of --from, plain or compressed (.gz, .zst, .xz, .bz2); - for "
+     "standard "
+     "input"},
     {LINT, "HYPERGRAPH", "FILE", &Settings::hypergraph, "", 0, 0, nullptr,
-     "hypergraph file, plain or compressed (.gz, .zst, .xz, .bz2); - for standard input"},
+     "hypergraph, in a format of --from, plain or compressed (.gz, .zst, .xz, .bz2); - for "
+     "standard "
+     "input"},
     {VERIFY, "PARTITION", "FILE", &Settings::partition, nullptr, 0, 0, nullptr,
      "partition file: the part of each vertex"},
     {VERIFY | LINT, "FIX", "FILE", &Settings::fix, "", 0, 0, nullptr,
@@ -193,13 +211,25 @@ const std::vector<OptionRow> OPTIONS = {
     {READERS, "--lines", "HOW", &Settings::lines, "whole", 0, 0, LINES,
      "what to do with lines of more than 131071 characters; whole reads them as one, pieces as "
      "zorpel does"},
-    {READERS, "--from", "NUMBER", &Settings::from, "1", 0, 1, nullptr,
-     "number of the first vertex in the hypergraph file"},
+    {READERS, "--first", "NUMBER", &Settings::first, "1", 0, 1, nullptr,
+     "number of the first vertex in a hypergraph file"},
+    {READERS, "--from", "FORMAT", &Settings::from, "auto", 0, 0, READ_FORMATS.data(),
+     "format of the file with the hypergraph; auto tells it by its content; 0 and 1 mean --first 0 "
+     "and --first 1"},
+    {READERS, "--model", "NAME", &Settings::model, "", 0, 0, nullptr,
+     "which hypergraph is made of a matrix: row-net, column-net or fine-grain; of a formula: "
+     "primal, dual or literal; otherwise the first of these"},
     {PARTITION | LINT, "--strict", "", &Settings::strict, "", 0, 0, nullptr,
      "take warnings for errors"},
     {PARTITION | VERIFY | LINT, "-q,--quiet", "", &Settings::quiet, "", 0, 0, nullptr,
      "print nothing but errors and what was asked for"},
 };
+
+int64_t first_vertex(const Settings &settings)
+{
+    if (settings.from == FROM_FIRST_0) return 0;
+    return settings.from == FROM_FIRST_1 ? 1 : settings.first;
+}
 
 bool is_place(const OptionRow &row)
 {

@@ -16,9 +16,10 @@ struct Settings {
     int64_t nparts, ubfactor, runs, matching, refine, vcycle, reconst, polish, trace;
     int64_t seed, starts, jobs, threads, memory;
     double timeout, time, epsilon, least;
-    int64_t objective, keep_price, preset, progress, lines, from, format, expect;
+    int64_t objective, keep_price, preset, progress, lines, first, from, format, expect;
     std::string capacities, start, together;
     std::string output, json, report, clean, map, explain;
+    std::string model;
     int64_t limit;
     bool quiet, strict, force, list_cut, notes, man;
     int64_t completion;
@@ -75,8 +76,14 @@ struct PresetRow {
 extern const PresetRow PRESET_ROWS[NPRESETS];
 
 enum Progress { PROGRESS_AUTO, PROGRESS_ALWAYS, PROGRESS_NEVER };
+/* Values of --from: below 0 no format is chosen, from 0 on the row of the table of formats. The
+ * numbers 0 and 1 are an older spelling of --first. */
+enum From { FROM_FIRST_1 = -3, FROM_FIRST_0 = -2, FROM_CONTENT = -1 };
 enum Shell { SHELL_NONE, SHELL_BASH, SHELL_ZSH };
 enum Format { FORMAT_TEXT, FORMAT_JSON, FORMAT_CSV };
+
+/* Number of the first vertex, in hypergraph files. */
+int64_t first_vertex(const Settings &settings);
 
 bool is_place(const OptionRow &row);
 bool is_switch(const OptionRow &row);

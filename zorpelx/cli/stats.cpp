@@ -79,7 +79,7 @@ static void print_text(const Settings &settings, const Stats &stats)
     printf("  Hyperedges of one vertex, never cut: %lld\n", ll(stats.measures.single));
     draw("Hyperedge sizes", stats.measures.sizes);
     draw("Vertex degrees", stats.measures.degrees);
-    print_heavy(stats, settings.from);
+    print_heavy(stats, first_vertex(settings));
     printf("\n  Memory of one start: about %.1f MiB\n",
            static_cast<double>(stats.measures.memory) / (1 << 20));
 }
@@ -123,7 +123,7 @@ static Json stats_json(const Settings &settings, const Stats &stats)
                  {"single_vertex_hyperedges", stats.measures.single},
                  {"sizes", spread_json(stats.measures.sizes)},
                  {"degrees", spread_json(stats.measures.degrees)},
-                 {"heavy_vertices", heavy_json(stats, settings.from)},
+                 {"heavy_vertices", heavy_json(stats, first_vertex(settings))},
                  {"memory_bytes", stats.measures.memory}});
     return json;
 }

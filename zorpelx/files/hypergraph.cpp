@@ -1,6 +1,7 @@
 /* zorpelx/files/hypergraph.cpp: a hypergraph as its file has it. */
 #include "hypergraph.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <numeric>
 
@@ -12,6 +13,16 @@ int64_t net_size(const Hypergraph &graph, int64_t e)
 int64_t total_weight(const std::vector<int64_t> &weights)
 {
     return std::accumulate(weights.begin(), weights.end(), int64_t{0});
+}
+
+std::string vertex_label(const Hypergraph &graph, int64_t v, int64_t first)
+{
+    return name_or_number(graph.vertexnames, v, first);
+}
+
+std::string net_label(const Hypergraph &graph, int64_t e)
+{
+    return name_or_number(graph.netnames, e, 1);
 }
 
 static bool pins_ok(const Hypergraph &graph)
@@ -27,6 +38,29 @@ static bool pins_ok(const Hypergraph &graph)
     return true;
 }
 
+/* As many as there should be, or none. */
+static bool some_names_ok(const Names &names, int64_t count)
+{
+    return names_ok(names) && (names.start.empty() || count_names(names) == count);
+}
+
+static bool some_entries_ok(const std::vector<int32_t> &entries, int64_t nvertices, int64_t most)
+{
+    if (entries.empty()) return true;
+    if (entries.size() != static_cast<size_t>(nvertices)) return false;
+    return std::all_of(entries.begin(), entries.end(),
+                       [most](int32_t entry) { return entry >= -1 && entry < most; });
+}
+
+static bool extras_ok(const Hypergraph &graph)
+{
+    return some_names_ok(graph.vertexnames, graph.nvertices) &&
+           some_names_ok(graph.netnames, graph.nnets) && names_ok(graph.kindnames) &&
+           some_entries_ok(graph.kind, graph.nvertices, count_names(graph.kindnames)) &&
+           some_entries_ok(graph.fixed, graph.nvertices, INT32_MAX) &&
+           some_entries_ok(graph.group, graph.nvertices, INT32_MAX);
+}
+
 bool hypergraph_ok(const Hypergraph &graph)
 {
     if (graph.nvertices < 0 || graph.nnets < 0) return false;
@@ -37,5 +71,5 @@ bool hypergraph_ok(const Hypergraph &graph)
     if (graph.start.back() != static_cast<int64_t>(graph.pins.size())) return false;
     for (size_t e = 1; e < graph.start.size(); e++)
         if (graph.start[e] < graph.start[e - 1]) return false;
-    return pins_ok(graph);
+    return pins_ok(graph) && extras_ok(graph);
 }

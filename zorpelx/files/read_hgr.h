@@ -14,10 +14,16 @@
 #include "rules.h"
 #include "scan.h"
 
+/* How a file is to be read. The first two are of hypergraph files, all from path on of other
+ * formats. */
 struct Reading {
     LineMode lines;
     int64_t first; // number of the first vertex: 1, or 0 for files numbered from 0
     bool notes;    // look for what is only worth a note, too
+    std::string path = {};      // as it was given, for files that name others; "-" for a stream
+    std::string model = {};     // one of the format's models; empty: its first
+    std::string skip_nets = {}; // patterns of hyperedges left out, separated by commas
+    std::string areas = {};     // file with the area of each kind; empty: every vertex weighs 1
 };
 
 /* Reads as much as can be made sense of; what is wrong is added to findings. The record keeps H1

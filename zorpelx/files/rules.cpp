@@ -113,6 +113,12 @@ const Rule RULES[NRULES] = {
     {"H35", "unended", WARNING, false, "the last line has no newline",
      "Accepted, but the file may have been cut off: a number at its end may lack digits. The clean "
      "file ends with a newline."},
+    {"H36", "told", NOTE, false, "something to know about how the file was read",
+     "Files of other formats than zorpel's own: what was left out or merged, and how the file was "
+     "understood. The programs print it."},
+    {"H37", "contradiction", WARNING, false, "the file contradicts itself",
+     "Files of other formats than zorpel's own: a count in a header that is off, or a file named "
+     "in it that is missing, where reading can go on. The programs print it."},
     {"F01", "fix-short", LOSS, false, "fewer entries than vertices",
      "The fix file needs a part or -1 for every vertex. zorpel takes 0 for each entry that is "
      "missing, which fixes all remaining vertices to part 0."},

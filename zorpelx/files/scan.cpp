@@ -91,6 +91,22 @@ Token take_token(Line *line)
     return token;
 }
 
+Token take_word(Line *line)
+{
+    const char *s = line->next, *const end = line->end;
+    while (s < end && is_space(*s)) s++;
+    Token token = {TOKEN_END, 0, true, {line->number, line->column + (s - line->begin)}, s, s};
+    if (s < end) token.kind = TOKEN_RUBBISH;
+    while (s < end && !is_space(*s)) s++;
+    token.end = line->next = s;
+    return token;
+}
+
+std::string_view text_of_token(const Token &token)
+{
+    return {token.begin, static_cast<size_t>(token.end - token.begin)};
+}
+
 static std::string printable(const char *begin, const char *end)
 {
     constexpr int64_t MOST = 24;

@@ -58,6 +58,11 @@ bool is_blank(const Line &line);
  * that is no digit; or anything else up to white space. The end is where the last token ended. */
 Token take_token(Line *line);
 
+/* The next word, up to white space, whatever it is: TOKEN_RUBBISH, or the end. */
+Token take_word(Line *line);
+
+std::string_view text_of_token(const Token &token);
+
 /* The token as a message shows it: shortened, unprintable characters as dots. */
 std::string shown(const Token &token);
 

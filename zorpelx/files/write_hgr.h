@@ -16,6 +16,7 @@ template <class Keep> Hypergraph with_nets(const Hypergraph &graph, const Keep &
 {
     Hypergraph kept = {graph.nvertices, 0, graph.netweights, graph.vertexweights, {0}, {}, {},
                        graph.vertexwgt};
+    // names stay behind: what is kept goes to files without them
     for (int64_t e = 0; e < graph.nnets; e++) {
         if (!keep(e)) continue;
         const size_t i = static_cast<size_t>(e);

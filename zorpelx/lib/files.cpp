@@ -17,6 +17,7 @@
 #include "check.h"
 #include "fault.h"
 #include "fileerror.h"
+#include "formats.h"
 #include "partfiles.h"
 #include "read_hgr.h"
 #include "write_hgr.h"
@@ -76,7 +77,7 @@ static Fault check_read_options(const zorpelx_read_options &o)
 
 /* One reading under way. */
 struct FileCall {
-    std::string name; // as messages have it
+    std::string path, name; // as it was given, as messages have it
     zorpelx_read_options options;
     Budget budget;
     std::unique_ptr<zorpelx_file> file;
@@ -104,7 +105,7 @@ static int read_by(const char *name, const zorpelx_read_options *options, zorpel
         zorpelx_read_options_init(&chosen, sizeof chosen);
         if (options != nullptr) chosen = *options;
         if (Fault found = check_read_options(chosen)) return found;
-        FileCall call = {strcmp(name, "-") == 0 ? "standard input" : name, chosen, {}, {}};
+        FileCall call = {name, strcmp(name, "-") == 0 ? "standard input" : name, chosen, {}, {}};
         call.budget = make_budget(call.name, chosen.memory, chosen.timeout, budget_clock());
         call.budget.cancel = chosen.cancel;
         call.file = std::make_unique<zorpelx_file>();
@@ -170,12 +171,14 @@ static void keep_hypergraph(FileCall *call, const Hypergraph &graph)
 
 static Hypergraph scan(FileCall *call, std::string_view bytes, Reading reading)
 {
-    return scan_hypergraph(bytes, reading, &call->file->findings, &call->budget);
+    return read_any(bytes, nullptr, reading, &call->file->findings, &call->budget);
 }
 
 static Reading reading_for(const FileCall &call, bool notes)
 {
-    return {static_cast<LineMode>(call.options.lines), call.options.from, notes};
+    Reading reading = {static_cast<LineMode>(call.options.lines), call.options.from, notes};
+    reading.path = call.path;
+    return reading;
 }
 
 int zorpelx_read_hypergraph(const char *name, const zorpelx_read_options *options,
