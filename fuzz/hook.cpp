@@ -38,6 +38,16 @@ void fuzz_finding(const char *what)
     abort();
 }
 
+/* Linkers that wrap what shared libraries call too must find the replacements. */
+#pragma GCC visibility push(default)
+extern "C" {
+void *__wrap_malloc(size_t size);
+void __wrap_free(void *block);
+[[noreturn]] void __wrap_exit(int status);
+int __wrap_fclose(FILE *file);
+}
+#pragma GCC visibility pop
+
 /* ---- allocation ---------------------------------------------------------------------------- */
 
 extern "C" void *__real_malloc(size_t size);
