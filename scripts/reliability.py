@@ -3,6 +3,7 @@
 
     scripts/reliability.py --list            the rows, and about how long each takes on two cores
     scripts/reliability.py NAME...           measures these rows
+    scripts/reliability.py --output FILE NAME  reads what the row's command printed in a run of before
     scripts/reliability.py --all             measures every row: days
     scripts/reliability.py --check           whether every row of the page is one of the script's
 
@@ -72,7 +73,31 @@ ROWS = [
           f"build/fuzz/fuzz/fuzz_{target} -max_total_time=3600 -max_len=4096 -print_final_stats=1"
           f" fuzz/seeds/{target}", FUZZ, "{0} inputs without a finding", "an hour")
       for target, what in (("reader", "hypergraph reader"), ("fixfile", "fix file"),
-                           ("words", "command line"), ("entry", "entry points"))),
+                           ("words", "command line"), ("entry", "entry points"),
+                           ("files", "readers of zorpelx"), ("readers", "readers against each other"),
+                           ("numbers", "readers of fix and partition files"),
+                           ("report", "a report that is checked"), ("interface", "calls of libzorpelx"))),
+    Row("kills", "children of a host killed at random moments of its calls",
+        "build/release/tests/embed/embed_ordeal kills 1000 2",
+        r"(\d+) children killed in (\d+) calls, (\d+) starts failed",
+        "{0} killed in {1} calls, {2} replacements could not start: no child, no file, no descriptor"
+        " left, each result whole or absent", "2 minutes"),
+    Row("hosts", "hosts killed at random moments of their calls",
+        "build/release/tests/embed/embed_ordeal hosts 1000 2",
+        r"(\d+) hosts killed, (\d+) children went with them",
+        "{0} hosts killed, {1} children ended with them, none left", "a minute"),
+    Row("interrupts", "interrupts that cancel a call at random moments",
+        "build/release/tests/embed/embed_ordeal interrupts 500 2",
+        r"(\d+) calls interrupted: (\d+) delivered a partition, (\d+) had none",
+        "{0} calls interrupted: {1} returned a partition, {2} had none yet", "a minute"),
+    Row("calls", "failing system calls in a host and its children",
+        "build/release/tests/embed/embed_ordeal failures 1500 2",
+        r"(\d+) system calls failed in (\d+) calls, (\d+) of which had to tell",
+        "{0} failed in {1} calls, {2} of which returned an error; the others did their work",
+        "a minute"),
+    Row("python-calls", "random arguments of the Python package",
+        "ctest --preset release -R python.fuzz_20000 -V", r"(\d+) calls", "{0} calls, each error one"
+        " of the package's own", "10 minutes"),
     Row("threads", "embedding under the thread sanitizer: calls at once, forks while other threads"
         " draw and allocate", "build/tsan/tests/embed/embed_tests"
         " --gtest_filter='-*memory*:*standard_output*:*cap*'", r"PASSED  \] (\d+) tests",
@@ -100,16 +125,23 @@ def line_of(row, result, day):
     return f"| {row.what} | {result} | {day} | `{command}` |"
 
 
-def measure(row):
+def output_of(row):
     print(f"{row.name}: {row.command}", flush=True)
     done = subprocess.run(
         ["bash", "-c", row.command], cwd=PROJECT, stdin=subprocess.DEVNULL,
         stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
     )  # fmt: skip
-    found = re.search(row.figure, done.stdout, re.S)
-    if done.returncode != 0 or found is None:
+    if done.returncode != 0:
         print("\n".join(done.stdout.splitlines()[-20:]))
-        sys.exit(f"{row.name} ended with {done.returncode} and no figure")
+        sys.exit(f"{row.name} ended with {done.returncode}")
+    return done.stdout
+
+
+def figures(row, output):
+    found = re.search(row.figure, output, re.S)
+    if found is None:
+        print("\n".join(output.splitlines()[-20:]))
+        sys.exit(f"{row.name} printed no figure")
     groups = [f"{int(text):,}" if text and text.isdigit() else text for text in found.groups()]
     return row.result.format(*groups)
 
@@ -143,6 +175,7 @@ def main():
     parser.add_argument("--all", action="store_true")
     parser.add_argument("--list", action="store_true")
     parser.add_argument("--check", action="store_true")
+    parser.add_argument("--output", type=Path, metavar="FILE")
     request = parser.parse_args()
     if request.list:
         for row in ROWS:
@@ -156,9 +189,12 @@ def main():
     unknown = [name for name in names if name not in known]
     if unknown or not names:
         sys.exit(f"name rows of --list, not {unknown}")
+    if request.output and len(names) != 1:
+        sys.exit("--output belongs to one row")
     for name in names:
+        output = request.output.read_text() if request.output else output_of(known[name])
         day = datetime.date.today().strftime("%d %b %Y").lstrip("0")
-        put(known[name], measure(known[name]), day)
+        put(known[name], figures(known[name], output), day)
 
 
 main()
