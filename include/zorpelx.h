@@ -124,6 +124,9 @@ typedef int (*zorpelx_progress_fn)(void *user, const zorpelx_progress *progress)
  * no 0 byte at its end and is gone when the callback returns. */
 typedef void (*zorpelx_trace_fn)(void *user, int start, const char *text, size_t length);
 
+/* Returns a socket; negative: there is none, and the start fails. */
+typedef int (*zorpelx_channel_fn)(void *user);
+
 /* What to do. Set every field by zorpelx_options_init(), then change what is to differ. The
  * default is in parentheses. */
 typedef struct zorpelx_options {
@@ -178,6 +181,14 @@ typedef struct zorpelx_options {
     int keep_price;   /* price of moving a unit of weight out of its part in start (0) */
     const int *groups; /* [nvtxs] vertices of equal numbers from 0 to nvtxs - 1 stay in one part,
                         * -1: in no group; or NULL */
+
+    int shared; /* 1: the starts are one search, which begins with so many partitions and combines
+                 * the best of all; 0: each is a search of its own (0) */
+    zorpelx_channel_fn channel; /* with one start, or shared ones: asked whenever a process of the
+                                 * search begins. It returns a socket over which programs of this
+                                 * package share the jobs; the call closes it. Not for others; or
+                                 * NULL */
+    void *channel_user;         /* handed to it */
 } zorpelx_options;
 
 /* What came out. */

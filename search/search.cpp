@@ -10,9 +10,12 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cassert>
+#include <climits>
 #include <mutex>
 
 #include "core/ctrl.h"
+#include "core/errors.h"
 #include "core/memory.h"
 #include "core/vectors.h"
 #include "search/exact.h"
@@ -20,11 +23,23 @@
 #include "search/overlay.h"
 #include "search/rebalance.h"
 
+constexpr int MOST_BATCH = 16; // combinations at a time, however wide the schedule
+
 const Schedule SCHEDULES[NPRESETS] = {
     {"fast", 2, 1, 1, 1, 1500, 500, 2, 1, 100000},
     {"default", 3, 2, 3, 1, 2000, 500, 3, 1, 1000000},
     {"best", 16, 4, 24, 4, 2000, 1000, 6, 2, 20000000},
 };
+
+Schedule widened(const Schedule *schedule, int nmembers)
+{
+    Schedule wide = *schedule;
+    wide.nmembers = nmembers;
+    wide.ncombined = static_cast<int>(std::min<int64_t>(
+        int64_t{schedule->ncombined} * nmembers / schedule->nmembers, INT_MAX - int64_t{nmembers}));
+    wide.batch = std::clamp(nmembers / 4, schedule->batch, MOST_BATCH);
+    return wide;
+}
 
 constexpr int COARSEST_A_PART = 150; // vertices of the coarsest level, at least
 constexpr int MOST_NET_SIZE = 1000;  // larger hyperedges never take part in coarsening
@@ -52,6 +67,7 @@ struct Search {
     Found best; // published
     int *whole; // [nvtxs] for publishing
     std::mutex publishing;
+    bool stopped; // by the fleet
 };
 
 static bool better(const Member *a, const Member *b)
@@ -208,23 +224,75 @@ static Member new_member(const Search *search)
 /* Jobs of one batch. */
 struct Batch {
     Search *search;
+    const Fleet *fleet;
     const char *step;
     int first, n;    // numbers of the jobs
-    Member *results; // [n]
+    Member *results; // [n] part is null until there is one
     void (*work)(const Search *search, int job, Member *result);
-    std::atomic<int> next;
+    std::atomic<int> next; // without a fleet: the first that nobody makes
 };
+
+/* This process makes all jobs. */
+static FleetTurn next_here(void *place, JobResult *result)
+{
+    Batch *const batch = static_cast<Batch *>(place);
+    const int i = batch->next++;
+    result->job = batch->first + i;
+    return i < batch->n ? FLEET_MAKE : FLEET_OVER;
+}
+
+/* What others have made is counted again: a wrong file or another version must not pass. */
+static void check_taken(const Search *search, const JobResult *result, Member *member)
+{
+    const Reduction *const reduction = search->reduction;
+    bool right = true;
+    for (int c = 0; c < reduction->nclusters && right; c++) {
+        const int p = member->part[c],
+                  fixed = reduction->fixed != nullptr ? reduction->fixed[c] : -1;
+        right = 0 <= p && p < search->task.bounds->nparts && (fixed < 0 || fixed == p);
+    }
+    if (right) measure(search, member);
+    if (!right || member->objective != result->objective || member->excess != result->excess)
+        errexit__("What others made of job %d of the search is not what they say.", result->job);
+}
+
+static void file_result(Batch *batch, int job, Member *member)
+{
+    publish_if_better(batch->search, member, batch->step);
+    Search *const search = batch->search;
+    const int i = job - batch->first;
+    assert(0 <= i && i < batch->n);
+    search->publishing.lock();
+    std::swap(batch->results[i], *member);
+    search->publishing.unlock();
+    if (member->part != nullptr)
+        QXfree__(&member->part, LTERM); // it was there already
+    else if (search->options->done != nullptr)
+        __atomic_fetch_add(search->options->done, 1, __ATOMIC_RELAXED);
+}
 
 static void work_off(void *place)
 {
     Batch *const batch = static_cast<Batch *>(place);
-    for (int i; (i = batch->next++) < batch->n;) {
-        batch->results[i] = new_member(batch->search);
-        batch->work(batch->search, batch->first + i, &batch->results[i]);
-        complete(batch->search, &batch->results[i]);
-        publish_if_better(batch->search, &batch->results[i], batch->step);
-        int *const done = batch->search->options->done;
-        if (done != nullptr) __atomic_fetch_add(done, 1, __ATOMIC_RELAXED);
+    Search *const search = batch->search;
+    const Fleet *const fleet = batch->fleet;
+    for (;;) {
+        Member member = new_member(search);
+        JobResult result = {0, 0, 0, member.part};
+        const FleetTurn turn = fleet->turn(fleet->user, &result);
+        if (turn == FLEET_MAKE) {
+            batch->work(search, result.job, &member);
+            complete(search, &member);
+            result = {result.job, member.objective, member.excess, member.part};
+            if (fleet->made != nullptr) fleet->made(fleet->user, &result);
+        } else if (turn == FLEET_TAKE) {
+            check_taken(search, &result, &member);
+        } else {
+            QXfree__(&member.part, LTERM);
+            if (turn == FLEET_STOP) __atomic_store_n(&search->stopped, true, __ATOMIC_RELAXED);
+            return;
+        }
+        file_result(batch, result.job, &member);
     }
 }
 
@@ -235,7 +303,12 @@ static void make_batch(Search *search, int n, const char *step,
     constexpr int MOST = MOST_POOL;
     const SearchOptions *const options = search->options;
     Member results[MOST] = {};
-    Batch batch = {search, step, search->njobs, std::min(n, MOST), results, work, {0}};
+    Batch batch = {search,  options->fleet, step, search->njobs, std::min(n, MOST),
+                   results, work,           {0}};
+    const Fleet here = {&batch, nullptr, next_here, nullptr};
+    if (batch.fleet == nullptr) batch.fleet = &here;
+    if (batch.fleet->open != nullptr)
+        batch.fleet->open(batch.fleet->user, batch.first, batch.n, search->reduction->nclusters);
     void *threads[MOST];
     int nthreads = 0;
     while (options->crew != nullptr && nthreads + 1 < std::min(options->threads, batch.n)) {
@@ -245,7 +318,8 @@ static void make_batch(Search *search, int n, const char *step,
     }
     work_off(&batch);
     for (int i = 0; i < nthreads; i++) options->crew->await(threads[i]);
-    for (int i = 0; i < batch.n; i++) take_in(search, results[i]);
+    for (int i = 0; i < batch.n; i++)
+        if (results[i].part != nullptr) take_in(search, results[i]);
 }
 
 static uint64_t seed_of(const Search *search, int job)
@@ -285,6 +359,14 @@ static void choose_parents(int n, int i, int *a, int *b)
     *a = left;
 }
 
+/* How many of the best are combined, so that in a batch no pair comes twice. */
+static int nparents_for(int batch)
+{
+    int n = 4;
+    while (n * (n - 1) / 2 < batch) n++;
+    return n;
+}
+
 static void combine(const Search *search, int job, Member *result)
 {
     const Schedule *const schedule = &search->options->schedule;
@@ -292,8 +374,8 @@ static void combine(const Search *search, int job, Member *result)
     const int n = search->task.graph->ncells, k = search->task.bounds->nparts;
     const int turn = job - schedule->nmembers;
     int first, second;
-    choose_parents(std::min(pool->n, 4), turn % schedule->batch + turn / schedule->batch % 2,
-                   &first, &second);
+    choose_parents(std::min(pool->n, nparents_for(schedule->batch)),
+                   turn % schedule->batch + turn / schedule->batch % 2, &first, &second);
     int *label = ismalloc__(at_least_one(n), 0, "search: label");
     split_cells(n, pool->members[first].part, k, label);
     split_cells(n, pool->members[second].part, k, label);
@@ -362,7 +444,8 @@ static bool solve_small(Search *search)
 
 static bool is_over(const Search *search)
 {
-    return is_cancelled(&search->task) || (search->best.objective == 0 && search->best.excess == 0);
+    return search->stopped || is_cancelled(&search->task) ||
+           (search->best.objective == 0 && search->best.excess == 0);
 }
 
 static void run_schedule(Search *search)

@@ -3,6 +3,7 @@
 #define ZORPEL_SEARCH_SEARCH_H
 
 #include "partition/halves.h"
+#include "search/fleet.h"
 #include "search/reduce.h"
 
 /* How much is done. Work is counted, never timed, so that equal schedules and seeds give equal
@@ -23,6 +24,10 @@ struct Schedule {
 enum Preset { PRESET_FAST, PRESET_DEFAULT, PRESET_BEST, NPRESETS };
 extern const Schedule SCHEDULES[NPRESETS];
 
+/* The schedule that begins with nmembers partitions instead: as many combinations for each of them,
+ * in batches that grow with it. */
+Schedule widened(const Schedule *schedule, int nmembers);
+
 /* What has been found. */
 struct Found {
     int64_t objective;
@@ -38,6 +43,7 @@ struct SearchOptions {
     bool endless; // combinations go on until cancel is set, or the process ends
     int threads;
     Crew *crew;                 // where threads come from; null: all is done in this one
+    const Fleet *fleet;         // who jobs are shared with; null: nobody
     const volatile int *cancel; // not 0: end soon with the best so far; or null
     const int *start;           // [nvtxs] a partition to begin with; or null
     int *done;                  // counts the jobs as they end, for others to see; or null

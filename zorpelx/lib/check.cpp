@@ -145,6 +145,7 @@ static Fault check_numbers(const zorpelx_options &o)
         {"objective", o.objective, ZORPELX_CUT, ZORPELX_SOED},
         {"preset", o.preset, ZORPELX_FAST, ZORPELX_BEST},
         {"keep_price", o.keep_price, 0, INT_MAX},
+        {"shared", o.shared, 0, 1},
     };
     for (const auto &range : ranges)
         if (Fault found = check_range(range.name, range.value, range.least, range.most))
@@ -170,6 +171,8 @@ static Fault check_seed(const zorpelx_options &o)
     return {};
 }
 
+constexpr int MOST_SHARED = 1000000; // starts of one search
+
 static Fault check_search(const zorpelx_options &o)
 {
     if (std::isnan(o.epsilon) || std::isinf(o.epsilon))
@@ -179,6 +182,12 @@ static Fault check_search(const zorpelx_options &o)
         return fault(ZORPELX_BAD_OPTION, "least is %g; it should be at most 100 percent.", o.least);
     if (std::isnan(o.time) || o.time < 0)
         return fault(ZORPELX_BAD_OPTION, "time is %g; it should be 0 or more seconds.", o.time);
+    if (o.shared != 0 && o.starts > MOST_SHARED)
+        return fault(ZORPELX_BAD_OPTION, "starts is %d; shared ones are %d at most.", o.starts,
+                     MOST_SHARED);
+    if (o.channel != nullptr && o.starts > 1 && o.shared == 0)
+        return fault(ZORPELX_BAD_OPTION, "starts is %d; a channel needs one, or shared ones.",
+                     o.starts);
     if (o.keep_price > 0 && o.epsilon >= 0 && o.start == nullptr)
         return fault(ZORPELX_BAD_OPTION, "keep_price is %d; it needs a start.", o.keep_price);
     if (o.epsilon >= 0) return {};
@@ -188,6 +197,8 @@ static Fault check_search(const zorpelx_options &o)
                               : o.time > 0            ? "time"
                               : o.least >= 0          ? "least"
                               : o.keep_price > 0      ? "keep_price"
+                              : o.shared != 0         ? "shared"
+                              : o.channel != nullptr  ? "channel"
                                                       : nullptr;
     if (alone == nullptr) return {};
     return fault(ZORPELX_BAD_OPTION, "%s is for searches; epsilon should be at least 0 with it.",

@@ -10,6 +10,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "channel.h"
 #include "search/search.h"
 
 std::vector<Limits> part_bounds(int nparts, double epsilon, double least, const double *capacities,
@@ -138,7 +139,7 @@ static void publish(void *place, const int *part, const Found *found)
 
 void search_and_publish(const zorpelx_hypergraph &h, const zorpelx_options &o,
                         const std::vector<Limits> &limits, int seed, Crew *crew, int threads,
-                        Board *board, int *parts)
+                        int channel, Board *board, int *parts)
 {
     std::vector<int64_t> least, most;
     for (const Limits &limit : limits) {
@@ -149,6 +150,7 @@ void search_and_publish(const zorpelx_hypergraph &h, const zorpelx_options &o,
     Publisher publisher = {board, parts, h.nvtxs, scale_of(h, o)};
     SearchOptions options = {};
     options.schedule = SCHEDULES[o.preset];
+    if (o.shared > 0) options.schedule = widened(&SCHEDULES[o.preset], o.shared);
     options.seed = static_cast<uint64_t>(seed);
     options.endless = o.time > 0;
     options.threads = threads;
@@ -167,8 +169,15 @@ void search_and_publish(const zorpelx_hypergraph &h, const zorpelx_options &o,
         options.start = priced.start.data();
     }
     std::vector<int> part(static_cast<size_t>(flat.nvtxs));
+    Fleet fleet = {};
+    Channel *const shared = channel >= 0 ? open_channel(channel, o.nparts) : nullptr;
+    if (shared != nullptr) {
+        fleet = fleet_of(shared);
+        options.fleet = &fleet;
+    }
     const Found found = search_partition(
         &flat, &constraints, &bounds, static_cast<Objective>(o.objective), &options, part.data());
+    close_channel(shared);
     board->jobs = found.jobs;
     board->alljobs = found.alljobs;
 }

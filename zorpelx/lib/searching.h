@@ -32,9 +32,10 @@ std::vector<Limits> part_bounds(int nparts, double epsilon, double least, const 
                                 int64_t total);
 
 /* Searches by checked options and publishes every better partition.
- *   parts  [2 x nvtxs] out: the buffers of board */
+ *   channel  socket over which the jobs are shared; -1: they are not
+ *   parts    [2 x nvtxs] out: the buffers of board */
 void search_and_publish(const zorpelx_hypergraph &hypergraph, const zorpelx_options &options,
                         const std::vector<Limits> &limits, int seed, Crew *crew, int threads,
-                        Board *board, int *parts);
+                        int channel, Board *board, int *parts);
 
 #endif

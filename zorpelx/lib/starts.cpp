@@ -12,6 +12,7 @@
 #include <random>
 #include <thread>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #include "check.h"
@@ -598,6 +599,7 @@ int zorpelx_partition(const zorpelx_hypergraph *hypergraph, const zorpelx_option
             watch.emplace(chosen);
             if (Fault found = check_call(hypergraph, chosen, *watch)) return found;
             if (Fault found = check_outputs(hypergraph, part)) return found;
+            if (chosen.shared != 0) chosen.shared = std::exchange(chosen.starts, 1);
             foresee_leaving(result);
             return make_starts(*hypergraph, chosen, *watch, part, &known);
         });

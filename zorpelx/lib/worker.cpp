@@ -136,10 +136,17 @@ Fault Worker::start(const Task &what)
         return fault(ZORPELX_SYSTEM, "No empty file in memory for a start: %s.", strerror(errno));
     scanner.restart();
     *board = {};
+    int channel = -1; // of the child
+    if (what.options->channel != nullptr) {
+        channel = what.options->channel(what.options->channel_user);
+        if (channel < 0)
+            return fault(ZORPELX_SYSTEM, "There is no channel for the jobs of the search.");
+    }
     const pid_t parent = getpid();
     const SignalPause pause; // no handler of the caller's may run in the child
     pid = fork();
-    if (pid == 0) run_child(parent);
+    if (pid == 0) run_child(parent, channel);
+    if (channel >= 0) close(channel);
     if (pid < 0) return fault(ZORPELX_SYSTEM, "No process for a start: %s.", strerror(errno));
     now = State::Busy;
     return {};
@@ -192,14 +199,18 @@ static bool lower_limit(int resource, rlim_t value)
     return setrlimit(resource, &limit) == 0;
 }
 
-/* Keeps nothing open but out and err, as standard output and error. The caller's own must not be
- * written to, whatever fails. */
-static void replace_files(int out, int err)
+constexpr int CHANNEL = 3; // descriptor of the channel, if there is one
+
+/* Keeps nothing open but out and err, as standard output and error, and the channel. The caller's
+ * own must not be written to, whatever fails. */
+static void replace_files(int out, int err, int channel)
 {
+    if (channel >= 0 && channel < CHANNEL) channel = fcntl(channel, F_DUPFD, CHANNEL);
     const int null = open("/dev/null", O_RDONLY);
     if (null < 0 || (null > 0 && dup2(null, 0) < 0)) close(0);
     set_up(dup2(out, 1) == 1 && dup2(err, 2) == 2);
-    closefrom(3);
+    if (channel >= 0) set_up(dup2(channel, CHANNEL) == CHANNEL);
+    closefrom(channel >= 0 ? CHANNEL + 1 : CHANNEL);
     stdout = fdopen(1, "w"); // new streams: the caller's hold text of the caller
     stderr = fdopen(2, "w");
     set_up(stdout != nullptr && stderr != nullptr);
@@ -246,8 +257,9 @@ static void call_search(const Task &task, Board *board, int *parts)
 {
     Crew crew = make_crew(task.threads, false);
     try {
+        const int channel = task.options->channel != nullptr ? CHANNEL : -1;
         search_and_publish(*task.hypergraph, *task.options, *task.limits, task.seed, &crew,
-                           task.threads, board, parts);
+                           task.threads, channel, board, parts);
     } catch (const std::bad_alloc &) {
         fprintf(stderr, "Memory allocation failed for the search.\n");
         fflush(stderr);
@@ -266,14 +278,14 @@ static bool reads_progress(const zorpelx_options &options)
     return !is_search(options) && options.on_progress != nullptr && wanted_traces(options) == 0;
 }
 
-void Worker::run_child(pid_t parent)
+void Worker::run_child(pid_t parent, int channel)
 {
     const zorpelx_options &options = *work.options;
     const bool progress = reads_progress(options);
     die_with(parent);
     forget_signals();
     volunteer_for_want_of_memory();
-    replace_files(out.fd(), err.fd());
+    replace_files(out.fd(), err.fd(), channel);
     if (progress) setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
     if (!progress)
         lower_limit(RLIMIT_FSIZE, std::clamp<rlim_t>(work.memory, LEAST_TEXT, MOST_TRACE));

@@ -111,7 +111,7 @@ class Worker
     }
 
   private:
-    [[noreturn]] void run_child(pid_t parent);
+    [[noreturn]] void run_child(pid_t parent, int channel);
     void reap(int wait_status, bool known);
     void end_child();
     void drop_trace();

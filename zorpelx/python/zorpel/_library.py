@@ -88,6 +88,9 @@ class COptions(ctypes.Structure):
         ("start", int_p),
         ("keep_price", c_int),
         ("groups", int_p),
+        ("shared", c_int),
+        ("channel", c_void_p),
+        ("channel_user", c_void_p),
     ]
 
 
