@@ -7,6 +7,8 @@
 
 #include "expand.h"
 #include "fileerror.h"
+#include "read_cnf.h"
+#include "read_mtx.h"
 #include "write_hgr.h"
 #include "zorpelx.h"
 
@@ -25,6 +27,10 @@ static std::string write_hgr(const Hypergraph &graph, Budget *)
 constexpr FormatRow TABLE[] = {
     {"hgr", "hypergraph file", ".hgr", "", nullptr, read_hgr, write_hgr, nullptr,
      KEEPS_VERTEX_WEIGHTS | KEEPS_NET_WEIGHTS | KEEPS_ISLANDS},
+    {"mtx", "Matrix Market file", ".mtx .mm", "row-net column-net fine-grain", recognise_mtx,
+     read_mtx, nullptr, nullptr, 0},
+    {"cnf", "DIMACS CNF file", ".cnf .dimacs", "primal dual literal", recognise_cnf, read_cnf,
+     nullptr, nullptr, 0},
 };
 
 std::span<const FormatRow> format_rows()

@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <numeric>
 
+#include "fileerror.h"
+
 int64_t net_size(const Hypergraph &graph, int64_t e)
 {
     return graph.start[static_cast<size_t>(e) + 1] - graph.start[static_cast<size_t>(e)];
@@ -15,14 +17,25 @@ int64_t total_weight(const std::vector<int64_t> &weights)
     return std::accumulate(weights.begin(), weights.end(), int64_t{0});
 }
 
+/* Of a nonzero of a matrix "row,column"; of a literal its number with its sign. */
 std::string vertex_label(const Hypergraph &graph, int64_t v, int64_t first)
 {
+    const Provenance &from = graph.provenance;
+    const size_t i = static_cast<size_t>(v);
+    if (i < from.row.size())
+        return text_of("%d,%d", from.row[i] + 1, from.column[i] + 1);
+    if (from.model == "literal" && graph.vertexnames.start.empty())
+        return text_of("%s%lld", v % 2 == 1 ? "-" : "", static_cast<long long>(v / 2 + 1));
     return name_or_number(graph.vertexnames, v, first);
 }
 
 std::string net_label(const Hypergraph &graph, int64_t e)
 {
-    return name_or_number(graph.netnames, e, 1);
+    const Provenance &from = graph.provenance;
+    if (from.row.empty()) return name_or_number(graph.netnames, e, 1);
+    const bool row = e < from.nrows;
+    return text_of("%s %lld", row ? "row" : "column",
+                   static_cast<long long>((row ? e : e - from.nrows) + 1));
 }
 
 static bool pins_ok(const Hypergraph &graph)

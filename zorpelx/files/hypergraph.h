@@ -42,8 +42,8 @@ struct Hypergraph {
 int64_t net_size(const Hypergraph &graph, int64_t e);
 int64_t total_weight(const std::vector<int64_t> &weights);
 
-/* How messages and lists call a vertex or a hyperedge: its name, or its number, hyperedges from 1
- * and vertices from `first`. */
+/* How messages and lists call a vertex or a hyperedge: its name, or what the model makes of its
+ * number, or its number, hyperedges from 1 and vertices from `first`. */
 std::string vertex_label(const Hypergraph &graph, int64_t v, int64_t first);
 std::string net_label(const Hypergraph &graph, int64_t e);
 

@@ -44,8 +44,10 @@ CORPUS = {
     "H31": ("% c\n1 3\n1 2\n", 2, 1, "note"),
     "H32": ("2 3\n1 2 3\n3 1 2\n", 3, 1, "note"),
     "H33": ("1 2000000000\n1 2\n", 1, 1, "error"),
-    "H34": ("%%MatrixMarket matrix coordinate pattern general\n2 3 0\n1 2\n2 3\n", 1, 1, "error"),
+    "H34": ("%PDF-1.4\n2 3 0\n1 2\n2 3\n", 1, 1, "error"),
     "H35": ("1 3\n1 2 3", 2, 6, "warning"),
+    "H36": ("p cnf 3 2\n1 -2 3 0\n0\n", 0, 0, "note"),
+    "H37": ("p cnf 3 3\n1 -2 3 0\n-1 2 0\n", 4, 1, "warning"),
 }
 # Traps that share a rule with one above.
 MORE = [
@@ -65,7 +67,7 @@ MORE = [
     ("H27", "1 3 10\n1 2 3\n1 % area\n1\n1\n", 3, 3, "warning"),
     ("H10", "2 3\n1 2\n\n", 3, 1, "error"),  # zorpel takes the blank line for the last hyperedge
     ("H30", "1 7 1\n0 7 4\n", 2, 1, "error"),
-    ("H34", "c made by hand\np cnf 3 2\n1 -2 0\n2 3 0\n", 1, 1, "error"),
+    ("H34", "/* made by hand */\n<graphml>\n", 1, 1, "error"),
 ]
 # Errors of files that lose vertices, weights or entries; --force goes on without them.
 LOSSES = "H12 H13 H14 H16 H20 H22 H25 H30 H34 F01 F02 F05".split()

@@ -65,7 +65,8 @@ class FileTest(unittest.TestCase):
             ("1 4\n1 2\n3 4\n", ":3:1: error H25 trailing: 1 line too many"),
             ("1 4 1\n1.5 1 2\n", ":2:2: error H14 rubbish: '1.5' is not"),
             ("4 5\n1 0\n2 0\n3 4 0\n4 1\n", ":2:3: error H13 zero-based"),
-            ("%%MatrixMarket matrix\n2 3 0\n1 2\n2 3\n", ":1:1: error H34 .* Matrix Market"),
+            ("%PDF-1.4\n2 3 0\n1 2\n2 3\n", ":1:1: error H34 .* PDF"),
+            ("%%MatrixMarket matrix\n2 3 0\n1 2\n2 3\n", ":1:22: the layout of the matrix is missing"),
         ]:
             with self.assertRaisesRegex(zorpel.InputError, sentence):
                 zorpel.read(self.store(text))

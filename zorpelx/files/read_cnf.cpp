@@ -1,0 +1,229 @@
+/* zorpelx/files/read_cnf.cpp: the reader of DIMACS CNF files.
+ *
+ * Clauses end with 0, not with their line. Lines that begin with c are comments wherever they
+ * stand; a line that begins with % ends the formula, as in files of some collections.
+ */
+#include "read_cnf.h"
+
+#include <algorithm>
+
+#include "builder.h"
+#include "fileerror.h"
+#include "walk.h"
+
+static long long ll(int64_t number)
+{
+    return number;
+}
+
+enum CnfModel { CNF_PRIMAL, CNF_DUAL, CNF_LITERAL };
+
+struct CnfScan {
+    Walk walk;
+    Builder builder;
+    CnfModel model;
+    int64_t nvariables, nclauses; // of the header
+    int64_t clauses;              // finished ones
+    int64_t highest;              // variable met
+    int64_t nempty;               // clauses without a literal
+    int64_t most;                 // highest variable that a file of this length bears out
+};
+
+/* To the next line that is neither blank nor a comment; false at the end of the text. */
+static bool skip_comments(Walk *walk)
+{
+    for (;;) {
+        skip_space(walk);
+        if (text_ended(*walk)) return false;
+        const char *const next = walk->at + 1;
+        const bool word = next == walk->end || *next == '\n' || is_walk_blank(*next);
+        if (*walk->at != 'c' || (!word && walk->at != walk->begin)) return true;
+        next_line(walk);
+    }
+}
+
+Recognised recognise_cnf(std::string_view bytes)
+{
+    constexpr size_t MOST_LOOKED_AT = size_t{1} << 16;
+    Walk walk = walk_over(bytes.substr(0, MOST_LOOKED_AT));
+    if (!skip_comments(&walk) || take_text(&walk) != "p") return UNLIKE;
+    skip_blanks(&walk);
+    return take_text(&walk) == "cnf" ? CERTAIN : UNLIKE;
+}
+
+[[noreturn]] static void not_here(const CnfScan &scan, const char *what)
+{
+    Walk walk = scan.walk;
+    skip_blanks(&walk);
+    bad_input(*scan.builder.budget, place_of(walk), "%s where %s should be",
+              shown_here(walk).c_str(), what);
+}
+
+static int64_t take_count(CnfScan *scan, const char *what)
+{
+    int64_t count = 0;
+    skip_blanks(&scan->walk);
+    if (!take_whole(&scan->walk, &count)) not_here(*scan, what);
+    return count;
+}
+
+static void read_header(CnfScan *scan)
+{
+    Walk *const walk = &scan->walk;
+    if (!skip_comments(walk))
+        bad_input(*scan->builder.budget, place_of(*walk), "the line 'p cnf' is missing");
+    const Walk before = *walk;
+    const bool problem = take_text(walk) == "p";
+    skip_blanks(walk);
+    if (!problem || take_text(walk) != "cnf") {
+        scan->walk = before;
+        not_here(*scan, "'p cnf', variables and clauses");
+    }
+    scan->nvariables = take_count(scan, "the number of variables");
+    scan->nclauses = take_count(scan, "the number of clauses");
+    skip_blanks(walk);
+    if (!line_ended(*walk)) not_here(*scan, "the end of the line");
+}
+
+/* Memory is taken only as far as the length of the file bears it out. */
+static int64_t most_variables(std::string_view bytes)
+{
+    constexpr int64_t MOST_A_BYTE = 16, FREE = 1000000, MOST = (int64_t{1} << 30) - 1;
+    return std::min(std::max(FREE, MOST_A_BYTE * static_cast<int64_t>(bytes.size())), MOST);
+}
+
+[[noreturn]] static void too_many(const CnfScan &scan, int64_t variable)
+{
+    bad_input(*scan.builder.budget, place_of(scan.walk),
+              "%lld variables, and a file of this length can have %lld at most", ll(variable),
+              ll(scan.most));
+}
+
+/* A literal of clause number scan->clauses. */
+static void add_literal(CnfScan *scan, int64_t variable, bool negative)
+{
+    Builder *const builder = &scan->builder;
+    if (variable > scan->most) too_many(*scan, variable);
+    scan->highest = std::max(scan->highest, variable);
+    const int64_t clause = scan->clauses;
+    if (scan->model == CNF_DUAL) {
+        need_nets(builder, variable);
+        need_vertices(builder, clause + 1);
+        add_pin(builder, static_cast<int32_t>(variable - 1), static_cast<int32_t>(clause));
+        return;
+    }
+    const bool literal = scan->model == CNF_LITERAL;
+    const int64_t v = literal ? 2 * (variable - 1) + (negative ? 1 : 0) : variable - 1;
+    need_nets(builder, clause + 1);
+    need_vertices(builder, literal ? 2 * variable : variable);
+    add_pin(builder, static_cast<int32_t>(clause), static_cast<int32_t>(v));
+}
+
+/* What the header announces and no clause mentions is there as well. */
+static void need_announced(CnfScan *scan)
+{
+    if (scan->nvariables > scan->most) too_many(*scan, scan->nvariables);
+    Builder *const builder = &scan->builder;
+    if (scan->model == CNF_DUAL) return need_nets(builder, scan->nvariables);
+    need_vertices(builder, scan->model == CNF_LITERAL ? 2 * scan->nvariables : scan->nvariables);
+}
+
+static void end_clause(CnfScan *scan, int64_t nliterals)
+{
+    if (nliterals == 0) scan->nempty++;
+    scan->clauses++;
+    if (scan->model == CNF_DUAL)
+        need_vertices(&scan->builder, scan->clauses);
+    else
+        need_nets(&scan->builder, scan->clauses);
+}
+
+/* A number with its sign; false for anything else. */
+static bool take_literal(Walk *walk, int64_t *number, bool *negative)
+{
+    *negative = *walk->at == '-';
+    if (*negative) walk->at++;
+    return take_whole(walk, number);
+}
+
+static void read_clauses(CnfScan *scan)
+{
+    Walk *const walk = &scan->walk;
+    int64_t nliterals = 0; // of the clause at hand
+    while (skip_comments(walk) && *walk->at != '%') {
+        if (*walk->at == '\0') { // some tools end files so
+            walk->at++;
+            continue;
+        }
+        const Walk before = *walk;
+        int64_t number = 0;
+        bool negative = false;
+        if (!take_literal(walk, &number, &negative)) {
+            scan->walk = before;
+            not_here(*scan, "a literal or the 0 behind a clause");
+        }
+        if (number > 0) {
+            add_literal(scan, number, negative);
+            nliterals++;
+        } else {
+            end_clause(scan, nliterals);
+            nliterals = 0;
+            if ((scan->clauses & 0xffff) == 0) check_time(*scan->builder.budget);
+        }
+    }
+    if (nliterals == 0) return;
+    tell_warning(scan->builder.findings, place_of(*walk), "the last clause does not end with 0");
+    end_clause(scan, nliterals);
+}
+
+static void tell_counts(const CnfScan &scan)
+{
+    Findings *const findings = scan.builder.findings;
+    const int64_t missing = scan.nclauses - scan.clauses;
+    if (missing != 0)
+        tell_warning(
+            findings, place_of(scan.walk),
+            text_of("%lld clause%s %s than the header says", ll(missing > 0 ? missing : -missing),
+                    missing == 1 || missing == -1 ? "" : "s", missing > 0 ? "less" : "more"));
+    if (scan.highest > scan.nvariables)
+        tell_warning(findings, {0, 0},
+                     text_of("variable %lld is used, and the header says %lld", ll(scan.highest),
+                             ll(scan.nvariables)));
+    if (scan.nempty > 0)
+        tell_note(findings, {0, 0},
+                  text_of("%lld clause%s empty: the formula cannot be satisfied", ll(scan.nempty),
+                          scan.nempty == 1 ? " is" : "s are"));
+}
+
+static CnfModel model_of(const std::string &name)
+{
+    if (name == "dual") return CNF_DUAL;
+    return name == "literal" ? CNF_LITERAL : CNF_PRIMAL;
+}
+
+Hypergraph read_cnf(std::string_view bytes, const Reading &reading, Findings *findings,
+                    Budget *budget)
+{
+    CnfScan scan = {walk_over(bytes),
+                    open_builder(findings, budget),
+                    model_of(reading.model),
+                    0,
+                    0,
+                    0,
+                    0,
+                    0,
+                    most_variables(bytes)};
+    read_header(&scan);
+    need_announced(&scan);
+    read_clauses(&scan);
+    tell_counts(scan);
+    int64_t nrepeated = 0;
+    Hypergraph graph = finish_hypergraph(&scan.builder, &nrepeated);
+    if (nrepeated > 0)
+        tell_note(findings, {0, 0},
+                  text_of("%lld literals stand in their clause twice%s; each counts once",
+                          ll(nrepeated), scan.model == CNF_LITERAL ? "" : ", with any sign"));
+    graph.provenance.nrows = std::max(scan.nvariables, scan.highest);
+    graph.provenance.ncolumns = scan.clauses;
+    return graph;
+}
