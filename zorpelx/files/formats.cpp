@@ -9,6 +9,10 @@
 #include "fileerror.h"
 #include "read_cnf.h"
 #include "read_mtx.h"
+#include "read_blif.h"
+#include "read_hif.h"
+#include "read_yosys.h"
+#include "write_hif.h"
 #include "write_hgr.h"
 #include "zorpelx.h"
 
@@ -31,6 +35,11 @@ constexpr FormatRow TABLE[] = {
      read_mtx, nullptr, nullptr, 0},
     {"cnf", "DIMACS CNF file", ".cnf .dimacs", "primal dual literal", recognise_cnf, read_cnf,
      nullptr, nullptr, 0},
+    {"yosys", "Yosys netlist", ".json", "", recognise_yosys, read_yosys, nullptr, nullptr, 0},
+    {"hif", "HIF file", ".hif .json", "", recognise_hif, read_hif, write_hif, annotate_hif,
+     KEEPS_VERTEX_NAMES | KEEPS_NET_NAMES | KEEPS_VERTEX_WEIGHTS | KEEPS_NET_WEIGHTS | KEEPS_KINDS |
+         KEEPS_FIXED | KEEPS_GROUPS | KEEPS_ISLANDS | KEEPS_EMPTY_NETS},
+    {"blif", "BLIF netlist", ".blif .eblif", "", recognise_blif, read_blif, nullptr, nullptr, 0},
 };
 
 std::span<const FormatRow> format_rows()

@@ -23,6 +23,7 @@ struct Reading {
     std::string path = {};      // as it was given, for files that name others; "-" for a stream
     std::string model = {};     // one of the format's models; empty: its first
     std::string skip_nets = {}; // patterns of hyperedges left out, separated by commas
+    std::string top = {};       // module of a netlist that is partitioned; empty: the top one
     std::string areas = {};     // file with the area of each kind; empty: every vertex weighs 1
 };
 
