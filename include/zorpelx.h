@@ -365,6 +365,14 @@ ZORPELX_API int zorpelx_part_bounds(int nparts, double epsilon, double least,
                                     const double *capacities, int64_t total, int64_t *low,
                                     int64_t *high);
 
+/* Whether random numbers are here what they are elsewhere: the 10,000th that a generator gives.
+ *   searching  0: the engine's; 1: the search's
+ *   seed       of a start, 0 or more
+ *   number     out
+ * Returns ZORPELX_OK or ZORPELX_BAD_OPTION.
+ */
+ZORPELX_API int zorpelx_generator_check(int searching, int seed, uint64_t *number);
+
 #ifdef __cplusplus
 }
 #endif

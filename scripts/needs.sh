@@ -37,6 +37,7 @@ note_missing_for_zorpelx() {
     [ -e /usr/include/zlib.h ] || MISSING="$MISSING zlib1g-dev"
     [ -e /usr/include/zstd.h ] || MISSING="$MISSING libzstd-dev"
     [ -e /usr/include/lzma.h ] || MISSING="$MISSING liblzma-dev"
+    [ -e /usr/include/sha2.h ] || MISSING="$MISSING libmd-dev"
     [ -e /usr/include/bzlib.h ] || MISSING="$MISSING libbz2-dev"
 }
 

@@ -67,7 +67,7 @@ endif()
 foreach(file man/man1/zorpel.1.gz man/man1/zorpelx.1.gz man/man3/zorpel.3.gz man/man3/zorpelx.3.gz
     man/man5/zorpel_hgr.5.gz bash-completion/completions/zorpelx zsh/vendor-completions/_zorpelx
     doc/zorpel/docs/TUTORIAL.md doc/zorpel/examples/api.c doc/zorpel/THIRD-PARTY-NOTICES
-    zorpel/zorpelx.schema.json doc/zorpel/docs/zorpelx.schema.json)
+    zorpel/zorpelx.schema.json zorpel/zorpel-record.schema.json doc/zorpel/docs/zorpelx.schema.json)
   if(NOT EXISTS ${WORK}/tree/usr/share/${file})
     message(FATAL_ERROR "There is no ${file}")
   endif()

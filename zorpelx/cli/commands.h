@@ -10,6 +10,7 @@ Status run_partition(const Settings &settings);
 Status run_verify(const Settings &settings);
 Status run_lint(const Settings &settings);
 Status run_stats(const Settings &settings);
+Status run_replay(const Settings &settings);
 
 /* What the table of options becomes besides the parser. */
 std::string help_of(const CommandRow &command);

@@ -2,6 +2,7 @@
 #include "input.h"
 
 #include <cstdio>
+#include <unordered_map>
 
 #include "partfiles.h"
 
@@ -120,6 +121,16 @@ std::vector<int64_t> read_vertex_numbers(const Settings &settings, const std::st
         fprintf(stderr, "zorpelx: %s: the last line has no newline: it may have been cut off\n",
                 shown_name(name).c_str());
     return numbers;
+}
+
+std::vector<int> dense_groups(const std::vector<int64_t> &groups)
+{
+    std::unordered_map<int64_t, int> number;
+    std::vector<int> dense;
+    for (const int64_t group : groups)
+        dense.push_back(
+            group < 0 ? -1 : number.emplace(group, static_cast<int>(number.size())).first->second);
+    return dense;
 }
 
 std::string read_text(const Settings &settings, const std::string &name)

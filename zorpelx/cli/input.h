@@ -48,6 +48,9 @@ std::vector<int64_t> read_fix(const Settings &settings, int64_t nvertices, int64
 std::vector<int64_t> read_vertex_numbers(const Settings &settings, const std::string &name,
                                          int64_t nvertices, int64_t least, int64_t most);
 
+/* Groups numbered from 0 in the order in which they are first met; -1 stays. */
+std::vector<int> dense_groups(const std::vector<int64_t> &groups);
+
 /* All of a small text file. */
 std::string read_text(const Settings &settings, const std::string &name);
 

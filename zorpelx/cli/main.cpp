@@ -14,9 +14,9 @@
 #include "words.h"
 
 /* Standard input can be read once only. */
-static void check_standard_input(const Settings &settings)
+static void check_standard_input(Command command, const Settings &settings)
 {
-    int count = 0;
+    int count = command != PARTITION && settings.record == "-"; // which writes it
     for (const std::string &name :
          {settings.hypergraph, settings.partition, settings.fix, settings.report})
         count += name == "-";
@@ -25,7 +25,7 @@ static void check_standard_input(const Settings &settings)
 
 static Status run_command(Command command, const Settings &settings)
 {
-    check_standard_input(settings);
+    check_standard_input(command, settings);
     switch (command) {
     case PARTITION:
         return run_partition(settings);
@@ -33,6 +33,8 @@ static Status run_command(Command command, const Settings &settings)
         return run_verify(settings);
     case LINT:
         return run_lint(settings);
+    case REPLAY:
+        return run_replay(settings);
     default:
         return run_stats(settings);
     }
@@ -53,6 +55,18 @@ static Status run_and_answer(Command command, const Settings &settings)
     }
 }
 
+/* "partition, verify or lint" */
+static std::string command_list()
+{
+    std::string list;
+    for (size_t i = 0; i < COMMANDS.size(); i++)
+        list += std::string(i == 0                    ? ""
+                            : i + 1 < COMMANDS.size() ? ", "
+                                                      : " or ") +
+                COMMANDS[i].name;
+    return list;
+}
+
 /* What is asked for without a command. */
 static Status run_alone(const Settings &settings)
 {
@@ -61,7 +75,7 @@ static Status run_alone(const Settings &settings)
     else if (settings.completion == SHELL_ZSH)
         fputs(zsh_completion().c_str(), stdout);
     else
-        fail(STATUS_USAGE, "a command is needed: partition, verify, lint or stats; see --help");
+        fail(STATUS_USAGE, "a command is needed: %s; see --help", command_list().c_str());
     flush_output();
     return STATUS_OK;
 }

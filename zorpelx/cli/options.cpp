@@ -73,6 +73,13 @@ const std::vector<CommandRow> COMMANDS = {
     {STATS, "stats", "Describe a hypergraph.",
      "Counts, histograms of sizes and degrees, connected components, heavy vertices, and an "
      "estimate of the memory that partitioning takes."},
+    {REPLAY, "replay", "Run again what a record tells, and compare.",
+     "Takes the options from the record of a run, which partition wrote by --record, runs with "
+     "them, and compares every field but machine, time and names of files. Status 1 and a line for "
+     "each difference if the result is another one. Hypergraph and other files are compared "
+     "first; if one is not the file of the record, nothing is run.\n"
+     "The partition and the other files are looked for beside the record. A record that time or "
+     "memory cut short says so: running again may then give something else."},
 };
 
 constexpr unsigned READERS = PARTITION | VERIFY | LINT | STATS;
@@ -81,8 +88,10 @@ const std::vector<OptionRow> OPTIONS = {
     {GLOBAL, "--man", "", &Settings::man, "", 0, 0, nullptr, "print the manual page and end"},
     {GLOBAL, "--completion", "SHELL", &Settings::completion, "", 0, 0, SHELLS,
      "print the completion of a shell and end"},
-    {PARTITION | VERIFY | STATS, "HYPERGRAPH", "FILE", &Settings::hypergraph, nullptr, 0, 0,
-     nullptr,
+    {REPLAY, "RECORD", "FILE", &Settings::record, nullptr, 0, 0, nullptr,
+     "record of the run, written by partition --record"},
+    {PARTITION | VERIFY | STATS | REPLAY, "HYPERGRAPH", "FILE", &Settings::hypergraph, nullptr, 0,
+     0, nullptr,
      "hypergraph, in a format of --from, plain or compressed (.gz, .zst, .xz, .bz2); - for "
      "standard "
      "input"},
@@ -90,8 +99,8 @@ const std::vector<OptionRow> OPTIONS = {
      "hypergraph, in a format of --from, plain or compressed (.gz, .zst, .xz, .bz2); - for "
      "standard "
      "input"},
-    {VERIFY, "PARTITION", "FILE", &Settings::partition, nullptr, 0, 0, nullptr,
-     "partition file: the part of each vertex"},
+    {VERIFY, "PARTITION", "FILE", &Settings::partition, "", 0, 0, nullptr,
+     "partition file: the part of each vertex; with --record otherwise the one that it names"},
     {VERIFY | LINT, "FIX", "FILE", &Settings::fix, "", 0, 0, nullptr,
      "fix file: the part of each vertex, or -1"},
     {PARTITION, "-k,--nparts", "K", &Settings::nparts, nullptr, 2, 1000000, nullptr,
@@ -150,13 +159,19 @@ const std::vector<OptionRow> OPTIONS = {
      "refine 3 to 64 parts together at the end"},
     {PARTITION, "-f,--fix", "FILE", &Settings::fix, "", 0, 0, nullptr,
      "fix file: the part of each vertex, or -1"},
+    {REPLAY, "-f,--fix", "FILE", &Settings::fix, "", 0, 0, nullptr,
+     "fix file of the run, if it is not beside the record"},
+    {REPLAY | VERIFY, "--start", "FILE", &Settings::start, "", 0, 0, nullptr,
+     "--start of the recorded run, if it is not beside the record"},
+    {REPLAY | VERIFY, "--together", "FILE", &Settings::together, "", 0, 0, nullptr,
+     "--together of the recorded run, if it is not beside the record"},
     {PARTITION, "-s,--seed", "N", &Settings::seed, "1", -1, INT_MAX, nullptr,
      "seed of the first start; -1 draws one"},
     {PARTITION, "--starts", "N", &Settings::starts, "1", 1, INT_MAX, nullptr,
      "independent starts, with seeds one after another; the best is taken"},
-    {PARTITION, "-j,--jobs", "N", &Settings::jobs, "0", 0, INT_MAX, nullptr,
+    {PARTITION | REPLAY, "-j,--jobs", "N", &Settings::jobs, "0", 0, INT_MAX, nullptr,
      "starts at work at once; 0 for one on each processor"},
-    {PARTITION, "-t,--threads", "N", &Settings::threads, "0", 0, INT_MAX, nullptr,
+    {PARTITION | REPLAY, "-t,--threads", "N", &Settings::threads, "0", 0, INT_MAX, nullptr,
      "threads of each start, which change nothing but the time; 0 for all processors divided by "
      "the "
      "jobs"},
@@ -165,6 +180,12 @@ const std::vector<OptionRow> OPTIONS = {
     {PARTITION, "--memory", "MIB", &Settings::memory, "0", 0, INT_MAX, nullptr,
      "memory that reading a file may take, and then one start, which stats estimates; 0 for no "
      "cap"},
+    {REPLAY, "--timeout", "SECONDS", &Settings::timeout, "0", 0, 1000000000, nullptr,
+     "stop so long after the begin; 0 for no deadline"},
+    {REPLAY, "--memory", "MIB", &Settings::memory, "0", 0, INT_MAX, nullptr,
+     "memory that reading a file may take, and then one start; 0 for no cap"},
+    {REPLAY, "-o,--output", "FILE", &Settings::output, "", 0, 0, nullptr,
+     "write the partition there as well; - for standard output"},
     {VERIFY | LINT | STATS, "--timeout", "SECONDS", &Settings::timeout, "0", 0, 1000000000, nullptr,
      "give up reading so long after the begin; 0 for no deadline"},
     {VERIFY | LINT | STATS, "--memory", "MIB", &Settings::memory, "0", 0, INT_MAX, nullptr,
@@ -175,6 +196,11 @@ const std::vector<OptionRow> OPTIONS = {
      "standard output if the hypergraph comes from standard input"},
     {PARTITION, "--json", "FILE", &Settings::json, "", 0, 0, nullptr,
      "write options and figures there as JSON; - for standard output"},
+    {PARTITION, "--record", "FILE", &Settings::record, "", 0, 0, nullptr,
+     "write a record of the run there, by which others can check or repeat it; - for standard "
+     "output"},
+    {VERIFY, "--record", "FILE", &Settings::record, "", 0, 0, nullptr,
+     "record of the run: check its digests and figures"},
     {PARTITION, "--force", "", &Settings::force, "", 0, 0, nullptr,
      "go on if no partition can be within --ubfactor, and without the vertices or weights that "
      "reading a file loses"},
@@ -182,7 +208,7 @@ const std::vector<OptionRow> OPTIONS = {
      "go on without the vertices or weights that reading a file loses"},
     {LINT, "--force", "", &Settings::force, "", 0, 0, nullptr,
      "with --fix: write a clean file although vertices or weights are lost"},
-    {PARTITION, "--progress", "WHEN", &Settings::progress, "auto", 0, 0, WHEN,
+    {PARTITION | REPLAY, "--progress", "WHEN", &Settings::progress, "auto", 0, 0, WHEN,
      "whether to show progress on standard error; auto does on a terminal"},
     {PARTITION, "--trace", "BITS", &Settings::trace, "0", 0, INT_MAX, nullptr,
      "print the engine's traces on standard error: 1 coarsening, 2 initial bisections, 4 passes, "
@@ -206,7 +232,7 @@ const std::vector<OptionRow> OPTIONS = {
     {LINT, "--limit", "N", &Settings::limit, "20", 0, INT_MAX, nullptr,
      "show so many findings of each rule; 0 for all"},
     {VERIFY, "--format", "FORMAT", &Settings::format, "text", 0, 0, FORMATS, "form of the answer"},
-    {LINT | STATS, "--format", "FORMAT", &Settings::format, "text", 0, 0, TEXT_OR_JSON,
+    {LINT | STATS | REPLAY, "--format", "FORMAT", &Settings::format, "text", 0, 0, TEXT_OR_JSON,
      "form of the answer"},
     {READERS, "--lines", "HOW", &Settings::lines, "whole", 0, 0, LINES,
      "what to do with lines of more than 131071 characters; whole reads them as one, pieces as "
@@ -221,7 +247,7 @@ const std::vector<OptionRow> OPTIONS = {
      "primal, dual or literal; otherwise the first of these"},
     {PARTITION | LINT, "--strict", "", &Settings::strict, "", 0, 0, nullptr,
      "take warnings for errors"},
-    {PARTITION | VERIFY | LINT, "-q,--quiet", "", &Settings::quiet, "", 0, 0, nullptr,
+    {PARTITION | VERIFY | LINT | REPLAY, "-q,--quiet", "", &Settings::quiet, "", 0, 0, nullptr,
      "print nothing but errors and what was asked for"},
 };
 

@@ -18,7 +18,7 @@ struct Settings {
     double timeout, time, epsilon, least;
     int64_t objective, keep_price, preset, progress, lines, first, from, format, expect;
     std::string capacities, start, together;
-    std::string output, json, report, clean, map, explain;
+    std::string output, json, record, report, clean, map, explain;
     std::string model;
     int64_t limit;
     bool quiet, strict, force, list_cut, notes, man;
@@ -26,7 +26,7 @@ struct Settings {
     std::vector<bool> given; // by row of the table: the command line has it
 };
 
-enum Command { PARTITION = 1, VERIFY = 2, LINT = 4, STATS = 8, GLOBAL = 16 };
+enum Command { PARTITION = 1, VERIFY = 2, LINT = 4, STATS = 8, GLOBAL = 16, REPLAY = 32 };
 
 /* Commands of zorpelx-mpi; its options are the rows of these and of the zorpelx command alike. */
 constexpr unsigned CLUSTER_PARTITION = 1u << 28, CLUSTER_VERIFY = 1u << 29;

@@ -3,12 +3,15 @@
  * The work is the library's, in processes of its own, called by solving.cpp.
  */
 #include <algorithm>
+#include <climits>
 #include <cstdio>
+#include <random>
 
 #include "commands.h"
 #include "input.h"
 #include "json.h"
 #include "output.h"
+#include "record.h"
 #include "solving.h"
 
 static long long ll(int64_t number)
@@ -125,8 +128,10 @@ static void check_usage(const Settings &settings)
                  option.name);
     if (settings.keep_price > 0 && settings.start.empty())
         fail(STATUS_USAGE, "--keep-in-place needs --start");
-    if (settings.json == "-" && settings.output.empty() && output_name(settings) == "-")
-        fail(STATUS_USAGE, "--json - needs -o when the hypergraph comes from a stream");
+    for (const auto &[file, option] :
+         {std::pair{settings.json, "--json"}, std::pair{settings.record, "--record"}})
+        if (file == "-" && settings.output.empty() && output_name(settings) == "-")
+            fail(STATUS_USAGE, "%s - needs -o when the hypergraph comes from a stream", option);
 }
 
 /* What there is to say about a run that delivered something. */
@@ -186,9 +191,18 @@ static void write_failure(const Settings &settings, const Writer &writer, const 
     const std::string json =
         json_text(answer_json(settings, PARTITION, failure.status, failure.text));
     try {
-        write_together(writer, {std::string_view(), json});
+        write_together(writer, {std::string_view(), json, std::string_view()});
     } catch (...) { // the first failure is the one to tell
     }
+}
+
+/* A record holds the seed, so it is drawn here if chance is to choose it. */
+static void draw_seed(Settings *settings)
+{
+    if (settings->seed >= 0) return;
+    std::random_device chance;
+    const int most = INT_MAX - static_cast<int>(settings->starts - 1);
+    settings->seed = std::uniform_int_distribution<int>(1, most)(chance);
 }
 
 Status run_partition(const Settings &given)
@@ -196,16 +210,20 @@ Status run_partition(const Settings &given)
     Settings settings = given;
     apply_preset(&settings);
     check_usage(settings);
+    if (!settings.record.empty()) draw_seed(&settings);
     const Writer writer =
-        open_writer({output_name(settings), settings.json},
+        open_writer({output_name(settings), settings.json, settings.record},
                     {settings.hypergraph, settings.fix, settings.start, settings.together});
     Job job = {};
     Status status = STATUS_OK;
     try {
         status = make_partition(settings, &job);
-        std::string json;
+        std::string json, record;
         if (!settings.json.empty()) json = json_text(result_json(settings, job, status));
-        write_together(writer, {partition_text(job.solution.part), json});
+        if (!settings.record.empty())
+            record =
+                record_text(record_of(settings, job.problem, job.solution, status, job.output));
+        write_together(writer, {partition_text(job.solution.part), json, record});
     } catch (...) {
         const Failure failure = current_failure();
         write_failure(settings, writer, failure);

@@ -11,7 +11,6 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
-#include <unordered_map>
 
 #include "advice.h"
 #include "input.h"
@@ -102,17 +101,6 @@ static zorpelx_options options_for(const Settings &settings, const Problem &prob
     }
     if (shown && settings.trace > 0) options->on_trace = show_trace;
     return chosen;
-}
-
-/* Groups numbered from 0 without gaps. */
-static std::vector<int> dense_groups(const std::vector<int64_t> &groups)
-{
-    std::unordered_map<int64_t, int> number;
-    std::vector<int> dense;
-    for (const int64_t group : groups)
-        dense.push_back(
-            group < 0 ? -1 : number.emplace(group, static_cast<int>(number.size())).first->second);
-    return dense;
 }
 
 /* "3,3,2", or a file of such numbers. */
@@ -230,4 +218,11 @@ Status solve(const Settings &settings, const Problem &problem, bool shown, Solut
     if (options.on_progress != nullptr) clear_progress();
     if (solution->result.finished > 0) solution->figures = recount(settings, problem, *solution);
     return final_status(status, solution->result);
+}
+
+std::string generator_check(bool searching, int64_t seed)
+{
+    uint64_t number = 0;
+    zorpelx_generator_check(searching ? 1 : 0, static_cast<int>(seed), &number);
+    return text_of("%016llx", static_cast<unsigned long long>(number));
 }

@@ -51,4 +51,8 @@ int caught_signal();
  * Throws  STATUS_FAILED if what was delivered is not what the library says it is */
 Status solve(const Settings &settings, const Problem &problem, bool shown, Solution *solution);
 
+/* The 10,000th number of the generator that a search, or the engine, has for a seed, as 16
+ * hexadecimal digits. */
+std::string generator_check(bool searching, int64_t seed);
+
 #endif

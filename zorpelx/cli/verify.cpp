@@ -4,24 +4,19 @@
 #include <cmath>
 #include <cstdio>
 
-#include "advice.h"
+#include "bounds.h"
+#include "claims.h"
 #include "commands.h"
 #include "figures.h"
 #include "hypergraph.h"
 #include "input.h"
 #include "json.h"
 #include "output.h"
+#include "recorded_options.h"
 #include "report.h"
 
 constexpr int64_t MOST_PARTS = 1000000; // as -k takes
 constexpr size_t MOST_LISTED = 20;      // empty parts named in a text
-
-/* Something that should be so. */
-struct Claim {
-    const char *name;
-    bool holds;
-    std::string text;
-};
 
 static long long ll(int64_t number)
 {
@@ -65,26 +60,23 @@ static Claim check_fix(const std::vector<int64_t> &part, const std::vector<int64
                     ll(fix[static_cast<size_t>(first)]))};
 }
 
-/* Fixed vertices may exchange the numbers of parts, and the final refinement their weights; then
- * the limits of all parts hold for each. */
 static Claim check_balance(const Settings &settings, const Verified &verified)
 {
     const std::vector<int64_t> &weight = verified.figures.weight;
-    const Limits limits = part_limits(verified.figures.nparts, static_cast<int>(settings.ubfactor),
-                                      total_weight(weight));
-    const bool own = settings.fix.empty() &&
-                     (weight.size() == 2 || weight.size() > static_cast<size_t>(MOST_POLISHED));
-    for (size_t p = 0; p < weight.size(); p++) {
-        const int64_t least = own ? limits.least[p] : limits.lightest;
-        const int64_t most = own ? limits.most[p] : limits.heaviest;
-        if (weight[p] < least || weight[p] > most)
-            return {"balance", false,
-                    text_of("part %zu weighs %lld, not between %lld and %lld", p, ll(weight[p]),
-                            ll(least), ll(most))};
-    }
-    return {"balance", true,
-            text_of("every part is within --ubfactor %lld, between %lld and %lld",
-                    ll(settings.ubfactor), ll(limits.lightest), ll(limits.heaviest))};
+    const Bounds bounds =
+        engine_bounds(verified.figures.nparts, static_cast<int>(settings.ubfactor),
+                      total_weight(weight), !settings.fix.empty());
+    const int64_t bad = part_outside(bounds, weight);
+    if (bad < 0)
+        return {"balance", true,
+                text_of("every part is within --ubfactor %lld, between %lld and %lld",
+                        ll(settings.ubfactor),
+                        ll(*std::min_element(bounds.least.begin(), bounds.least.end())),
+                        ll(*std::max_element(bounds.most.begin(), bounds.most.end())))};
+    const size_t p = static_cast<size_t>(bad);
+    return {"balance", false,
+            text_of("part %zu weighs %lld, not between %lld and %lld", p, ll(weight[p]),
+                    ll(bounds.least[p]), ll(bounds.most[p]))};
 }
 
 /* Counted by itself: what the search promises is at most (1 + epsilon / 100) times the average
@@ -259,7 +251,7 @@ static void print_text(const Settings &settings, const Verified &verified)
     if (!settings.quiet && !verified.claims.empty()) puts("");
     for (const Claim &claim : verified.claims)
         if (!settings.quiet || !claim.holds)
-            printf("  %s: %s: %s\n", claim.holds ? "true" : "FALSE", claim.name,
+            printf("  %s: %s: %s\n", claim.holds ? "true" : "FALSE", claim.name.c_str(),
                    claim.text.c_str());
 }
 
@@ -331,13 +323,25 @@ static void print_csv(const Settings &settings, const Verified &verified)
         for (const int64_t e : cut_hyperedges(verified.graph, verified.part))
             printf("cut_hyperedge,%lld\n", ll(e + 1));
     for (const Claim &claim : verified.claims)
-        printf("claim_%s,%s\n", claim.name, claim.holds ? "true" : "false");
+        printf("claim_%s,%s\n", claim.name.c_str(), claim.holds ? "true" : "false");
 }
 
-Status run_verify(const Settings &settings)
+/* Reads the hypergraph as the recorded run did, and looks for the files of the record. */
+static Settings settings_with(const Record &record, const Settings &given)
 {
-    open_writer({}, {settings.hypergraph, settings.partition, settings.fix, settings.report});
-    const Verified verified = verify_files(settings);
+    Settings settings = given;
+    set_reading(record.json["options"], shown_name(record.name), &settings);
+    if (settings.nparts == 0) settings.nparts = settings_of(record, given).nparts;
+    settings.partition = file_of(record, record.json["partition"], given.partition);
+    settings.fix = file_of(record, record.json["inputs"]["fix"], given.fix);
+    if (settings.partition == "-")
+        fail(STATUS_USAGE, "%s: its partition went to standard output: name the file",
+             shown_name(record.name).c_str());
+    return settings;
+}
+
+static Status end_of_verify(const Settings &settings, const Verified &verified)
+{
     const std::string empty = empty_parts_text(verified.figures);
     if (!empty.empty() && !settings.quiet) tell(empty);
     const auto holds = [](const Claim &claim) { return claim.holds; };
@@ -351,4 +355,25 @@ Status run_verify(const Settings &settings)
     else
         print_text(settings, verified);
     return status;
+}
+
+static Status verify_record(const Settings &given)
+{
+    const Record record = read_record(given);
+    const Settings settings = settings_with(record, given);
+    Verified verified = verify_files(settings);
+    const std::vector<Claim> claims =
+        claims_of_record(settings, record, verified.graph, verified.part, verified.figures);
+    verified.claims.insert(verified.claims.end(), claims.begin(), claims.end());
+    return end_of_verify(settings, verified);
+}
+
+Status run_verify(const Settings &settings)
+{
+    open_writer({}, {settings.hypergraph, settings.partition, settings.fix, settings.report,
+                     settings.record});
+    if (!settings.record.empty()) return verify_record(settings);
+    if (settings.partition.empty())
+        fail(STATUS_USAGE, "a partition file is needed, or --record, which names one");
+    return end_of_verify(settings, verify_files(settings));
 }

@@ -20,7 +20,7 @@ SCHEMA = json.loads((EXAMPLES.parent / "docs" / "zorpelx.schema.json").read_text
 def strict(schema):
     """The schema for this version alone, in which no field may be added."""
     schema = copy.deepcopy(schema)
-    for name in ("partition", "verify", "lint", "stats"):
+    for name in ("partition", "verify", "lint", "stats", "replay"):
         schema["$defs"][name]["unevaluatedProperties"] = False
 
     def close(node, name):

@@ -99,7 +99,7 @@ class Partition(Case):
             ("lint",): "lint needs",
             ("lint", "fifo.hgr", "--epsilon", "3"): "--epsilon needs -k",
             ("lint", "fifo.hgr", "--map", "m"): "--map needs --fix",
-            ("verify", "fifo.hgr"): "PARTITION is required",
+            ("verify", "fifo.hgr"): "a partition file is needed, or --record, which names one",
             ("partition", "fifo.hgr", "-k", "2", "--fix", ""): "--fix: the name is empty",
             ("stats", ""): "HYPERGRAPH: the name is empty",
             ("verify", "-", "-"): "only one file can come from standard input",
