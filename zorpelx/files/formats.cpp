@@ -7,13 +7,17 @@
 
 #include "expand.h"
 #include "fileerror.h"
-#include "read_cnf.h"
-#include "read_mtx.h"
 #include "read_blif.h"
+#include "read_cnf.h"
+#include "read_edges.h"
 #include "read_hif.h"
+#include "read_jsonl.h"
+#include "read_mtx.h"
+#include "read_table.h"
 #include "read_yosys.h"
-#include "write_hif.h"
 #include "write_hgr.h"
+#include "write_hif.h"
+#include "write_table.h"
 #include "zorpelx.h"
 
 static Hypergraph read_hgr(std::string_view bytes, const Reading &reading, Findings *findings,
@@ -40,6 +44,13 @@ constexpr FormatRow TABLE[] = {
      KEEPS_VERTEX_NAMES | KEEPS_NET_NAMES | KEEPS_VERTEX_WEIGHTS | KEEPS_NET_WEIGHTS | KEEPS_KINDS |
          KEEPS_FIXED | KEEPS_GROUPS | KEEPS_ISLANDS | KEEPS_EMPTY_NETS},
     {"blif", "BLIF netlist", ".blif .eblif", "", recognise_blif, read_blif, nullptr, nullptr, 0},
+    {"csv", "CSV file of memberships", ".csv", "", recognise_csv, read_csv, write_csv, annotate_csv,
+     KEEPS_ALL},
+    {"tsv", "TSV file of memberships", ".tsv .tab", "", recognise_tsv, read_tsv, write_tsv,
+     annotate_tsv, KEEPS_ALL},
+    {"jsonl", "JSON lines file of memberships", ".jsonl .ndjson", "", recognise_jsonl, read_jsonl,
+     nullptr, nullptr, 0},
+    {"edges", "edge list", ".edges .edgelist .el", "", nullptr, read_edges, nullptr, nullptr, 0},
 };
 
 std::span<const FormatRow> format_rows()

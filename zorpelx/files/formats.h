@@ -40,8 +40,9 @@ enum Keeps : unsigned {
     KEEPS_KINDS = 16,
     KEEPS_FIXED = 32,
     KEEPS_GROUPS = 64,
-    KEEPS_ISLANDS = 128,   // vertices in no hyperedge
-    KEEPS_EMPTY_NETS = 256 // hyperedges without vertices
+    KEEPS_ISLANDS = 128,    // vertices in no hyperedge
+    KEEPS_EMPTY_NETS = 256, // hyperedges without vertices
+    KEEPS_ALL = 511
 };
 
 /* One file of several that are written together. */

@@ -22,8 +22,7 @@ std::string vertex_label(const Hypergraph &graph, int64_t v, int64_t first)
 {
     const Provenance &from = graph.provenance;
     const size_t i = static_cast<size_t>(v);
-    if (i < from.row.size())
-        return text_of("%d,%d", from.row[i] + 1, from.column[i] + 1);
+    if (i < from.row.size()) return text_of("%d,%d", from.row[i] + 1, from.column[i] + 1);
     if (from.model == "literal" && graph.vertexnames.start.empty())
         return text_of("%s%lld", v % 2 == 1 ? "-" : "", static_cast<long long>(v / 2 + 1));
     return name_or_number(graph.vertexnames, v, first);

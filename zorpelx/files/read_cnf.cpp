@@ -221,8 +221,8 @@ Hypergraph read_cnf(std::string_view bytes, const Reading &reading, Findings *fi
     Hypergraph graph = finish_hypergraph(&scan.builder, &nrepeated);
     if (nrepeated > 0)
         tell_note(findings, {0, 0},
-                  text_of("%lld literals stand in their clause twice%s; each counts once",
-                          ll(nrepeated), scan.model == CNF_LITERAL ? "" : ", with any sign"));
+                  text_of("literals that stand in their clause twice%s, counted once: %lld",
+                          scan.model == CNF_LITERAL ? "" : ", with any sign", ll(nrepeated)));
     graph.provenance.nrows = std::max(scan.nvariables, scan.highest);
     graph.provenance.ncolumns = scan.clauses;
     return graph;

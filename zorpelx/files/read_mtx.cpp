@@ -237,8 +237,8 @@ static void tell_repeated(Findings *findings, int64_t nrepeated)
 {
     if (nrepeated > 0)
         tell_warning(findings, {0, 0},
-                     text_of("%lld entries are listed twice, or on both sides of the diagonal of a "
-                             "symmetric matrix; each counts once",
+                     text_of("entries that are listed twice, or on both sides of the diagonal of a "
+                             "symmetric matrix, counted once: %lld",
                              ll(nrepeated)));
 }
 

@@ -1,0 +1,290 @@
+/* zorpelx/files/read_table.cpp: the reader of tables of memberships.
+ *
+ * Fields are looked at where they stand; only a quoted field that holds a quote is copied.
+ */
+#include "read_table.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+
+#include "fileerror.h"
+#include "members.h"
+#include "walk.h"
+
+constexpr size_t MOST_COLUMNS = 256; // looked at
+
+struct TableField {
+    std::string_view text;
+    Place place;
+    bool quoted;
+};
+
+struct TableScan {
+    Walk walk;
+    char separator;
+    std::vector<TableField> row;
+    std::vector<std::string> copies; // [column] of fields that hold quotes
+    std::vector<Role> roles;         // [column]
+    Members members;
+};
+
+static std::string_view first_line(std::string_view bytes)
+{
+    constexpr size_t MOST_LOOKED_AT = size_t{1} << 16;
+    return bytes.substr(0, std::min(bytes.find('\n'), MOST_LOOKED_AT));
+}
+
+static int64_t count_outside_quotes(std::string_view line, char wanted)
+{
+    int64_t count = 0;
+    bool quoted = false;
+    for (const char c : line) {
+        if (c == '"') quoted = !quoted;
+        count += c == wanted && !quoted;
+    }
+    return count;
+}
+
+/* Lines that begin as those of other formats are of tables never, unless a table is asked for. */
+static bool may_begin_table(std::string_view bytes)
+{
+    const bool odd = bytes.empty() || strchr("%{[<#", bytes[0]) != nullptr;
+    return !odd && first_line(bytes).find('\0') == std::string_view::npos;
+}
+
+Recognised recognise_csv(std::string_view bytes)
+{
+    if (!may_begin_table(bytes)) return UNLIKE;
+    const std::string_view line = first_line(bytes);
+    for (const char c : {',', ';', '|'})
+        if (count_outside_quotes(line, c) > 0) return LIKE;
+    return UNLIKE;
+}
+
+Recognised recognise_tsv(std::string_view bytes)
+{
+    if (!may_begin_table(bytes)) return UNLIKE;
+    const std::string_view line = first_line(bytes);
+    const bool words =
+        std::any_of(line.begin(), line.end(), [](unsigned char c) { return isalpha(c) != 0; });
+    return words && count_outside_quotes(line, '\t') > 0 ? LIKE : UNLIKE;
+}
+
+static char find_separator(std::string_view bytes)
+{
+    const std::string_view line = first_line(bytes);
+    char best = ',';
+    for (const char c : {',', ';', '\t', '|'})
+        if (count_outside_quotes(line, c) > count_outside_quotes(line, best)) best = c;
+    return best;
+}
+
+/* Moves over one character and keeps count of lines. */
+static void step(Walk *walk)
+{
+    const bool newline = *walk->at++ == '\n';
+    if (!newline) return;
+    walk->line++;
+    walk->begin = walk->at;
+}
+
+/* The field behind an opening quote. */
+static std::string_view take_quoted(TableScan *scan, Place place, std::string *copy)
+{
+    Walk *const walk = &scan->walk;
+    const char *begin = ++walk->at;
+    copy->clear();
+    for (; walk->at < walk->end; step(walk)) {
+        if (*walk->at != '"') continue;
+        const std::string_view piece(begin, static_cast<size_t>(walk->at - begin));
+        walk->at++;
+        if (walk->at == walk->end || *walk->at != '"') {
+            if (copy->empty()) return piece;
+            return *copy += piece;
+        }
+        *copy += piece;
+        begin = walk->at; // the second quote of two is kept
+    }
+    bad_input(*scan->members.builder.budget, place, "a quoted field has no closing quote");
+}
+
+static bool is_field_blank(char c)
+{
+    return c == ' ' || c == '\r' || c == '\t';
+}
+
+static void skip_field_blanks(TableScan *scan)
+{
+    Walk *const walk = &scan->walk;
+    while (walk->at < walk->end && *walk->at != scan->separator && is_field_blank(*walk->at))
+        walk->at++;
+}
+
+/* The field up to the next separator or newline, without blanks at its end. */
+static std::string_view take_plain(TableScan *scan)
+{
+    Walk *const walk = &scan->walk;
+    const char *const begin = walk->at;
+    const char separator = scan->separator;
+    while (walk->at < walk->end && *walk->at != separator && *walk->at != '\n') walk->at++;
+    const char *end = walk->at;
+    while (end > begin && is_field_blank(end[-1])) end--;
+    return {begin, static_cast<size_t>(end - begin)};
+}
+
+/* One field, with its separator if there is one; false at the last of the row. */
+static bool take_field(TableScan *scan)
+{
+    Walk *const walk = &scan->walk;
+    skip_field_blanks(scan);
+    TableField field = {{}, place_of(*walk), walk->at < walk->end && *walk->at == '"'};
+    const size_t column = scan->row.size();
+    if (column >= scan->copies.size()) scan->copies.resize(column + 1);
+    if (field.quoted) {
+        field.text = take_quoted(scan, field.place, &scan->copies[column]);
+        skip_field_blanks(scan);
+    } else {
+        field.text = take_plain(scan);
+    }
+    if (column < MOST_COLUMNS) scan->row.push_back(field);
+    if (line_ended(*walk)) return false;
+    if (*walk->at != scan->separator)
+        bad_input(*scan->members.builder.budget, place_of(*walk), "%s behind a closing quote",
+                  shown_here(*walk).c_str());
+    walk->at++;
+    return true;
+}
+
+/* The next row that is not blank; false at the end of the text. */
+static bool take_row(TableScan *scan)
+{
+    skip_space(&scan->walk);
+    if (scan->separator == '\t') { // blanks at the begin of a row may be separators
+        while (scan->walk.at > scan->walk.begin && is_walk_blank(scan->walk.at[-1]))
+            scan->walk.at--;
+    }
+    if (text_ended(scan->walk)) return false;
+    scan->row.clear();
+    while (take_field(scan)) continue;
+    next_line(&scan->walk);
+    return true;
+}
+
+static bool is_number(std::string_view text)
+{
+    return !text.empty() && text.find_first_not_of("0123456789.+-eE") == std::string_view::npos;
+}
+
+static bool is_absent(const TableField &field)
+{
+    return field.text.empty() && !field.quoted;
+}
+
+static void add_row(TableScan *scan)
+{
+    Member member;
+    if (scan->row.size() < 2)
+        bad_input(*scan->members.builder.budget, scan->row[0].place,
+                  "the row has one field; fields are separated by %s",
+                  scan->separator == '\t' ? "a tab" : shown_text({&scan->separator, 1}).c_str());
+    const size_t ncolumns = std::min(scan->row.size(), scan->roles.size());
+    for (size_t i = 0; i < ncolumns; i++)
+        if (!is_absent(scan->row[i]))
+            member.words[scan->roles[i]] = {scan->row[i].text, scan->row[i].place};
+    add_member(&scan->members, member);
+}
+
+/* Roles by the names of the columns; unnamed ones are the first columns that are left. */
+static std::vector<Role> roles_by_name(const std::vector<TableField> &row)
+{
+    std::vector<Role> roles;
+    bool taken[NROLES] = {};
+    for (const TableField &field : row) {
+        Role role = role_of_name(field.text);
+        if (taken[role]) role = ROLE_NONE; // the first column of a role has it
+        taken[role] = true;
+        roles.push_back(role);
+    }
+    for (const Role role : {ROLE_NET, ROLE_VERTEX}) {
+        const auto left = std::find(roles.begin(), roles.end(), ROLE_NONE);
+        if (!taken[role] && left != roles.end()) *left = role;
+    }
+    return roles;
+}
+
+static bool names_columns(const std::vector<TableField> &row)
+{
+    return std::any_of(row.begin(), row.end(), [](const TableField &field) {
+        const Role role = role_of_name(field.text);
+        return role == ROLE_NET || role == ROLE_VERTEX;
+    });
+}
+
+/* The first two columns hold words in the first row and numbers in the second. */
+static bool stands_above_numbers(const std::vector<bool> &numbers, const TableScan &scan)
+{
+    bool above = false;
+    for (size_t i = 0; i < 2 && i < numbers.size() && i < scan.row.size(); i++)
+        above = above || (!numbers[i] && is_number(scan.row[i].text));
+    return above;
+}
+
+static void tell_header(const TableScan &scan, const std::vector<std::string> &names)
+{
+    std::string text = "the first line is a header: ";
+    std::string ignored;
+    for (size_t i = 0; i < names.size() && i < scan.roles.size(); i++) {
+        if (scan.roles[i] == ROLE_NET) text += "hyperedges are in column " + names[i] + ", ";
+        if (scan.roles[i] == ROLE_NONE) ignored += (ignored.empty() ? "" : ", ") + names[i];
+    }
+    for (size_t i = 0; i < names.size() && i < scan.roles.size(); i++)
+        if (scan.roles[i] == ROLE_VERTEX) text += "vertices in column " + names[i];
+    if (!ignored.empty()) text += "; left out: " + ignored;
+    tell_note(scan.members.builder.findings, {1, 1}, text);
+}
+
+static std::vector<std::string> shown_row(const TableScan &scan)
+{
+    std::vector<std::string> names;
+    for (const TableField &field : scan.row) names.push_back(shown_text(field.text));
+    return names;
+}
+
+/* Settles what the columns are; afterwards the row at hand is the first of the data, if any. */
+static bool begin_table(TableScan *scan)
+{
+    const Walk begin = scan->walk;
+    if (!take_row(scan)) return false;
+    const std::vector<std::string> names = shown_row(*scan);
+    const bool named = names_columns(scan->row);
+    scan->roles = roles_by_name(scan->row);
+    std::vector<bool> numbers;
+    for (const TableField &field : scan->row) numbers.push_back(is_number(field.text));
+    const bool more = take_row(scan);
+    if (named || (more && stands_above_numbers(numbers, *scan))) {
+        tell_header(*scan, names);
+        return more;
+    }
+    scan->roles = {ROLE_NET, ROLE_VERTEX, ROLE_NET_WEIGHT};
+    scan->walk = begin; // the first row is of the data
+    return take_row(scan);
+}
+
+static Hypergraph read_table(std::string_view bytes, char separator, Findings *findings,
+                             Budget *budget)
+{
+    TableScan scan = {walk_over(bytes), separator, {}, {}, {}, open_members(findings, budget)};
+    for (bool more = begin_table(&scan); more; more = take_row(&scan)) add_row(&scan);
+    return finish_members(&scan.members);
+}
+
+Hypergraph read_csv(std::string_view bytes, const Reading &, Findings *findings, Budget *budget)
+{
+    return read_table(bytes, find_separator(bytes), findings, budget);
+}
+
+Hypergraph read_tsv(std::string_view bytes, const Reading &, Findings *findings, Budget *budget)
+{
+    return read_table(bytes, '\t', findings, budget);
+}
