@@ -382,7 +382,7 @@ class Progress(Case):
         self.example("mult16.hgr")
         seen, output = self.on_terminal(*self.WORDS)
         figures = (
-            r"(\d+) %(?:, \d+ s left)?, (\d) of 3 starts(?:, (cut|bisection) (\d+))?, "
+            r"(\d+) %(?:, [\dhdays :]+ left)?, (\d) of 3 starts(?:, (cut|bisection) (\d+))?, "
             r"(\d+) of 90 runs, (\d+\.\d) s"
         )
         shown = [re.fullmatch(figures, line).groups() for line in self.lines(seen)]
@@ -405,7 +405,7 @@ class Progress(Case):
         words = ("partition", "mult16.hgr", "-k", "4", "--time", "1.5")
         lines = self.lines(self.on_terminal(*words)[0])
         figures = (
-            r"(\d+) %(?:, \d+ s left)?(?:, best (\d+) by (\w+)|, cut \d+)?, (\d+) jobs, "
+            r"(\d+) %(?:, [\dhdays :]+ left)?(?:, best (\d+) by (\w+)|, cut \d+)?, (\d+) jobs, "
             r"(\d+\.\d) s"
         )
         shown = [re.fullmatch(figures, line).groups() for line in lines]
