@@ -11,6 +11,8 @@ Status run_verify(const Settings &settings);
 Status run_lint(const Settings &settings);
 Status run_stats(const Settings &settings);
 Status run_replay(const Settings &settings);
+Status run_convert(const Settings &settings);
+Status run_annotate(const Settings &settings);
 
 /* What the table of options becomes besides the parser. */
 std::string help_of(const CommandRow &command);

@@ -50,15 +50,30 @@ static void check_findings(const Settings &settings, const std::string &name,
          forcible ? "; --force goes on without what is lost" : "");
 }
 
-Hypergraph read_hypergraph(const Settings &settings, const Reading &reading, Findings *findings)
+Source read_source(const Settings &settings, const Reading &reading, Findings *findings)
 {
     Budget budget = budget_for(settings, settings.hypergraph);
-    Hypergraph graph = or_fail([&] {
-        const Bytes bytes = read_bytes(settings.hypergraph, &budget);
-        return read_any(view_of(bytes), format_of(settings), reading, findings, &budget);
+    Source source = or_fail([&] {
+        Bytes bytes = read_bytes(settings.hypergraph, &budget);
+        Hypergraph graph =
+            read_any(view_of(bytes), format_of(settings), reading, findings, &budget);
+        return Source{std::move(bytes), std::move(graph)};
     });
     check_findings(settings, settings.hypergraph, *findings);
-    return graph;
+    return source;
+}
+
+Hypergraph read_hypergraph(const Settings &settings, const Reading &reading, Findings *findings)
+{
+    return read_source(settings, reading, findings).graph;
+}
+
+std::string format_names(bool (*holds)(const FormatRow &row))
+{
+    std::string names;
+    for (const FormatRow &row : format_rows())
+        if (holds(row)) names.append(names.empty() ? "" : ", ").append(row.name);
+    return names;
 }
 
 static void tell_count(const std::string &name, int64_t count, const char *what)

@@ -37,6 +37,16 @@ const FormatRow *format_of(const Settings &settings);
  * Errors  STATUS_BAD_INPUT with the finding for which it is refused */
 Hypergraph read_hypergraph(const Settings &settings, const Reading &reading, Findings *findings);
 
+/* The same with the bytes of its file. */
+struct Source {
+    Bytes bytes;
+    Hypergraph graph;
+};
+Source read_source(const Settings &settings, const Reading &reading, Findings *findings);
+
+/* The names of the formats of which something holds, with commas. */
+std::string format_names(bool (*holds)(const FormatRow &row));
+
 /* Says on standard error that there were errors, overcome by force, or warnings. */
 void tell_warnings(const std::string &name, const Findings &findings);
 

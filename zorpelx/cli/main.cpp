@@ -35,6 +35,10 @@ static Status run_command(Command command, const Settings &settings)
         return run_lint(settings);
     case REPLAY:
         return run_replay(settings);
+    case CONVERT:
+        return run_convert(settings);
+    case ANNOTATE:
+        return run_annotate(settings);
     default:
         return run_stats(settings);
     }

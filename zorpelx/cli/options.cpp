@@ -44,6 +44,19 @@ static std::vector<Choice> reading_choices()
 }
 static const std::vector<Choice> READ_FORMATS = reading_choices();
 
+/* The formats into which something is written. */
+static std::vector<Choice> writing_choices()
+{
+    std::vector<Choice> choices = {{"auto", TO_NAME}};
+    const std::span<const FormatRow> rows = format_rows();
+    for (size_t i = 0; i < rows.size(); i++)
+        if (rows[i].write != nullptr || rows[i].annotate != nullptr)
+            choices.push_back({rows[i].name, static_cast<int64_t>(i)});
+    choices.push_back({nullptr, 0});
+    return choices;
+}
+static const std::vector<Choice> WRITTEN_FORMATS = writing_choices();
+
 /* Measured: docs/OPTIONS.md. 1WayFM wants several runs, and V-cycles are what sees large
  * hyperedges, so fast has both; several starts of ten runs use more processors than many runs. */
 const PresetRow PRESET_ROWS[] = {
@@ -80,9 +93,18 @@ const std::vector<CommandRow> COMMANDS = {
      "first; if one is not the file of the record, nothing is run.\n"
      "The partition and the other files are looked for beside the record. A record that time or "
      "memory cut short says so: running again may then give something else."},
+    {CONVERT, "convert", "Write a hypergraph in another format.",
+     "What the format does not keep is told. Where weights, fixed vertices, groups or vertices "
+     "would be lost, which makes another problem of it, nothing is written without --force. "
+     "docs/FORMATS.md has a table of what each format keeps."},
+    {ANNOTATE, "annotate", "Write a partition back where its hypergraph came from.",
+     "A table of names and parts, or a file of the hypergraph's own format with the parts in it. "
+     "For a Matrix Market file: the matrix permuted to bordered block diagonal form, and beside it "
+     "the part of each entry (ending .distribution.mtx) and the old number of each new row and "
+     "column (.rows, .columns)."},
 };
 
-constexpr unsigned READERS = PARTITION | VERIFY | LINT | STATS;
+constexpr unsigned READERS = PARTITION | VERIFY | LINT | STATS | CONVERT | ANNOTATE;
 
 const std::vector<OptionRow> OPTIONS = {
     {GLOBAL, "--man", "", &Settings::man, "", 0, 0, nullptr, "print the manual page and end"},
@@ -90,8 +112,8 @@ const std::vector<OptionRow> OPTIONS = {
      "print the completion of a shell and end"},
     {REPLAY, "RECORD", "FILE", &Settings::record, nullptr, 0, 0, nullptr,
      "record of the run, written by partition --record"},
-    {PARTITION | VERIFY | STATS | REPLAY, "HYPERGRAPH", "FILE", &Settings::hypergraph, nullptr, 0,
-     0, nullptr,
+    {PARTITION | VERIFY | STATS | REPLAY | CONVERT | ANNOTATE, "HYPERGRAPH", "FILE",
+     &Settings::hypergraph, nullptr, 0, 0, nullptr,
      "hypergraph, in a format of --from, plain or compressed (.gz, .zst, .xz, .bz2); - for "
      "standard "
      "input"},
@@ -99,6 +121,14 @@ const std::vector<OptionRow> OPTIONS = {
      "hypergraph, in a format of --from, plain or compressed (.gz, .zst, .xz, .bz2); - for "
      "standard "
      "input"},
+    {CONVERT, "OUTPUT", "FILE", &Settings::output, nullptr, 0, 0, nullptr,
+     "file to be written; - for standard output"},
+    {ANNOTATE, "PARTITION", "FILE", &Settings::partition, nullptr, 0, 0, nullptr,
+     "partition file: the part of each vertex"},
+    {ANNOTATE, "-k,--nparts", "K", &Settings::nparts, "", 2, 1000000, nullptr,
+     "number of parts; otherwise one more than the highest of the partition file"},
+    {ANNOTATE, "-o,--output", "FILE", &Settings::output, "", 0, 0, nullptr,
+     "file to be written; otherwise standard output"},
     {VERIFY, "PARTITION", "FILE", &Settings::partition, "", 0, 0, nullptr,
      "partition file: the part of each vertex; with --record otherwise the one that it names"},
     {VERIFY | LINT, "FIX", "FILE", &Settings::fix, "", 0, 0, nullptr,
@@ -186,10 +216,10 @@ const std::vector<OptionRow> OPTIONS = {
      "memory that reading a file may take, and then one start; 0 for no cap"},
     {REPLAY, "-o,--output", "FILE", &Settings::output, "", 0, 0, nullptr,
      "write the partition there as well; - for standard output"},
-    {VERIFY | LINT | STATS, "--timeout", "SECONDS", &Settings::timeout, "0", 0, 1000000000, nullptr,
-     "give up reading so long after the begin; 0 for no deadline"},
-    {VERIFY | LINT | STATS, "--memory", "MIB", &Settings::memory, "0", 0, INT_MAX, nullptr,
-     "memory that reading a file may take; 0 for no cap"},
+    {VERIFY | LINT | STATS | CONVERT | ANNOTATE, "--timeout", "SECONDS", &Settings::timeout, "0", 0,
+     1000000000, nullptr, "give up reading so long after the begin; 0 for no deadline"},
+    {VERIFY | LINT | STATS | CONVERT | ANNOTATE, "--memory", "MIB", &Settings::memory, "0", 0,
+     INT_MAX, nullptr, "memory that reading a file may take; 0 for no cap"},
     {PARTITION, "-o,--output", "FILE", &Settings::output, "", 0, 0, nullptr,
      "partition file; - for standard output; otherwise HYPERGRAPH.part.K, without the ending of a "
      "compression, and "
@@ -204,7 +234,9 @@ const std::vector<OptionRow> OPTIONS = {
     {PARTITION, "--force", "", &Settings::force, "", 0, 0, nullptr,
      "go on if no partition can be within --ubfactor, and without the vertices or weights that "
      "reading a file loses"},
-    {VERIFY | STATS, "--force", "", &Settings::force, "", 0, 0, nullptr,
+    {CONVERT, "--force", "", &Settings::force, "", 0, 0, nullptr,
+     "go on without what reading the file loses and the format of the output does not keep"},
+    {VERIFY | STATS | ANNOTATE, "--force", "", &Settings::force, "", 0, 0, nullptr,
      "go on without the vertices or weights that reading a file loses"},
     {LINT, "--force", "", &Settings::force, "", 0, 0, nullptr,
      "with --fix: write a clean file although vertices or weights are lost"},
@@ -232,8 +264,8 @@ const std::vector<OptionRow> OPTIONS = {
     {LINT, "--limit", "N", &Settings::limit, "20", 0, INT_MAX, nullptr,
      "show so many findings of each rule; 0 for all"},
     {VERIFY, "--format", "FORMAT", &Settings::format, "text", 0, 0, FORMATS, "form of the answer"},
-    {LINT | STATS | REPLAY, "--format", "FORMAT", &Settings::format, "text", 0, 0, TEXT_OR_JSON,
-     "form of the answer"},
+    {LINT | STATS | REPLAY | CONVERT | ANNOTATE, "--format", "FORMAT", &Settings::format, "text", 0,
+     0, TEXT_OR_JSON, "form of the answer"},
     {READERS, "--lines", "HOW", &Settings::lines, "whole", 0, 0, LINES,
      "what to do with lines of more than 131071 characters; whole reads them as one, pieces as "
      "zorpel does"},
@@ -242,13 +274,18 @@ const std::vector<OptionRow> OPTIONS = {
     {READERS, "--from", "FORMAT", &Settings::from, "auto", 0, 0, READ_FORMATS.data(),
      "format of the file with the hypergraph; auto tells it by its content; 0 and 1 mean --first 0 "
      "and --first 1"},
+    {CONVERT, "--to", "FORMAT", &Settings::to, "auto", 0, 0, WRITTEN_FORMATS.data(),
+     "format of the output; auto tells it by the ending of its name"},
+    {ANNOTATE, "--to", "FORMAT", &Settings::to, "auto", 0, 0, WRITTEN_FORMATS.data(),
+     "format of the output; auto takes that of the hypergraph if parts can be written into it, "
+     "otherwise csv"},
     {READERS, "--model", "NAME", &Settings::model, "", 0, 0, nullptr,
      "which hypergraph is made of a matrix: row-net, column-net or fine-grain; of a formula: "
      "primal, dual or literal; otherwise the first of these"},
-    {PARTITION | LINT, "--strict", "", &Settings::strict, "", 0, 0, nullptr,
+    {PARTITION | LINT | CONVERT | ANNOTATE, "--strict", "", &Settings::strict, "", 0, 0, nullptr,
      "take warnings for errors"},
-    {PARTITION | VERIFY | LINT | REPLAY, "-q,--quiet", "", &Settings::quiet, "", 0, 0, nullptr,
-     "print nothing but errors and what was asked for"},
+    {PARTITION | VERIFY | LINT | CONVERT | ANNOTATE | REPLAY, "-q,--quiet", "", &Settings::quiet,
+     "", 0, 0, nullptr, "print nothing but errors and what was asked for"},
 };
 
 int64_t first_vertex(const Settings &settings)

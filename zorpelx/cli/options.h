@@ -20,13 +20,23 @@ struct Settings {
     std::string capacities, start, together;
     std::string output, json, record, report, clean, map, explain;
     std::string model;
+    int64_t to;
     int64_t limit;
     bool quiet, strict, force, list_cut, notes, man;
     int64_t completion;
     std::vector<bool> given; // by row of the table: the command line has it
 };
 
-enum Command { PARTITION = 1, VERIFY = 2, LINT = 4, STATS = 8, GLOBAL = 16, REPLAY = 32 };
+enum Command {
+    PARTITION = 1,
+    VERIFY = 2,
+    LINT = 4,
+    STATS = 8,
+    GLOBAL = 16,
+    REPLAY = 32,
+    CONVERT = 1 << 20,
+    ANNOTATE = 1 << 21
+};
 
 /* Commands of zorpelx-mpi; its options are the rows of these and of the zorpelx command alike. */
 constexpr unsigned CLUSTER_PARTITION = 1u << 28, CLUSTER_VERIFY = 1u << 29;
@@ -78,6 +88,7 @@ extern const PresetRow PRESET_ROWS[NPRESETS];
 enum Progress { PROGRESS_AUTO, PROGRESS_ALWAYS, PROGRESS_NEVER };
 /* Values of --from: below 0 no format is chosen, from 0 on the row of the table of formats. The
  * numbers 0 and 1 are an older spelling of --first. */
+enum To { TO_NAME = -1 };
 enum From { FROM_FIRST_1 = -3, FROM_FIRST_0 = -2, FROM_CONTENT = -1 };
 enum Shell { SHELL_NONE, SHELL_BASH, SHELL_ZSH };
 enum Format { FORMAT_TEXT, FORMAT_JSON, FORMAT_CSV };

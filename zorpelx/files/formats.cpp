@@ -17,6 +17,7 @@
 #include "read_yosys.h"
 #include "write_hgr.h"
 #include "write_hif.h"
+#include "write_mtx.h"
 #include "write_table.h"
 #include "zorpelx.h"
 
@@ -26,9 +27,10 @@ static Hypergraph read_hgr(std::string_view bytes, const Reading &reading, Findi
     return scan_hypergraph(bytes, reading, findings, budget);
 }
 
+/* A hyperedge without vertices would be a blank line, which readers refuse. */
 static std::string write_hgr(const Hypergraph &graph, Budget *)
 {
-    return hgr_text(graph);
+    return hgr_text(with_nets(graph, [&](int64_t e) { return net_size(graph, e) > 0; }));
 }
 
 /* Of several rows that are certain or alike the first is taken. */
@@ -36,7 +38,7 @@ constexpr FormatRow TABLE[] = {
     {"hgr", "hypergraph file", ".hgr", "", nullptr, read_hgr, write_hgr, nullptr,
      KEEPS_VERTEX_WEIGHTS | KEEPS_NET_WEIGHTS | KEEPS_ISLANDS},
     {"mtx", "Matrix Market file", ".mtx .mm", "row-net column-net fine-grain", recognise_mtx,
-     read_mtx, nullptr, nullptr, 0},
+     read_mtx, nullptr, annotate_mtx, 0, true},
     {"cnf", "DIMACS CNF file", ".cnf .dimacs", "primal dual literal", recognise_cnf, read_cnf,
      nullptr, nullptr, 0},
     {"yosys", "Yosys netlist", ".json", "", recognise_yosys, read_yosys, nullptr, nullptr, 0},
@@ -160,25 +162,25 @@ static bool has_empty_nets(const Hypergraph &graph)
     return false;
 }
 
-std::vector<std::string> lost_by(const FormatRow &row, const Hypergraph &graph)
+std::vector<Lost> lost_by(const FormatRow &row, const Hypergraph &graph)
 {
     const struct {
         unsigned bit;
         bool there;
-        const char *what;
+        Lost lost;
     } features[] = {
-        {KEEPS_VERTEX_NAMES, count_names(graph.vertexnames) > 0, "names of vertices"},
-        {KEEPS_NET_NAMES, count_names(graph.netnames) > 0, "names of hyperedges"},
-        {KEEPS_VERTEX_WEIGHTS, graph.vertexweights, "weights of vertices"},
-        {KEEPS_NET_WEIGHTS, graph.netweights, "weights of hyperedges"},
-        {KEEPS_KINDS, has_entries(graph.kind), "kinds of vertices"},
-        {KEEPS_FIXED, has_entries(graph.fixed), "fixed vertices"},
-        {KEEPS_GROUPS, has_entries(graph.group), "groups of vertices"},
-        {KEEPS_ISLANDS, has_islands(graph), "vertices in no hyperedge"},
-        {KEEPS_EMPTY_NETS, has_empty_nets(graph), "hyperedges without vertices"},
+        {KEEPS_VERTEX_NAMES, count_names(graph.vertexnames) > 0, {"names of vertices", false}},
+        {KEEPS_NET_NAMES, count_names(graph.netnames) > 0, {"names of hyperedges", false}},
+        {KEEPS_VERTEX_WEIGHTS, graph.vertexweights, {"weights of vertices", true}},
+        {KEEPS_NET_WEIGHTS, graph.netweights, {"weights of hyperedges", true}},
+        {KEEPS_KINDS, has_entries(graph.kind), {"kinds of vertices", false}},
+        {KEEPS_FIXED, has_entries(graph.fixed), {"fixed vertices", true}},
+        {KEEPS_GROUPS, has_entries(graph.group), {"groups of vertices", true}},
+        {KEEPS_ISLANDS, has_islands(graph), {"vertices in no hyperedge", true}},
+        {KEEPS_EMPTY_NETS, has_empty_nets(graph), {"hyperedges without vertices", false}},
     };
-    std::vector<std::string> lost;
+    std::vector<Lost> lost;
     for (const auto &feature : features)
-        if (feature.there && (row.keeps & feature.bit) == 0) lost.push_back(feature.what);
+        if (feature.there && (row.keeps & feature.bit) == 0) lost.push_back(feature.lost);
     return lost;
 }

@@ -82,6 +82,7 @@ struct FormatRow {
     WriteFormat write;         // null: is read only
     AnnotateFormat annotate;   // null: parts are not written back into it
     unsigned keeps;            // by write
+    bool needs_own = false;    // annotate: the hypergraph must come from this format
 };
 
 /* All of them, zorpel's own first. */
@@ -103,7 +104,11 @@ const FormatRow *format_of_suffix(const std::string &path);
 Hypergraph read_any(std::string_view bytes, const FormatRow *row, const Reading &reading,
                     Findings *findings, Budget *budget);
 
-/* What the hypergraph has and the format does not keep, such as "names of hyperedges". */
-std::vector<std::string> lost_by(const FormatRow &row, const Hypergraph &graph);
+/* What the hypergraph has and the format does not keep. */
+struct Lost {
+    const char *what; // "names of hyperedges"
+    bool matters;     // what is left is another problem
+};
+std::vector<Lost> lost_by(const FormatRow &row, const Hypergraph &graph);
 
 #endif
