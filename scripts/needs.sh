@@ -66,6 +66,10 @@ note_missing_for_tests() {
     if ! /usr/bin/python3 -c 'import numpy, scipy' 2>/dev/null; then
         MISSING="$MISSING python3-numpy python3-scipy"
     fi
+    # A solver says whether formulas are read as they are written.
+    if lacks cadical; then
+        MISSING="$MISSING cadical"
+    fi
     # The wheel is built and installed without a network.
     if ! /usr/bin/python3 -c 'import setuptools, wheel, venv, ensurepip, pip' 2>/dev/null; then
         MISSING="$MISSING python3-pip python3-setuptools python3-venv python3-wheel"

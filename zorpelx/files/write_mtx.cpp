@@ -92,7 +92,8 @@ static std::string negated(std::string_view value)
 {
     if (!value.empty() && value[0] == '-') return std::string(value.substr(1));
     if (!value.empty() && value[0] == '+') value.remove_prefix(1);
-    return "-" + std::string(value);
+    std::string text(1, '-');
+    return text += value;
 }
 
 /* The values of the entry across the diagonal. */
@@ -105,8 +106,10 @@ static std::string mirrored(const MtxKind &kind, std::string_view values)
         blank == std::string_view::npos
             ? std::string_view()
             : values.substr(std::min(values.find_first_not_of(" \t", blank), values.size()));
-    const std::string first = kind.symmetry == "hermitian" ? std::string(real) : negated(real);
-    return imaginary.empty() ? first : first + " " + negated(imaginary);
+    std::string text = kind.symmetry == "hermitian" ? std::string(real) : negated(real);
+    if (imaginary.empty()) return text;
+    text += ' ';
+    return text += negated(imaginary);
 }
 
 /* Calls work(row, column, values) for each entry, mirrored ones behind their own. */
