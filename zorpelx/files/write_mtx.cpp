@@ -246,8 +246,8 @@ static std::string distribution_text(const Hypergraph &graph, const Annotation &
     const bool fine = from.model == "fine-grain", by_row = from.model == "column-net";
     const std::vector<int64_t> sorted = fine ? sorted_entries(from) : std::vector<int64_t>();
     std::string text = "%%MatrixMarket matrix coordinate integer general\n"
-                       "% the value of an entry is 1 + its part\n" +
-                       sizes_text(kind, nentries);
+                       "% the value of an entry is 1 + its part\n";
+    text += sizes_text(kind, nentries);
     for_each_entry(
         annotation.original, budget, [&](int32_t row, int32_t column, const std::string &) {
             const int64_t v = fine ? find_entry(from, sorted, row, column) : by_row ? row : column;
@@ -260,7 +260,8 @@ static std::string permuted_text(const Annotation &annotation, const MtxKind &ki
                                  int64_t nentries, const MtxSide &rows, const MtxSide &columns,
                                  const Budget &budget)
 {
-    std::string text = "%%MatrixMarket matrix coordinate " + kind.field + " general\n";
+    std::string text =
+        text_of("%%%%MatrixMarket matrix coordinate %s general\n", kind.field.c_str());
     put_blocks(&text, rows, columns, annotation.nparts);
     text += sizes_text(kind, nentries);
     for_each_entry(annotation.original, budget,

@@ -317,7 +317,7 @@ class Tables(Formats):
             ("a.csv", "2:5", "'-1', the weight, is not a whole number from 0", "a,b,1\nc,d,-1\n"),
             ("a.csv", "3:1", "the row has one field", "a,b\nc,d\ne\n"),
             ("a.jsonl", "2:2", "a string has no closing quote", '["a", "b"]\n["a\n'),
-            ("a.jsonl", "1:3", "where a value should be", '[[],2]\n'),
+            ("a.jsonl", "1:2", "where a value should be", '[[],2]\n'),
             ("a.jsonl", "1:8", "'x' where the end of the line", '["a",1]x\n{"a":2}\n'),
             ("a.edges", "2:2", "the line ends where a second vertex", "a b\nc\n"),
             ("a.edges", "1:5", "'1.5' where a weight", "a b 1.5\n"),
