@@ -196,7 +196,7 @@ static void open_match(const benchmark::State &state, MatchData *data)
 static void match(MatchData *data)
 {
     const MatchWork work = {data->perm.data(), data->htable.data(), data->vpairs.data()};
-    Match_EdgesStars__(&data->ctrl, data->graph, &work, 0);
+    Match_EdgesStars__(&data->ctrl, data->graph, &work, VisitOrder::by_degree);
 }
 
 static void drop_coarser(HGraph *graph)

@@ -68,23 +68,25 @@ static CoarsenWork open_work(const HGraph *graph, bool restricted)
 /* level counts the contractions made so far in this call. */
 static void match_level(PartCtrl *ctrl, HGraph *graph, const MatchWork *work, int level, bool slow)
 {
-    switch (ctrl->CType) {
+    switch (match_scheme(ctrl)) {
     case CTYPE_HFC:
-        Match_EdgesStars__(ctrl, graph, work, level < STRENGTH_LEVELS ? 1 : 0);
+        Match_EdgesStars__(ctrl, graph, work,
+                           level < STRENGTH_LEVELS ? VisitOrder::by_strength
+                                                   : VisitOrder::by_degree);
         return;
     case CTYPE_FC:
-        Match_EdgesStars__(ctrl, graph, work, 0);
+        Match_EdgesStars__(ctrl, graph, work, VisitOrder::by_degree);
         return;
     case CTYPE_GFC:
-        Match_EdgesStars__(ctrl, graph, work, 1);
+        Match_EdgesStars__(ctrl, graph, work, VisitOrder::by_strength);
         return;
     case CTYPE_HEDGE:
     case CTYPE_HEDGE_ONLY:
     case CTYPE_HEDGE_EDGE:
         if (slow) break;
-        if (ctrl->CType == CTYPE_HEDGE)
+        if (match_scheme(ctrl) == CTYPE_HEDGE)
             Match_Hedges_PHedges_Edges__(ctrl, graph, work);
-        else if (ctrl->CType == CTYPE_HEDGE_ONLY)
+        else if (match_scheme(ctrl) == CTYPE_HEDGE_ONLY)
             Match_Hedges__(ctrl, graph, work);
         else
             Match_Hedges_Edges__(ctrl, graph, work);
@@ -135,9 +137,9 @@ static void carry_partition(HGraph *graph, const CoarsenWork *work)
 static void match_restricted(PartCtrl *ctrl, HGraph *graph, const CoarsenWork *work)
 {
     HEAVY_ASSERT(cut_nets_ok(graph));
-    if (ctrl->CType == RESTRICTED_STARS)
+    if (restricted_scheme(ctrl) == RESTRICTED_STARS)
         CMatch_EdgesStars__(ctrl, graph, graph->where, &work->match);
-    else if (ctrl->CType == RESTRICTED_EDGES)
+    else if (restricted_scheme(ctrl) == RESTRICTED_EDGES)
         CMatch_Edges__(ctrl, graph, graph->where, &work->match);
     else
         errexit__("Unknown matching type! %d\n", ctrl->CType);
@@ -190,7 +192,7 @@ static HGraph *coarsen_chain(PartCtrl *ctrl, HGraph *graph, bool restricted)
         graph = coarsen_level(ctrl, graph, &work, level, slow, restricted);
         if (trace) trace_level(ctrl, graph);
         if (!slow_progress(graph->finer, graph, ratio)) continue;
-        aborted = restricted || slow || ctrl->CType == CTYPE_EDGE;
+        aborted = restricted || slow || match_scheme(ctrl) == CTYPE_EDGE;
         if (aborted) {
             if (trace)
                 print_trace(ctrl, "\nSlow progress in coarsening. Aborted at %d nodes\n\n",

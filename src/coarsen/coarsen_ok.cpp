@@ -1,4 +1,9 @@
-/* coarsen/coarsen_ok.cpp: the invariants of matching's records, tested from scratch. */
+/* coarsen/coarsen_ok.cpp: the invariants of matching's records, tested from scratch.
+ *
+ * The search for partners, the marks of cut hyperedges, bare lists, and the two kinds of groups.
+ * Each predicate reads the record alone and compares it with what the level's pin lists say; none
+ * is in a release library.
+ */
 #include <vector>
 
 #include "coarsen/coarsen.h"

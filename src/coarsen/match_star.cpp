@@ -151,7 +151,7 @@ static void list_groups(HGraph *graph, int ngroups)
 
 template <bool Restricted>
 static void match_stars(PartCtrl *ctrl, HGraph *graph, const int *where, const MatchWork *work,
-                        bool bystrength)
+                        VisitOrder order)
 {
     const size_t n = static_cast<size_t>(graph->ncells);
     graph->cellmap = ismalloc__(n, SINGLE, "Match_Edges: graph->cellmap");
@@ -159,9 +159,10 @@ static void match_stars(PartCtrl *ctrl, HGraph *graph, const int *where, const M
     graph->mind = imalloc__(n, "Match_Edges: graph->mind");
     int *wgts = ismalloc__(n + 1, 0, "Match_EdgesStars: wgts");
 
-    int *const partners = bystrength ? graph->mind : nullptr; // mind is filled when all is joined
+    // mind is filled when all is joined
+    int *const partners = order == VisitOrder::by_strength ? graph->mind : nullptr;
     start_timer(ctrl, TIME_AUX3);
-    if (bystrength)
+    if (order == VisitOrder::by_strength)
         order_by_strength(ctrl, graph, work, partners);
     else
         order_by_degree(ctrl, graph, work->vpairs + graph->ncells, work->vpairs, work->perm);
@@ -183,12 +184,12 @@ static void match_stars(PartCtrl *ctrl, HGraph *graph, const int *where, const M
     CreateCoarseHGraph__(ctrl, graph, stars.ngroups);
 }
 
-void Match_EdgesStars__(PartCtrl *ctrl, HGraph *graph, const MatchWork *work, int flag)
+void Match_EdgesStars__(PartCtrl *ctrl, HGraph *graph, const MatchWork *work, VisitOrder order)
 {
-    match_stars<false>(ctrl, graph, nullptr, work, flag == 1);
+    match_stars<false>(ctrl, graph, nullptr, work, order);
 }
 
 void CMatch_EdgesStars__(PartCtrl *ctrl, HGraph *graph, const int *where, const MatchWork *work)
 {
-    match_stars<true>(ctrl, graph, where, work, false);
+    match_stars<true>(ctrl, graph, where, work, VisitOrder::by_degree);
 }

@@ -22,12 +22,14 @@ struct Stars {
 };
 bool stars_ok(const PartCtrl *ctrl, const HGraph *graph, const Stars *stars);
 
+/* In which order vertices look for a partner: by increasing degree, or by strength of their best
+ * connection, strongest first. */
+enum class VisitOrder { by_degree, by_strength };
+
 /* Lets each free vertex join its most strongly connected neighbour, grouped or not, until 40 % of
  * the vertices have joined one, and contracts (graph->coarser).
- *   flag  in  1: visit vertices by strength of their best connection, strongest first; 0: by
- *             increasing degree
  * Fixed vertices stay alone. Charges "Aux3" (order) and "Aux4" (matching). */
-void Match_EdgesStars__(PartCtrl *ctrl, HGraph *graph, const MatchWork *work, int flag);
+void Match_EdgesStars__(PartCtrl *ctrl, HGraph *graph, const MatchWork *work, VisitOrder order);
 
 /* By degree and within the parts of where, ignoring hyperedges above ctrl->maxnetsize pins. */
 void CMatch_EdgesStars__(PartCtrl *ctrl, HGraph *graph, const int *where, const MatchWork *work);

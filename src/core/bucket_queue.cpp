@@ -1,4 +1,11 @@
-/* core/bucket_queue.cpp: opening, emptying and searching of bucket queues. */
+/* core/bucket_queue.cpp: opening, emptying and searching of bucket queues.
+ *
+ * The operations of the move loop are inline in the header, with a picture of the block. Here is
+ * what a pass does once: one block for both queues of a bisection, a node's words 0 as long as it
+ * is in no list. Emptying goes through the lists, not through the nodes, as few vertices are left
+ * in a queue at the end of a pass. The search for a vertex that fits takes the first of the best
+ * positive gain and is content with the top otherwise.
+ */
 #include "core/bucket_queue.h"
 
 #include <climits>

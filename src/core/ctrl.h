@@ -24,7 +24,7 @@ enum DebugBit {
 };
 
 /* Matching schemes; 6 and 7 are for library use only. Restricted coarsening has its own two. */
-enum MatchScheme {
+enum MatchScheme : int {
     CTYPE_HFC = 1,
     CTYPE_FC = 2,
     CTYPE_GFC = 3,
@@ -33,18 +33,18 @@ enum MatchScheme {
     CTYPE_HEDGE_ONLY = 6,
     CTYPE_HEDGE_EDGE = 7
 };
-enum RestrictedScheme { RESTRICTED_STARS = 0, RESTRICTED_EDGES = 1 };
+enum RestrictedScheme : int { RESTRICTED_STARS = 0, RESTRICTED_EDGES = 1 };
 
 /* Refinement schemes; 5 and 10 are for library use only. */
-enum RefineScheme {
+enum RefineScheme : int {
     RTYPE_FM = 1,
     RTYPE_ONEWAY = 2,
     RTYPE_EEFM = 3,
     RTYPE_FM2 = 5,
     RTYPE_NONE = 10
 };
-/* In k-way refinement the same field names the objective. */
-enum KwayObjective { RTYPE_CUT = 1, RTYPE_SOED = 2 };
+/* What k-way refinement makes small. */
+enum KwayObjective : int { OBJECTIVE_CUT = 1, OBJECTIVE_SOED = 2, OBJECTIVE_NONE = RTYPE_NONE };
 
 enum VCycleMode { VCYCLE_NO = 0, VCYCLE_END = 1, VCYCLE_FORMIN = 2, VCYCLE_ALL = 3 };
 
@@ -68,32 +68,33 @@ enum Timer {
     NTIMERS
 };
 
-constexpr int COARSEN_TO = 100;         // coarsest size of an ordinary bisection
-constexpr int VCYCLE_COARSEN_TO = 1000; // and of a V-cycle
-constexpr int MAX_NET_SIZE = 50;        // larger hyperedges stay out of coarsening
-constexpr int KWAY_POLISH_PARTS = 65;   // from this many parts on there is no k-way polish
+constexpr int COARSEN_TO = 100;               // coarsest size of an ordinary bisection
+constexpr int VCYCLE_COARSEN_TO = 1000;       // and of a V-cycle
+constexpr int MAX_NET_SIZE = 50;              // larger hyperedges stay out of coarsening
+constexpr int KWAY_POLISH_PARTS = 65;         // from this many parts on there is no k-way polish
+constexpr long long MOST_WEIGHT = 2147483646; // total of a kind of weights: 32 bits less one
 
 /*   O1  CoarsenTo, Nruns and nparts are positive, maxnetsize and MaxCellWgt not negative
  *   O2  ubfactor is not negative (no number where nothing has a weight), splitratio from 0 to 1
  *   O3  fixed, Reconst, heavycells and kwayrefine are 0 or 1, VCycle is a VCycleMode
  */
 struct PartCtrl {
-    int CoarsenTo;    // coarsening stops at about this many vertices
-    int CType;        // MatchScheme, or RestrictedScheme during a V-cycle
-    int RType;        // RefineScheme, or KwayObjective during k-way refinement
-    int Nruns;        // runs of each bisection, > 0
-    int maxnetsize;   // hyperedges with more pins are pruned before coarsening
-    float ubfactor;   // allowed imbalance: fraction of the weight, or ratio to the average (k-way)
-    int fixed;        // 1 when the part array carries pre-assignments
-    int seed;         // negative: seed from the clock
-    int dbglvl;       // sum of DebugBits
-    int Reconst;      // 1 keeps the pieces of cut hyperedges when splitting
-    int VCycle;       // VCycleMode
-    int nparts;       // parts wanted
-    int heavycells;   // 1 when some vertex outweighs the coarsening limit
-    int kwayrefine;   // 1: final k-way polish, and 20 initial trials instead of 10
-    float splitratio; // share of the weight meant for side 0 of the current bisection
-    int MaxCellWgt;   // most weight that a merged vertex may reach
+    int CoarsenTo;          // coarsening stops at about this many vertices
+    int CType;              // read by match_scheme() and restricted_scheme()
+    int RType;              // read by refine_scheme() and kway_objective()
+    int Nruns;              // runs of each bisection, > 0
+    int maxnetsize;         // hyperedges with more pins are pruned before coarsening
+    float ubfactor;         // allowed imbalance, read by side_slack() and part_ratio()
+    int fixed;              // 1 when the part array carries pre-assignments
+    int seed;               // negative: seed from the clock
+    int dbglvl;             // sum of DebugBits
+    int Reconst;            // 1 keeps the pieces of cut hyperedges when splitting
+    int VCycle;             // VCycleMode
+    int nparts;             // parts wanted
+    int heavycells;         // 1 when some vertex outweighs the coarsening limit
+    int kwayrefine;         // 1: final k-way polish, and 20 initial trials instead of 10
+    float splitratio;       // share of the weight meant for side 0 of the current bisection
+    int MaxCellWgt;         // most weight that a merged vertex may reach
     double timers[NTIMERS]; // seconds, charged under DBG_TIME
     Generator random;       // all 0: the process's; of its own if others run beside this call
     FILE *traces;           // where traces go; null: standard output
@@ -102,5 +103,44 @@ struct PartCtrl {
 
 /* Tests O1 to O3. */
 bool ctrl_ok(const PartCtrl *ctrl);
+
+/* Three fields have two readings each, one before the other in a call. A stage reads them by the
+ * routine that names its own; values that it doesn't know are for it to refuse.
+ *
+ *   field      in a bisection                     afterwards, or within it
+ *   CType      scheme of coarsening               scheme that keeps parts apart, in a V-cycle
+ *   RType      scheme of two-way refinement       objective of k-way refinement
+ *   ubfactor   what a side may lack of its share  heaviest part over the average, 1 or more
+ *              of the weight, as a fraction of all
+ */
+inline MatchScheme match_scheme(const PartCtrl *ctrl)
+{
+    return static_cast<MatchScheme>(ctrl->CType);
+}
+
+inline RestrictedScheme restricted_scheme(const PartCtrl *ctrl)
+{
+    return static_cast<RestrictedScheme>(ctrl->CType);
+}
+
+inline RefineScheme refine_scheme(const PartCtrl *ctrl)
+{
+    return static_cast<RefineScheme>(ctrl->RType);
+}
+
+inline KwayObjective kway_objective(const PartCtrl *ctrl)
+{
+    return static_cast<KwayObjective>(ctrl->RType);
+}
+
+inline float side_slack(const PartCtrl *ctrl)
+{
+    return ctrl->ubfactor;
+}
+
+inline float part_ratio(const PartCtrl *ctrl)
+{
+    return ctrl->ubfactor;
+}
 
 #endif

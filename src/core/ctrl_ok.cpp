@@ -1,4 +1,8 @@
-/* core/ctrl_ok.cpp: the invariants of the control record and of the generator on it. */
+/* core/ctrl_ok.cpp: the invariants of the control record and of the generator on it.
+ *
+ * The fields that have two readings (CType, RType) are not tested: a stage refuses what it does not
+ * know. An imbalance that is no number passes, as levels without weight give one.
+ */
 #include "core/ctrl.h"
 #include "core/holds.h"
 

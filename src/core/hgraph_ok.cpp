@@ -1,4 +1,10 @@
-/* core/hgraph_ok.cpp: the invariants of a level, tested from scratch. */
+/* core/hgraph_ok.cpp: the invariants of a level, tested from scratch.
+ *
+ * A level's arrays come to life one after the other; the caller says which of them hold at its
+ * stage. Everything is derived anew from the pin lists, in O(pins), but for the test that a
+ * vertex's hyperedges list it, which looks through them. Gains of vertices with a hyperedge of one
+ * pin are not compared: how such a hyperedge counts depends on how the vertex came to its side.
+ */
 #include <cstring>
 #include <vector>
 

@@ -1,4 +1,9 @@
-/* core/memory.cpp: checked allocation and release of arrays in groups. */
+/* core/memory.cpp: checked allocation and release of arrays in groups.
+ *
+ * Every request goes through checked_malloc: nothing for no bytes, and a sentence and the end for
+ * what cannot be had. Large arrays also ask the system for large pages. Sizes are counted in
+ * elements and saturate rather than wrap, so that what is too large is refused.
+ */
 #include "core/memory.h"
 
 #include <cassert>

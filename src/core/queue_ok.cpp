@@ -1,4 +1,8 @@
-/* core/queue_ok.cpp: the invariants of the gain queues, tested from scratch. */
+/* core/queue_ok.cpp: the invariants of the gain queues, tested from scratch.
+ *
+ * Bucket queues are followed link by link, backwards pointers included; the count of nodes bounds
+ * the walk, so a list that runs in a circle ends it. Heaps are compared with the table of places.
+ */
 #include "core/holds.h"
 #include "core/gain_queue.h"
 

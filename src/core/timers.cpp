@@ -1,4 +1,9 @@
-/* core/timers.cpp: the CPU clock and the timers of a run. */
+/* core/timers.cpp: the CPU clock and the timers of a run.
+ *
+ * A timer is a sum: starting subtracts the clock, stopping adds it, and stages that nest charge the
+ * time to each of them. Without DBG_TIME no clock is read. With threads, a stage reads the clock of
+ * its own thread.
+ */
 #include "core/timers.h"
 
 #include <cassert>

@@ -1,4 +1,8 @@
-/* core/trace.cpp: where the traces of a call go. */
+/* core/trace.cpp: where the traces of a call go.
+ *
+ * All output of the engine while it partitions passes through these three: to standard output, or
+ * to the file on the control record, where the traces of a half wait for their turn.
+ */
 #include "core/trace.h"
 
 #include <cassert>

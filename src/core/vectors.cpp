@@ -1,4 +1,9 @@
-/* core/vectors.cpp: short loops over arrays. */
+/* core/vectors.cpp: short loops over arrays.
+ *
+ * The first of equal extremes is taken, and sums of 32 bits wrap: results depend on both. The last
+ * two routines turn counts into the starts of lists, and starts that were moved on while the lists
+ * were filled back into starts.
+ */
 #include "core/vectors.h"
 
 #include <cassert>
@@ -6,6 +11,7 @@
 
 template <class Sum, class T> static Sum sum_of(int n, const T *x)
 {
+    assert(n <= 0 || x != nullptr);
     Sum sum = 0;
     for (int i = 0; i < n; i++) sum += static_cast<Sum>(x[i]);
     return sum;
@@ -13,6 +19,7 @@ template <class Sum, class T> static Sum sum_of(int n, const T *x)
 
 template <bool Largest> static int index_of_extreme(int n, const int *x)
 {
+    assert(n <= 0 || x != nullptr);
     int best = 0;
     for (int i = 1; i < n; i++)
         if (Largest ? x[i] > x[best] : x[i] < x[best]) best = i;

@@ -1,4 +1,8 @@
-/* core/work_counts.cpp: the counted build's own two symbols. */
+/* core/work_counts.cpp: the counted build's own two symbols.
+ *
+ * Only libzorpel_counted is compiled with ZORPEL_COUNT_WORK; for every other library this file is
+ * empty. The names are in the order of the enumeration in the header.
+ */
 #include "core/work_counts.h"
 
 #ifdef ZORPEL_COUNT_WORK

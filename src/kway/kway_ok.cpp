@@ -1,4 +1,9 @@
-/* kway/kway_ok.cpp: the invariants of k-way records, tested by computing everything aside. */
+/* kway/kway_ok.cpp: the invariants of k-way records, tested by computing everything aside.
+ *
+ * A second set of records is made for the same level and partition and compared with the first, as
+ * sets of parts: their order is one of appearance. Records that wait for an update are compared
+ * with what the update would make of them.
+ */
 #include <vector>
 
 #include "core/holds.h"
@@ -131,4 +136,19 @@ bool stale_ok(const PartCtrl *ctrl, const HGraph *graph, const StaleRecords *sta
                     waiting_ok(graph, &fresh, stale) && pools_ok(ctrl, graph, stale);
     drop_records(&fresh);
     return ok;
+}
+
+static bool same_entry(const KwayPartDeg *a, const KwayPartDeg *b)
+{
+    return a->pid == b->pid && a->num == b->num && a->ties == b->ties && a->soed == b->soed;
+}
+
+bool late_ok(const HGraph *graph, const HGraph *atonce)
+{
+    for (int v = 0; v < graph->ncells; v++) {
+        const CellKwayInfo *const a = &graph->crinfo[v], *const b = &atonce->crinfo[v];
+        HOLDS(S6, same_outline(a, b) && a->ndegrees == b->ndegrees);
+        for (int i = 0; i < a->ndegrees; i++) HOLDS(S6, same_entry(&a->degrees[i], &b->degrees[i]));
+    }
+    return true;
 }

@@ -36,8 +36,8 @@ static void set_part_bounds(const PartCtrl *ctrl, const HGraph *graph, KwayWork 
     const float total = static_cast<float>(iasum__(ctrl->nparts, graph->kpwgts));
     const float nparts = static_cast<float>(ctrl->nparts);
     assert(ctrl->nparts > 0);
-    work->maxpwgt = trunc_int(ctrl->ubfactor * total / nparts);
-    work->minpwgt = trunc_int(total / (nparts * ctrl->ubfactor));
+    work->maxpwgt = trunc_int(part_ratio(ctrl) * total / nparts);
+    work->minpwgt = trunc_int(total / (nparts * part_ratio(ctrl)));
 }
 
 /* Whether a may be the first candidate of a vertex with this id. */
@@ -153,7 +153,7 @@ template <Objective O> static int sweep(const PartCtrl *ctrl, HGraph *graph, Kwa
     print_trace(ctrl,
                 "Partitions: [%5d,%5d], Balance: [%3.2f, %5d,%5d], Init Cut: %5d, Init SOED: %5d\n",
                 kpwgts[iamin__(ctrl->nparts, kpwgts)], kpwgts[iamax__(ctrl->nparts, kpwgts)],
-                static_cast<double>(ctrl->ubfactor), work->minpwgt, work->maxpwgt, graph->mincut,
+                static_cast<double>(part_ratio(ctrl)), work->minpwgt, work->maxpwgt, graph->mincut,
                 graph->minsoed);
 }
 

@@ -17,7 +17,7 @@
  *   S5  what is handed out of the pools lies within them
  *   S6  once refreshed, a record holds what it would hold if it had been recomputed at each change.
  *       Its ties are those of the last change that was more than one of ties, so it is brought up
- *       to that point before a hyperedge's ties change (shown by comparing with updates at once)
+ *       to that point before a hyperedge's ties change
  */
 #ifndef ZORPEL_KWAY_STALE_RECORDS_H
 #define ZORPEL_KWAY_STALE_RECORDS_H
@@ -67,5 +67,9 @@ void refresh_all(HGraph *graph, StaleRecords *stale);
 
 /* Tests S1 to S5, and K1 to K3 of kway_gains.h, from scratch. */
 bool stale_ok(const PartCtrl *ctrl, const HGraph *graph, const StaleRecords *stale);
+
+/* Tests S6 once all is refreshed, entry by entry: atonce is the same level after the same moves,
+ * each of them followed by KwayUpdateGainInfo__. */
+bool late_ok(const HGraph *graph, const HGraph *atonce);
 
 #endif

@@ -1,4 +1,9 @@
-/* kway/uncoarsen_kway.cpp: uncoarsening of a k-way partition. */
+/* kway/uncoarsen_kway.cpp: uncoarsening of a k-way partition.
+ *
+ * From the coarsest level to the one asked for: project, refine for the objective, give every
+ * island to the part that is lightest then. A hyperedge that is uncut at the coarser level is uncut
+ * after projection, so its pins are not counted. The coarser level is freed on the way.
+ */
 #include "kway/uncoarsen_kway.h"
 
 #include <cassert>
@@ -47,15 +52,16 @@ void PartitionIslandsKway__(const PartCtrl *ctrl, HGraph *graph)
 
 bool refine_objective(PartCtrl *ctrl, HGraph *graph, KwayRecords records)
 {
-    if (ctrl->RType != RTYPE_CUT && ctrl->RType != RTYPE_SOED) return false;
-    refine_kway_random(ctrl, graph, KWAY_PASSES, ctrl->RType == RTYPE_SOED, records);
+    const KwayObjective objective = kway_objective(ctrl);
+    if (objective != OBJECTIVE_CUT && objective != OBJECTIVE_SOED) return false;
+    refine_kway_random(ctrl, graph, KWAY_PASSES, objective == OBJECTIVE_SOED, records);
     return true;
 }
 
 static void refine_kway_level(PartCtrl *ctrl, HGraph *graph)
 {
     if (graph->ncells > 0 && refine_objective(ctrl, graph, KwayRecords::dropped)) return;
-    if (graph->ncells > 0 && ctrl->RType != RTYPE_NONE)
+    if (graph->ncells > 0 && kway_objective(ctrl) != OBJECTIVE_NONE)
         errexit__("Unknown refinement type: %d\n", ctrl->RType);
     ComputeInitKwayGains__(ctrl, graph); // for the part weights, which the islands need
 }

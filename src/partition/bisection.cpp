@@ -1,4 +1,9 @@
 /* partition/bisection.cpp: one multilevel bisection.
+ *
+ * What the runs of a bisection are made of: the coarsest level is bisected by growing a side,
+ * uncoarsening refines by FM, V-cycles keep the sides apart, and the objective is the cut. Runs and
+ * the choice of the best are common to all objectives (runs.cpp). The cut is measured once more at
+ * the end; one that differs is printed, which only hyperedges of one vertex can bring about.
  * Source: Hendrickson & Leland, A multilevel algorithm for partitioning graphs, SC 1995.
  */
 #include "partition/bisection.h"

@@ -20,9 +20,8 @@
 #include "refine/gains.h"
 #include "zorpel.h"
 
-constexpr int REFINE_PASSES = 10;             // of ZORPEL_2WayRefine
-constexpr long long MOST_WEIGHT = 2147483646; // total of a kind of weights: 32 bits less one
-constexpr int MOST_COUNT = INT_MAX - 1023;    // of anything: an index may look this far ahead
+constexpr int REFINE_PASSES = 10;          // of ZORPEL_2WayRefine
+constexpr int MOST_COUNT = INT_MAX - 1023; // of anything: an index may look this far ahead
 
 static PartCtrl make_ctrl(int nparts, int ubfactor, const int *options)
 {
@@ -214,9 +213,11 @@ static void partition_recursive(int nvtxs, int nhedges, const int *vwgts, const 
 
     start_total(&ctrl);
     HGraph *const graph = copy_hypergraph(nvtxs, nhedges, vwgts, eptr, eind, hewgts);
+    HEAVY_ASSERT(ctrl_ok(&ctrl) && (crew == nullptr || crew_at_rest_ok(crew)));
     start_timer(&ctrl, TIME_MULTILEVEL);
     *edgecut = MultilevelPartition__(&ctrl, graph, part);
     stop_timer(&ctrl, TIME_MULTILEVEL);
+    HEAVY_ASSERT(crew == nullptr || crew_at_rest_ok(crew));
     stop_total(&ctrl);
     FreeHGraph__(graph);
 }

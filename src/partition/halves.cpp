@@ -11,6 +11,7 @@
 #include <cassert>
 #include <cstdio>
 
+#include "core/heavy_assert.h"
 #include "core/timers.h"
 #include "core/trace.h"
 #include "partition/recursive.h"
@@ -26,6 +27,7 @@ static bool take_thread(Crew *crew)
 static void give_back(Crew *crew)
 {
     crew->idle++;
+    HEAVY_ASSERT(crew_ok(crew));
 }
 
 static void partition_half(void *what)

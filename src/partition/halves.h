@@ -21,8 +21,9 @@ struct Half {
 
 /* The threads of one call, shared by the control records of all its halves. Where threads come from
  * is for the program around the engine to say.
- *   W1  threads at work, those that wait for another not counted, are at most the number wanted,
- *       but for the moment between the end of a half and its waiter's return
+ *   W1  idle is at most others + 1: even the caller's thread gives its place back while it waits.
+ *       It may be below 0 between the end of a half and its waiter's return
+ *   W2  before and after a call, idle is others: each half gave back the place that it took
  */
 struct Crew {
     /* Runs work(what) in a thread, which it returns; null, and nothing is run, if none can be had.
@@ -30,10 +31,13 @@ struct Crew {
     void *(*start)(void (*work)(void *what), void *what);
     void (*await)(void *thread); // returns when its work is done
 
-    std::atomic<int> idle; // threads wanted and not at work
+    std::atomic<int> idle; // places for threads at work that nobody has
     bool ordered;          // traces come out in the order in which one thread would print them
     int least_pins;        // a half of fewer gets no thread: WORTH_A_THREAD, less in tests
+    int others;            // threads wanted besides the caller's, 0 or more
 };
+bool crew_ok(const Crew *crew);         // tests W1, at any moment
+bool crew_at_rest_ok(const Crew *crew); // and W2, outside of a call
 
 /* Partitions the halves of a bisection as MLRB__ does, the left one into parts offset to offset +
  * left - 1, the right one into right parts behind them, side by side if crew has an idle thread

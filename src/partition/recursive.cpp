@@ -70,7 +70,7 @@ static int polish_kway(PartCtrl *ctrl, HGraph *graph, int *part)
 {
     assert(ctrl->nparts > 2 && graph->nislands == 0 && graph->incptr != nullptr);
     const int rtype = ctrl->RType;
-    ctrl->RType = RTYPE_CUT;
+    ctrl->RType = OBJECTIVE_CUT;
     int *kpwgts = ismalloc__(static_cast<size_t>(ctrl->nparts), 0, "MultilevelPartition: kpwgts");
     for (int v = 0; v < graph->ncells; v++) kpwgts[part[v]] += graph->cellwgt[v];
     const double heaviest = kpwgts[iamax__(ctrl->nparts, kpwgts)];

@@ -29,12 +29,30 @@ struct RunStore {
     long long values[MOST_KEPT];
 };
 
+/* All runs of one hypergraph. Who owns what:
+ *
+ *   graph   the caller's: the whole. It comes and goes without where; lists and weights stay
+ *   sgraph  made and freed here: the whole without its large hyperedges. Where there are none it
+ *           borrows graph's lists and incidence, so it is freed first
+ *   where   one array, made by uncoarsening for sgraph, handed to graph after it, freed with the
+ *           run's other results:
+ *
+ *                     sgraph->where   graph->where
+ *     partition_pruned    made             -
+ *     take_over             -           handed over, refined on the whole
+ *     vcycles               -           refined
+ *     end of the run        -           copied to part or a slot if good, freed
+ *     finish_store          -           made anew, a slot's partition refined, freed
+ *
+ *   part    the caller's; written whenever a run is the best so far
+ *   store   its slots are made by open_store and freed by finish_store
+ */
 struct Runs {
     const RunScheme *scheme;
     PartCtrl *ctrl;
     HGraph *graph;
     HGraph *sgraph;
-    int *part;         // best partition so far
+    int *part;         // [ncells] best partition so far
     long long start;   // of the best value, see RunScheme
     long long best;    // its value
     long long bestrun; // best value on sgraph

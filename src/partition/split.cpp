@@ -1,5 +1,8 @@
 /* partition/split.cpp: the two halves of a bisected hypergraph.
- * The lists of both halves grow side by side in one sweep over the hyperedges.
+ *
+ * The lists of both halves grow side by side in one sweep over the hyperedges. A cut hyperedge goes
+ * nowhere, or, on request, its pieces of two vertices and more to both; pieces that came out alike
+ * are merged then. Vertices keep their order and get new numbers; label keeps the old ones.
  */
 #include "partition/split.h"
 

@@ -1,5 +1,8 @@
 /* partition/vcycle.cpp: the V-cycle loop of two-way and k-way partitions.
- * Cycles alternate the two restricted matchings.
+ *
+ * A cycle coarsens without merging across parts and refines on the way back. Cycles alternate the
+ * two restricted matchings and end once two in a row bring nothing. What a cycle makes worse stays
+ * worse: the value is returned as it is, and the caller keeps its best.
  */
 #include "partition/vcycle.h"
 

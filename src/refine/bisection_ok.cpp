@@ -1,4 +1,9 @@
-/* refine/bisection_ok.cpp: the invariants of an open bisection, tested from scratch. */
+/* refine/bisection_ok.cpp: the invariants of an open bisection, tested from scratch.
+ *
+ * Sides, weights, cut, pin counts and pinxor are counted again from the level's lists, gains from
+ * the plain rule, and the queues are walked with the vertices that they should hold. What the rules
+ * of a variant leave stale is skipped, see MoveRules.
+ */
 #include "core/holds.h"
 #include "refine/move_vertex.h"
 

@@ -45,9 +45,9 @@ inline void set_weight_bounds(const PartCtrl *ctrl, const int pwgts[2], int minp
 {
     const int total = pwgts[0] + pwgts[1];
     assert(pwgts[0] >= 0 && pwgts[1] >= 0 && 0 <= ctrl->splitratio && ctrl->splitratio <= 1);
-    minpwgts[0] = trunc_int((ctrl->splitratio - ctrl->ubfactor) * static_cast<float>(total));
+    minpwgts[0] = trunc_int((ctrl->splitratio - side_slack(ctrl)) * static_cast<float>(total));
     minpwgts[1] = trunc_int(
-        (1.0 - static_cast<double>(ctrl->splitratio) - static_cast<double>(ctrl->ubfactor)) *
+        (1.0 - static_cast<double>(ctrl->splitratio) - static_cast<double>(side_slack(ctrl))) *
         total);
 }
 

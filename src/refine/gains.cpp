@@ -1,4 +1,10 @@
-/* refine/gains.cpp: two-way refinement arrays, and gains, pin counts and cut from scratch. */
+/* refine/gains.cpp: two-way refinement arrays, and gains, pin counts and cut from scratch.
+ *
+ * The plain rule that everything incremental must agree with: a hyperedge counts for a vertex that
+ * is alone on its side of it, and against one whose side holds all of it. Two sweeps: pins of each
+ * side of each hyperedge, then the hyperedges of each vertex. Source: Fiduccia & Mattheyses, A
+ * linear-time heuristic for improving network partitions, DAC 1982.
+ */
 #include "refine/gains.h"
 
 #include <cassert>

@@ -1,4 +1,8 @@
-/* refine/relabelled_ok.cpp: the invariants of a renumbered copy of a level, tested from scratch. */
+/* refine/relabelled_ok.cpp: the invariants of a renumbered copy of a level, tested from scratch.
+ *
+ * The copy's lists are those of the level, in the level's order, with other numbers: a list that
+ * were merely a permutation would change results, and is found.
+ */
 #include <vector>
 
 #include "core/holds.h"

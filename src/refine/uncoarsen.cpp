@@ -43,7 +43,7 @@ static void refine_level(PartCtrl *ctrl, HGraph *graph, int coarsest)
     assert(graph->ncells > 0 && graph->level <= coarsest);
     HEAVY_ASSERT(hgraph_ok(graph, HG_LISTS | HG_INCIDENCE | HG_WHERE));
     Balance__(ctrl, graph);
-    switch (ctrl->RType) {
+    switch (refine_scheme(ctrl)) {
     case RTYPE_FM:
         refine_whole(ctrl, graph);
         break;

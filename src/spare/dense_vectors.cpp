@@ -1,6 +1,11 @@
-/* spare/dense_vectors.cpp: kernels on vectors of reals. */
+/* spare/dense_vectors.cpp: kernels on vectors of reals.
+ *
+ * Plain loops from the first entry to the last, in the precision of the vectors: no sum is
+ * reordered, so results are the same on every machine.
+ */
 #include "spare/dense_vectors.h"
 
+#include <cassert>
 #include <cmath>
 
 #include "core/memory.h"
@@ -24,11 +29,13 @@ double dasum__(int n, const double *x)
 
 void daxpy__(int n, double alpha, const double *x, double *y)
 {
+    assert(n <= 0 || (x != nullptr && y != nullptr));
     for (int i = 0; i < n; i++) y[i] += alpha * x[i];
 }
 
 void dcopy__(int n, const double *x, double *y)
 {
+    assert(n <= 0 || (x != nullptr && y != nullptr));
     for (int i = 0; i < n; i++) y[i] = x[i];
 }
 

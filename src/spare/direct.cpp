@@ -1,7 +1,12 @@
 /* spare/direct.cpp: direct multilevel k-way partitioning.
- * Runs, V-cycles and the choice of the best are those of bisection; see partition/runs.h.
+ *
+ * The coarsest level is partitioned by recursive bisection and refined; the finer ones are refined
+ * k-way for the cut or for the sum of external degrees. Runs, V-cycles and the choice of the best
+ * are those of bisection, see partition/runs.h.
  */
 #include "spare/direct.h"
+
+#include <cassert>
 
 #include "core/memory.h"
 #include "core/timers.h"
@@ -19,6 +24,7 @@ float ComputeBalanceKway__(const PartCtrl *ctrl, const HGraph *graph, const int 
 {
     const int nparts = ctrl->nparts;
     int *kpwgts = ismalloc__(static_cast<size_t>(nparts), 0, "ComputeBalanceKway: kpwgts");
+    assert(nparts > 0);
     for (int v = 0; v < graph->ncells; v++) kpwgts[where[v]] += graph->cellwgt[v];
     const double heaviest = kpwgts[iamax__(nparts, kpwgts)];
     const float balance =
@@ -37,6 +43,7 @@ int ComputeActualSOED__(const HGraph *graph, const int *where)
         unsigned lambda = 0;
         for (int j = graph->netptr[e]; j < graph->netptr[e + 1]; j++) {
             const int p = where[graph->netind[j]];
+            assert(0 <= p && p < nparts);
             if (htable[p] == e) continue;
             htable[p] = e;
             lambda++;
@@ -58,13 +65,12 @@ void InitPartitionKway__(PartCtrl *ctrl, HGraph *cgraph)
     int edgecut;
     ZORPEL_PartRecursiveInternal(cgraph->ncells, cgraph->nnets, cgraph->cellwgt, cgraph->netptr,
                                  cgraph->netind, cgraph->netwgt, ctrl->nparts, 1, options,
-                                 cgraph->where, &edgecut);
-    refine_objective(ctrl, cgraph, KwayRecords::current);
-    icopy__(cgraph->ncells, cgraph->where, bestwhere);
+                                 bestwhere, &edgecut);
     icopy__(cgraph->ncells, bestwhere, cgraph->where);
+    refine_objective(ctrl, cgraph, KwayRecords::current);
     if (ctrl->dbglvl & DBG_INIT)
         print_trace(ctrl, "%d-way initial %s: %d\n", ctrl->nparts,
-                    ctrl->RType == RTYPE_CUT ? "cut" : "soed", cgraph->objval);
+                    kway_objective(ctrl) == OBJECTIVE_CUT ? "cut" : "soed", cgraph->objval);
     QXfree__(&bestwhere, LTERM);
     stop_timer(ctrl, TIME_INITPARTITION);
 }
@@ -78,8 +84,8 @@ static void adopt_values(HGraph *graph, const HGraph *sgraph)
 
 static int measure(const PartCtrl *ctrl, const HGraph *graph, const int *where)
 {
-    return ctrl->RType == RTYPE_CUT ? ComputeActualCut__(graph, where)
-                                    : ComputeActualSOED__(graph, where);
+    return kway_objective(ctrl) == OBJECTIVE_CUT ? ComputeActualCut__(graph, where)
+                                                 : ComputeActualSOED__(graph, where);
 }
 
 static void allocate(PartCtrl *ctrl, HGraph *graph)
@@ -89,7 +95,8 @@ static void allocate(PartCtrl *ctrl, HGraph *graph)
 
 static void refine_whole_kway(PartCtrl *ctrl, HGraph *graph)
 {
-    refine_kway_random(ctrl, graph, KWAY_PASSES, ctrl->RType != RTYPE_CUT, KwayRecords::dropped);
+    refine_kway_random(ctrl, graph, KWAY_PASSES, kway_objective(ctrl) != OBJECTIVE_CUT,
+                       KwayRecords::dropped);
 }
 
 static void vcycle_kway(PartCtrl *ctrl, HGraph *graph)
@@ -100,7 +107,7 @@ static void vcycle_kway(PartCtrl *ctrl, HGraph *graph)
 static void trace_header(const PartCtrl *ctrl, const HGraph *graph)
 {
     print_trace(ctrl, "\n  Partitioning a hgraph of size [vertices=%d, hedges=%d, balance=%4.2f]\n",
-                graph->ncells, graph->nnets, static_cast<double>(ctrl->ubfactor));
+                graph->ncells, graph->nnets, static_cast<double>(part_ratio(ctrl)));
 }
 
 static void trace_trial(const PartCtrl *ctrl, int run, const HGraph *sgraph)
@@ -118,7 +125,7 @@ static void trace_summary(const PartCtrl *ctrl, int best, double average, float 
 {
     print_trace(ctrl,
                 "    The %s for this partitioning = %d, (average = %3.1f) (balance = %4.2f)\n",
-                ctrl->RType == RTYPE_CUT ? "mincut" : "minsoed", best, average,
+                kway_objective(ctrl) == OBJECTIVE_CUT ? "mincut" : "minsoed", best, average,
                 static_cast<double>(balance));
 }
 

@@ -1,4 +1,9 @@
-/* spare/dump.cpp: writers for inspecting hypergraphs while developing. */
+/* spare/dump.cpp: writers for inspecting hypergraphs while developing.
+ *
+ * They write what the reader of hypergraph files takes, vertices from 1, to files in the working
+ * folder or to standard output. A file that could not be written whole ends the program, as every
+ * failure of a file does.
+ */
 #include "spare/dump.h"
 
 #include <cassert>

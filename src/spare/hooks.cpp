@@ -1,4 +1,9 @@
-/* spare/hooks.cpp: places for a breakpoint while debugging. */
+/* spare/hooks.cpp: places for a breakpoint while debugging.
+ *
+ * CheckDegrees and CheckHGraph compute something afresh and report nothing: one stops in them and
+ * looks. ComputeCut__ returns the cut that the pin counts show. The tests of the invariants are the
+ * predicates, ..._ok.
+ */
 #include "spare/hooks.h"
 
 #include <cassert>

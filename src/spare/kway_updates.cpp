@@ -1,4 +1,9 @@
-/* spare/kway_updates.cpp: k-way records brought up to date at once. */
+/* spare/kway_updates.cpp: k-way records brought up to date at once.
+ *
+ * After a move every hyperedge of the vertex is brought up to date, then every vertex whose gains
+ * that changes, each once. Refinement does the second half later, and only for vertices that it
+ * looks at (kway/stale_records.h); both must leave the same records, which the tests compare.
+ */
 #include "spare/kway_updates.h"
 
 #include <cassert>
@@ -23,10 +28,12 @@ void KwayUpdateGainInfo__(HGraph *graph, int v, int from, int to, int *marker, i
         if (!gains_change(move)) continue;
         for (int p = graph->netptr[e]; p < graph->netptr[e + 1]; p++) {
             const int u = graph->netind[p];
+            assert(0 <= u && u < graph->ncells);
             if (marker[u] == v) continue;
             marker[u] = v;
             updind[nupdates++] = u;
         }
     }
+    assert(nupdates <= graph->ncells);
     ComputeKwayGainsSet__(graph, nupdates, updind);
 }

@@ -166,7 +166,7 @@ static void try_pruning(bool all_later)
 static void try_direct(bool all_later, int objective)
 {
     int part[NVTXS];
-    PartCtrl ctrl = make_ctrl(objective == RTYPE_CUT ? CTYPE_FC : CTYPE_EDGE, objective, 3);
+    PartCtrl ctrl = make_ctrl(objective == OBJECTIVE_CUT ? CTYPE_FC : CTYPE_EDGE, objective, 3);
     ctrl.ubfactor = 1.1f;
     ctrl.dbglvl = DBG_RUN;
     ctrl.VCycle = objective;
@@ -323,8 +323,8 @@ int main(int argc, char **argv)
     for (const bool all_later : {false, true}) {
         try_schemes(all_later);
         try_pruning(all_later);
-        try_direct(all_later, RTYPE_CUT);
-        try_direct(all_later, RTYPE_SOED);
+        try_direct(all_later, OBJECTIVE_CUT);
+        try_direct(all_later, OBJECTIVE_SOED);
         try_entries(all_later);
         try_others(all_later);
         try_vcycle(all_later);

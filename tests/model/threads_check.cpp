@@ -47,9 +47,10 @@ static bool same_output(const Case &c, const std::string &a, const std::string &
 /* Nothing is left of the crew's threads but what it had at first. */
 static const char *check_threads(const Case &c, const Outcome &wanted, int nthreads, bool refused)
 {
-    Crew crew = {refused ? refuse_thread : start_thread, await_thread, nthreads - 1, true, 0};
+    Crew crew = {
+        refused ? refuse_thread : start_thread, await_thread, nthreads - 1, true, 0, nthreads - 1};
     const Outcome outcome = make_call(c, &crew);
-    if (crew.idle != nthreads - 1) return "threads were lost";
+    if (!crew_at_rest_ok(&crew)) return "threads were lost";
     if (outcome.part != wanted.part) return "another partition";
     if (outcome.edgecut != wanted.edgecut) return "another cut";
     if (!same_output(c, outcome.output, wanted.output)) return "other traces";

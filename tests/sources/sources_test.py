@@ -5,7 +5,8 @@ usage: sources_test.py --compiler CXX --nm NM --library LIBZORPEL_A [--heavy]
 
 Folders of src/ include only folders below them, every header compiles alone, invariants have numbers
 that are documented, tested for and named by a test, asserts are as dense as the style asks for, and
-the release library contains none of the predicates. File names are unique in the whole tree.
+the release library contains none of the predicates. A source opens with what it does and how. File
+names are unique in the whole tree.
 """
 import argparse
 import concurrent.futures
@@ -92,10 +93,20 @@ def wrong_rules():
     held, documented = set(RULE.findall(text)), DOCUMENTED.findall(text)
     for rule in sorted({rule for rule in documented if documented.count(rule) > 1}):
         yield f"{rule} names two invariants"
+    for rule in sorted(set(documented) - held):
+        yield f"{rule} is documented, but no predicate tests it"
     for rule in sorted(held - set(documented)):
         yield f"{rule} is tested for, but no record's comment says what it is"
     for rule in sorted(held - set(TESTED.findall(tests))):
         yield f"{rule} is broken by no test"
+
+
+def short_openings():
+    """Sources whose first comment is no more than a title."""
+    for path in sources():
+        opening = re.match(r"/\*.*?\*/", path.read_text(), re.S)
+        if path.suffix == ".cpp" and (opening is None or opening.group().count("\n") < 3):
+            yield f"{path.relative_to(ROOT)} does not open with what it does and how"
 
 
 def thin_asserts():
@@ -123,6 +134,7 @@ def main():
     parser.add_argument("--heavy", action="store_true", help="the library has heavy asserts")
     options = parser.parse_args()
     wrong = [*wrong_includes(), *repeated_names(), *wrong_rules(), *thin_asserts()]
+    wrong += short_openings()
     wrong += wrong_headers(options.compiler)
     if not options.heavy:
         wrong += shipped_predicates(options.nm, options.archive)

@@ -62,7 +62,7 @@ TEST_P(DirectTest, value_equals_a_count_from_the_pins_and_parts_are_balanced)
     }
     const int cut = fresh_cut(level.get(), result.part.data());
     const int soed = fresh_soed(level.get(), result.part.data());
-    EXPECT_EQ(result.value, rtype == RTYPE_CUT ? cut : soed);
+    EXPECT_EQ(result.value, rtype == OBJECTIVE_CUT ? cut : soed);
     EXPECT_EQ(ComputeActualSOED__(level.get(), result.part.data()), soed);
     const Ints weights = part_weights(level.get(), result.part.data(), nparts);
     const int total = sum(level->cellwgt, level->ncells);
@@ -79,19 +79,19 @@ TEST_P(DirectTest, value_equals_a_count_from_the_pins_and_parts_are_balanced)
 static std::string row_name(const testing::TestParamInfo<Row> &row)
 {
     return std::get<0>(row.param) + "_" + std::to_string(std::get<1>(row.param)) + "parts_" +
-           (std::get<2>(row.param) == RTYPE_CUT ? "cut" : "soed") + "_vcycle" +
+           (std::get<2>(row.param) == OBJECTIVE_CUT ? "cut" : "soed") + "_vcycle" +
            std::to_string(std::get<3>(row.param));
 }
 
 INSTANTIATE_TEST_SUITE_P(
     examples, DirectTest,
     testing::Combine(testing::Values("mult16", "fifo", "lshape", "cpu32_bus", "miter6"),
-                     testing::Values(4), testing::Values(RTYPE_CUT, RTYPE_SOED),
+                     testing::Values(4), testing::Values(OBJECTIVE_CUT, OBJECTIVE_SOED),
                      testing::Values(VCYCLE_NO, VCYCLE_END, VCYCLE_FORMIN, VCYCLE_ALL)),
     row_name);
 INSTANTIATE_TEST_SUITE_P(large_example, DirectTest,
                          testing::Combine(testing::Values("cpu32"), testing::Values(7),
-                                          testing::Values(RTYPE_CUT, RTYPE_SOED),
+                                          testing::Values(OBJECTIVE_CUT, OBJECTIVE_SOED),
                                           testing::Values(VCYCLE_NO)),
                          row_name);
 
@@ -130,15 +130,15 @@ static std::vector<TracedRun> runs_of(const std::string &trace, bool soed)
 static std::vector<TracedRun> traced_runs(PartCtrl ctrl, HGraph *graph)
 {
     ctrl.dbglvl = DBG_DETAIL;
-    return runs_of(partition(ctrl, graph).trace, ctrl.RType == RTYPE_SOED);
+    return runs_of(partition(ctrl, graph).trace, ctrl.RType == OBJECTIVE_SOED);
 }
 
 TEST(DirectRunsTest, hypergraph_without_large_hyperedges_keeps_the_pruned_result)
 {
     const Level lshape = example("lshape"), fifo = example("fifo"); // largest: 19 and 139 pins
-    for (const TracedRun &run : traced_runs(direct_ctrl(4, RTYPE_CUT, VCYCLE_NO), lshape.get()))
+    for (const TracedRun &run : traced_runs(direct_ctrl(4, OBJECTIVE_CUT, VCYCLE_NO), lshape.get()))
         EXPECT_FALSE(run.refined_whole);
-    for (const TracedRun &run : traced_runs(direct_ctrl(4, RTYPE_CUT, VCYCLE_NO), fifo.get()))
+    for (const TracedRun &run : traced_runs(direct_ctrl(4, OBJECTIVE_CUT, VCYCLE_NO), fifo.get()))
         EXPECT_TRUE(run.refined_whole);
 }
 
@@ -151,7 +151,7 @@ TEST(DirectRunsTest, kept_partitions_are_refined_at_the_end)
     for (const auto &row : rows) {
         const Level level = example("cpu32_bus");
         const auto runs =
-            traced_runs(direct_ctrl(3, RTYPE_CUT, VCYCLE_END, row.nruns), level.get());
+            traced_runs(direct_ctrl(3, OBJECTIVE_CUT, VCYCLE_END, row.nruns), level.get());
         ASSERT_EQ(runs.size(), static_cast<size_t>(row.nruns));
         for (size_t i = 0; i + 1 < runs.size(); i++) EXPECT_TRUE(runs[i].cycles.empty());
         EXPECT_EQ(runs.back().cycles.size(), row.kept);
@@ -169,7 +169,7 @@ TEST(DirectRunsTest, mode_3_gives_cycles_to_runs_near_the_best_and_to_no_others)
     size_t without = 0;
     for (const bool soed : {false, true}) {
         const Level level = example("cpu32_bus");
-        PartCtrl ctrl = direct_ctrl(2, soed ? RTYPE_SOED : RTYPE_CUT, VCYCLE_ALL, 16);
+        PartCtrl ctrl = direct_ctrl(2, soed ? OBJECTIVE_SOED : OBJECTIVE_CUT, VCYCLE_ALL, 16);
         ctrl.ubfactor = 1.02f;
         long long best = 10LL * sum(level->netwgt, level->nnets) + 1;
         for (const TracedRun &run : traced_runs(ctrl, level.get())) {
@@ -193,7 +193,7 @@ TEST(DirectRunsTest, first_run_is_near_the_best_though_soed_exceeds_the_total_we
             if (std::find(net.begin(), net.end(), v) == net.end()) net.push_back(v);
     const Level level = make_level(150, nets);
     QXfree__(&level->incptr, &level->incind, &level->adjwgt, &level->edgewgt, LTERM); // built anew
-    const auto runs = traced_runs(direct_ctrl(8, RTYPE_SOED, VCYCLE_ALL, 1), level.get());
+    const auto runs = traced_runs(direct_ctrl(8, OBJECTIVE_SOED, VCYCLE_ALL, 1), level.get());
     ASSERT_EQ(runs.size(), 1u);
     EXPECT_GT(runs[0].value, 180 + 19);
     EXPECT_EQ(runs[0].cycles.size(), 1u);
@@ -213,7 +213,7 @@ TEST(DirectRunsTest, a_run_whose_degrees_are_beyond_the_start_value_is_kept_with
     }
     const Level level = make_level(1500, nets);
     QXfree__(&level->incptr, &level->incind, &level->adjwgt, &level->edgewgt, LTERM); // built anew
-    PartCtrl ctrl = direct_ctrl(nparts, RTYPE_SOED, VCYCLE_END, 1);
+    PartCtrl ctrl = direct_ctrl(nparts, OBJECTIVE_SOED, VCYCLE_END, 1);
     const Result result = partition(ctrl, level.get());
     EXPECT_GT(result.value, 10 * 4000 + 1);
     EXPECT_EQ(result.value, fresh_soed(level.get(), result.part.data()));
@@ -229,7 +229,7 @@ TEST(DirectRunsTest, mode_2_gives_cycles_to_new_bests_only)
     long long best = 10LL * sum(level->netwgt, level->nnets) + 1, besttrial = best;
     size_t without = 0;
     for (const TracedRun &run :
-         traced_runs(direct_ctrl(4, RTYPE_CUT, VCYCLE_FORMIN, 12), level.get())) {
+         traced_runs(direct_ctrl(4, OBJECTIVE_CUT, VCYCLE_FORMIN, 12), level.get())) {
         const bool deserves = run.value <= best || run.trial < besttrial;
         EXPECT_EQ(run.cycles.size(), deserves ? 1u : 0u);
         best = std::min<long long>(best, final_value(run));
@@ -242,7 +242,7 @@ TEST(DirectRunsTest, mode_2_gives_cycles_to_new_bests_only)
 TEST(DirectRunsTest, mode_0_gives_no_cycles_and_the_best_run_wins)
 {
     const Level level = example("cpu32_bus");
-    PartCtrl ctrl = direct_ctrl(4, RTYPE_SOED, VCYCLE_NO, 10);
+    PartCtrl ctrl = direct_ctrl(4, OBJECTIVE_SOED, VCYCLE_NO, 10);
     ctrl.dbglvl = DBG_DETAIL;
     const Result result = partition(ctrl, level.get());
     Ints values;
@@ -257,7 +257,7 @@ TEST(DirectRunsTest, trace_opens_with_the_size_and_closes_with_the_value)
 {
     for (const bool soed : {false, true}) {
         const Level level = example("fifo");
-        PartCtrl ctrl = direct_ctrl(4, soed ? RTYPE_SOED : RTYPE_CUT, VCYCLE_NO, 1);
+        PartCtrl ctrl = direct_ctrl(4, soed ? OBJECTIVE_SOED : OBJECTIVE_CUT, VCYCLE_NO, 1);
         ctrl.dbglvl = DBG_BISECTION | DBG_RUN | DBG_INIT;
         const Result result = partition(ctrl, level.get());
         EXPECT_EQ(result.trace.rfind("\n  Partitioning a hgraph of size [vertices=385, hedges=370, "
@@ -288,7 +288,7 @@ TEST(DirectRunsTest, unknown_objective_ends_the_process)
 TEST(DirectRunsTest, scheme_is_restored)
 {
     const Level level = example("cpu32_bus");
-    PartCtrl ctrl = direct_ctrl(3, RTYPE_CUT, VCYCLE_END, 3);
+    PartCtrl ctrl = direct_ctrl(3, OBJECTIVE_CUT, VCYCLE_END, 3);
     Ints part(at(level->ncells));
     MultilevelKwayPartition__(&ctrl, level.get(), part.data());
     EXPECT_EQ(ctrl.CType, CTYPE_HFC);
@@ -298,13 +298,13 @@ TEST(DirectRunsTest, scheme_is_restored)
 
 TEST(InitPartitionKwayTest, coarsest_level_is_partitioned_and_measured)
 {
-    for (const int rtype : {RTYPE_CUT, RTYPE_SOED}) {
+    for (const int rtype : {OBJECTIVE_CUT, OBJECTIVE_SOED}) {
         PartCtrl ctrl = direct_ctrl(3, rtype, VCYCLE_NO);
         const Level level = make_level(60, path_nets(60));
         InitPartitionKway__(&ctrl, level.get());
         EXPECT_EQ(level->mincut, fresh_cut(level.get(), level->where));
         EXPECT_EQ(level->minsoed, fresh_soed(level.get(), level->where));
-        EXPECT_EQ(level->objval, rtype == RTYPE_CUT ? level->mincut : level->minsoed);
+        EXPECT_EQ(level->objval, rtype == OBJECTIVE_CUT ? level->mincut : level->minsoed);
         EXPECT_TRUE(kway_ok(&ctrl, level.get()));
     }
 }

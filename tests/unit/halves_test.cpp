@@ -9,6 +9,7 @@
 #include <set>
 #include <sstream>
 
+#include "broken.h"
 #include "core/random.h"
 #include "core/timers.h"
 #include "partition/recursive.h"
@@ -56,12 +57,12 @@ static void *refuse(void (*)(void *what), void *)
 
 static Crew early_crew(int idle)
 {
-    return {work_at_once, awaited_already, idle, true, 0};
+    return {work_at_once, awaited_already, idle, true, 0, idle};
 }
 
 static Crew late_crew(int idle)
 {
-    return {work_later, work_now, idle, true, 0};
+    return {work_later, work_now, idle, true, 0, idle};
 }
 
 struct Divided {
@@ -149,7 +150,7 @@ TEST(Halves, leave_the_control_record_as_the_last_bisection_in_order_does)
 TEST(Halves, come_one_after_the_other_if_no_thread_can_be_had)
 {
     const Divided wanted = divide(own_ctrl(), 8, nullptr);
-    Crew crew = {refuse, awaited_already, 3, true, 0};
+    Crew crew = {refuse, awaited_already, 3, true, 0, 3};
     const Divided found = divide(own_ctrl(), 8, &crew);
     expect_same(wanted, found);
     EXPECT_GT(found.starts, 0);
@@ -235,4 +236,35 @@ TEST(Halves, add_up_what_their_stages_took)
     EXPECT_GT(found.starts, 1);
     EXPECT_EQ(found.ctrl.timers[TIME_SPARE], 1000 + 5 * found.starts);
     EXPECT_EQ(found.ctrl.timers[TIME_AUX2], 2000);
+}
+
+TEST(CrewOk, the_broken_rule_is_named)
+{
+    Crew crew = early_crew(2);
+    const auto rule = [&](int idle) {
+        crew.idle = idle;
+        return broken_rule([&] { return crew_ok(&crew); });
+    };
+    const auto rule_at_rest = [&](int idle) {
+        crew.idle = idle;
+        return broken_rule([&] { return crew_at_rest_ok(&crew); });
+    };
+    EXPECT_EQ(rule(4), "W1") << "a place given back twice";
+    EXPECT_EQ(rule(3), "") << "while the caller's thread waits";
+    EXPECT_EQ(rule(-1), "") << "before a waiter is back";
+    EXPECT_EQ(rule_at_rest(2), "");
+    for (const int idle : {-1, 1, 3, 4}) EXPECT_EQ(rule_at_rest(idle), "W2") << idle;
+    crew.others = -1;
+    EXPECT_EQ(rule(0), "W1");
+}
+
+TEST(Halves, of_every_call_give_their_places_back)
+{
+    for (const int idle : {0, 1, 3}) {
+        Crew early = early_crew(idle), late = late_crew(idle);
+        for (Crew *const crew : {&early, &late}) {
+            divide(own_ctrl(), 13, crew);
+            EXPECT_TRUE(crew_at_rest_ok(crew));
+        }
+    }
 }

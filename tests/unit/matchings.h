@@ -27,9 +27,13 @@ inline const std::vector<Matching> &all_matchings()
         {"Edges", false, false, false,
          [](PartCtrl *c, HGraph *g, Work w) { Match_Edges__(c, g, w); }},
         {"EdgesStars0", false, true, false,
-         [](PartCtrl *c, HGraph *g, Work w) { Match_EdgesStars__(c, g, w, 0); }},
+         [](PartCtrl *c, HGraph *g, Work w) {
+             Match_EdgesStars__(c, g, w, VisitOrder::by_degree);
+         }},
         {"EdgesStars1", false, true, false,
-         [](PartCtrl *c, HGraph *g, Work w) { Match_EdgesStars__(c, g, w, 1); }},
+         [](PartCtrl *c, HGraph *g, Work w) {
+             Match_EdgesStars__(c, g, w, VisitOrder::by_strength);
+         }},
         {"Hedges", false, false, true,
          [](PartCtrl *c, HGraph *g, Work w) { Match_Hedges__(c, g, w); }},
         {"HedgesEdges", false, false, true,

@@ -11,6 +11,7 @@
 #include "kway/stale_records.h"
 #include "levels.h"
 #include "refine/relabel.h"
+#include "spare/kway_updates.h"
 
 /* Ten vertices on a path with a hyperedge of three more, the first one fixed. */
 static Level small_level()
@@ -306,6 +307,23 @@ TEST(StaleOk, the_broken_rule_is_named)
     EXPECT_EQ(parted.waiting_with(stale->cells, level->crdata - 1), "S5");
     EXPECT_EQ(parted.waiting_with(stale->nets, level->nrdata + 1000), "S5");
     EXPECT_EQ(parted.waiting_with(level->kpwgts[1], 9), "K1");
+}
+
+TEST(LateOk, the_broken_rule_is_named)
+{
+    Parted late(true), atonce(false);
+    HGraph *const graph = late.level.get();
+    const auto ok = [&] { return late_ok(graph, atonce.level.get()); };
+    Ints updind(10), marker(10, -1);
+    for (HGraph *const level : {graph, atonce.level.get()}) level->where[4] = 2;
+    note_kway_move(graph, 4, 1, 2, late.marker.data(), &late.stale);
+    KwayUpdateGainInfo__(atonce.level.get(), 4, 1, 2, marker.data(), updind.data());
+    EXPECT_EQ(broken_rule(ok), "S6") << "not refreshed yet";
+    refresh_all(graph, &late.stale);
+    ASSERT_EQ(broken_rule(ok), "");
+    EXPECT_EQ(broken_by(graph->crinfo[4].id, 9, ok), "S6");
+    EXPECT_EQ(broken_by(graph->crinfo[4].degrees[0].ties, 9, ok), "S6");
+    EXPECT_EQ(broken_by(graph->crinfo[4].degrees[0].pid, 9, ok), "S6");
 }
 
 TEST(StaleOk, moves_and_visits_keep_the_records_whole)

@@ -70,13 +70,13 @@ TEST(RefineKwayTest, projection_tells_which_hyperedges_are_within_one_part)
 
 TEST(RefineKwayTest, objective_of_the_scheme_is_refined)
 {
-    for (const int rtype : {RTYPE_CUT, RTYPE_SOED}) {
+    for (const int rtype : {OBJECTIVE_CUT, OBJECTIVE_SOED}) {
         PartCtrl ctrl = kway_ctrl(2, 2.0f);
         ctrl.RType = rtype;
         const Level level = make_level(4, {{0, 1}, {0, 2}, {1, 2}, {0, 3}}, {2, 2, 2, 1});
         set_parts(ctrl, level.get(), {1, 0, 0, 1});
         EXPECT_TRUE(refine_objective(&ctrl, level.get(), KwayRecords::current));
-        EXPECT_EQ(level->objval, rtype == RTYPE_CUT ? level->mincut : level->minsoed);
+        EXPECT_EQ(level->objval, rtype == OBJECTIVE_CUT ? level->mincut : level->minsoed);
         EXPECT_EQ(level->where[0], 0);
     }
     PartCtrl ctrl = kway_ctrl(2, 2.0f);
@@ -116,7 +116,7 @@ TEST(RefineKwayTest, scheme_10_computes_the_weights_that_islands_need)
 TEST(RefineKwayTest, level_of_islands_only_goes_to_the_lightest_parts)
 {
     PartCtrl ctrl = kway_ctrl(3, 1.5f);
-    ctrl.RType = RTYPE_CUT;
+    ctrl.RType = OBJECTIVE_CUT;
     ctrl.CoarsenTo = 2;
     ctrl.CType = CTYPE_EDGE;
     const Level level = make_level(5, {}, {}, {1, 1, 4, 2, 5});
@@ -178,7 +178,7 @@ static Level large_level(PartCtrl ctrl, unsigned seed, bool refined)
     Ints parts(1300);
     for (int &part : parts) part = below(draw, ctrl.nparts);
     set_parts(ctrl, level.get(), parts);
-    level->objval = ctrl.RType == RTYPE_SOED ? level->minsoed : level->mincut;
+    level->objval = ctrl.RType == OBJECTIVE_SOED ? level->minsoed : level->mincut;
     if (refined) refine_objective(&ctrl, level.get(), KwayRecords::current);
     free_kway_arrays(level.get());
     return level;
@@ -208,7 +208,7 @@ TEST(VCycleKwayTest, hopeless_partition_gets_two_cycles)
 TEST(VCycleKwayTest, cycles_end_after_two_in_a_row_without_improvement)
 {
     std::set<size_t> counts;
-    for (const int rtype : {RTYPE_CUT, RTYPE_SOED}) {
+    for (const int rtype : {OBJECTIVE_CUT, OBJECTIVE_SOED}) {
         for (unsigned seed = 0; seed < 12; seed++) {
             PartCtrl ctrl = kway_ctrl(3, 1.1f);
             ctrl.RType = rtype;
@@ -230,8 +230,9 @@ TEST(VCycleKwayTest, cycles_end_after_two_in_a_row_without_improvement)
             EXPECT_EQ(cycles.result, cycles.values.back()); // the last one stands
             EXPECT_EQ(cycles.last, cycles.result);
             EXPECT_EQ(level->objval, cycles.result);
-            EXPECT_EQ(cycles.result, rtype == RTYPE_CUT ? fresh_cut(level.get(), level->where)
-                                                        : fresh_soed(level.get(), level->where));
+            EXPECT_EQ(cycles.result, rtype == OBJECTIVE_CUT
+                                         ? fresh_cut(level.get(), level->where)
+                                         : fresh_soed(level.get(), level->where));
             EXPECT_EQ(level->kpwgts, nullptr);
             EXPECT_EQ(level->crinfo, nullptr);
             EXPECT_EQ(level->cellmap, nullptr);

@@ -58,7 +58,7 @@ static Range widened(int64_t least, int64_t most, int64_t by)
     return {std::max(least - by, int64_t{0}), most + by};
 }
 
-/* Limits of nparts parts that weigh range together, into least and most. */
+/* Ranges of nparts parts that weigh range together, into least and most. */
 static void compound(int64_t nparts, int ubfactor, Range range, int64_t *least, int64_t *most)
 {
     if (nparts == 1) {
@@ -86,10 +86,10 @@ static Range polished(int64_t nparts, int64_t total, Range all)
     return widened(std::min(all.least, least), std::max(all.most, most), rounding(all));
 }
 
-Limits part_limits(int64_t nparts, int ubfactor, int64_t total)
+PartRanges part_ranges(int64_t nparts, int ubfactor, int64_t total)
 {
     const size_t size = static_cast<size_t>(nparts);
-    Limits limits = {std::vector<int64_t>(size), std::vector<int64_t>(size), 0, 0};
+    PartRanges limits = {std::vector<int64_t>(size), std::vector<int64_t>(size), 0, 0};
     compound(nparts, ubfactor, {total, total}, limits.least.data(), limits.most.data());
     Range all = {*std::min_element(limits.least.begin(), limits.least.end()),
                  *std::max_element(limits.most.begin(), limits.most.end())};
@@ -99,7 +99,7 @@ Limits part_limits(int64_t nparts, int ubfactor, int64_t total)
     return limits;
 }
 
-double worst_excess(const Limits &limits, int64_t total)
+double worst_excess(const PartRanges &limits, int64_t total)
 {
     if (total == 0) return 0;
     return 100 * (static_cast<double>(limits.heaviest) * static_cast<double>(limits.most.size()) /
@@ -110,7 +110,7 @@ double worst_excess(const Limits &limits, int64_t total)
 int largest_factor(int64_t nparts, int64_t total, double percent)
 {
     for (int factor = MOST_UBFACTOR; factor > 0; factor--)
-        if (worst_excess(part_limits(nparts, factor, total), total) <= percent) return factor;
+        if (worst_excess(part_ranges(nparts, factor, total), total) <= percent) return factor;
     return 0;
 }
 
@@ -118,7 +118,7 @@ std::string no_factor_text(int64_t nparts, int64_t total, double percent)
 {
     return text_of("no --ubfactor keeps %lld parts within %g %% of the average for certain: with "
                    "--ubfactor 1 a part can be %.2f %% above it",
-                   ll(nparts), percent, worst_excess(part_limits(nparts, 1, total), total));
+                   ll(nparts), percent, worst_excess(part_ranges(nparts, 1, total), total));
 }
 
 /* A search for an assignment: free vertices in decreasing weight, and the fixed weight of each
@@ -210,7 +210,7 @@ static bool no_sum_between(const std::vector<int64_t> &weights, int64_t least, i
 
 /* Why no assignment can be within the limits; empty if that is not proved. */
 static std::string impossible(const std::vector<int64_t> &sorted, const std::vector<int64_t> &fixed,
-                              const Limits &limits, int ubfactor)
+                              const PartRanges &limits, int ubfactor)
 {
     const int64_t nparts = static_cast<int64_t>(fixed.size()), heaviest = limits.heaviest;
     const int64_t total = total_weight(sorted);
@@ -239,7 +239,7 @@ Advice advise(const std::vector<int64_t> &weights, const std::vector<int64_t> &f
               int ubfactor)
 {
     const int64_t total = total_weight(weights);
-    Advice advice = {part_limits(nparts, ubfactor, total), UNDECIDED,
+    Advice advice = {part_ranges(nparts, ubfactor, total), UNDECIDED,
                      "an assignment within all limits was neither found nor ruled out"};
     std::vector<int64_t> sorted = weights, free, fixed(static_cast<size_t>(nparts), 0);
     for (size_t v = 0; v < weights.size(); v++) {

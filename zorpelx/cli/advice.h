@@ -9,12 +9,14 @@
 #include "hypergraph.h"
 
 constexpr int MOST_UBFACTOR = 49;
-constexpr int MOST_POLISHED = 64; // parts that the final refinement takes, from 3
+/* Parts that the final refinement takes, from 3. The engine's number, written again on purpose:
+ * what verifies a partition shares nothing with it. A test compares the two. */
+constexpr int MOST_POLISHED = 64;
 
 /* Weights that a part may get, [nparts] each.
  *   least, most       by the bisections that lead to the part: the factor compounds
  *   lightest, heaviest  of all parts; the final refinement may take any part as far */
-struct Limits {
+struct PartRanges {
     std::vector<int64_t> least, most;
     int64_t lightest, heaviest;
 };
@@ -26,16 +28,16 @@ enum Verdict {
 };
 
 struct Advice {
-    Limits limits;
+    PartRanges limits;
     Verdict verdict;
     std::string reason; // of the verdict, a sentence
 };
 
 /* The limits for parts of a total weight; ubfactor in percent. Rounded as the bisections round. */
-Limits part_limits(int64_t nparts, int ubfactor, int64_t total);
+PartRanges part_ranges(int64_t nparts, int ubfactor, int64_t total);
 
 /* The heaviest limit over the average part, less one, in percent; 0 without weight. */
-double worst_excess(const Limits &limits, int64_t total);
+double worst_excess(const PartRanges &limits, int64_t total);
 
 /* The largest factor whose heaviest limit is at most percent above the average; 0 if there is
  * none. */

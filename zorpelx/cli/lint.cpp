@@ -178,7 +178,7 @@ static double share_percent(int64_t weight, int64_t total)
     return total == 0 ? 0 : 100 * static_cast<double>(weight) / static_cast<double>(total);
 }
 
-static void print_limits(const Limits &limits, int64_t total)
+static void print_limits(const PartRanges &limits, int64_t total)
 {
     printf("\n  part      least     most   share of the weight\n");
     const size_t nparts = limits.least.size();
@@ -212,7 +212,7 @@ static std::string keep_text(const Settings &settings, int64_t total)
     if (factor == 0) return no_factor_text(settings.nparts, total, settings.epsilon);
     return text_of("--ubfactor %d keeps %lld parts within %g %% of the average (%.2f %%)", factor,
                    ll(settings.nparts), settings.epsilon,
-                   worst_excess(part_limits(settings.nparts, factor, total), total));
+                   worst_excess(part_ranges(settings.nparts, factor, total), total));
 }
 
 static void print_advice(const Settings &settings, const Lint &lint, const Advice &advice)

@@ -7,8 +7,6 @@
 #include "fileerror.h"
 #include "reading.h"
 
-constexpr int64_t MOST_WEIGHT = 2147483646; // total of one kind of weights
-
 static long long ll(int64_t number)
 {
     return number;
@@ -24,13 +22,13 @@ static Place place_of_weight(const Scan &scan, const std::vector<Place> &places,
 static void check_sum(Scan *scan, const std::vector<int64_t> &weights, bool weighted,
                       const std::vector<Place> &places, const char *kind)
 {
-    int64_t left = MOST_WEIGHT;
+    int64_t left = MOST_TOTAL;
     for (size_t i = 0; i < weights.size(); i++) {
         if (weights[i] > left) {
             add_finding(scan->findings, RULE_SUM,
                         weighted ? place_of_weight(*scan, places, i) : scan->header,
                         text_of("the weights of the %s total more than %lld from here on", kind,
-                                ll(MOST_WEIGHT)));
+                                ll(MOST_TOTAL)));
             return;
         }
         left -= std::max(weights[i], int64_t{0});

@@ -7,7 +7,9 @@
 
 #include "hypergraph.h"
 
-constexpr int64_t PRUNED_SIZE = 50; // hyperedges of more vertices are left out of coarsening
+/* Hyperedges of more vertices are left out of coarsening. The engine's number, written again on
+ * purpose: what reads and counts files shares nothing with it. A test compares the two. */
+constexpr int64_t PRUNED_SIZE = 50;
 
 /* How many numbers are in least .. most. */
 struct Bin {

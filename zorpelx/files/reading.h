@@ -7,6 +7,10 @@
 
 #include "read_hgr.h"
 
+/* Most that weights of one kind may sum up to. The engine's number, written again on purpose: what
+ * reads files shares nothing with it. A test compares the two. */
+constexpr int64_t MOST_TOTAL = 2147483646;
+
 /* What the reading of one file carries along. */
 struct Scan {
     Text text;

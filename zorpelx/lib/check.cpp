@@ -12,11 +12,11 @@
 #include <cstdint>
 #include <vector>
 
+#include "core/ctrl.h"
 #include "records.h"
 
-constexpr int64_t MOST_WEIGHT = 2147483646; // total of a kind of weights in the engine
-constexpr int MOST_THINGS = INT_MAX - 1;    // arrays have one more place than there are things
-constexpr int MOST_EMPTY_PARTS = 1000000;   // parts that any number of vertices may have
+constexpr int MOST_THINGS = INT_MAX - 1;  // arrays have one more place than there are things
+constexpr int MOST_EMPTY_PARTS = 1000000; // parts that any number of vertices may have
 constexpr int ALL_TRACES = ZORPEL_DBG_COARSEN | ZORPEL_DBG_INIT | ZORPEL_DBG_PASS |
                            ZORPEL_DBG_BISECTION | ZORPEL_DBG_RUN | ZORPEL_DBG_TIME |
                            ZORPEL_DBG_DETAIL | ZORPEL_DBG_MOVE;

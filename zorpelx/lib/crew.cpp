@@ -50,5 +50,5 @@ static void await_thread(void *place)
 Crew make_crew(int nthreads, bool ordered)
 {
     if (nthreads > 1) mallopt(M_ARENA_MAX, 1);
-    return {start_thread, await_thread, nthreads - 1, ordered, WORTH_A_THREAD};
+    return {start_thread, await_thread, nthreads - 1, ordered, WORTH_A_THREAD, nthreads - 1};
 }

@@ -8,9 +8,9 @@
 
 #include <algorithm>
 
+#include "core/ctrl.h"
 #include "fault.h"
 
-constexpr int POLISHED_PARTS = 65; // from this many parts on there is no final refinement
 constexpr int ROUNDING_SHIFT = 20; // single precision errs by less than this power of a half
 
 struct Bisection {
@@ -87,7 +87,7 @@ std::vector<Limits> part_limits(int nparts, int ubfactor, bool polish, int64_t t
 {
     std::vector<Limits> limits(static_cast<size_t>(nparts));
     bisection_limits(nparts, static_cast<float>(ubfactor / 100.0), {total, total}, limits.data());
-    if (polish && nparts > 2 && nparts < POLISHED_PARTS && total > 0)
+    if (polish && nparts > 2 && nparts < KWAY_POLISH_PARTS && total > 0)
         std::fill(limits.begin(), limits.end(), polish_limits(limits, total));
     return limits;
 }

@@ -7,7 +7,17 @@
 
 #include <gtest/gtest.h>
 
+#include "core/ctrl.h"
+#include "measures.h"
+#include "reading.h"
 #include "zorpelx.h"
+
+TEST(advice, numbers_written_again_are_the_engines)
+{
+    EXPECT_EQ(MOST_POLISHED + 1, KWAY_POLISH_PARTS);
+    EXPECT_EQ(PRUNED_SIZE, MAX_NET_SIZE);
+    EXPECT_EQ(MOST_TOTAL, MOST_WEIGHT);
+}
 
 TEST(advice, limits_without_polish_are_the_librarys)
 {
@@ -18,7 +28,7 @@ TEST(advice, limits_without_polish_are_the_librarys)
                 std::vector<int64_t> least(static_cast<size_t>(nparts)), most = least;
                 ASSERT_EQ(zorpelx_part_limits(nparts, factor, 0, total, least.data(), most.data()),
                           ZORPELX_OK);
-                const Limits limits = part_limits(nparts, factor, total);
+                const PartRanges limits = part_ranges(nparts, factor, total);
                 EXPECT_EQ(limits.least, least) << nparts << ' ' << factor << ' ' << total;
                 EXPECT_EQ(limits.most, most) << nparts << ' ' << factor << ' ' << total;
             }
@@ -31,7 +41,7 @@ TEST(advice, limits_with_polish_are_the_librarys)
             std::vector<int64_t> least(static_cast<size_t>(nparts)), most = least;
             ASSERT_EQ(zorpelx_part_limits(nparts, 7, 1, total, least.data(), most.data()),
                       ZORPELX_OK);
-            const Limits limits = part_limits(nparts, 7, total);
+            const PartRanges limits = part_ranges(nparts, 7, total);
             EXPECT_EQ(limits.lightest, least[0]) << nparts << ' ' << total;
             EXPECT_EQ(limits.heaviest, most[0]) << nparts << ' ' << total;
         }
@@ -39,7 +49,7 @@ TEST(advice, limits_with_polish_are_the_librarys)
 
 TEST(advice, the_factor_compounds)
 {
-    const Limits limits = part_limits(16, 5, 1000000);
+    const PartRanges limits = part_ranges(16, 5, 1000000);
     EXPECT_NEAR(static_cast<double>(limits.most[0]), 1e6 * 0.55 * 0.55 * 0.55 * 0.55, 4);
     EXPECT_NEAR(static_cast<double>(limits.least[3]), 1e6 * 0.45 * 0.45 * 0.45 * 0.45, 4);
     EXPECT_NEAR(worst_excess(limits, 1000000), 46.41, 0.01);
@@ -51,7 +61,7 @@ TEST(advice, the_largest_factor_is_the_last_that_keeps_the_promise)
         for (const double percent : {1.0, 3.0, 10.0, 50.0}) {
             const int factor = largest_factor(nparts, 1000000, percent);
             const auto excess = [&](int ub) {
-                return worst_excess(part_limits(nparts, ub, 1000000), 1000000);
+                return worst_excess(part_ranges(nparts, ub, 1000000), 1000000);
             };
             EXPECT_LE(factor > 0 ? excess(factor) : 0, percent);
             EXPECT_GT(factor < MOST_UBFACTOR ? excess(factor + 1) : 100, percent);
