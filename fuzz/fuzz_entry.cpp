@@ -10,19 +10,8 @@
 #include <set>
 
 #include "hook.h"
+#include "take_byte.h"
 #include "torture_check.h"
-
-struct Source {
-    const uint8_t *bytes;
-    size_t left;
-};
-
-static int take_byte(Source *source)
-{
-    if (source->left == 0) return 0;
-    source->left--;
-    return *source->bytes++;
-}
 
 // A number from least to most, or now and then any one.
 static int take_option(Source *source, int least, int most)

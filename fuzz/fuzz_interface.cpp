@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "take_byte.h"
 #include "zorpelx.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t size);
@@ -26,18 +27,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t size);
 static void expect(bool right, const char *what)
 {
     if (!right) finding(what);
-}
-
-struct Source {
-    const uint8_t *bytes;
-    size_t left;
-};
-
-static int take_byte(Source *source)
-{
-    if (source->left == 0) return 0;
-    source->left--;
-    return *source->bytes++;
 }
 
 static int take_any(Source *source)

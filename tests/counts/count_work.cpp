@@ -12,28 +12,11 @@
 #include <string>
 #include <vector>
 
+#include "../golden/job.h"
 #include "flat_hypergraph.h"
 #include "zorpel.h"
 
 extern "C" int zorpel_work_counts(const long long **counts, const char *const **names);
-
-struct Job {
-    std::string entry, fix;
-    int nparts, ubfactor;
-    int options[ZORPEL_NOPTIONS];
-};
-
-static bool take_job(Job *job)
-{
-    int *const options = job->options;
-    options[ZORPEL_OPT_USE] = 1;
-    std::cin >> job->entry >> job->nparts >> job->ubfactor;
-    for (int slot = ZORPEL_OPT_NRUNS; slot <= ZORPEL_OPT_RECONST; slot++) std::cin >> options[slot];
-    std::cin >> options[ZORPEL_OPT_SEED] >> job->fix;
-    options[ZORPEL_OPT_FIXED] = job->fix != "-";
-    options[ZORPEL_OPT_DBGLVL] = 0;
-    return static_cast<bool>(std::cin);
-}
 
 /* What part holds before the call: the fix file, else alternate sides for a refinement. */
 static std::vector<int> starting_parts(int nvtxs, const Job *job)

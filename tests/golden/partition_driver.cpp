@@ -19,18 +19,13 @@
 #include <string>
 #include <vector>
 
+#include "job.h"
 #include "zorpel.h"
 
 struct Hypergraph {
     int nvtxs = 0, nhedges = 0;
     std::vector<int> eptr, eind;    // as the library takes them
     std::vector<int> vwgts, hewgts; // empty: all 1
-};
-
-struct Job {
-    std::string entry, fix;
-    int nparts, ubfactor;
-    int options[ZORPEL_NOPTIONS];
 };
 
 struct Figures {
@@ -140,18 +135,6 @@ static uint64_t checksum(const std::string &bytes)
     uint64_t hash = 0xcbf29ce484222325;
     for (const char c : bytes) hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001b3;
     return hash;
-}
-
-static bool take_job(Job *job)
-{
-    int *const options = job->options;
-    options[ZORPEL_OPT_USE] = 1;
-    std::cin >> job->entry >> job->nparts >> job->ubfactor;
-    for (int slot = ZORPEL_OPT_NRUNS; slot <= ZORPEL_OPT_RECONST; slot++) std::cin >> options[slot];
-    std::cin >> options[ZORPEL_OPT_SEED] >> job->fix;
-    options[ZORPEL_OPT_FIXED] = job->fix != "-";
-    options[ZORPEL_OPT_DBGLVL] = 0;
-    return static_cast<bool>(std::cin);
 }
 
 int main(int argc, char **argv)

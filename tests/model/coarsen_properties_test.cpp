@@ -83,7 +83,7 @@ TEST_P(ChainProperties, every_level_is_sound_and_keeps_weights_and_cuts)
         const Ints parts = random_parts(draw, level->ncells, 3);
         int cut = 0;
         if (GetParam().restricted) {
-            level->where = engine_array(parts);
+            level->where = new_array(parts);
             cut = fresh_cut(level.get(), parts.data());
         }
         srand(seed);
@@ -129,7 +129,7 @@ TEST_P(MatchingProperties, groups_fit_and_respect_fixed_vertices_and_parts)
         PartCtrl ctrl = make_ctrl();
         ctrl.maxnetsize = between(draw, 2, 9);
         ctrl.MaxCellWgt = between(draw, 1, one_in(draw, 2) ? 12 : 5000);
-        level->where = engine_array(random_parts(draw, level->ncells, 3));
+        level->where = new_array(random_parts(draw, level->ncells, 3));
         srand(seed);
         const HGraph *const coarser = run_matching(GetParam(), &ctrl, level.get());
         check_contraction(level.get());

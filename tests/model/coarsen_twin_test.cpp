@@ -306,7 +306,7 @@ TEST_P(MatchingTwin, groups_and_coarser_level_are_the_same)
         // at least 1, for a level of weightless vertices would let them join fixed ones
         ctrl.MaxCellWgt = one_in(draw, 3) ? 1000000 : between(draw, 1, 25);
         level->removedwgt = below(draw, 10);
-        level->where = engine_array(random_parts(draw, level->ncells, 3));
+        level->where = new_array(random_parts(draw, level->ncells, 3));
         srand(seed);
         const Nets expected = twin_groups(level.get(), &ctrl, GetParam());
         srand(seed);
@@ -322,7 +322,7 @@ TEST_P(MatchingTwin, groups_and_coarser_level_are_the_same)
 INSTANTIATE_TEST_SUITE_P(matchings, MatchingTwin, testing::ValuesIn(all_matchings()),
                          [](const auto &row) { return std::string(row.param.name); });
 
-TEST(CollapseTwinTest, merges_as_the_plain_twin_does)
+TEST(CollapseTwin, merges_as_the_plain_twin_does)
 {
     for (unsigned seed = 0; seed < 2000; seed++) {
         SCOPED_TRACE(testing::Message() << "seed " << seed);

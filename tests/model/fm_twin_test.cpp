@@ -7,12 +7,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdarg>
 #include <cstdio>
 #include <numeric>
 
 #include "core/heavy_assert.h"
 #include "core/random.h"
+#include "print_to.h"
 #include "levels.h"
 #include "plain_queue.h"
 #include "refine/balance.h"
@@ -27,17 +27,6 @@ struct Twin {
     int pwgts[2], minpwgts[2];
     std::string trace;
 };
-
-__attribute__((format(printf, 2, 3))) static void print_to(std::string &text, const char *format,
-                                                           ...)
-{
-    char line[200];
-    va_list args;
-    va_start(args, format);
-    vsnprintf(line, sizeof line, format, args);
-    va_end(args);
-    text += line;
-}
 
 static void open_twin(Twin &twin, const HGraph *graph, const PartCtrl *ctrl, const Ints &where)
 {
@@ -508,7 +497,7 @@ TEST_P(TwoWayTwin, agrees_on_levels_that_are_relabelled)
         Ints order(at(n));
         std::iota(order.begin(), order.end(), 0);
         std::shuffle(order.begin(), order.end(), draw);
-        level->nearby = engine_array(order);
+        level->nearby = new_array(order);
         Ints sides;
         for (int v = 0; v < n; v++) sides.push_back(v / 64 % 2);
         PartCtrl ctrl = make_ctrl();

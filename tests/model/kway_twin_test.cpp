@@ -7,13 +7,13 @@
  */
 #include <gtest/gtest.h>
 
-#include <cstdarg>
 #include <cstdio>
 #include <map>
 
 #include "core/random.h"
 #include "kway/kway_gains.h"
 #include "kway/refine_random.h"
+#include "print_to.h"
 #include "levels.h"
 
 struct Count {
@@ -105,17 +105,6 @@ static Record count_record(const KwayTwin &twin, int v)
     }
     for (Target &target : record.targets) target.soed = record.ed - (total - touching[target.part]);
     return record;
-}
-
-__attribute__((format(printf, 2, 3))) static void print_to(std::string &text, const char *format,
-                                                           ...)
-{
-    char line[200];
-    va_list args;
-    va_start(args, format);
-    vsnprintf(line, sizeof line, format, args);
-    va_end(args);
-    text += line;
 }
 
 static int first_key(const KwayTwin &twin, const Target &target)
@@ -296,19 +285,19 @@ static void compare_with_twin(bool soed, bool unitnets)
     EXPECT_GT(nmoves, 200);
 }
 
-TEST(KwayTwinTest, cut_refinement_agrees_move_by_move)
+TEST(KwayTwin, cut_refinement_agrees_move_by_move)
 {
     compare_with_twin(false, false);
 }
 
-TEST(KwayTwinTest, soed_refinement_agrees_move_by_move)
+TEST(KwayTwin, soed_refinement_agrees_move_by_move)
 {
     compare_with_twin(true, false);
 }
 
 /* A hyperedge of one vertex is inside its part wherever the vertex goes, yet weighs against every
  * move of it; the cut that the refiner keeps drifts by it. */
-TEST(KwayTwinTest, hyperedges_of_one_vertex_count_as_told)
+TEST(KwayTwin, hyperedges_of_one_vertex_count_as_told)
 {
     compare_with_twin(false, true);
     compare_with_twin(true, true);

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "core/sort.h"
+#include "../unit/lopsided.h"
 #include "shrink.h"
 
 using Pairs = std::vector<KeyValue>;
@@ -157,19 +158,7 @@ TEST(SortModel, insertion_agrees_with_its_twin)
 TEST(SortModel, lopsided_partitions_agree_with_the_twin_whether_keys_repeat_or_not)
 {
     const int n = 60000;
-    std::vector<int> place(n), keys(n);
-    for (int i = 0; i < n; i++) place[static_cast<size_t>(i)] = i;
-    int next = 0;
-    const auto assign = [&](int i) {
-        keys[static_cast<size_t>(place[static_cast<size_t>(i)])] = next++;
-    };
-    while (n > next + 100) {
-        const int low = next, middle = low + (n - 1 - low) / 2;
-        while (next < low + 23) assign(next);
-        assign(middle);
-        std::swap(place[static_cast<size_t>(low + 23)], place[static_cast<size_t>(middle)]);
-    }
-    while (next < n) assign(next);
+    const std::vector<int> keys = lopsided_order(n);
     for (const int repeated : {0, 1, 1000}) {
         Pairs pairs;
         for (const int key : keys)

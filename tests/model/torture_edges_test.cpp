@@ -90,14 +90,14 @@ static void call_with(std::vector<int> Case::*weights, long long over)
     exit(1);
 }
 
-TEST(EdgesDeathTest, a_vertex_weight_more_is_refused)
+TEST(EdgesDeath, a_vertex_weight_more_is_refused)
 {
     for (const long long over : {1, 2, 3, 1000000})
         EXPECT_EXIT(call_with(&Case::vwgts, over), testing::ExitedWithCode(0),
                     "The vertex weights should total at most 2147483646.");
 }
 
-TEST(EdgesDeathTest, a_hyperedge_weight_more_is_refused)
+TEST(EdgesDeath, a_hyperedge_weight_more_is_refused)
 {
     for (const long long over : {1, 2, 3, 1000000})
         EXPECT_EXIT(call_with(&Case::hewgts, over), testing::ExitedWithCode(0),

@@ -12,7 +12,7 @@ static std::string balance(HGraph *graph, float ubfactor = 0.05f)
     return printed_by([&] { Balance__(&ctrl, graph); });
 }
 
-TEST(BalanceTest, bisection_within_its_bounds_is_returned_untouched)
+TEST(Balance, bisection_within_its_bounds_is_returned_untouched)
 {
     const Level level = make_level(4, path_nets(4));
     set_sides(level.get(), {0, 1, 0, 1});
@@ -25,7 +25,7 @@ TEST(BalanceTest, bisection_within_its_bounds_is_returned_untouched)
     EXPECT_EQ(level->pwgts[1], 2);
 }
 
-TEST(BalanceTest, vertices_too_heavy_for_the_slack_are_discarded_one_by_one)
+TEST(Balance, vertices_too_heavy_for_the_slack_are_discarded_one_by_one)
 {
     const Level level = make_level(3, {{0, 2}, {1, 2}}, {}, {75, 75, 40});
     set_sides(level.get(), {0, 0, 1});
@@ -35,7 +35,7 @@ TEST(BalanceTest, vertices_too_heavy_for_the_slack_are_discarded_one_by_one)
     EXPECT_EQ(level->mincut, 2);
 }
 
-TEST(BalanceTest, best_gain_moves_first_and_only_as_often_as_needed)
+TEST(Balance, best_gain_moves_first_and_only_as_often_as_needed)
 {
     const Level level = make_level(6, {{0, 5}, {1, 2}}, {3, 2});
     set_sides(level.get(), {0, 0, 0, 0, 0, 1});
@@ -46,7 +46,7 @@ TEST(BalanceTest, best_gain_moves_first_and_only_as_often_as_needed)
     EXPECT_EQ(level->mincut, 0);
 }
 
-TEST(BalanceTest, side_1_gives_when_side_0_is_short)
+TEST(Balance, side_1_gives_when_side_0_is_short)
 {
     const Level level = make_level(6, {{0, 1}, {1, 2}}, {5, 1});
     set_sides(level.get(), {0, 1, 1, 1, 1, 1});
@@ -55,7 +55,7 @@ TEST(BalanceTest, side_1_gives_when_side_0_is_short)
     EXPECT_EQ(level->pwgts[0], 2);
 }
 
-TEST(BalanceTest, fixed_vertices_stay_but_their_gains_are_kept_current)
+TEST(Balance, fixed_vertices_stay_but_their_gains_are_kept_current)
 {
     const Level level = make_level(6, {{0, 2}, {0, 3}, {1, 4}}, {}, {}, 2);
     set_sides(level.get(), {0, 0, 0, 0, 0, 1});
@@ -66,7 +66,7 @@ TEST(BalanceTest, fixed_vertices_stay_but_their_gains_are_kept_current)
     EXPECT_TRUE(hgraph_ok(level.get(), HG_WHERE | HG_GAINS));
 }
 
-TEST(BalanceTest, cut_may_rise_and_mincut_reports_it)
+TEST(Balance, cut_may_rise_and_mincut_reports_it)
 {
     const Level level = make_level(4, {{0, 1}, {1, 2}, {2, 3}, {3, 0}}, {2, 2, 2, 2});
     set_sides(level.get(), {0, 0, 0, 0});
@@ -76,7 +76,7 @@ TEST(BalanceTest, cut_may_rise_and_mincut_reports_it)
     EXPECT_EQ(fresh_cut(level.get(), level->where), 4);
 }
 
-TEST(BalanceTest, nothing_to_move_leaves_the_bisection_unbalanced)
+TEST(Balance, nothing_to_move_leaves_the_bisection_unbalanced)
 {
     const Level level = make_level(3, path_nets(3), {}, {}, 3);
     set_sides(level.get(), {0, 0, 0});

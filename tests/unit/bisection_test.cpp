@@ -92,7 +92,7 @@ TEST(Bisection, a_target_share_other_than_half_is_followed)
 
 TEST(Bisection, large_hyperedges_count_in_the_cut_though_they_are_pruned)
 {
-    PinLists nets = random_nets(4, 120, 150, 4);
+    Nets nets = random_nets(4, 120, 150, 4);
     nets.emplace_back();
     for (int v = 0; v < 120; v++) nets.back().push_back(v); // cut whatever happens
     std::vector<int> netwgt(151, 1);
@@ -187,7 +187,7 @@ TEST(Bisection, the_hypergraph_keeps_lists_and_incidence_and_nothing_of_the_runs
 {
     PartCtrl ctrl = default_ctrl();
     ctrl.VCycle = VCYCLE_END;
-    const PinLists nets = random_nets(8, 300, 400, 5);
+    const Nets nets = random_nets(8, 300, 400, 5);
     const HGraphPtr graph = make_hgraph(300, nets);
     bisect(ctrl, graph.get());
     EXPECT_EQ(pins_of(graph.get()), nets);

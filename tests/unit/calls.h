@@ -27,11 +27,11 @@ inline Options options_with(int slot, int value)
 /* A hypergraph as a caller holds it; empty weights are passed as null. */
 struct Problem {
     int nvtxs = 0, nhedges = 0;
-    PinLists nets;
+    Nets nets;
     std::vector<int> vwgts, hewgts, eptr = {0}, eind;
 };
 
-inline Problem make_problem(int nvtxs, const PinLists &nets)
+inline Problem make_problem(int nvtxs, const Nets &nets)
 {
     Problem problem;
     problem.nvtxs = nvtxs;

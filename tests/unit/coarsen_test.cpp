@@ -42,12 +42,12 @@ static Ints sizes(const std::string &trace)
 
 static const std::string RELAXED = "\n" + std::string(35, '-') + "\n";
 
-TEST(CoarsenTest, level_small_enough_is_returned_unchanged)
+TEST(Coarsen, level_small_enough_is_returned_unchanged)
 {
     for (const bool restricted : {false, true}) {
         const Level level = make_level(5, path_nets(5));
         level->level = 9;
-        level->where = restricted ? engine_array(Ints(5, 0)) : nullptr;
+        level->where = restricted ? new_array(Ints(5, 0)) : nullptr;
         PartCtrl ctrl = make_ctrl();
         ctrl.CoarsenTo = 5;
         ctrl.CType = 1;
@@ -60,7 +60,7 @@ TEST(CoarsenTest, level_small_enough_is_returned_unchanged)
     }
 }
 
-TEST(CoarsenTest, merging_nothing_is_slow_progress)
+TEST(Coarsen, merging_nothing_is_slow_progress)
 {
     const Level level = make_level(20, path_nets(20));
     PartCtrl ctrl = traced_ctrl(CTYPE_EDGE, 5);
@@ -71,7 +71,7 @@ TEST(CoarsenTest, merging_nothing_is_slow_progress)
               std::string::npos);
 }
 
-TEST(CoarsenTest, edge_matching_ends_at_the_first_level_above_four_fifths)
+TEST(Coarsen, edge_matching_ends_at_the_first_level_above_four_fifths)
 {
     const Level level = stars(20, 6); // 120, 100: five sixths
     const std::string trace = coarsen(traced_ctrl(CTYPE_EDGE, 10), level.get());
@@ -79,7 +79,7 @@ TEST(CoarsenTest, edge_matching_ends_at_the_first_level_above_four_fifths)
     EXPECT_EQ(trace.find(RELAXED), std::string::npos);
 }
 
-TEST(CoarsenTest, exactly_four_fifths_is_progress)
+TEST(Coarsen, exactly_four_fifths_is_progress)
 {
     const Level level = stars(20, 5); // 100, 80, 60, 40, 20
     const std::string trace = coarsen(traced_ctrl(CTYPE_EDGE, 20), level.get());
@@ -88,7 +88,7 @@ TEST(CoarsenTest, exactly_four_fifths_is_progress)
     EXPECT_EQ(trace.find("Slow"), std::string::npos);
 }
 
-TEST(CoarsenTest, hyperedge_schemes_get_a_relaxed_ratio_after_the_first_slow_level)
+TEST(Coarsen, hyperedge_schemes_get_a_relaxed_ratio_after_the_first_slow_level)
 {
     for (const int ctype : {CTYPE_HEDGE, CTYPE_HEDGE_ONLY, CTYPE_HEDGE_EDGE}) {
         const Level level = stars(20, 7); // 6/7 is slow, 5/6 then is not
@@ -100,7 +100,7 @@ TEST(CoarsenTest, hyperedge_schemes_get_a_relaxed_ratio_after_the_first_slow_lev
     }
 }
 
-TEST(CoarsenTest, relaxed_ratio_is_86_of_a_hundred)
+TEST(Coarsen, relaxed_ratio_is_86_of_a_hundred)
 {
     const Level level = stars(20, 8); // 7/8 is slow; 6/7, or 0.857, then is not
     const std::string trace = coarsen(traced_ctrl(CTYPE_HEDGE, 110), level.get());
@@ -108,7 +108,7 @@ TEST(CoarsenTest, relaxed_ratio_is_86_of_a_hundred)
     EXPECT_EQ(trace.find("Slow"), std::string::npos);
 }
 
-TEST(CoarsenTest, relaxed_ratio_is_no_more_than_86_of_a_hundred)
+TEST(Coarsen, relaxed_ratio_is_no_more_than_86_of_a_hundred)
 {
     /* 29 stars of 239 vertices: 210/239 is slow, and so is 181/210, or 0.8619, even then. */
     Nets nets;
@@ -124,7 +124,7 @@ TEST(CoarsenTest, relaxed_ratio_is_no_more_than_86_of_a_hundred)
     EXPECT_NE(trace.find("Aborted at 181 nodes"), std::string::npos);
 }
 
-TEST(CoarsenTest, second_slow_level_ends_coarsening)
+TEST(Coarsen, second_slow_level_ends_coarsening)
 {
     for (const int ctype : {CTYPE_HEDGE, CTYPE_HEDGE_ONLY, CTYPE_HEDGE_EDGE}) {
         const Level level = stars(20, 9); // 8/9, then 7/8 is above 0.86
@@ -134,7 +134,7 @@ TEST(CoarsenTest, second_slow_level_ends_coarsening)
     }
 }
 
-TEST(CoarsenTest, slow_hyperedge_matching_gives_way_to_pairs)
+TEST(Coarsen, slow_hyperedge_matching_gives_way_to_pairs)
 {
     Nets nets;
     for (int v = 0; v < 30; v += 3) nets.push_back({v, v + 1, v + 2});
@@ -177,7 +177,7 @@ static Level large_level()
     return random_level(draw, limits);
 }
 
-TEST(CoarsenTest, each_scheme_calls_its_matching)
+TEST(Coarsen, each_scheme_calls_its_matching)
 {
     const struct {
         int ctype;
@@ -195,7 +195,7 @@ TEST(CoarsenTest, each_scheme_calls_its_matching)
     }
 }
 
-TEST(CoarsenTest, hybrid_scheme_visits_by_strength_on_four_levels_of_each_call)
+TEST(Coarsen, hybrid_scheme_visits_by_strength_on_four_levels_of_each_call)
 {
     const auto hybrid = [](int i) { return i < 4 ? "EdgesStars1" : "EdgesStars0"; };
     const auto strength = [](int) { return "EdgesStars1"; };
@@ -213,10 +213,10 @@ TEST(CoarsenTest, hybrid_scheme_visits_by_strength_on_four_levels_of_each_call)
     EXPECT_EQ(chain_of(again.get()), chain);
 }
 
-TEST(CoarsenTest, unknown_scheme_ends_the_process)
+TEST(Coarsen, unknown_scheme_ends_the_process)
 {
     const Level level = make_level(5, path_nets(5));
-    level->where = engine_array(Ints(5, 0));
+    level->where = new_array(Ints(5, 0));
     for (const int ctype : {0, 8, -1}) {
         PartCtrl ctrl = traced_ctrl(ctype, 2);
         ctrl.dbglvl = 0;
@@ -234,7 +234,7 @@ TEST(CoarsenTest, unknown_scheme_ends_the_process)
     EXPECT_EQ(Coarsen__(&small, level.get()), level.get());
 }
 
-TEST(CoarsenTest, trace_tells_the_statistics_of_each_level)
+TEST(Coarsen, trace_tells_the_statistics_of_each_level)
 {
     const Level level = make_level(4, {{1, 2, 0, 3}, {0, 3}}, {3, 4});
     level->removedwgt = 5;
@@ -247,14 +247,14 @@ TEST(CoarsenTest, trace_tells_the_statistics_of_each_level)
     EXPECT_EQ(level->coarser->level, 1);
 }
 
-TEST(CoarsenTest, large_nets_have_four_pins_and_more)
+TEST(Coarsen, large_nets_have_four_pins_and_more)
 {
     const Ints netptr = {0, 3, 7, 7, 12};
     EXPECT_EQ(NumOfLargeNets__(4, netptr.data()), 2);
     EXPECT_EQ(NumOfLargeNets__(0, netptr.data()), 0);
 }
 
-TEST(CoarsenTest, islands_are_parked_before_each_level_is_matched)
+TEST(Coarsen, islands_are_parked_before_each_level_is_matched)
 {
     const Level level = make_level(12, path_nets(8));
     PartCtrl ctrl = traced_ctrl(CTYPE_EDGE, 3);
@@ -263,7 +263,7 @@ TEST(CoarsenTest, islands_are_parked_before_each_level_is_matched)
     EXPECT_EQ(level->coarser->ncells, 4);
 }
 
-TEST(RestrictedCoarsenTest, partition_moves_down_to_the_coarsest_level)
+TEST(RestrictedCoarsen, partition_moves_down_to_the_coarsest_level)
 {
     Draw draw(3);
     for (const int ctype : {RESTRICTED_STARS, RESTRICTED_EDGES}) {
@@ -272,7 +272,7 @@ TEST(RestrictedCoarsenTest, partition_moves_down_to_the_coarsest_level)
         limits.islands = false;
         const Level level = random_level(draw, limits);
         const Ints parts = random_parts(draw, 300, 3);
-        level->where = engine_array(parts);
+        level->where = new_array(parts);
         coarsen(traced_ctrl(ctype, 40), level.get(), true);
         for (int v = 0; v < 300; v++) {
             int c = v;
@@ -288,23 +288,23 @@ TEST(RestrictedCoarsenTest, partition_moves_down_to_the_coarsest_level)
     }
 }
 
-TEST(RestrictedCoarsenTest, all_hyperedges_may_vanish)
+TEST(RestrictedCoarsen, all_hyperedges_may_vanish)
 {
     Nets pairs;
     for (int v = 0; v < 80; v += 2) pairs.push_back({v, v + 1});
     const Level level = make_level(80, pairs);
-    level->where = engine_array(Ints(80, 0));
+    level->where = new_array(Ints(80, 0));
     coarsen(traced_ctrl(RESTRICTED_EDGES, 10), level.get(), true);
     ASSERT_NE(level->coarser, nullptr);
     EXPECT_EQ(level->coarser->nnets, 0);
     EXPECT_EQ(level->coarser->removedwgt, 40);
 }
 
-TEST(RestrictedCoarsenTest, first_slow_level_is_the_last)
+TEST(RestrictedCoarsen, first_slow_level_is_the_last)
 {
     for (const int ctype : {RESTRICTED_STARS, RESTRICTED_EDGES}) {
         const Level level = stars(20, 6);
-        level->where = engine_array(Ints(120, 0));
+        level->where = new_array(Ints(120, 0));
         PartCtrl ctrl = traced_ctrl(ctype, 10);
         ctrl.MaxCellWgt = 2; // stars of two: one leaf each
         const std::string trace = coarsen(ctrl, level.get(), true);
@@ -314,23 +314,23 @@ TEST(RestrictedCoarsenTest, first_slow_level_is_the_last)
     }
 }
 
-TEST(RestrictedCoarsenTest, trace_closes_with_an_empty_line)
+TEST(RestrictedCoarsen, trace_closes_with_an_empty_line)
 {
     const Level level = stars(20, 4);
-    level->where = engine_array(Ints(80, 1));
+    level->where = new_array(Ints(80, 1));
     const std::string trace = coarsen(traced_ctrl(RESTRICTED_EDGES, 20), level.get(), true);
     EXPECT_EQ(sizes(trace), (Ints{80, 60, 40, 20}));
     EXPECT_EQ(trace.substr(trace.size() - 2), "\n\n");
 }
 
-TEST(RestrictedCoarsenTest, large_hyperedges_merge_nobody_though_they_do_elsewhere)
+TEST(RestrictedCoarsen, large_hyperedges_merge_nobody_though_they_do_elsewhere)
 {
     Ints all(30);
     std::iota(all.begin(), all.end(), 0);
     PartCtrl ctrl = traced_ctrl(RESTRICTED_EDGES, 10);
     ctrl.maxnetsize = 29;
     const Level restricted = make_level(30, {all}), free = make_level(30, {all});
-    restricted->where = engine_array(Ints(30, 0));
+    restricted->where = new_array(Ints(30, 0));
     EXPECT_EQ(sizes(coarsen(ctrl, restricted.get(), true)), (Ints{30, 30}));
     ctrl.CType = CTYPE_EDGE;
     EXPECT_EQ(sizes(coarsen(ctrl, free.get())), (Ints{30, 15, 8}));

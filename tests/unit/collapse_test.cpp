@@ -15,13 +15,9 @@ struct Collapsed {
 
 static Collapsed collapse(const Nets &nets, const Ints &wgts)
 {
-    Ints netptr = {0}, netind;
-    for (const Ints &net : nets) {
-        netind.insert(netind.end(), net.begin(), net.end());
-        netptr.push_back(static_cast<int>(netind.size()));
-    }
+    FlatLists all = flat(nets);
     Ints netwgt = wgts;
-    const NetLists lists = {static_cast<int>(nets.size()), netptr.data(), netind.data(),
+    const NetLists lists = {static_cast<int>(nets.size()), all.ptr.data(), all.ind.data(),
                             netwgt.data()};
     NetLists out;
     CollapseSameHEdges__(&lists, &out);
@@ -33,19 +29,19 @@ static Collapsed collapse(const Nets &nets, const Ints &wgts)
     return collapsed;
 }
 
-TEST(CollapseTest, same_pins_in_any_order_become_one_hyperedge)
+TEST(Collapse, same_pins_in_any_order_become_one_hyperedge)
 {
     const Collapsed result = collapse({{3, 1, 2}, {2, 3, 1}}, {1, 1});
     EXPECT_EQ(result.nets, (Nets{{1, 2, 3}}));
     EXPECT_EQ(result.wgts, (Ints{2}));
 }
 
-TEST(CollapseTest, different_sizes_are_never_merged)
+TEST(Collapse, different_sizes_are_never_merged)
 {
     EXPECT_EQ(collapse({{1, 2}, {1, 2, 3}, {1}}, {1, 1, 1}).nets.size(), 3u);
 }
 
-TEST(CollapseTest, without_duplicates_the_hyperedges_come_in_key_order_with_sorted_pins)
+TEST(Collapse, without_duplicates_the_hyperedges_come_in_key_order_with_sorted_pins)
 {
     // keys 3 + 100 x 608, 2 + 100 x 309, 2 + 100 x 301
     const Collapsed result = collapse({{5, 0, 3}, {8, 1}, {1, 0}}, {4, 5, 6});
@@ -53,14 +49,14 @@ TEST(CollapseTest, without_duplicates_the_hyperedges_come_in_key_order_with_sort
     EXPECT_EQ(result.wgts, (Ints{6, 5, 4}));
 }
 
-TEST(CollapseTest, no_hyperedges_yield_none)
+TEST(Collapse, no_hyperedges_yield_none)
 {
     const Collapsed result = collapse({}, {});
     EXPECT_EQ(result.nets, Nets());
     EXPECT_EQ(result.first, 0);
 }
 
-TEST(CollapseTest, key_adds_the_position_so_other_pins_of_equal_sum_share_it)
+TEST(Collapse, key_adds_the_position_so_other_pins_of_equal_sum_share_it)
 {
     // {0, 4} and {1, 3} have one key: compared pin by pin, they stay apart
     const Collapsed result = collapse({{0, 4}, {1, 3}, {4, 0}}, {1, 2, 4});
@@ -68,7 +64,7 @@ TEST(CollapseTest, key_adds_the_position_so_other_pins_of_equal_sum_share_it)
     EXPECT_EQ(result.wgts, (Ints{5, 2}));
 }
 
-TEST(CollapseTest, empty_hyperedges_are_merged)
+TEST(Collapse, empty_hyperedges_are_merged)
 {
     const Collapsed result = collapse({{}, {1}, {}}, {1, 2, 4});
     EXPECT_EQ(result.nets, (Nets{{}, {1}}));
@@ -76,7 +72,7 @@ TEST(CollapseTest, empty_hyperedges_are_merged)
 }
 
 /* {0, 530152} and {0, ..., 101} have the same key, 102 + 100 x 530451. */
-TEST(CollapseTest, equal_key_of_another_size_ends_the_search_for_duplicates)
+TEST(Collapse, equal_key_of_another_size_ends_the_search_for_duplicates)
 {
     Ints large(102);
     std::iota(large.begin(), large.end(), 0);
@@ -112,26 +108,48 @@ static Merged merged_one_by_one(const Nets &nets, const Ints &wgts)
 static Merged merged_by_engine(const Nets &lists, const Ints &wgts)
 {
     const int n = static_cast<int>(lists.size());
-    Ints netptr = {0}, netind, netwgt = wgts, map(at(n), -1), seen(at(n), -1);
+    FlatLists all = flat(lists);
+    Ints netwgt = wgts, map(at(n), -1), seen(at(n), -1);
     std::vector<KeyValue> pairs;
-    for (const Ints &pins : lists) {
-        pairs.push_back({7, static_cast<int>(pairs.size())});
-        netind.insert(netind.end(), pins.begin(), pins.end());
-        netptr.push_back(static_cast<int>(netind.size()));
-    }
-    Ints ptr(at(n) + 1), ind(netind.size()), wgt(at(n));
-    const NetLists nets = {n, netptr.data(), netind.data(), netwgt.data()};
+    for (int e = 0; e < n; e++) pairs.push_back({7, e});
+    Ints ptr(at(n) + 1), ind(all.ind.size()), wgt(at(n));
+    const NetLists nets = {n, all.ptr.data(), all.ind.data(), netwgt.data()};
     NetLists merged = {0, ptr.data(), ind.data(), wgt.data()};
     merge_identical(&nets, pairs.data(), &merged, map.data(), seen.data());
     for (size_t e = 0; e < lists.size(); e++) {
         const int d = map[e];
-        EXPECT_EQ(to_ints(&ind[at(ptr[at(d)])], ptr[at(d) + 1] - ptr[at(d)]), lists[e]);
+        EXPECT_EQ(to_ints(ind.data() + ptr[at(d)], ptr[at(d) + 1] - ptr[at(d)]), lists[e]);
     }
     wgt.resize(at(merged.nnets));
     return {map, wgt};
 }
 
-TEST(CollapseTest, many_hyperedges_of_one_key_are_merged_as_if_one_by_one)
+/* The lists of base, its copy, and of one more for each pin, in which that pin is another. */
+static Nets one_pin_apart(const Ints &base)
+{
+    Nets nets = {base, base};
+    for (size_t j = 0; j < base.size(); j++) {
+        nets.push_back(base);
+        nets.back()[j]++;
+    }
+    return nets;
+}
+
+TEST(Collapse, hyperedges_of_one_key_are_merged_only_if_all_pins_are_the_same)
+{
+    for (int size = 0; size <= 20; size++) {
+        Ints base(at(size));
+        for (int j = 0; j < size; j++) base[at(j)] = 2 * j;
+        const Nets lists = one_pin_apart(base);
+        const Merged merged = merged_by_engine(lists, Ints(lists.size(), 1));
+        EXPECT_EQ(merged.wgts.size(), lists.size() - 1) << size << " pins";
+        EXPECT_EQ(merged.map[0], merged.map[1]);
+        EXPECT_EQ(merged.wgts[at(merged.map[0])], 2);
+        EXPECT_EQ(std::set<int>(merged.map.begin(), merged.map.end()).size(), lists.size() - 1);
+    }
+}
+
+TEST(Collapse, many_hyperedges_of_one_key_are_merged_as_if_one_by_one)
 {
     Draw draw(3);
     for (const unsigned nsets : {1u, 20u, 300u, 3000u}) {
@@ -151,7 +169,7 @@ TEST(CollapseTest, many_hyperedges_of_one_key_are_merged_as_if_one_by_one)
     }
 }
 
-TEST(CollapseTest, pins_of_equal_sums_take_no_quadratic_time)
+TEST(Collapse, pins_of_equal_sums_take_no_quadratic_time)
 {
     constexpr int n = HEAVY_ASSERTS ? 40000 : 400000;
     Nets nets;

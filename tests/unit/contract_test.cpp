@@ -1,22 +1,17 @@
 /* tests/unit/contract_test.cpp: construction of the next coarser level. */
 #include "coarsen/contract.h"
 
-#include "coarsen/merge_nets.h"
 #include "levels.h"
 
 static const HGraph *contract(HGraph *graph, const Nets &groups)
 {
-    Ints mptr = {0}, mind, cellmap(at(graph->ncells), -1);
-    for (size_t c = 0; c < groups.size(); c++) {
-        for (int v : groups[c]) {
-            cellmap[at(v)] = static_cast<int>(c);
-            mind.push_back(v);
-        }
-        mptr.push_back(static_cast<int>(mind.size()));
-    }
-    graph->cellmap = engine_array(cellmap);
-    graph->mptr = engine_array(mptr);
-    graph->mind = engine_array(mind);
+    Ints cellmap(at(graph->ncells), -1);
+    for (size_t c = 0; c < groups.size(); c++)
+        for (int v : groups[c]) cellmap[at(v)] = static_cast<int>(c);
+    const FlatLists members = flat(groups);
+    graph->cellmap = new_array(cellmap);
+    graph->mptr = new_array(members.ptr);
+    graph->mind = new_array(members.ind);
     PartCtrl ctrl = make_ctrl();
     CreateCoarseHGraph__(&ctrl, graph, static_cast<int>(groups.size()));
     return graph->coarser;
@@ -29,7 +24,7 @@ static Nets alone(int n)
     return groups;
 }
 
-TEST(ContractTest, hyperedge_inside_one_group_vanishes_and_its_weight_is_carried)
+TEST(Contract, hyperedge_inside_one_group_vanishes_and_its_weight_is_carried)
 {
     const Level level = make_level(4, {{0, 1}, {1, 2}, {2, 3, 0}}, {5, 2, 1});
     level->removedwgt = 10;
@@ -40,7 +35,7 @@ TEST(ContractTest, hyperedge_inside_one_group_vanishes_and_its_weight_is_carried
     EXPECT_NE(level->netmap[1], -1);
 }
 
-TEST(ContractTest, identical_hyperedges_become_one_of_their_summed_weight)
+TEST(Contract, identical_hyperedges_become_one_of_their_summed_weight)
 {
     const Level level = make_level(6, {{5, 1, 2}, {0, 3}, {1, 2, 5}}, {3, 1, 4});
     const HGraph *const coarser = contract(level.get(), alone(6));
@@ -52,7 +47,7 @@ TEST(ContractTest, identical_hyperedges_become_one_of_their_summed_weight)
     EXPECT_EQ(coarser->edgewgt[d], 3.5f);
 }
 
-TEST(ContractTest, hyperedges_that_become_identical_by_merging_are_merged_too)
+TEST(Contract, hyperedges_that_become_identical_by_merging_are_merged_too)
 {
     const Level level = make_level(4, {{0, 2}, {1, 3}}, {3, 4});
     const HGraph *const coarser = contract(level.get(), {{0, 1}, {2, 3}});
@@ -61,7 +56,7 @@ TEST(ContractTest, hyperedges_that_become_identical_by_merging_are_merged_too)
     EXPECT_EQ(to_ints(coarser->adjwgt, 2), (Ints{7, 7}));
 }
 
-TEST(ContractTest, repeated_pins_are_kept_once_in_increasing_order)
+TEST(Contract, repeated_pins_are_kept_once_in_increasing_order)
 {
     const Level level = make_level(6, {{5, 4, 3, 2, 1, 0}, {3, 0}});
     const HGraph *const coarser = contract(level.get(), {{4, 5}, {0, 1}, {3, 2}});
@@ -71,7 +66,7 @@ TEST(ContractTest, repeated_pins_are_kept_once_in_increasing_order)
 }
 
 /* What puts all sequences of two numbers in order puts all others in order too. */
-TEST(ContractTest, pins_of_two_groups_in_any_sequence_come_out_in_order)
+TEST(Contract, pins_of_two_groups_in_any_sequence_come_out_in_order)
 {
     for (int size = 2; size <= 17; size++) {
         SCOPED_TRACE(testing::Message() << size << " pins");
@@ -89,7 +84,7 @@ TEST(ContractTest, pins_of_two_groups_in_any_sequence_come_out_in_order)
     }
 }
 
-TEST(ContractTest, pins_are_copied_whatever_their_number)
+TEST(Contract, pins_are_copied_whatever_their_number)
 {
     for (int size = 2; size <= 40; size++) {
         Nets nets = {{}, {}};
@@ -104,43 +99,7 @@ TEST(ContractTest, pins_are_copied_whatever_their_number)
     }
 }
 
-/* The lists of base, its copy, and of one more for each pin, in which that pin is another. */
-static Nets one_pin_apart(const Ints &base)
-{
-    Nets nets = {base, base};
-    for (size_t j = 0; j < base.size(); j++) {
-        nets.push_back(base);
-        nets.back()[j]++;
-    }
-    return nets;
-}
-
-TEST(ContractTest, hyperedges_of_one_key_are_merged_only_if_all_pins_are_the_same)
-{
-    for (int size = 0; size <= 20; size++) {
-        Ints base(at(size));
-        for (int j = 0; j < size; j++) base[at(j)] = 2 * j;
-        const Nets lists = one_pin_apart(base);
-        const int n = static_cast<int>(lists.size());
-        Ints netptr = {0}, netind, netwgt(at(n), 1), map(at(n), -1), seen(at(n), -1);
-        std::vector<KeyValue> pairs;
-        for (const Ints &pins : lists) {
-            pairs.push_back({7, static_cast<int>(pairs.size())});
-            netind.insert(netind.end(), pins.begin(), pins.end());
-            netptr.push_back(static_cast<int>(netind.size()));
-        }
-        Ints ptr(at(n) + 1), ind(netind.size()), wgt(at(n));
-        const NetLists nets = {n, netptr.data(), netind.data(), netwgt.data()};
-        NetLists merged = {0, ptr.data(), ind.data(), wgt.data()};
-        merge_identical(&nets, pairs.data(), &merged, map.data(), seen.data());
-        EXPECT_EQ(merged.nnets, n - 1) << size << " pins";
-        EXPECT_EQ(map[0], map[1]);
-        EXPECT_EQ(wgt[at(map[0])], 2);
-        EXPECT_EQ(std::set<int>(map.begin(), map.end()).size(), at(n - 1));
-    }
-}
-
-TEST(ContractTest, hyperedges_stand_in_increasing_key_order)
+TEST(Contract, hyperedges_stand_in_increasing_key_order)
 {
     const Level level = make_level(5, {{3, 4}, {0, 4}, {0, 1}, {0, 1, 2}});
     const HGraph *const coarser = contract(level.get(), alone(5));
@@ -149,7 +108,7 @@ TEST(ContractTest, hyperedges_stand_in_increasing_key_order)
     EXPECT_EQ(net_pins(coarser, 0), (Ints{0, 1}));
 }
 
-TEST(ContractTest, incidence_keeps_the_order_of_first_meeting_in_the_group)
+TEST(Contract, incidence_keeps_the_order_of_first_meeting_in_the_group)
 {
     const Level level = make_level(4, {{1, 2}, {0, 3}, {0, 2}});
     const HGraph *const coarser = contract(level.get(), {{0, 1}, {2}, {3}});
@@ -158,7 +117,7 @@ TEST(ContractTest, incidence_keeps_the_order_of_first_meeting_in_the_group)
     EXPECT_EQ(coarser->incptr[1], 2);
 }
 
-TEST(ContractTest, weights_add_up_and_links_are_set)
+TEST(Contract, weights_add_up_and_links_are_set)
 {
     const Level level = make_level(4, path_nets(4), {}, {1, 2, 4, 8}, 1);
     const HGraph *const coarser = contract(level.get(), {{0}, {3, 1}, {2}});
@@ -168,7 +127,7 @@ TEST(ContractTest, weights_add_up_and_links_are_set)
     EXPECT_EQ(level->coarser, coarser);
 }
 
-TEST(ContractTest, empty_hyperedge_stays_an_empty_hyperedge)
+TEST(Contract, empty_hyperedge_stays_an_empty_hyperedge)
 {
     const Level level = make_level(2, {{}, {0, 1}, {}}, {3, 1, 4});
     const HGraph *const coarser = contract(level.get(), alone(2));
@@ -179,7 +138,7 @@ TEST(ContractTest, empty_hyperedge_stays_an_empty_hyperedge)
 }
 
 /* Hyperedges {1, 176851} and {0, ..., 101} have the same key, 2 + 100 x 353703. */
-TEST(ContractTest, equal_key_of_another_size_ends_the_search_for_duplicates)
+TEST(Contract, equal_key_of_another_size_ends_the_search_for_duplicates)
 {
     Ints large(102);
     std::iota(large.begin(), large.end(), 0);

@@ -13,8 +13,8 @@ static Level example(const std::string &name)
 {
     const std::string path = std::string(ZORPEL_EXAMPLES) + "/" + name + ".hgr";
     HGraph *const graph = ReadHGraph(path.c_str());
-    if (graph->netwgt == nullptr) graph->netwgt = engine_array(Ints(at(graph->nnets), 1));
-    if (graph->cellwgt == nullptr) graph->cellwgt = engine_array(Ints(at(graph->ncells), 1));
+    if (graph->netwgt == nullptr) graph->netwgt = new_array(Ints(at(graph->nnets), 1));
+    if (graph->cellwgt == nullptr) graph->cellwgt = new_array(Ints(at(graph->ncells), 1));
     graph->nfixed = 0;
     return Level(graph);
 }
@@ -45,11 +45,11 @@ static Result partition(PartCtrl ctrl, HGraph *graph)
 
 using Row = std::tuple<std::string, int, int, int>; // example, parts, objective, V-cycles
 
-class DirectTest : public testing::TestWithParam<Row>
+class Direct : public testing::TestWithParam<Row>
 {
 };
 
-TEST_P(DirectTest, value_equals_a_count_from_the_pins_and_parts_are_balanced)
+TEST_P(Direct, value_equals_a_count_from_the_pins_and_parts_are_balanced)
 {
     const auto [name, nparts, rtype, vcycle] = GetParam();
     const Level level = example(name);
@@ -84,12 +84,12 @@ static std::string row_name(const testing::TestParamInfo<Row> &row)
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    examples, DirectTest,
+    examples, Direct,
     testing::Combine(testing::Values("mult16", "fifo", "lshape", "cpu32_bus", "miter6"),
                      testing::Values(4), testing::Values(OBJECTIVE_CUT, OBJECTIVE_SOED),
                      testing::Values(VCYCLE_NO, VCYCLE_END, VCYCLE_FORMIN, VCYCLE_ALL)),
     row_name);
-INSTANTIATE_TEST_SUITE_P(large_example, DirectTest,
+INSTANTIATE_TEST_SUITE_P(large_example, Direct,
                          testing::Combine(testing::Values("cpu32"), testing::Values(7),
                                           testing::Values(OBJECTIVE_CUT, OBJECTIVE_SOED),
                                           testing::Values(VCYCLE_NO)),
@@ -133,7 +133,7 @@ static std::vector<TracedRun> traced_runs(PartCtrl ctrl, HGraph *graph)
     return runs_of(partition(ctrl, graph).trace, ctrl.RType == OBJECTIVE_SOED);
 }
 
-TEST(DirectRunsTest, hypergraph_without_large_hyperedges_keeps_the_pruned_result)
+TEST(DirectRuns, hypergraph_without_large_hyperedges_keeps_the_pruned_result)
 {
     const Level lshape = example("lshape"), fifo = example("fifo"); // largest: 19 and 139 pins
     for (const TracedRun &run : traced_runs(direct_ctrl(4, OBJECTIVE_CUT, VCYCLE_NO), lshape.get()))
@@ -142,7 +142,7 @@ TEST(DirectRunsTest, hypergraph_without_large_hyperedges_keeps_the_pruned_result
         EXPECT_TRUE(run.refined_whole);
 }
 
-TEST(DirectRunsTest, kept_partitions_are_refined_at_the_end)
+TEST(DirectRuns, kept_partitions_are_refined_at_the_end)
 {
     const struct {
         int nruns;
@@ -164,7 +164,7 @@ static int final_value(const TracedRun &run)
     return run.cycles.empty() ? run.value : run.cycles.back().back();
 }
 
-TEST(DirectRunsTest, mode_3_gives_cycles_to_runs_near_the_best_and_to_no_others)
+TEST(DirectRuns, mode_3_gives_cycles_to_runs_near_the_best_and_to_no_others)
 {
     size_t without = 0;
     for (const bool soed : {false, true}) {
@@ -183,7 +183,7 @@ TEST(DirectRunsTest, mode_3_gives_cycles_to_runs_near_the_best_and_to_no_others)
     RecordProperty("runs_without_cycles", static_cast<int>(without));
 }
 
-TEST(DirectRunsTest, first_run_is_near_the_best_though_soed_exceeds_the_total_weight)
+TEST(DirectRuns, first_run_is_near_the_best_though_soed_exceeds_the_total_weight)
 {
     Draw draw(9);
     Nets nets;
@@ -199,7 +199,7 @@ TEST(DirectRunsTest, first_run_is_near_the_best_though_soed_exceeds_the_total_we
     EXPECT_EQ(runs[0].cycles.size(), 1u);
 }
 
-TEST(DirectRunsTest, a_run_whose_degrees_are_beyond_the_start_value_is_kept_without_cycles)
+TEST(DirectRuns, a_run_whose_degrees_are_beyond_the_start_value_is_kept_without_cycles)
 {
     constexpr int nparts = 40;
     Draw draw(5);
@@ -223,7 +223,7 @@ TEST(DirectRunsTest, a_run_whose_degrees_are_beyond_the_start_value_is_kept_with
     EXPECT_EQ(count_lines(result.trace, "          ["), 0u);
 }
 
-TEST(DirectRunsTest, mode_2_gives_cycles_to_new_bests_only)
+TEST(DirectRuns, mode_2_gives_cycles_to_new_bests_only)
 {
     const Level level = example("cpu32_bus");
     long long best = 10LL * sum(level->netwgt, level->nnets) + 1, besttrial = best;
@@ -239,7 +239,7 @@ TEST(DirectRunsTest, mode_2_gives_cycles_to_new_bests_only)
     EXPECT_GT(without, 0u);
 }
 
-TEST(DirectRunsTest, mode_0_gives_no_cycles_and_the_best_run_wins)
+TEST(DirectRuns, mode_0_gives_no_cycles_and_the_best_run_wins)
 {
     const Level level = example("cpu32_bus");
     PartCtrl ctrl = direct_ctrl(4, OBJECTIVE_SOED, VCYCLE_NO, 10);
@@ -253,7 +253,7 @@ TEST(DirectRunsTest, mode_0_gives_no_cycles_and_the_best_run_wins)
     EXPECT_EQ(result.value, *std::min_element(values.begin(), values.end()));
 }
 
-TEST(DirectRunsTest, trace_opens_with_the_size_and_closes_with_the_value)
+TEST(DirectRuns, trace_opens_with_the_size_and_closes_with_the_value)
 {
     for (const bool soed : {false, true}) {
         const Level level = example("fifo");
@@ -276,7 +276,7 @@ TEST(DirectRunsTest, trace_opens_with_the_size_and_closes_with_the_value)
     }
 }
 
-TEST(DirectRunsTest, unknown_objective_ends_the_process)
+TEST(DirectRuns, unknown_objective_ends_the_process)
 {
     const Level level = example("mult16");
     Ints part(at(level->ncells));
@@ -285,7 +285,7 @@ TEST(DirectRunsTest, unknown_objective_ends_the_process)
                 testing::ExitedWithCode(0), "Unknown refinement type: 3");
 }
 
-TEST(DirectRunsTest, scheme_is_restored)
+TEST(DirectRuns, scheme_is_restored)
 {
     const Level level = example("cpu32_bus");
     PartCtrl ctrl = direct_ctrl(3, OBJECTIVE_CUT, VCYCLE_END, 3);
@@ -296,7 +296,7 @@ TEST(DirectRunsTest, scheme_is_restored)
     EXPECT_EQ(ctrl.ubfactor, 1.1f);
 }
 
-TEST(InitPartitionKwayTest, coarsest_level_is_partitioned_and_measured)
+TEST(InitPartitionKway, coarsest_level_is_partitioned_and_measured)
 {
     for (const int rtype : {OBJECTIVE_CUT, OBJECTIVE_SOED}) {
         PartCtrl ctrl = direct_ctrl(3, rtype, VCYCLE_NO);
@@ -309,7 +309,7 @@ TEST(InitPartitionKwayTest, coarsest_level_is_partitioned_and_measured)
     }
 }
 
-TEST(MeasuresTest, balance_is_the_heaviest_part_over_the_average)
+TEST(Measures, balance_is_the_heaviest_part_over_the_average)
 {
     const PartCtrl ctrl = kway_ctrl(3, 1.1f);
     const Level level = make_level(4, {}, {}, {5, 1, 2, 1});
@@ -317,7 +317,7 @@ TEST(MeasuresTest, balance_is_the_heaviest_part_over_the_average)
     EXPECT_FLOAT_EQ(ComputeBalanceKway__(&ctrl, level.get(), where.data()), 2.0f);
 }
 
-TEST(MeasuresTest, soed_counts_the_parts_of_cut_hyperedges)
+TEST(Measures, soed_counts_the_parts_of_cut_hyperedges)
 {
     const Level level = make_level(5, {{0, 1, 2, 3, 4}, {0, 1}, {2, 4}, {3}, {}}, {3, 5, 7, 9, 9});
     const Ints where = {4, 4, 0, 2, 0};

@@ -37,13 +37,13 @@ TEST(Dump, seven_vertices_go_to_hgr_7_with_both_weights_and_format_11)
 TEST(Dump, what_is_written_reads_back_the_same)
 {
     const WorkingFolder work;
-    const PinLists nets = random_nets(4, 50, 80, 6);
+    const Nets nets = random_nets(4, 50, 80, 6);
     const std::vector<int> netwgt = random_ints(5, 80, 1, 99), cellwgt = random_ints(6, 50, 0, 99);
     WriteHGraph(make_hgraph(50, nets, netwgt, cellwgt).get());
     const HGraphPtr graph(ReadHGraph("hgr.50"));
     EXPECT_EQ(pins_of(graph.get()), nets);
-    EXPECT_EQ(entries(80, graph->netwgt), netwgt);
-    EXPECT_EQ(entries(50, graph->cellwgt), cellwgt);
+    EXPECT_EQ(to_ints(graph->netwgt, 80), netwgt);
+    EXPECT_EQ(to_ints(graph->cellwgt, 50), cellwgt);
 }
 
 TEST(Dump, vertices_in_no_hyperedge_are_left_out_and_the_gap_is_closed)
@@ -114,7 +114,7 @@ template <class Write> static Outcome write_beyond_limit(Write write)
 TEST(Dump, a_file_that_cannot_be_written_whole_is_told_and_does_not_stay)
 {
     const WorkingFolder work;
-    const HGraphPtr graph = make_incident(40, PinLists(40, {0, 1, 2}));
+    const HGraphPtr graph = make_incident(40, Nets(40, {0, 1, 2}));
     const Outcome both = write_beyond_limit([&] { WriteHGraph(graph.get()); });
     EXPECT_EQ(both.err, "WriteHGraph: cannot write hgr.40: File too large\n");
     const Outcome connected = write_beyond_limit([&] { WriteConnectedHGraph(graph.get()); });

@@ -326,7 +326,7 @@ TEST(Entry, refining_is_ten_passes_of_fm_around_halves)
         Refine_FM__(&ctrl, twin.get(), 10);
         srand(seed);
         const Result result = refine(problem, 3, quick_options(), sides);
-        EXPECT_EQ(result.part, entries(400, twin->where));
+        EXPECT_EQ(result.part, to_ints(twin->where, 400));
         EXPECT_EQ(result.cut, twin->mincut);
     }
 }

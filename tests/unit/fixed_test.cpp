@@ -9,7 +9,7 @@
 #include "support.h"
 
 /* Compresses the hypergraph under fix into 3 parts; the result hangs from coarser. */
-static HGraphPtr compress(const PinLists &nets, const std::vector<int> &fix,
+static HGraphPtr compress(const Nets &nets, const std::vector<int> &fix,
                           const std::vector<int> &cellwgt)
 {
     PartCtrl ctrl = default_ctrl();
@@ -25,20 +25,20 @@ TEST(Fixed, merged_vertices_come_first_and_free_ones_follow_in_order)
     const HGraphPtr graph = compress({{0, 1, 4}, {2, 3}}, {-1, 2, 0, -1, 2}, {1, 2, 4, 8, 16});
     const HGraphPtr compressed(graph->coarser);
     EXPECT_EQ(compressed->ncells, 5);
-    EXPECT_EQ(entries(5, compressed->cellwgt), (std::vector<int>{4, 0, 18, 1, 8}));
-    EXPECT_EQ(entries(5, graph->cellmap), (std::vector<int>{3, 2, 0, 4, 2}));
-    EXPECT_EQ(entries(6, graph->mptr), (std::vector<int>{0, 1, 1, 3, 4, 5}));
-    EXPECT_EQ(entries(5, graph->mind), (std::vector<int>{2, 1, 4, 0, 3}));
-    PinLists pins = pins_of(compressed.get());
+    EXPECT_EQ(to_ints(compressed->cellwgt, 5), (std::vector<int>{4, 0, 18, 1, 8}));
+    EXPECT_EQ(to_ints(graph->cellmap, 5), (std::vector<int>{3, 2, 0, 4, 2}));
+    EXPECT_EQ(to_ints(graph->mptr, 6), (std::vector<int>{0, 1, 1, 3, 4, 5}));
+    EXPECT_EQ(to_ints(graph->mind, 5), (std::vector<int>{2, 1, 4, 0, 3}));
+    Nets pins = pins_of(compressed.get());
     std::sort(pins.begin(), pins.end());
-    EXPECT_EQ(pins, (PinLists{{0, 4}, {2, 3}}));
+    EXPECT_EQ(pins, (Nets{{0, 4}, {2, 3}}));
 }
 
 TEST(Fixed, a_hyperedge_within_one_part_disappears)
 {
     const HGraphPtr graph = compress({{0, 1}, {1, 2}}, {1, 1, -1}, {1, 1, 1});
     const HGraphPtr compressed(graph->coarser);
-    EXPECT_EQ(pins_of(compressed.get()), (PinLists{{1, 3}}));
+    EXPECT_EQ(pins_of(compressed.get()), (Nets{{1, 3}}));
     EXPECT_EQ(compressed->removedwgt, 1);
 }
 
@@ -47,8 +47,8 @@ TEST(Fixed, no_fixed_vertex_still_gives_every_part_an_empty_leading_one)
     const HGraphPtr graph = compress({{0, 1}}, {-1, -1}, {5, 6});
     const HGraphPtr compressed(graph->coarser);
     EXPECT_EQ(compressed->ncells, 5);
-    EXPECT_EQ(entries(5, compressed->cellwgt), (std::vector<int>{0, 0, 0, 5, 6}));
-    EXPECT_EQ(pins_of(compressed.get()), (PinLists{{3, 4}}));
+    EXPECT_EQ(to_ints(compressed->cellwgt, 5), (std::vector<int>{0, 0, 0, 5, 6}));
+    EXPECT_EQ(pins_of(compressed.get()), (Nets{{3, 4}}));
 }
 
 TEST(Fixed, all_vertices_fixed_leave_exactly_a_vertex_a_part)
@@ -56,8 +56,8 @@ TEST(Fixed, all_vertices_fixed_leave_exactly_a_vertex_a_part)
     const HGraphPtr graph = compress({{0, 1, 2, 3}}, {2, 0, 1, 0}, {1, 2, 4, 8});
     const HGraphPtr compressed(graph->coarser);
     EXPECT_EQ(compressed->ncells, 3);
-    EXPECT_EQ(entries(3, compressed->cellwgt), (std::vector<int>{10, 4, 1}));
-    EXPECT_EQ(pins_of(compressed.get()), (PinLists{{0, 1, 2}}));
+    EXPECT_EQ(to_ints(compressed->cellwgt, 3), (std::vector<int>{10, 4, 1}));
+    EXPECT_EQ(pins_of(compressed.get()), (Nets{{0, 1, 2}}));
 }
 
 TEST(Fixed, neither_level_keeps_its_incidence)
@@ -81,7 +81,7 @@ TEST(Fixed, projection_renumbers_the_parts_so_that_merged_vertex_p_is_in_p)
     const int fpart[] = {1, 2, 0, 2, 1}; // part 1 becomes 0, part 2 becomes 1, part 0 becomes 2
     int part[5];
     ProjectFixedCells__(&ctrl, graph.get(), part, fpart);
-    EXPECT_EQ(entries(5, part), (std::vector<int>{1, 2, 0, 0, 2}));
+    EXPECT_EQ(to_ints(part, 5), (std::vector<int>{1, 2, 0, 0, 2}));
 }
 
 /* Partitions with pre-assignments; nothing may be printed, so nothing failed to stay fixed. */

@@ -44,7 +44,7 @@ static PartCtrl loose_ctrl()
     return ctrl;
 }
 
-TEST(FmTest, local_optimum_is_restored_after_one_pass)
+TEST(Fm, local_optimum_is_restored_after_one_pass)
 {
     const Level level = two_cliques(4, 4);
     const Ints sides = to_ints(level->where, 8);
@@ -56,7 +56,7 @@ TEST(FmTest, local_optimum_is_restored_after_one_pass)
               "\tMinimum Cut:        0 at    -1 [     4      4]");
 }
 
-TEST(FmTest, pass_that_never_meets_the_bounds_keeps_the_start)
+TEST(Fm, pass_that_never_meets_the_bounds_keeps_the_start)
 {
     const Level level = make_level(3, {{1, 2}}, {1}, {100, 1, 1});
     set_sides(level.get(), {0, 0, 1});
@@ -66,7 +66,7 @@ TEST(FmTest, pass_that_never_meets_the_bounds_keeps_the_start)
     EXPECT_EQ(level->pwgts[0], 101);
 }
 
-TEST(FmTest, with_all_vertices_fixed_nothing_moves)
+TEST(Fm, with_all_vertices_fixed_nothing_moves)
 {
     const Level level = make_level(4, path_nets(4), {}, {}, 4);
     set_sides(level.get(), {0, 1, 0, 1});
@@ -77,21 +77,21 @@ TEST(FmTest, with_all_vertices_fixed_nothing_moves)
     EXPECT_EQ(level->mincut, 3);
 }
 
-TEST(FmTest, equal_gains_and_equal_room_take_from_side_0)
+TEST(Fm, equal_gains_and_equal_room_take_from_side_0)
 {
     const Level level = make_level(2, {{0, 1}});
     set_sides(level.get(), {1, 0});
     EXPECT_EQ(moved_vertices(refine(Refine_FM__, loose_ctrl(), level.get(), 1))[0], 1);
 }
 
-TEST(FmTest, equal_gains_take_from_the_side_with_more_room)
+TEST(Fm, equal_gains_take_from_the_side_with_more_room)
 {
     const Level level = make_level(2, {{0, 1}}, {}, {4, 3});
     set_sides(level.get(), {1, 0});
     EXPECT_EQ(moved_vertices(refine(Refine_FM__, loose_ctrl(), level.get(), 1))[0], 0);
 }
 
-TEST(FmTest, room_beyond_32_bits_is_compared_whole)
+TEST(Fm, room_beyond_32_bits_is_compared_whole)
 {
     /* The bound of side 0 is far below 0: its room is 3.1 x 10^9. That of side 1 is below 0. */
     const Level level = make_level(2, {}, {}, {2147000000, 1000});
@@ -105,7 +105,7 @@ TEST(FmTest, room_beyond_32_bits_is_compared_whole)
     EXPECT_EQ(moved_vertices(refine(Refine_FM__, ctrl, level.get(), 1))[0], 0);
 }
 
-TEST(FmTest, last_queued_of_equal_gains_moves_first)
+TEST(Fm, last_queued_of_equal_gains_moves_first)
 {
     const Level level = make_level(6, {});
     set_sides(level.get(), Ints(6, 0));
@@ -113,7 +113,7 @@ TEST(FmTest, last_queued_of_equal_gains_moves_first)
               (Ints{5, 4, 3, 2, 1, 0}));
 }
 
-TEST(FmTest, without_passes_nothing_is_computed)
+TEST(Fm, without_passes_nothing_is_computed)
 {
     for (const Refine routine : {Refine_FM__, Refine_FM2__, eefm, eefm2}) {
         const Level level = make_level(2, {{0, 1}});
@@ -125,7 +125,7 @@ TEST(FmTest, without_passes_nothing_is_computed)
 }
 
 /* Vertex 0 would gain but its side is at the bound; vertex 1 gains less and has no room either. */
-TEST(FmTest, side_that_stands_in_for_a_refused_one_is_not_tested)
+TEST(Fm, side_that_stands_in_for_a_refused_one_is_not_tested)
 {
     const Level level = make_level(4, {{0, 1}, {0, 2}}, {3, 5}, {10, 10, 1, 1});
     set_sides(level.get(), {0, 1, 1, 0});
@@ -136,7 +136,7 @@ TEST(FmTest, side_that_stands_in_for_a_refused_one_is_not_tested)
     EXPECT_EQ(moved_vertices(refine(Refine_FM__, make_ctrl(), tight.get(), 1)).size(), 2u);
 }
 
-TEST(FmTest, equal_cut_with_better_balance_is_kept_and_ends_the_refinement)
+TEST(Fm, equal_cut_with_better_balance_is_kept_and_ends_the_refinement)
 {
     const Level level = make_level(6, {});
     set_sides(level.get(), Ints(6, 0));
@@ -145,7 +145,7 @@ TEST(FmTest, equal_cut_with_better_balance_is_kept_and_ends_the_refinement)
     EXPECT_EQ(count_lines(trace, "\tMinimum Cut"), 1u);
 }
 
-TEST(FmTest, level_without_vertices_is_refined_to_nothing)
+TEST(Fm, level_without_vertices_is_refined_to_nothing)
 {
     const Level level = make_level(0, {});
     AllocateRefinementMemory__(level.get());
@@ -153,7 +153,7 @@ TEST(FmTest, level_without_vertices_is_refined_to_nothing)
     EXPECT_EQ(level->mincut, 0);
 }
 
-TEST(FmTest, bounds_are_rounded_in_two_precisions)
+TEST(Fm, bounds_are_rounded_in_two_precisions)
 {
     // 0.45 x 20 is 9 in single precision, a little less in double
     const Level level = make_level(20, {});
@@ -162,7 +162,7 @@ TEST(FmTest, bounds_are_rounded_in_two_precisions)
     EXPECT_NE(lines_with(trace, "Partitions:")[0].find("[9 8]"), std::string::npos) << trace;
 }
 
-TEST(ConstrainedFmTest, small_room_behaves_as_plain_fm)
+TEST(ConstrainedFm, small_room_behaves_as_plain_fm)
 {
     for (unsigned seed = 0; seed < 300; seed++) {
         LevelLimits limits;
@@ -198,7 +198,7 @@ static PartCtrl tenth_ctrl()
     return ctrl;
 }
 
-TEST(ConstrainedFmTest, heavy_top_is_passed_over_for_the_best_that_fits)
+TEST(ConstrainedFm, heavy_top_is_passed_over_for_the_best_that_fits)
 {
     const Level plain = heavy_top(3), constrained = heavy_top(3), exact = heavy_top(3);
     EXPECT_EQ(moved_vertices(refine(Refine_FM__, tenth_ctrl(), plain.get(), 1))[0], 0);
@@ -206,13 +206,13 @@ TEST(ConstrainedFmTest, heavy_top_is_passed_over_for_the_best_that_fits)
     EXPECT_EQ(moved_vertices(refine(eefm2, tenth_ctrl(), exact.get(), 1))[0], 1);
 }
 
-TEST(ConstrainedFmTest, heavy_top_stays_the_candidate_when_none_fits)
+TEST(ConstrainedFm, heavy_top_stays_the_candidate_when_none_fits)
 {
     const Level level = heavy_top(0); // the light vertices gain nothing
     EXPECT_EQ(moved_vertices(refine(Refine_FM2__, tenth_ctrl(), level.get(), 1))[0], 0);
 }
 
-TEST(ConstrainedFmTest, balance_test_decides_about_a_heavy_candidate)
+TEST(ConstrainedFm, balance_test_decides_about_a_heavy_candidate)
 {
     // heavy 1 gains 6 against fixed 0 but may not leave; nobody else on side 0 gains, so 4 moves
     const Level level = make_level(5, {{0, 1}, {1, 4}}, {5, 1}, {5400, 5000, 1200, 100, 300}, 1);
@@ -220,7 +220,7 @@ TEST(ConstrainedFmTest, balance_test_decides_about_a_heavy_candidate)
     EXPECT_EQ(moved_vertices(refine(Refine_FM2__, tenth_ctrl(), level.get(), 1))[0], 4);
 }
 
-TEST(EarlyExitTest, limit_is_a_truncated_share_of_the_vertices)
+TEST(EarlyExit, limit_is_a_truncated_share_of_the_vertices)
 {
     // 25 x 0.1 gives 2: the move with number 2 is taken back, unprinted, and ends the pass
     const Level twenty_five = two_cliques(12, 13);
@@ -229,7 +229,7 @@ TEST(EarlyExitTest, limit_is_a_truncated_share_of_the_vertices)
     EXPECT_EQ(moved_vertices(refine(eefm, loose_ctrl(), thirty.get())).size(), 3u);
 }
 
-TEST(EarlyExitTest, early_exit_restores_the_start)
+TEST(EarlyExit, early_exit_restores_the_start)
 {
     const Level level = two_cliques(12, 13);
     const Ints sides = to_ints(level->where, 25), gain = to_ints(level->gain, 25);
@@ -239,14 +239,14 @@ TEST(EarlyExitTest, early_exit_restores_the_start)
     EXPECT_EQ(level->pwgts[0], 12);
 }
 
-TEST(EarlyExitTest, ties_never_end_a_pass)
+TEST(EarlyExit, ties_never_end_a_pass)
 {
     const Level level = make_level(25, {});
     set_sides(level.get(), Ints(25, 0));
     EXPECT_EQ(moved_vertices(refine(eefm, loose_ctrl(), level.get())).size(), 25u);
 }
 
-TEST(EarlyExitTest, equal_cut_with_better_balance_is_not_a_better_point)
+TEST(EarlyExit, equal_cut_with_better_balance_is_not_a_better_point)
 {
     const Level level = make_level(6, {});
     set_sides(level.get(), Ints(6, 0));
@@ -254,7 +254,7 @@ TEST(EarlyExitTest, equal_cut_with_better_balance_is_not_a_better_point)
     EXPECT_EQ(level->pwgts[0], 6);
 }
 
-TEST(EarlyExitTest, gains_and_counts_are_exact_on_return)
+TEST(EarlyExit, gains_and_counts_are_exact_on_return)
 {
     for (const Refine routine : {eefm, eefm2}) {
         const Level level = make_level(30, path_nets(30));

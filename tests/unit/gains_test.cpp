@@ -4,7 +4,7 @@
 #include "levels.h"
 #include "spare/hooks.h"
 
-TEST(GainsTest, hyperedge_on_one_side_lowers_every_gain_and_is_not_cut)
+TEST(Gains, hyperedge_on_one_side_lowers_every_gain_and_is_not_cut)
 {
     const Level level = make_level(4, {{0, 1, 2}}, {5});
     set_sides(level.get(), {0, 0, 0, 1});
@@ -12,7 +12,7 @@ TEST(GainsTest, hyperedge_on_one_side_lowers_every_gain_and_is_not_cut)
     EXPECT_EQ(level->mincut, 0);
 }
 
-TEST(GainsTest, hyperedge_with_one_pin_on_each_side_raises_both_gains)
+TEST(Gains, hyperedge_with_one_pin_on_each_side_raises_both_gains)
 {
     const Level level = make_level(2, {{0, 1}}, {7});
     set_sides(level.get(), {1, 0});
@@ -20,7 +20,7 @@ TEST(GainsTest, hyperedge_with_one_pin_on_each_side_raises_both_gains)
     EXPECT_EQ(level->mincut, 7);
 }
 
-TEST(GainsTest, only_the_lonely_pin_of_a_cut_hyperedge_gains)
+TEST(Gains, only_the_lonely_pin_of_a_cut_hyperedge_gains)
 {
     const Level level = make_level(3, {{0, 1, 2}}, {4});
     set_sides(level.get(), {0, 0, 1});
@@ -29,7 +29,7 @@ TEST(GainsTest, only_the_lonely_pin_of_a_cut_hyperedge_gains)
     EXPECT_EQ(level->ndeg[1][0], 1);
 }
 
-TEST(GainsTest, two_pins_on_each_side_gain_nothing)
+TEST(Gains, two_pins_on_each_side_gain_nothing)
 {
     const Level level = make_level(4, {{0, 1, 2, 3}}, {4});
     set_sides(level.get(), {0, 1, 0, 1});
@@ -37,7 +37,7 @@ TEST(GainsTest, two_pins_on_each_side_gain_nothing)
     EXPECT_EQ(level->mincut, 4);
 }
 
-TEST(GainsTest, level_without_hyperedges_has_no_cut_and_no_gains)
+TEST(Gains, level_without_hyperedges_has_no_cut_and_no_gains)
 {
     const Level level = make_level(3, {}, {}, {2, 3, 4});
     set_sides(level.get(), {0, 1, 1});
@@ -48,7 +48,7 @@ TEST(GainsTest, level_without_hyperedges_has_no_cut_and_no_gains)
     EXPECT_EQ(level->pwgts[1], 7);
 }
 
-TEST(GainsTest, hyperedge_of_one_vertex_counts_against_it)
+TEST(Gains, hyperedge_of_one_vertex_counts_against_it)
 {
     const Level level = make_level(2, {{0}, {0, 1}}, {3, 5});
     set_sides(level.get(), {0, 1});
@@ -56,7 +56,7 @@ TEST(GainsTest, hyperedge_of_one_vertex_counts_against_it)
     EXPECT_EQ(level->mincut, 5);
 }
 
-TEST(GainsTest, empty_hyperedge_counts_for_nothing)
+TEST(Gains, empty_hyperedge_counts_for_nothing)
 {
     const Level level = make_level(2, {{}, {0, 1}}, {3, 5});
     set_sides(level.get(), {0, 1});
@@ -64,7 +64,7 @@ TEST(GainsTest, empty_hyperedge_counts_for_nothing)
     EXPECT_EQ(ComputeCut__(level.get()), 5);
 }
 
-TEST(GainsTest, sides_other_than_0_and_1_are_refused_by_the_check)
+TEST(Gains, sides_other_than_0_and_1_are_refused_by_the_check)
 {
     const Level level = make_level(2, {{0, 1}});
     set_sides(level.get(), {0, 1});
@@ -73,7 +73,7 @@ TEST(GainsTest, sides_other_than_0_and_1_are_refused_by_the_check)
     EXPECT_FALSE(hgraph_ok(level.get(), HG_WHERE));
 }
 
-TEST(GainsTest, cut_by_pin_counts_follows_the_counts_not_the_sides)
+TEST(Gains, cut_by_pin_counts_follows_the_counts_not_the_sides)
 {
     const Level level = make_level(3, path_nets(3), {2, 3});
     set_sides(level.get(), {0, 0, 1});
@@ -83,7 +83,7 @@ TEST(GainsTest, cut_by_pin_counts_follows_the_counts_not_the_sides)
     EXPECT_EQ(ComputeCut__(level.get()), 2);
 }
 
-TEST(GainsTest, parked_islands_get_a_side_entry_but_no_gain)
+TEST(Gains, parked_islands_get_a_side_entry_but_no_gain)
 {
     const Level level = make_level(2, {{0, 1}});
     level->nislands = 1;
@@ -95,7 +95,7 @@ TEST(GainsTest, parked_islands_get_a_side_entry_but_no_gain)
     level->nislands = 0;
 }
 
-TEST(GainsTest, check_degrees_changes_nothing)
+TEST(Gains, check_degrees_changes_nothing)
 {
     const Level level = make_level(3, path_nets(3));
     set_sides(level.get(), {0, 1, 1});

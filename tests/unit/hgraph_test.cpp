@@ -139,8 +139,8 @@ TEST(HGraph, each_vertex_lists_its_hyperedges_once_and_in_increasing_order)
     EXPECT_EQ(hyperedges_of(graph.get(), 0), (std::vector<int>{0, 1}));
     EXPECT_EQ(hyperedges_of(graph.get(), 1), (std::vector<int>{1, 2}));
     EXPECT_EQ(hyperedges_of(graph.get(), 2), (std::vector<int>{0, 1, 2}));
-    EXPECT_EQ(entries(5, graph->incptr), (std::vector<int>{0, 2, 4, 7, 7}));
-    EXPECT_EQ(entries(4, graph->adjwgt), (std::vector<int>{12, 18, 23, 0}));
+    EXPECT_EQ(to_ints(graph->incptr, 5), (std::vector<int>{0, 2, 4, 7, 7}));
+    EXPECT_EQ(to_ints(graph->adjwgt, 4), (std::vector<int>{12, 18, 23, 0}));
 }
 
 TEST(HGraph, a_vertex_in_no_hyperedge_has_an_empty_list_and_adjacent_weight_0)
@@ -153,9 +153,9 @@ TEST(HGraph, a_vertex_in_no_hyperedge_has_an_empty_list_and_adjacent_weight_0)
 TEST(HGraph, a_hypergraph_without_hyperedges_has_empty_incidence)
 {
     const HGraphPtr graph = make_incident(3, {});
-    EXPECT_EQ(entries(4, graph->incptr), (std::vector<int>{0, 0, 0, 0}));
+    EXPECT_EQ(to_ints(graph->incptr, 4), (std::vector<int>{0, 0, 0, 0}));
     EXPECT_EQ(graph->incind, nullptr);
-    EXPECT_EQ(entries(3, graph->adjwgt), (std::vector<int>{0, 0, 0}));
+    EXPECT_EQ(to_ints(graph->adjwgt, 3), (std::vector<int>{0, 0, 0}));
     EXPECT_TRUE(hgraph_ok(graph.get(), HG_LISTS | HG_INCIDENCE));
 }
 

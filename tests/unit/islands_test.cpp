@@ -23,12 +23,12 @@ TEST(Islands, the_others_keep_their_order_and_islands_stand_behind_last_found_fi
     SeparateIslands__(graph.get());
     EXPECT_EQ(graph->ncells, 5);
     EXPECT_EQ(graph->nislands, 3);
-    EXPECT_EQ(entries(8, graph->islandmap), (std::vector<int>{0, 7, 1, 2, 6, 3, 5, 4}));
-    EXPECT_EQ(entries(8, graph->cellwgt), (std::vector<int>{10, 12, 13, 15, 17, 16, 14, 11}));
-    EXPECT_EQ(entries(8, graph->where), (std::vector<int>{0, 1, 0, 1, 1, 0, 0, 1}));
-    EXPECT_EQ(entries(8, graph->adjwgt), (std::vector<int>{2, 3, 3, 7, 6, 0, 0, 0}));
-    EXPECT_EQ(pins_of(graph.get()), (PinLists{{4, 0}, {1, 2, 3}, {3, 4}}));
-    EXPECT_EQ(entries(6, graph->incptr), (std::vector<int>{0, 1, 2, 3, 5, 7}));
+    EXPECT_EQ(to_ints(graph->islandmap, 8), (std::vector<int>{0, 7, 1, 2, 6, 3, 5, 4}));
+    EXPECT_EQ(to_ints(graph->cellwgt, 8), (std::vector<int>{10, 12, 13, 15, 17, 16, 14, 11}));
+    EXPECT_EQ(to_ints(graph->where, 8), (std::vector<int>{0, 1, 0, 1, 1, 0, 0, 1}));
+    EXPECT_EQ(to_ints(graph->adjwgt, 8), (std::vector<int>{2, 3, 3, 7, 6, 0, 0, 0}));
+    EXPECT_EQ(pins_of(graph.get()), (Nets{{4, 0}, {1, 2, 3}, {3, 4}}));
+    EXPECT_EQ(to_ints(graph->incptr, 6), (std::vector<int>{0, 1, 2, 3, 5, 7}));
     EXPECT_TRUE(hgraph_ok(graph.get(), HG_LISTS | HG_INCIDENCE | HG_WHERE));
 }
 
@@ -40,11 +40,11 @@ TEST(Islands, combining_restores_everything_as_if_nothing_had_been_parked)
     EXPECT_EQ(graph->ncells, 8);
     EXPECT_EQ(graph->nislands, 0);
     EXPECT_EQ(pins_of(graph.get()), pins_of(before.get()));
-    EXPECT_EQ(entries(8, graph->cellwgt), entries(8, before->cellwgt));
-    EXPECT_EQ(entries(8, graph->adjwgt), entries(8, before->adjwgt));
-    EXPECT_EQ(entries(8, graph->where), entries(8, before->where));
-    EXPECT_EQ(entries(9, graph->incptr), entries(9, before->incptr));
-    EXPECT_EQ(entries(7, graph->incind), entries(7, before->incind));
+    EXPECT_EQ(to_ints(graph->cellwgt, 8), to_ints(before->cellwgt, 8));
+    EXPECT_EQ(to_ints(graph->adjwgt, 8), to_ints(before->adjwgt, 8));
+    EXPECT_EQ(to_ints(graph->where, 8), to_ints(before->where, 8));
+    EXPECT_EQ(to_ints(graph->incptr, 9), to_ints(before->incptr, 9));
+    EXPECT_EQ(to_ints(graph->incind, 7), to_ints(before->incind, 7));
     EXPECT_NE(graph->islandmap, nullptr); // freed with the record
 }
 
@@ -52,7 +52,7 @@ TEST(Islands, combining_random_hypergraphs_restores_them)
 {
     for (unsigned seed = 1; seed <= 50; seed++) {
         const int n = 5 + static_cast<int>(seed), nfixed = static_cast<int>(seed % 4);
-        const PinLists nets = random_nets(seed, n, n / 4, 4);
+        const Nets nets = random_nets(seed, n, n / 4, 4);
         const std::vector<int> cellwgt = random_ints(seed, n, 0, 99);
         const HGraphPtr graph = make_incident(n, nets, {}, cellwgt);
         const HGraphPtr before = make_incident(n, nets, {}, cellwgt);
@@ -63,10 +63,10 @@ TEST(Islands, combining_random_hypergraphs_restores_them)
         EXPECT_TRUE(hgraph_ok(graph.get(), HG_LISTS | HG_INCIDENCE | HG_WHERE));
         CombineIslands__(graph.get());
         EXPECT_EQ(pins_of(graph.get()), nets);
-        EXPECT_EQ(entries(n, graph->cellwgt), cellwgt);
-        EXPECT_EQ(entries(n, graph->where), where);
-        EXPECT_EQ(entries(n, graph->adjwgt), entries(n, before->adjwgt));
-        EXPECT_EQ(entries(n + 1, graph->incptr), entries(n + 1, before->incptr));
+        EXPECT_EQ(to_ints(graph->cellwgt, n), cellwgt);
+        EXPECT_EQ(to_ints(graph->where, n), where);
+        EXPECT_EQ(to_ints(graph->adjwgt, n), to_ints(before->adjwgt, n));
+        EXPECT_EQ(to_ints(graph->incptr, n + 1), to_ints(before->incptr, n + 1));
     }
 }
 
@@ -77,7 +77,7 @@ TEST(Islands, a_level_without_islands_is_untouched_and_gets_no_map)
     EXPECT_EQ(graph->ncells, 3);
     EXPECT_EQ(graph->nislands, 0);
     EXPECT_EQ(graph->islandmap, nullptr);
-    EXPECT_EQ(pins_of(graph.get()), (PinLists{{2, 0}, {1, 2}}));
+    EXPECT_EQ(pins_of(graph.get()), (Nets{{2, 0}, {1, 2}}));
     CombineIslands__(graph.get());
     EXPECT_EQ(graph->ncells, 3);
 }
@@ -89,9 +89,9 @@ TEST(Islands, fixed_vertices_are_never_parked)
     SeparateIslands__(graph.get());
     EXPECT_EQ(graph->ncells, 4);
     EXPECT_EQ(graph->nislands, 2);
-    EXPECT_EQ(entries(6, graph->cellwgt), (std::vector<int>{10, 11, 12, 14, 15, 13}));
-    EXPECT_EQ(entries(5, graph->incptr), (std::vector<int>{0, 0, 0, 1, 2}));
-    EXPECT_EQ(pins_of(graph.get()), (PinLists{{2, 3}}));
+    EXPECT_EQ(to_ints(graph->cellwgt, 6), (std::vector<int>{10, 11, 12, 14, 15, 13}));
+    EXPECT_EQ(to_ints(graph->incptr, 5), (std::vector<int>{0, 0, 0, 1, 2}));
+    EXPECT_EQ(pins_of(graph.get()), (Nets{{2, 3}}));
 }
 
 TEST(Islands, an_unset_number_of_fixed_vertices_counts_as_none)
@@ -109,7 +109,7 @@ TEST(Islands, on_a_coarser_level_the_finer_one_is_renumbered_and_no_map_made)
     finer->cellmap = new_array({0, 1, 1, 2});
     graph->finer = finer.get();
     SeparateIslands__(graph.get());
-    EXPECT_EQ(entries(4, finer->cellmap), (std::vector<int>{0, 2, 2, 1}));
+    EXPECT_EQ(to_ints(finer->cellmap, 4), (std::vector<int>{0, 2, 2, 1}));
     EXPECT_EQ(graph->islandmap, nullptr);
     EXPECT_EQ(graph->where, nullptr);
 }
@@ -121,10 +121,10 @@ TEST(Islands, a_hypergraph_may_be_islands_only)
     SeparateIslands__(graph.get());
     EXPECT_EQ(graph->ncells, 0);
     EXPECT_EQ(graph->nislands, 3);
-    EXPECT_EQ(entries(3, graph->cellwgt), (std::vector<int>{3, 2, 1}));
+    EXPECT_EQ(to_ints(graph->cellwgt, 3), (std::vector<int>{3, 2, 1}));
     CombineIslands__(graph.get());
-    EXPECT_EQ(entries(3, graph->cellwgt), (std::vector<int>{1, 2, 3}));
-    EXPECT_EQ(entries(4, graph->incptr), (std::vector<int>{0, 0, 0, 0}));
+    EXPECT_EQ(to_ints(graph->cellwgt, 3), (std::vector<int>{1, 2, 3}));
+    EXPECT_EQ(to_ints(graph->incptr, 4), (std::vector<int>{0, 0, 0, 0}));
 }
 
 /* Sides that islands of these weights take, from these side weights. */
@@ -142,7 +142,7 @@ static std::vector<int> sides_of_islands(int w0, int w1, const std::vector<int> 
     for (int v = 0; v < n; v++) sums[graph->where[v]] += weights[static_cast<size_t>(v)];
     EXPECT_EQ(graph->pwgts[0], sums[0]);
     EXPECT_EQ(graph->pwgts[1], sums[1]);
-    return entries(n, graph->where);
+    return to_ints(graph->where, n);
 }
 
 TEST(Islands, equal_sides_give_the_island_to_side_1_and_then_they_alternate)
@@ -163,13 +163,13 @@ TEST(Islands, sides_below_the_islands_are_left_alone)
     graph->where = new_array({1, 0, 7, 7});
     graph->pwgts[0] = graph->pwgts[1] = 5;
     PartitionIslands__(graph.get());
-    EXPECT_EQ(entries(4, graph->where), (std::vector<int>{1, 0, 1, 0}));
+    EXPECT_EQ(to_ints(graph->where, 4), (std::vector<int>{1, 0, 1, 0}));
 }
 
 /* 120 vertices in one hyperedge of 60 and one of the others. */
 static HGraphPtr only_large_hyperedges()
 {
-    PinLists nets(2);
+    Nets nets(2);
     for (int v = 0; v < 120; v++) nets[v < 60 ? 0 : 1].push_back(v);
     return make_hgraph(120, nets);
 }

@@ -3,7 +3,7 @@
 
 #include "kway_levels.h"
 
-TEST(KwayGainsTest, hyperedge_inside_one_part_counts_for_no_objective)
+TEST(KwayGains, hyperedge_inside_one_part_counts_for_no_objective)
 {
     const Level level = make_level(3, {{0, 1, 2}}, {5});
     set_parts(kway_ctrl(3, 1.5f), level.get(), {2, 2, 2});
@@ -17,7 +17,7 @@ TEST(KwayGainsTest, hyperedge_inside_one_part_counts_for_no_objective)
     }
 }
 
-TEST(KwayGainsTest, two_pins_in_two_parts_count_once_for_the_cut_and_twice_for_soed)
+TEST(KwayGains, two_pins_in_two_parts_count_once_for_the_cut_and_twice_for_soed)
 {
     const Level level = make_level(2, {{0, 1}}, {7});
     set_parts(kway_ctrl(3, 1.5f), level.get(), {0, 2});
@@ -31,7 +31,7 @@ TEST(KwayGainsTest, two_pins_in_two_parts_count_once_for_the_cut_and_twice_for_s
     }
 }
 
-TEST(KwayGainsTest, records_of_a_hyperedge_in_three_parts)
+TEST(KwayGains, records_of_a_hyperedge_in_three_parts)
 {
     const Level level = make_level(5, {{0, 1, 2, 3, 4}, {0, 3}}, {3, 2});
     set_parts(kway_ctrl(3, 1.5f), level.get(), {0, 1, 1, 1, 2});
@@ -55,14 +55,14 @@ TEST(KwayGainsTest, records_of_a_hyperedge_in_three_parts)
     EXPECT_EQ(entry_of(level.get(), 1, 0).ties, -1); // three pins here, one there
 }
 
-TEST(KwayGainsTest, part_weights_are_summed)
+TEST(KwayGains, part_weights_are_summed)
 {
     const Level level = make_level(4, {}, {}, {1, 2, 4, 8});
     set_parts(kway_ctrl(3, 1.5f), level.get(), {2, 0, 2, 2});
     EXPECT_EQ(to_ints(level->kpwgts, 3), (Ints{2, 0, 13}));
 }
 
-TEST(KwayGainsTest, moves_there_and_back_restore_the_records)
+TEST(KwayGains, moves_there_and_back_restore_the_records)
 {
     const PartCtrl ctrl = kway_ctrl(3, 1.5f);
     const Level level = make_level(5, {{0, 1, 2, 3, 4}, {0, 3}, {1, 2}}, {3, 2, 4});
@@ -78,7 +78,7 @@ TEST(KwayGainsTest, moves_there_and_back_restore_the_records)
     EXPECT_EQ(level->mincut, cut);
 }
 
-TEST(KwayGainsTest, last_part_of_a_hyperedge_takes_the_place_of_one_that_vanishes)
+TEST(KwayGains, last_part_of_a_hyperedge_takes_the_place_of_one_that_vanishes)
 {
     const Level level = make_level(4, {{0, 1, 2, 3}});
     set_parts(kway_ctrl(4, 4.0f), level.get(), {0, 1, 2, 3});
@@ -91,7 +91,7 @@ TEST(KwayGainsTest, last_part_of_a_hyperedge_takes_the_place_of_one_that_vanishe
     EXPECT_EQ(net.degrees[2].num, 2);
 }
 
-TEST(KwayGainsTest, pins_of_a_hyperedge_that_stays_well_held_keep_their_old_votes)
+TEST(KwayGains, pins_of_a_hyperedge_that_stays_well_held_keep_their_old_votes)
 {
     // part 0 keeps two of three pins, part 1 goes from two to three
     const Level level = make_level(6, {{0, 1, 2, 3, 4}, {2, 5}});
@@ -105,7 +105,7 @@ TEST(KwayGainsTest, pins_of_a_hyperedge_that_stays_well_held_keep_their_old_vote
     EXPECT_EQ(entry_of(level.get(), 1, 1).ties, 1);
 }
 
-TEST(KwayGainsTest, vertex_without_hyperedges_moves_alone)
+TEST(KwayGains, vertex_without_hyperedges_moves_alone)
 {
     const PartCtrl ctrl = kway_ctrl(2, 2.0f);
     const Level level = make_level(3, {{0, 1}});
@@ -116,7 +116,7 @@ TEST(KwayGainsTest, vertex_without_hyperedges_moves_alone)
     EXPECT_TRUE(kway_ok(&ctrl, level.get()));
 }
 
-TEST(KwayGainsTest, check_sees_a_wrong_record)
+TEST(KwayGains, check_sees_a_wrong_record)
 {
     const PartCtrl ctrl = kway_ctrl(2, 2.0f);
     const Level level = make_level(3, path_nets(3));

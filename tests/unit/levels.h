@@ -15,13 +15,9 @@
 #include <string>
 #include <vector>
 
-#include "core/hgraph.h"
-#include "core/memory.h"
-#include "core/ctrl.h"
+#include "hypergraphs.h"
 #include "refine/gains.h"
 
-using Ints = std::vector<int>;
-using Nets = std::vector<Ints>;
 using Draw = std::mt19937;
 
 /* Frees a level and the coarser ones that hang from it. */
@@ -37,24 +33,6 @@ struct FreeChain {
 };
 using Level = std::unique_ptr<HGraph, FreeChain>;
 
-inline size_t at(int i)
-{
-    return static_cast<size_t>(i);
-}
-
-/* An array of the engine with these entries. */
-inline int *engine_array(const Ints &entries)
-{
-    int *array = imalloc__(entries.size(), "test array");
-    std::copy(entries.begin(), entries.end(), array);
-    return array;
-}
-
-inline Ints to_ints(const int *array, int n)
-{
-    return n > 0 ? Ints(array, array + n) : Ints();
-}
-
 inline int sum(const int *array, int n)
 {
     return std::accumulate(array, array + n, 0);
@@ -64,19 +42,8 @@ inline int sum(const int *array, int n)
 inline Level make_level(int ncells, const Nets &nets, const Ints &netwgt = {},
                         const Ints &cellwgt = {}, int nfixed = 0)
 {
-    HGraph *const graph = CreateHGraph__();
-    Ints netptr = {0}, netind;
-    for (const Ints &net : nets) {
-        netind.insert(netind.end(), net.begin(), net.end());
-        netptr.push_back(static_cast<int>(netind.size()));
-    }
-    graph->ncells = ncells;
-    graph->nnets = static_cast<int>(nets.size());
+    HGraph *const graph = build_hgraph(ncells, nets, netwgt, cellwgt);
     graph->nfixed = nfixed;
-    graph->netptr = engine_array(netptr);
-    graph->netind = engine_array(netind);
-    graph->netwgt = engine_array(netwgt.empty() ? Ints(nets.size(), 1) : netwgt);
-    graph->cellwgt = engine_array(cellwgt.empty() ? Ints(at(ncells), 1) : cellwgt);
     CreateIncidentHGraph__(graph);
     return Level(graph);
 }
@@ -92,15 +59,8 @@ inline Nets path_nets(int ncells)
 /* The settings of an ordinary bisection. */
 inline PartCtrl make_ctrl()
 {
-    PartCtrl ctrl = {};
-    ctrl.CoarsenTo = COARSEN_TO;
-    ctrl.CType = CTYPE_HFC;
-    ctrl.RType = RTYPE_FM;
-    ctrl.Nruns = 1;
-    ctrl.maxnetsize = MAX_NET_SIZE;
-    ctrl.ubfactor = 0.05f;
-    ctrl.splitratio = 0.5f;
-    ctrl.nparts = 2;
+    PartCtrl ctrl = default_ctrl();
+    ctrl.seed = 0;
     ctrl.MaxCellWgt = 1000000;
     return ctrl;
 }
@@ -112,11 +72,6 @@ inline void set_sides(HGraph *graph, const Ints &sides)
     AllocateRefinementMemory__(graph);
     std::copy(sides.begin(), sides.end(), graph->where);
     ComputeInitGains__(graph);
-}
-
-inline Ints net_pins(const HGraph *graph, int e)
-{
-    return to_ints(graph->netind + graph->netptr[e], net_size(graph, e));
 }
 
 inline Ints group_of(const HGraph *graph, int c)

@@ -15,13 +15,13 @@ static Nets match(const std::string &name, HGraph *graph, int maxweight = 1000, 
     return groups_of(graph);
 }
 
-TEST(MatchEdgesTest, vertex_beyond_the_limit_stays_alone)
+TEST(MatchEdges, vertex_beyond_the_limit_stays_alone)
 {
     const Level level = make_level(3, path_nets(3), {}, {1, 9, 1});
     EXPECT_EQ(match("Edges", level.get(), 8), (Nets{{0}, {2}, {1}}));
 }
 
-TEST(MatchEdgesTest, pair_at_the_limit_is_made_and_above_it_is_not)
+TEST(MatchEdges, pair_at_the_limit_is_made_and_above_it_is_not)
 {
     const Level fits = make_level(2, {{0, 1}}, {}, {3, 5}),
                 not_fits = make_level(2, {{0, 1}}, {}, {3, 5});
@@ -29,33 +29,33 @@ TEST(MatchEdgesTest, pair_at_the_limit_is_made_and_above_it_is_not)
     EXPECT_EQ(match("Edges", not_fits.get(), 7), (Nets{{0}, {1}}));
 }
 
-TEST(MatchEdgesTest, equal_scores_go_to_the_lighter_vertex)
+TEST(MatchEdges, equal_scores_go_to_the_lighter_vertex)
 {
     const Level level = make_level(3, {{0, 1, 2}}, {}, {1, 5, 2});
     EXPECT_EQ(match("Edges", level.get()), (Nets{{0, 2}, {1}}));
 }
 
-TEST(MatchEdgesTest, equal_scores_and_weights_go_to_the_first_met)
+TEST(MatchEdges, equal_scores_and_weights_go_to_the_first_met)
 {
     const Level level = make_level(3, {{0, 1, 2}}), turned = make_level(3, {{0, 2, 1}});
     EXPECT_EQ(match("Edges", level.get()), (Nets{{0, 1}, {2}}));
     EXPECT_EQ(match("Edges", turned.get()), (Nets{{0, 2}, {1}}));
 }
 
-TEST(MatchEdgesTest, scores_add_up_over_shared_hyperedges)
+TEST(MatchEdges, scores_add_up_over_shared_hyperedges)
 {
     const Level level = make_level(4, {{0, 1, 2}, {0, 2}, {1, 3}, {2, 3}}, {}, {1, 1, 9, 1});
     EXPECT_EQ(match("Edges", level.get())[0], (Ints{0, 2})); // 0.5 + 1 against 0.5
 }
 
-TEST(MatchEdgesTest, score_is_weight_over_size_less_one)
+TEST(MatchEdges, score_is_weight_over_size_less_one)
 {
     // both degrees equal: 0 sees 1 with 6 / 2 and 3 with 2 / 1
     const Level level = make_level(4, {{0, 1, 2}, {0, 3}, {1, 2, 3}}, {6, 2, 1});
     EXPECT_EQ(match("Edges", level.get())[0], (Ints{0, 1}));
 }
 
-TEST(MatchEdgesTest, fixed_vertices_stay_unmerged_under_their_numbers)
+TEST(MatchEdges, fixed_vertices_stay_unmerged_under_their_numbers)
 {
     const Level level = make_level(5, path_nets(5), {}, {}, 2);
     EXPECT_EQ(match("Edges", level.get()), (Nets{{0}, {1}, {4, 3}, {2}}));
@@ -63,13 +63,13 @@ TEST(MatchEdgesTest, fixed_vertices_stay_unmerged_under_their_numbers)
     EXPECT_EQ(level->cellmap[1], 1);
 }
 
-TEST(MatchEdgesTest, vertex_whose_neighbours_are_all_grouped_stays_alone)
+TEST(MatchEdges, vertex_whose_neighbours_are_all_grouped_stays_alone)
 {
     const Level level = make_level(3, path_nets(3));
     EXPECT_EQ(match("Edges", level.get()), (Nets{{0, 1}, {2}}));
 }
 
-TEST(MatchEdgesTest, low_degrees_come_first_and_the_cap_makes_high_ones_equal)
+TEST(MatchEdges, low_degrees_come_first_and_the_cap_makes_high_ones_equal)
 {
     // degrees 3, 1, 1, 2, 1
     const Nets nets = {{0, 1}, {0, 3}, {0, 2}, {3, 4}};
@@ -78,7 +78,7 @@ TEST(MatchEdgesTest, low_degrees_come_first_and_the_cap_makes_high_ones_equal)
     EXPECT_EQ(match("Edges", capped.get(), 1000, 1)[0], (Ints{0, 1}));
 }
 
-TEST(MatchEdgesTest, more_than_ten_thousand_candidates_are_weighed)
+TEST(MatchEdges, more_than_ten_thousand_candidates_are_weighed)
 {
     const int n = 10500;
     Ints all(at(n));
@@ -87,27 +87,27 @@ TEST(MatchEdgesTest, more_than_ten_thousand_candidates_are_weighed)
     EXPECT_EQ(match("Edges", level.get(), 2).size(), at(n / 2));
 }
 
-TEST(MatchEdgesTest, level_without_vertices_contracts_to_none)
+TEST(MatchEdges, level_without_vertices_contracts_to_none)
 {
     const Level level = make_level(0, {});
     EXPECT_EQ(match("Edges", level.get()), Nets());
 }
 
-TEST(RestrictedMatchEdgesTest, vertex_with_all_neighbours_in_other_parts_stays_single)
+TEST(RestrictedMatchEdges, vertex_with_all_neighbours_in_other_parts_stays_single)
 {
     const Level level = make_level(4, path_nets(4));
-    level->where = engine_array({0, 1, 0, 0});
+    level->where = new_array({0, 1, 0, 0});
     EXPECT_EQ(sorted_groups_of((match("CEdges", level.get()), level.get())),
               (Nets{{0}, {1}, {2, 3}}));
 }
 
-TEST(RestrictedMatchEdgesTest, large_hyperedges_contribute_nothing)
+TEST(RestrictedMatchEdges, large_hyperedges_contribute_nothing)
 {
     const Nets nets = {{0, 1, 2}, {2, 3}};
     const Level level = make_level(4, nets), at_limit = make_level(4, nets),
                 free = make_level(4, nets);
-    level->where = engine_array(Ints(4, 0));
-    at_limit->where = engine_array(Ints(4, 0));
+    level->where = new_array(Ints(4, 0));
+    at_limit->where = new_array(Ints(4, 0));
     EXPECT_EQ(match("CEdges", level.get(), 1000, 2), (Nets{{0}, {1}, {3, 2}}));
     EXPECT_EQ(match("CEdges", at_limit.get(), 1000, 3), (Nets{{0, 1}, {3, 2}}));
     EXPECT_EQ(match("Edges", free.get(), 1000, 2), (Nets{{0, 1}, {3, 2}}));

@@ -12,7 +12,7 @@ static Nets match(const std::string &name, HGraph *graph, int maxweight = 1000)
     return groups_of(graph);
 }
 
-TEST(MatchHedgesTest, hyperedge_too_heavy_is_taken_neither_whole_nor_in_part)
+TEST(MatchHedges, hyperedge_too_heavy_is_taken_neither_whole_nor_in_part)
 {
     for (const std::string name : {"HedgesEdges", "HedgesPHedgesEdges"}) {
         const Level level = make_level(3, {{0, 1, 2}}, {}, {4, 4, 4});
@@ -22,19 +22,19 @@ TEST(MatchHedgesTest, hyperedge_too_heavy_is_taken_neither_whole_nor_in_part)
     EXPECT_EQ(match("HedgesPHedgesEdges", fits.get(), 12), (Nets{{0, 1, 2}}));
 }
 
-TEST(MatchHedgesTest, one_free_pin_of_two_is_not_more_than_half)
+TEST(MatchHedges, one_free_pin_of_two_is_not_more_than_half)
 {
     const Level level = make_level(4, {{0, 1, 2}, {2, 3}}, {5, 1});
     EXPECT_EQ(match("HedgesPHedgesEdges", level.get()), (Nets{{0, 1, 2}, {3}}));
 }
 
-TEST(MatchHedgesTest, two_free_pins_of_three_become_one_vertex_in_phase_two)
+TEST(MatchHedges, two_free_pins_of_three_become_one_vertex_in_phase_two)
 {
     const Level level = make_level(4, {{0, 1}, {3, 1, 2}}, {5, 1});
     EXPECT_EQ(match("HedgesPHedgesEdges", level.get()), (Nets{{0, 1}, {3, 2}})); // in pin order
 }
 
-TEST(MatchHedgesTest, two_free_pins_of_four_are_left_to_pairs)
+TEST(MatchHedges, two_free_pins_of_four_are_left_to_pairs)
 {
     // the pair {2, 3} could only come from phase two: 2 prefers 4
     const Level level = make_level(6, {{0, 1}, {0, 1, 2, 3}, {2, 4, 5, 0, 1}}, {9, 1, 8});
@@ -43,7 +43,7 @@ TEST(MatchHedgesTest, two_free_pins_of_four_are_left_to_pairs)
     EXPECT_EQ(groups[2], (Ints{3}));
 }
 
-TEST(MatchHedgesTest, partial_hyperedges_are_taken_by_the_middle_scheme_only)
+TEST(MatchHedges, partial_hyperedges_are_taken_by_the_middle_scheme_only)
 {
     const Nets nets = {{0, 1}, {1, 2, 3, 4, 5}};
     const Level whole = make_level(6, nets, {5, 1}), pairs = make_level(6, nets, {5, 1});
@@ -53,7 +53,7 @@ TEST(MatchHedgesTest, partial_hyperedges_are_taken_by_the_middle_scheme_only)
     EXPECT_EQ(match("HedgesPHedgesEdges", partial.get()), (Nets{{0, 1}, {2, 3, 4, 5}}));
 }
 
-TEST(MatchHedgesTest, heavy_hyperedges_come_first_then_small_ones)
+TEST(MatchHedges, heavy_hyperedges_come_first_then_small_ones)
 {
     const Level heavy = make_level(4, {{2, 3}, {0, 1, 2}}, {2, 3});
     EXPECT_EQ(match("Hedges", heavy.get()), (Nets{{0, 1, 2}, {3}}));
@@ -61,21 +61,21 @@ TEST(MatchHedgesTest, heavy_hyperedges_come_first_then_small_ones)
     EXPECT_EQ(match("Hedges", equal.get()), (Nets{{2, 3}, {0}, {1}}));
 }
 
-TEST(MatchHedgesTest, order_key_wraps_at_32_bits)
+TEST(MatchHedges, order_key_wraps_at_32_bits)
 {
     // 10 x 300000000 wraps below zero, so the light hyperedge comes first
     const Level level = make_level(10, {{0, 1, 2}, {2, 3}}, {300000000, 1});
     EXPECT_EQ(match("Hedges", level.get())[0], (Ints{2, 3}));
 }
 
-TEST(MatchHedgesTest, hyperedges_that_touch_grouped_vertices_leave_singletons)
+TEST(MatchHedges, hyperedges_that_touch_grouped_vertices_leave_singletons)
 {
     const Level level = make_level(4, {{0, 1}, {0, 2}, {0, 1, 2, 3}}, {}, {}, 1);
     EXPECT_EQ(match("Hedges", level.get()), (Nets{{0}, {1}, {2}, {3}}));
     EXPECT_EQ(level->coarser->ncells, level->ncells);
 }
 
-TEST(MatchHedgesTest, empty_hyperedge_makes_no_group)
+TEST(MatchHedges, empty_hyperedge_makes_no_group)
 {
     for (const std::string name : {"Hedges", "HedgesEdges", "HedgesPHedgesEdges"}) {
         const Level level = make_level(2, {{}, {0, 1}}, {9, 1});
@@ -83,7 +83,7 @@ TEST(MatchHedgesTest, empty_hyperedge_makes_no_group)
     }
 }
 
-TEST(MatchHedgesTest, fixed_vertices_stay_alone)
+TEST(MatchHedges, fixed_vertices_stay_alone)
 {
     for (const std::string name : {"Hedges", "HedgesEdges", "HedgesPHedgesEdges"}) {
         const Level level = make_level(5, {{0, 1}, {1, 2, 3, 4}}, {}, {}, 2);

@@ -23,30 +23,30 @@ static Nets star(int leaves)
     return nets;
 }
 
-TEST(MatchStarTest, four_of_ten_vertices_join_a_partner_and_no_more)
+TEST(MatchStar, four_of_ten_vertices_join_a_partner_and_no_more)
 {
     for (const std::string name : {"EdgesStars0", "EdgesStars1", "CEdgesStars"}) {
         Ints all(10);
         std::iota(all.begin(), all.end(), 0);
         const Level level = make_level(10, {all});
-        level->where = engine_array(Ints(10, 0));
+        level->where = new_array(Ints(10, 0));
         EXPECT_EQ(match(name, level.get()).size(), 6u);
     }
 }
 
-TEST(MatchStarTest, group_grows_while_the_quota_lasts)
+TEST(MatchStar, group_grows_while_the_quota_lasts)
 {
     const Level level = make_level(6, star(5)); // 2.4: three may join
     EXPECT_EQ(match("EdgesStars0", level.get()), (Nets{{0, 1, 2, 3}, {4}, {5}}));
 }
 
-TEST(MatchStarTest, full_group_is_not_offered)
+TEST(MatchStar, full_group_is_not_offered)
 {
     const Level level = make_level(6, star(5));
     EXPECT_EQ(match("EdgesStars0", level.get(), 3), (Nets{{0, 1, 2}, {3}, {4}, {5}}));
 }
 
-TEST(MatchStarTest, single_vertex_weighs_as_a_group_when_others_join_it)
+TEST(MatchStar, single_vertex_weighs_as_a_group_when_others_join_it)
 {
     // 0 (weight 5) finds nobody light enough and stays single; 1 would make its group 7
     const Level level =
@@ -55,17 +55,17 @@ TEST(MatchStarTest, single_vertex_weighs_as_a_group_when_others_join_it)
     for (size_t c = 0; c < groups.size(); c++) EXPECT_LE(level->coarser->cellwgt[c], 6);
 }
 
-TEST(MatchStarTest, fixed_vertices_never_receive_members)
+TEST(MatchStar, fixed_vertices_never_receive_members)
 {
     for (const std::string name : {"EdgesStars0", "EdgesStars1", "CEdgesStars"}) {
         const Level level = make_level(6, star(5), {}, {}, 1);
-        level->where = engine_array(Ints(6, 0));
+        level->where = new_array(Ints(6, 0));
         EXPECT_EQ(match(name, level.get()).size(), 6u);
         EXPECT_EQ(level->cellmap[0], 0);
     }
 }
 
-TEST(MatchStarTest, on_ties_a_later_candidate_replaces_a_grouped_one)
+TEST(MatchStar, on_ties_a_later_candidate_replaces_a_grouped_one)
 {
     // 0 takes 1 for 9; 4 sees 1 (grouped) and 5 (free) alike, the later one wins
     const Level level =
@@ -74,13 +74,13 @@ TEST(MatchStarTest, on_ties_a_later_candidate_replaces_a_grouped_one)
     EXPECT_NE(std::find(groups.begin(), groups.end(), Ints{4, 5}), groups.end());
 }
 
-TEST(MatchStarTest, on_ties_the_first_candidate_stays_if_it_is_free)
+TEST(MatchStar, on_ties_the_first_candidate_stays_if_it_is_free)
 {
     const Level level = make_level(3, {{0, 1, 2}}, {}, {1, 5, 2});
     EXPECT_EQ(match("EdgesStars0", level.get(), 6), (Nets{{0, 1}, {2}})); // weight does not matter
 }
 
-TEST(MatchStarTest, members_are_listed_in_increasing_order)
+TEST(MatchStar, members_are_listed_in_increasing_order)
 {
     const Level level = make_level(6, {{5, 0}, {5, 1}, {5, 2}, {5, 3}, {5, 4}});
     for (const Ints &group : match("EdgesStars0", level.get()))
@@ -94,7 +94,7 @@ static Level weakly_joined()
     return make_level(13, {pins, {0, 1}, {0, 1}}, {1, 1, 1});
 }
 
-TEST(MatchStarTest, weak_hyperedges_do_not_count_for_the_order_but_for_the_partner)
+TEST(MatchStar, weak_hyperedges_do_not_count_for_the_order_but_for_the_partner)
 {
     const Level level = weakly_joined();
     PartCtrl ctrl = make_ctrl();
@@ -113,7 +113,7 @@ TEST(MatchStarTest, weak_hyperedges_do_not_count_for_the_order_but_for_the_partn
               (Nets{{0, 1}, {2, 3}, {4, 5}, {6, 7}, {8, 9}, {10, 11}, {12}}));
 }
 
-TEST(MatchStarTest, strength_of_exactly_a_tenth_counts)
+TEST(MatchStar, strength_of_exactly_a_tenth_counts)
 {
     Ints pins(11);
     std::iota(pins.begin(), pins.end(), 0);
@@ -125,7 +125,7 @@ TEST(MatchStarTest, strength_of_exactly_a_tenth_counts)
     EXPECT_EQ(keys[0], 999);
 }
 
-TEST(MatchStarTest, vertex_with_no_partner_light_enough_comes_last)
+TEST(MatchStar, vertex_with_no_partner_light_enough_comes_last)
 {
     const Level level = make_level(3, {{0, 1}, {1, 2}}, {4, 2}, {9, 1, 1});
     PartCtrl ctrl = make_ctrl();
@@ -156,28 +156,28 @@ static int partner_of_0(const Level &level)
     return partners[0];
 }
 
-TEST(MatchStarTest, partner_is_sure_while_its_lead_exceeds_all_that_the_survey_skips)
+TEST(MatchStar, partner_is_sure_while_its_lead_exceeds_all_that_the_survey_skips)
 {
     EXPECT_EQ(partner_of_0(contested(0)), 1);
     EXPECT_EQ(partner_of_0(contested(1)), 1);  // a lead of 0.1, 1/11 skipped
     EXPECT_EQ(partner_of_0(contested(2)), -1); // 2/11 skipped
 }
 
-TEST(MatchStarTest, skipped_hyperedges_that_make_up_for_the_lead_decide)
+TEST(MatchStar, skipped_hyperedges_that_make_up_for_the_lead_decide)
 {
     // 0 is the first in order: 1 has the same strength, but a higher degree
     const Nets groups = match("EdgesStars1", contested(2).get(), 2);
     EXPECT_EQ(groups[0], (Ints{0, 2}));
 }
 
-TEST(MatchStarTest, partner_is_not_sure_in_a_tie_or_a_lead_within_rounding)
+TEST(MatchStar, partner_is_not_sure_in_a_tie_or_a_lead_within_rounding)
 {
     EXPECT_EQ(partner_of_0(make_level(3, {{0, 1}, {0, 2}})), -1);
     EXPECT_EQ(partner_of_0(make_level(3, {{0, 1}, {0, 2}}, {1 << 24, (1 << 24) - 1})), -1);
     EXPECT_EQ(partner_of_0(make_level(3, {{0, 1}, {0, 2}}, {1 << 10, (1 << 10) - 1})), 1);
 }
 
-TEST(MatchStarTest, partner_not_joined_by_a_strong_hyperedge_may_win)
+TEST(MatchStar, partner_not_joined_by_a_strong_hyperedge_may_win)
 {
     // 11 weak hyperedges of 1/11 beat a strong one of 1/2
     Nets nets(11, Nets::value_type{0, 1, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13});
@@ -185,24 +185,24 @@ TEST(MatchStarTest, partner_not_joined_by_a_strong_hyperedge_may_win)
     EXPECT_EQ(partner_of_0(make_level(14, nets)), -1);
 }
 
-TEST(MatchStarTest, sure_partner_whose_group_is_full_is_passed_over)
+TEST(MatchStar, sure_partner_whose_group_is_full_is_passed_over)
 {
     // 3 would surely join 2, but 1 has done so
     const Level level = make_level(4, {{1, 2}, {2, 3}, {0, 3}}, {4, 3, 1}, {1, 4, 4, 1});
     EXPECT_EQ(match("EdgesStars1", level.get(), 8), (Nets{{1, 2}, {0, 3}}));
 }
 
-TEST(RestrictedMatchStarTest, vertex_with_all_neighbours_in_other_parts_stays_single)
+TEST(RestrictedMatchStar, vertex_with_all_neighbours_in_other_parts_stays_single)
 {
     const Level level = make_level(6, star(5));
-    level->where = engine_array({0, 1, 1, 1, 1, 0});
+    level->where = new_array({0, 1, 1, 1, 1, 0});
     match("CEdgesStars", level.get());
     EXPECT_EQ(sorted_groups_of(level.get()), (Nets{{0, 5}, {1}, {2}, {3}, {4}}));
 }
 
-TEST(RestrictedMatchStarTest, large_hyperedges_contribute_nothing)
+TEST(RestrictedMatchStar, large_hyperedges_contribute_nothing)
 {
     const Level level = make_level(5, {{0, 1, 2}, {3, 4}});
-    level->where = engine_array(Ints(5, 0));
+    level->where = new_array(Ints(5, 0));
     EXPECT_EQ(match("CEdgesStars", level.get(), 1000, 2), (Nets{{0}, {1}, {2}, {3, 4}}));
 }

@@ -27,7 +27,7 @@ TEST(Memory, the_s_forms_set_every_entry)
 {
     int *ints = ismalloc__(5, -7, "ints");
     float *floats = fsmalloc__(3, 0.25f, "floats");
-    EXPECT_EQ(entries(5, ints), std::vector<int>(5, -7));
+    EXPECT_EQ(to_ints(ints, 5), std::vector<int>(5, -7));
     for (int i = 0; i < 3; i++) EXPECT_EQ(floats[i], 0.25f);
     QXfree__(&ints, &floats, LTERM);
 }

@@ -22,7 +22,7 @@ static bool same_counts(const NetCounts &a, const NetCounts &b)
            a.xor0 == b.xor0;
 }
 
-TEST(NetCountsTest, unpacking_gives_what_was_packed)
+TEST(NetCounts, unpacking_gives_what_was_packed)
 {
     for_all_counts([](const NetCounts &counts) {
         const PackedCounts packed = pack_counts(&counts);
@@ -44,7 +44,7 @@ template <int From, Counted C> static void compare_moves(NetCounts counts, int v
     ASSERT_TRUE(packed & PACKED_FIXED);
 }
 
-TEST(NetCountsTest, moves_count_the_same_packed_and_plain)
+TEST(NetCounts, moves_count_the_same_packed_and_plain)
 {
     for_all_counts([](const NetCounts &counts) {
         for (const int v : {0, 5, 0x7ffffffe}) {
@@ -62,7 +62,7 @@ static int share(const int npins[2], int side)
     return npins[1 - side] == 0 ? -1 : npins[side] == 1 ? 1 : 0;
 }
 
-TEST(NetCountsTest, a_move_that_may_change_no_gain_changes_none)
+TEST(NetCounts, a_move_that_may_change_no_gain_changes_none)
 {
     for (int nto = 1; nto <= 10; nto++)
         for (int nfrom = 0; nfrom <= 10; nfrom++) {
@@ -76,7 +76,7 @@ TEST(NetCountsTest, a_move_that_may_change_no_gain_changes_none)
         }
 }
 
-TEST(NetCountsTest, a_large_hyperedge_is_told_by_its_top_bit)
+TEST(NetCounts, a_large_hyperedge_is_told_by_its_top_bit)
 {
     const PackedCounts large = PACKED_LARGE | PACKED_FIXED | 12345;
     EXPECT_TRUE(is_large(large));

@@ -11,7 +11,7 @@
 static const float WEIGHTS[] = {0.0f,    1e-45f, 1.17549435e-38f, 0.1f,    1.0f / 3, 1.0f,
                                 3.0e38f, 7.5f,   2147483647.0f,   INFINITY};
 
-TEST(ConnectivityTest, an_unseen_vertex_takes_on_any_weight)
+TEST(Connectivity, an_unseen_vertex_takes_on_any_weight)
 {
     for (const float weight : WEIGHTS) {
         EXPECT_EQ(strength_of(strengthened(UNSEEN, weight)), weight);
@@ -19,14 +19,14 @@ TEST(ConnectivityTest, an_unseen_vertex_takes_on_any_weight)
     }
 }
 
-TEST(ConnectivityTest, no_sum_of_weights_is_unseen)
+TEST(Connectivity, no_sum_of_weights_is_unseen)
 {
     for (const float a : WEIGHTS)
         for (const float b : WEIGHTS)
             EXPECT_NE(strengthened(strengthened(UNSEEN, a), b), UNSEEN) << a << ' ' << b;
 }
 
-TEST(ConnectivityTest, a_barred_vertex_stays_barred)
+TEST(Connectivity, a_barred_vertex_stays_barred)
 {
     EXPECT_NE(BARRED, UNSEEN);
     for (const float weight : WEIGHTS)
@@ -38,7 +38,7 @@ TEST(ConnectivityTest, a_barred_vertex_stays_barred)
 /* Strengths of two candidates: of few hyperedges that a survey looks at, and of many weak ones that
  * it skips, which all add to the second. The full sums are taken in a random order, as a search
  * takes them. */
-TEST(LeadTest, a_safe_lead_survives_every_search_over_all_hyperedges)
+TEST(Lead, a_safe_lead_survives_every_search_over_all_hyperedges)
 {
     std::mt19937 draw(11);
     const auto weight = [&](float most) {
@@ -80,7 +80,7 @@ TEST(LeadTest, a_safe_lead_survives_every_search_over_all_hyperedges)
     EXPECT_GT(nsafe, 1000);
 }
 
-TEST(LeadTest, what_was_skipped_or_rounded_is_not_overlooked)
+TEST(Lead, what_was_skipped_or_rounded_is_not_overlooked)
 {
     EXPECT_TRUE(lead_is_safe(2.0f, 1.0f, 0.5f, 4));
     EXPECT_FALSE(lead_is_safe(2.0f, 1.0f, 1.0f, 4)) << "a tie";

@@ -35,7 +35,7 @@ TEST(ReadHGraph, two_header_numbers_read_a_file_without_weights)
     const HGraphPtr graph = read_text("3 4\n1 2\n2 3 4\n4 1\n");
     EXPECT_EQ(graph->nnets, 3);
     EXPECT_EQ(graph->ncells, 4);
-    EXPECT_EQ(pins_of(graph.get()), (PinLists{{0, 1}, {1, 2, 3}, {3, 0}}));
+    EXPECT_EQ(pins_of(graph.get()), (Nets{{0, 1}, {1, 2, 3}, {3, 0}}));
     EXPECT_EQ(graph->netwgt, nullptr);
     EXPECT_EQ(graph->cellwgt, nullptr);
 }
@@ -53,24 +53,24 @@ TEST(ReadHGraph, everything_else_in_the_record_keeps_its_initial_value)
 TEST(ReadHGraph, format_1_reads_a_weight_first_on_each_hyperedge_line)
 {
     const HGraphPtr graph = read_text("3 4 1\n7 1 2\n8 2 3 4\n9 4 1\n");
-    EXPECT_EQ(pins_of(graph.get()), (PinLists{{0, 1}, {1, 2, 3}, {3, 0}}));
-    EXPECT_EQ(entries(3, graph->netwgt), (std::vector<int>{7, 8, 9}));
+    EXPECT_EQ(pins_of(graph.get()), (Nets{{0, 1}, {1, 2, 3}, {3, 0}}));
+    EXPECT_EQ(to_ints(graph->netwgt, 3), (std::vector<int>{7, 8, 9}));
     EXPECT_EQ(graph->cellwgt, nullptr);
 }
 
 TEST(ReadHGraph, format_10_reads_a_line_for_each_vertex_after_the_hyperedges)
 {
     const HGraphPtr graph = read_text("3 4 10\n1 2\n2 3 4\n4 1\n5\n6\n7\n8\n");
-    EXPECT_EQ(pins_of(graph.get()), (PinLists{{0, 1}, {1, 2, 3}, {3, 0}}));
+    EXPECT_EQ(pins_of(graph.get()), (Nets{{0, 1}, {1, 2, 3}, {3, 0}}));
     EXPECT_EQ(graph->netwgt, nullptr);
-    EXPECT_EQ(entries(4, graph->cellwgt), (std::vector<int>{5, 6, 7, 8}));
+    EXPECT_EQ(to_ints(graph->cellwgt, 4), (std::vector<int>{5, 6, 7, 8}));
 }
 
 TEST(ReadHGraph, format_11_reads_both_weights)
 {
     const HGraphPtr graph = read_text("3 4 11\n7 1 2\n8 2 3 4\n9 4 1\n5\n6\n7\n8\n");
-    EXPECT_EQ(entries(3, graph->netwgt), (std::vector<int>{7, 8, 9}));
-    EXPECT_EQ(entries(4, graph->cellwgt), (std::vector<int>{5, 6, 7, 8}));
+    EXPECT_EQ(to_ints(graph->netwgt, 3), (std::vector<int>{7, 8, 9}));
+    EXPECT_EQ(to_ints(graph->cellwgt, 4), (std::vector<int>{5, 6, 7, 8}));
 }
 
 TEST(ReadHGraph, other_formats_go_by_their_last_two_digits)
@@ -90,7 +90,7 @@ TEST(ReadHGraph, format_0_and_a_negative_one_mean_no_weights)
         const HGraphPtr graph = read_text(std::string("1 2 ") + code + "\n1 2\n");
         EXPECT_EQ(graph->netwgt, nullptr) << code;
         EXPECT_EQ(graph->cellwgt, nullptr) << code;
-        EXPECT_EQ(pins_of(graph.get()), (PinLists{{0, 1}})) << code;
+        EXPECT_EQ(pins_of(graph.get()), (Nets{{0, 1}})) << code;
     }
 }
 
@@ -103,13 +103,13 @@ TEST(ReadHGraph, format_100_is_refused)
 TEST(ReadHGraph, a_vertex_listed_again_is_dropped_and_the_first_mention_stands)
 {
     const HGraphPtr graph = read_text("2 4\n2 2 3\n4 1 4 3 1 2\n");
-    EXPECT_EQ(pins_of(graph.get()), (PinLists{{1, 2}, {3, 0, 2, 1}}));
+    EXPECT_EQ(pins_of(graph.get()), (Nets{{1, 2}, {3, 0, 2, 1}}));
     EXPECT_EQ(graph->netptr[2], 6);
 }
 
 TEST(ReadHGraph, a_vertex_may_come_again_in_the_next_hyperedge)
 {
-    EXPECT_EQ(pins_of(read_text("2 2\n1 2\n1 2\n").get()), (PinLists{{0, 1}, {0, 1}}));
+    EXPECT_EQ(pins_of(read_text("2 2\n1 2\n1 2\n").get()), (Nets{{0, 1}, {0, 1}}));
 }
 
 TEST(ReadHGraph, a_header_with_one_vertex_or_fewer_is_refused_before_any_hyperedge_is_read)
@@ -152,14 +152,14 @@ TEST(ReadHGraph, no_hyperedges_give_one_start_and_no_vertices)
     EXPECT_EQ(graph->netptr[0], 0);
     EXPECT_EQ(graph->netind, nullptr);
     EXPECT_EQ(entries_in("0 5\n"), 0);
-    EXPECT_EQ(entries(5, read_text("0 5 10\n1\n2\n3\n4\n5\n")->cellwgt),
+    EXPECT_EQ(to_ints(read_text("0 5 10\n1\n2\n3\n4\n5\n")->cellwgt, 5),
               (std::vector<int>{1, 2, 3, 4, 5}));
 }
 
 TEST(ReadHGraph, an_empty_last_hyperedge_is_accepted)
 {
     const HGraphPtr graph = read_text("2 3\n1 2\n\n");
-    EXPECT_EQ(pins_of(graph.get()), (PinLists{{0, 1}, {}}));
+    EXPECT_EQ(pins_of(graph.get()), (Nets{{0, 1}, {}}));
 }
 
 TEST(ReadHGraph, an_empty_hyperedge_is_reported_with_its_number_by_the_next_one)
@@ -178,37 +178,37 @@ TEST(ReadHGraph, comment_lines_are_skipped_wherever_a_line_is_expected)
 {
     const HGraphPtr graph =
         read_text("% a\n%b\n2 2 11\n% c\n3 1 2\n%\n% 9 9\n4 2 1\n%d\n5\n% e\n6");
-    EXPECT_EQ(pins_of(graph.get()), (PinLists{{0, 1}, {1, 0}}));
-    EXPECT_EQ(entries(2, graph->netwgt), (std::vector<int>{3, 4}));
-    EXPECT_EQ(entries(2, graph->cellwgt), (std::vector<int>{5, 6}));
+    EXPECT_EQ(pins_of(graph.get()), (Nets{{0, 1}, {1, 0}}));
+    EXPECT_EQ(to_ints(graph->netwgt, 2), (std::vector<int>{3, 4}));
+    EXPECT_EQ(to_ints(graph->cellwgt, 2), (std::vector<int>{5, 6}));
 }
 
 TEST(ReadHGraph, a_percent_sign_inside_a_line_only_ends_its_numbers)
 {
-    EXPECT_EQ(pins_of(read_text("2 3\n1 2 % 3\n 3 %\n").get()), (PinLists{{0, 1}, {2}}));
-    EXPECT_EQ(pins_of(read_text("1 3\n % 1\n").get()), (PinLists{{}})); // blank first: a line
+    EXPECT_EQ(pins_of(read_text("2 3\n1 2 % 3\n 3 %\n").get()), (Nets{{0, 1}, {2}}));
+    EXPECT_EQ(pins_of(read_text("1 3\n % 1\n").get()), (Nets{{}})); // blank first: a line
 }
 
 TEST(ReadHGraph, a_list_ends_at_the_first_number_that_is_not_positive_or_not_a_number)
 {
     EXPECT_EQ(pins_of(read_text("4 4\n1 2 0 3\n1 2 -3 4\n3 x 4\n2 1.5 4\n").get()),
-              (PinLists{{0, 1}, {0, 1}, {2}, {1, 0}}));
+              (Nets{{0, 1}, {0, 1}, {2}, {1, 0}}));
 }
 
 TEST(ReadHGraph, numbers_may_carry_signs_zeros_and_any_white_space)
 {
-    EXPECT_EQ(pins_of(read_text("1 3\n\t+1\v 02\f003\r\n").get()), (PinLists{{0, 1, 2}}));
+    EXPECT_EQ(pins_of(read_text("1 3\n\t+1\v 02\f003\r\n").get()), (Nets{{0, 1, 2}}));
 }
 
 TEST(ReadHGraph, a_file_may_end_without_a_newline)
 {
-    EXPECT_EQ(pins_of(read_text("2 3\n1 2\n2 3").get()), (PinLists{{0, 1}, {1, 2}}));
+    EXPECT_EQ(pins_of(read_text("2 3\n1 2\n2 3").get()), (Nets{{0, 1}, {1, 2}}));
 }
 
 TEST(ReadHGraph, what_follows_the_last_line_needed_is_not_looked_at)
 {
-    EXPECT_EQ(pins_of(read_text("1 2\n1 2\n9 9 9\nrubbish\n").get()), (PinLists{{0, 1}}));
-    EXPECT_EQ(entries(2, read_text("1 2 10\n1 2\n5 77\n6 x\n7\n")->cellwgt),
+    EXPECT_EQ(pins_of(read_text("1 2\n1 2\n9 9 9\nrubbish\n").get()), (Nets{{0, 1}}));
+    EXPECT_EQ(to_ints(read_text("1 2 10\n1 2\n5 77\n6 x\n7\n")->cellwgt, 2),
               (std::vector<int>{5, 6}));
 }
 
@@ -237,15 +237,15 @@ TEST(ReadHGraph, a_vertex_number_above_the_count_is_refused)
     const std::string message = "Mismatch between the provided and actual value of num_cells\n\n";
     EXPECT_EQ(refusal("2 4\n1 5\n1 2\n"), message);
     EXPECT_EQ(refusal("1 4\n2147483647\n"), message);
-    EXPECT_EQ(pins_of(read_text("1 4\n1 4\n").get()), (PinLists{{0, 3}}));
+    EXPECT_EQ(pins_of(read_text("1 4\n1 4\n").get()), (Nets{{0, 3}}));
 }
 
 TEST(ReadHGraph, weights_are_taken_as_they_are)
 {
     const HGraphPtr graph = read_text("2 2 11\n-5 1 2\n7 1 2 1 2 1\n 8 1\n\n");
-    EXPECT_EQ(entries(2, graph->netwgt), (std::vector<int>{-5, 7}));
-    EXPECT_EQ(entries(2, graph->cellwgt), (std::vector<int>{8, 0}));
-    EXPECT_EQ(entries(2, read_text("1 2 10\n1 2\n-3\nx\n")->cellwgt), (std::vector<int>{-3, 0}));
+    EXPECT_EQ(to_ints(graph->netwgt, 2), (std::vector<int>{-5, 7}));
+    EXPECT_EQ(to_ints(graph->cellwgt, 2), (std::vector<int>{8, 0}));
+    EXPECT_EQ(to_ints(read_text("1 2 10\n1 2\n-3\nx\n")->cellwgt, 2), (std::vector<int>{-3, 0}));
 }
 
 TEST(ReadHGraph, vertices_behind_a_weight_that_is_not_positive_need_room_that_others_leave)
@@ -253,7 +253,7 @@ TEST(ReadHGraph, vertices_behind_a_weight_that_is_not_positive_need_room_that_ot
     const std::string room_for_4 = "2 2 1\n0 1 2\n7 1 2 1 2 1\n",
                       room_for_3 = "2 2 1\n0 1 2\n7 1 2 1 2\n";
     EXPECT_EQ(entries_in(room_for_4), 4);
-    EXPECT_EQ(pins_of(read_text(room_for_4).get()), (PinLists{{0, 1}, {0, 1}}));
+    EXPECT_EQ(pins_of(read_text(room_for_4).get()), (Nets{{0, 1}, {0, 1}}));
     EXPECT_EQ(entries_in(room_for_3), 3);
     EXPECT_EQ(refusal(room_for_3), "Out of netind memory!\n");
     EXPECT_EQ(entries_in("1 2 1\n-4 1 2\n"), -1);
@@ -277,28 +277,28 @@ static std::string padded(const std::string &text, size_t length)
 TEST(ReadHGraph, a_line_that_fills_the_buffer_is_one_line)
 {
     const std::string line = padded("1 2", BUFFER - 3) + "3\n"; // BUFFER - 1 bytes
-    EXPECT_EQ(pins_of(read_text("2 3\n" + line + "1\n").get()), (PinLists{{0, 1, 2}, {0}}));
+    EXPECT_EQ(pins_of(read_text("2 3\n" + line + "1\n").get()), (Nets{{0, 1, 2}, {0}}));
 }
 
 TEST(ReadHGraph, the_rest_of_a_longer_line_is_the_next_line)
 {
     const std::string line = padded("1 2", BUFFER - 1) + "3\n";
-    EXPECT_EQ(pins_of(read_text("2 3\n" + line).get()), (PinLists{{0, 1}, {2}}));
+    EXPECT_EQ(pins_of(read_text("2 3\n" + line).get()), (Nets{{0, 1}, {2}}));
     EXPECT_EQ(pins_of(read_text("2 3\n" + padded("1 2", BUFFER - 1) + "\n").get()),
-              (PinLists{{0, 1}, {}}));
+              (Nets{{0, 1}, {}}));
 }
 
 TEST(ReadHGraph, a_number_across_the_end_of_the_buffer_is_two_numbers)
 {
     const std::string line = padded("1", BUFFER - 2) + "23\n";
-    EXPECT_EQ(pins_of(read_text("2 3\n" + line).get()), (PinLists{{0, 1}, {2}}));
+    EXPECT_EQ(pins_of(read_text("2 3\n" + line).get()), (Nets{{0, 1}, {2}}));
 }
 
 TEST(ReadHGraph, the_rest_of_a_longer_comment_is_the_next_line)
 {
     const std::string comment = "%" + std::string(BUFFER - 2, 'x');
-    EXPECT_EQ(pins_of(read_text("1 3\n" + comment + "1 2\n3\n").get()), (PinLists{{0, 1}}));
-    EXPECT_EQ(pins_of(read_text(comment + "% x\n1 3\n3\n").get()), (PinLists{{2}}));
+    EXPECT_EQ(pins_of(read_text("1 3\n" + comment + "1 2\n3\n").get()), (Nets{{0, 1}}));
+    EXPECT_EQ(pins_of(read_text(comment + "% x\n1 3\n3\n").get()), (Nets{{2}}));
 }
 
 TEST(ReadHGraph, a_long_hyperedge_is_read_in_pieces_too)
@@ -313,7 +313,7 @@ TEST(ReadHGraph, a_long_hyperedge_is_read_in_pieces_too)
 
 TEST(ReadHGraph, numbers_of_32_bits_are_read_and_larger_ones_refused)
 {
-    EXPECT_EQ(entries(2, read_text("1 2 10\n1 2\n2147483647\n-2147483648\n")->cellwgt),
+    EXPECT_EQ(to_ints(read_text("1 2 10\n1 2\n2147483647\n-2147483648\n")->cellwgt, 2),
               (std::vector<int>{2147483647, -2147483647 - 1}));
     const std::string message = "Number too large for 32 bits in the input file!\n\n";
     EXPECT_EQ(refusal("1 2 10\n1 2\n2147483648\n1\n"), message);

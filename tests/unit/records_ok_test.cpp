@@ -106,7 +106,7 @@ TEST(SearchOk, marks_of_a_level_that_lie_are_C3)
     Ints where = {0, 0, 0, 0, 0, 1, 1, 1, 1, 1};
     bool marks[10] = {};
     marks[4] = marks[9] = true;
-    level->where = engine_array(where);
+    level->where = new_array(where);
     level->cutnets = marks;
     EXPECT_EQ(broken_rule([&] { return cut_nets_ok(level.get()); }), "");
     marks[9] = false;
@@ -196,7 +196,7 @@ struct Copied {
 
     Copied()
     {
-        level->nearby = engine_array({4, 9, 1, 0, 8, 7, 6, 5, 3, 2});
+        level->nearby = new_array({4, 9, 1, 0, 8, 7, 6, 5, 3, 2});
         relabel_level(level.get(), &copy);
     }
     ~Copied() { free_relabelled(&copy); }

@@ -8,7 +8,7 @@
 
 #include "support.h"
 
-static HGraphPtr labelled(int ncells, const PinLists &nets)
+static HGraphPtr labelled(int ncells, const Nets &nets)
 {
     HGraphPtr graph = make_hgraph(ncells, nets);
     graph->keep = 1;
@@ -24,7 +24,7 @@ struct Divided {
 };
 
 /* MLRB__ alone, without polish. */
-static Divided bisect_into(PartCtrl ctrl, int k, int offset, const PinLists &nets, int ncells)
+static Divided bisect_into(PartCtrl ctrl, int k, int offset, const Nets &nets, int ncells)
 {
     Divided result = {std::vector<int>(static_cast<size_t>(ncells), -1), -1, ""};
     ctrl.nparts = k;
@@ -111,7 +111,7 @@ TEST(Recursive, a_record_that_is_not_kept_is_freed)
 TEST(Recursive, without_reconstruction_the_sum_of_cuts_is_the_cut_of_the_parts)
 {
     for (int k : {2, 3, 4, 7, 16}) {
-        const PinLists nets = random_nets(static_cast<unsigned>(k), 150, 200, 6);
+        const Nets nets = random_nets(static_cast<unsigned>(k), 150, 200, 6);
         const Divided result = bisect_into(default_ctrl(), k, 0, nets, 150);
         EXPECT_EQ(result.cut, cut_of(nets, {}, result.part)) << k << " parts";
     }
@@ -121,13 +121,13 @@ TEST(Recursive, with_reconstruction_a_hyperedge_counts_at_each_bisection_that_cu
 {
     PartCtrl ctrl = default_ctrl();
     ctrl.Reconst = 1;
-    const PinLists nets = random_nets(5, 150, 200, 12);
+    const Nets nets = random_nets(5, 150, 200, 12);
     const Divided result = bisect_into(ctrl, 8, 0, nets, 150);
     EXPECT_GT(result.cut, cut_of(nets, {}, result.part));
 }
 
 /* The whole partitioning; the reported cut is checked. */
-static Divided partition(PartCtrl *ctrl, const PinLists &nets, int ncells)
+static Divided partition(PartCtrl *ctrl, const Nets &nets, int ncells)
 {
     Divided result = {std::vector<int>(static_cast<size_t>(ncells), -1), -1, ""};
     const HGraphPtr graph = make_hgraph(ncells, nets);
@@ -143,7 +143,7 @@ TEST(Recursive, two_parts_are_one_bisection_without_polish)
     PartCtrl ctrl = default_ctrl();
     ctrl.kwayrefine = 1;
     ctrl.dbglvl = DBG_DETAIL;
-    const PinLists nets = random_nets(6, 100, 120, 4);
+    const Nets nets = random_nets(6, 100, 120, 4);
     const Divided result = partition(&ctrl, nets, 100);
     EXPECT_EQ(count_lines_with(result.trace, "Bisecting"), 1);
     EXPECT_EQ(count_lines_with(result.trace, "          ["), 0);
@@ -156,7 +156,7 @@ TEST(Recursive, three_parts_are_0_on_the_left_and_1_and_2_on_the_right)
     PartCtrl ctrl = default_ctrl();
     ctrl.nparts = 3;
     /* two cliques joined by little: the small one is the left third */
-    PinLists nets;
+    Nets nets;
     for (int v = 0; v < 30; v++)
         for (int u : {v + 1, v + 2, v + 3})
             if (u < 30 && (v < 10) == (u < 10)) nets.push_back({v, u});
@@ -174,7 +174,7 @@ TEST(Recursive, the_polish_is_bounded_by_the_balance_reached_and_restores_the_sc
     plain.nparts = polished.nparts = 4;
     plain.RType = polished.RType = RTYPE_EEFM;
     polished.kwayrefine = 1;
-    const PinLists nets = random_nets(7, 1200, 1500, 5); // enough that V-cycles coarsen and refine
+    const Nets nets = random_nets(7, 1200, 1500, 5); // enough that V-cycles coarsen and refine
     partition(&plain, nets, 1200);
     EXPECT_EQ(plain.ubfactor, 0.05f);
     const Divided after = partition(&polished, nets, 1200);
@@ -196,7 +196,7 @@ TEST(Recursive, the_polish_brings_the_cut_down)
         PartCtrl plain = default_ctrl(), polished = default_ctrl();
         plain.nparts = polished.nparts = 8;
         polished.kwayrefine = 1; // also makes more trials, so runs may differ before the polish
-        const PinLists nets = random_nets(seed, 250, 350, 4);
+        const Nets nets = random_nets(seed, 250, 350, 4);
         lower += partition(&polished, nets, 250).cut <= partition(&plain, nets, 250).cut;
     }
     EXPECT_GE(lower, 8);

@@ -23,7 +23,7 @@ static size_t passes(const std::string &trace)
     return count_lines(trace, "\tCut:");
 }
 
-TEST(RefineRandomTest, without_passes_only_the_values_are_computed)
+TEST(RefineRandom, without_passes_only_the_values_are_computed)
 {
     for (const bool soed : {false, true}) {
         const PartCtrl ctrl = kway_ctrl(2, 2.0f);
@@ -37,7 +37,7 @@ TEST(RefineRandomTest, without_passes_only_the_values_are_computed)
     }
 }
 
-TEST(RefineRandomTest, vertex_moves_where_it_uncuts)
+TEST(RefineRandom, vertex_moves_where_it_uncuts)
 {
     const PartCtrl ctrl = kway_ctrl(2, 2.0f);
     const Level level = make_level(4, {{0, 1}, {0, 2}, {1, 2}, {0, 3}}, {2, 2, 2, 1});
@@ -47,7 +47,7 @@ TEST(RefineRandomTest, vertex_moves_where_it_uncuts)
     EXPECT_EQ(level->mincut, fresh_cut(level.get(), level->where));
 }
 
-TEST(RefineRandomTest, vertex_with_every_neighbouring_part_full_never_moves)
+TEST(RefineRandom, vertex_with_every_neighbouring_part_full_never_moves)
 {
     for (const bool soed : {false, true}) {
         // parts weigh 3 and 3: 3.9 is the most, so one more does not fit
@@ -58,7 +58,7 @@ TEST(RefineRandomTest, vertex_with_every_neighbouring_part_full_never_moves)
     }
 }
 
-TEST(RefineRandomTest, part_at_its_lower_bound_gives_nobody_up)
+TEST(RefineRandom, part_at_its_lower_bound_gives_nobody_up)
 {
     for (const bool soed : {false, true}) {
         // three parts of average 4: at 1.5 the least is 2, so part 0 keeps its two vertices
@@ -76,7 +76,7 @@ TEST(RefineRandomTest, part_at_its_lower_bound_gives_nobody_up)
     }
 }
 
-TEST(RefineRandomTest, parked_islands_are_never_visited)
+TEST(RefineRandom, parked_islands_are_never_visited)
 {
     const PartCtrl ctrl = kway_ctrl(2, 2.0f);
     const Level level = make_level(3, path_nets(3));
@@ -91,7 +91,7 @@ TEST(RefineRandomTest, parked_islands_are_never_visited)
     level->nislands = 0;
 }
 
-TEST(RefineRandomTest, pass_of_moves_that_change_no_objective_is_the_last)
+TEST(RefineRandom, pass_of_moves_that_change_no_objective_is_the_last)
 {
     for (const bool soed : {false, true}) {
         // 1 is drawn equally to both ends; part 0 is heavier by more than its weight
@@ -105,7 +105,7 @@ TEST(RefineRandomTest, pass_of_moves_that_change_no_objective_is_the_last)
     }
 }
 
-TEST(RefineRandomTest, equal_parts_at_ratio_1_are_frozen)
+TEST(RefineRandom, equal_parts_at_ratio_1_are_frozen)
 {
     for (const bool soed : {false, true}) {
         const PartCtrl ctrl = kway_ctrl(3, 1.0f);
@@ -115,7 +115,7 @@ TEST(RefineRandomTest, equal_parts_at_ratio_1_are_frozen)
     }
 }
 
-TEST(RefineRandomTest, fixed_vertices_never_move)
+TEST(RefineRandom, fixed_vertices_never_move)
 {
     for (const bool soed : {false, true}) {
         const PartCtrl ctrl = kway_ctrl(2, 2.0f);
@@ -125,7 +125,7 @@ TEST(RefineRandomTest, fixed_vertices_never_move)
     }
 }
 
-TEST(RefineRandomTest, complete_tie_goes_to_the_lighter_part_then_to_the_later_entry)
+TEST(RefineRandom, complete_tie_goes_to_the_lighter_part_then_to_the_later_entry)
 {
     // vertex 0 is drawn alike to parts 1 and 2
     const PartCtrl ctrl = kway_ctrl(3, 3.0f);
@@ -139,7 +139,7 @@ TEST(RefineRandomTest, complete_tie_goes_to_the_lighter_part_then_to_the_later_e
               "\tMoving      0[  2] (  0 ->   1) [   0    1    1    0]     1     2");
 }
 
-TEST(RefineRandomTest, zero_gain_move_needs_a_strict_improvement_of_balance)
+TEST(RefineRandom, zero_gain_move_needs_a_strict_improvement_of_balance)
 {
     // 2 stands between two fixed vertices; the difference must exceed its weight
     const PartCtrl ctrl = kway_ctrl(2, 2.0f);
@@ -158,7 +158,7 @@ static Level three_part_level(int w, const Ints &cellwgt = {})
     return make_level(4, {{0, 1, 2}, {0, 3}}, {w, 1}, cellwgt);
 }
 
-TEST(RefineSoedTest, positive_soed_move_is_made_although_the_cut_rises)
+TEST(RefineSoed, positive_soed_move_is_made_although_the_cut_rises)
 {
     const PartCtrl ctrl = kway_ctrl(3, 3.0f);
     const Level level = three_part_level(2), cut = three_part_level(2);
@@ -172,7 +172,7 @@ TEST(RefineSoedTest, positive_soed_move_is_made_although_the_cut_rises)
         EXPECT_EQ(line.find("\tMoving      0"), std::string::npos); // not for the cut's sake
 }
 
-TEST(RefineSoedTest, level_soed_and_a_worse_cut_are_refused_even_for_balance)
+TEST(RefineSoed, level_soed_and_a_worse_cut_are_refused_even_for_balance)
 {
     const PartCtrl ctrl = kway_ctrl(3, 3.0f);
     const Level level = three_part_level(1, {1, 1, 1, 50});
@@ -183,7 +183,7 @@ TEST(RefineSoedTest, level_soed_and_a_worse_cut_are_refused_even_for_balance)
     EXPECT_EQ(level->where[0], 0);
 }
 
-TEST(RefineSoedTest, passes_end_when_neither_value_changes)
+TEST(RefineSoed, passes_end_when_neither_value_changes)
 {
     const PartCtrl ctrl = kway_ctrl(2, 2.0f);
     const Level level = make_level(4, {{0, 1}, {0, 2}, {1, 2}, {0, 3}}, {2, 2, 2, 1});
@@ -195,7 +195,7 @@ TEST(RefineSoedTest, passes_end_when_neither_value_changes)
     EXPECT_EQ(level->objval, level->minsoed);
 }
 
-TEST(RefineRandomTest, header_tells_bounds_rounded_to_single)
+TEST(RefineRandom, header_tells_bounds_rounded_to_single)
 {
     const PartCtrl ctrl = kway_ctrl(3, 1.1f);
     const Level level = make_level(10, {{0, 1}}, {4});

@@ -115,10 +115,10 @@ TEST(Reports, part_weights_are_added_to_what_is_there)
     const int part[] = {1, 0, 1}, vwgts[] = {5, 7, 11};
     int pwgts[] = {100, 200};
     ComputePartWeights(3, vwgts, part, pwgts);
-    EXPECT_EQ(entries(2, pwgts), (std::vector<int>{107, 216}));
+    EXPECT_EQ(to_ints(pwgts, 2), (std::vector<int>{107, 216}));
     int counts[] = {0, 0};
     ComputePartWeights(3, nullptr, part, counts);
-    EXPECT_EQ(entries(2, counts), (std::vector<int>{1, 2}));
+    EXPECT_EQ(to_ints(counts, 2), (std::vector<int>{1, 2}));
 }
 
 TEST(Reports, part_cuts_count_each_cut_hyperedge_once_in_every_part_it_touches)
@@ -127,13 +127,13 @@ TEST(Reports, part_cuts_count_each_cut_hyperedge_once_in_every_part_it_touches)
     const int part[] = {0, 0, 1, 1}, hewgts[] = {10, 100, 1000, 10000, 5};
     int pcuts[] = {-9, -9, -9}; // zeroed by the routine
     ComputePartCuts(5, 3, eptr, eind, hewgts, part, pcuts);
-    EXPECT_EQ(entries(3, pcuts), (std::vector<int>{15, 15, 0}));
+    EXPECT_EQ(to_ints(pcuts, 3), (std::vector<int>{15, 15, 0}));
     ComputePartCuts(5, 3, eptr, eind, nullptr, part, pcuts);
-    EXPECT_EQ(entries(3, pcuts), (std::vector<int>{2, 2, 0}));
+    EXPECT_EQ(to_ints(pcuts, 3), (std::vector<int>{2, 2, 0}));
 }
 
 /* The four figures and the table of the statistics of hypergraph nets under part. */
-static std::string statistics(int nparts, const PinLists &nets, const std::vector<int> &hewgts,
+static std::string statistics(int nparts, const Nets &nets, const std::vector<int> &hewgts,
                               const std::vector<int> &vwgts, const std::vector<int> &part)
 {
     const int nvtxs = static_cast<int>(part.size());
@@ -227,7 +227,7 @@ TEST(Reports, the_scaled_cost_is_rounded_to_single_at_each_part)
 
 TEST(Reports, the_absorption_is_rounded_to_single_at_each_addition)
 {
-    const PinLists nets(9000, {0, 1, 2, 3});
+    const Nets nets(9000, {0, 1, 2, 3});
     const std::string text = statistics(2, nets, {}, {}, {0, 0, 1, 1});
     float absorption = 0;
     double unrounded = 0;
@@ -244,7 +244,7 @@ TEST(Reports, the_absorption_adds_the_parts_of_a_hyperedge_in_their_order)
     /* 131071 hyperedges of one vertex add 1 each, so that the two that follow pass 2^17, where
      * roundings become coarser: the sum depends on what was added before and what after. */
     const int counts[2][3] = {{32, 36, 15}, {23, 15, 44}};
-    PinLists nets(131071, {0});
+    Nets nets(131071, {0});
     std::vector<int> part = {0};
     for (const auto &count : counts) {
         nets.emplace_back();
@@ -263,7 +263,7 @@ TEST(Reports, many_cut_hyperedges_and_many_parts_are_measured_in_linear_time)
 {
     constexpr int nparts = 200000;
     std::vector<int> part;
-    PinLists nets;
+    Nets nets;
     for (int v = 0; v < nparts; v++) {
         part.push_back(v);
         for (int step = 1; step <= 5; step++) nets.push_back({v, (v + step) % nparts});

@@ -20,7 +20,7 @@ template <int Size> static void sort_all_zeros_and_ones()
     }
 }
 
-TEST(SmallSortTest, networks_sort_every_input_of_zeros_and_ones)
+TEST(SmallSort, networks_sort_every_input_of_zeros_and_ones)
 {
     sort_all_zeros_and_ones<2>();
     sort_all_zeros_and_ones<3>();
@@ -30,7 +30,7 @@ TEST(SmallSortTest, networks_sort_every_input_of_zeros_and_ones)
     sort_all_zeros_and_ones<16>();
 }
 
-TEST(SmallSortTest, numbers_of_the_whole_range_are_put_in_order_and_none_is_lost)
+TEST(SmallSort, numbers_of_the_whole_range_are_put_in_order_and_none_is_lost)
 {
     std::mt19937 draw(3);
     for (int round = 0; round < 1000; round++) {
@@ -45,7 +45,7 @@ TEST(SmallSortTest, numbers_of_the_whole_range_are_put_in_order_and_none_is_lost
     }
 }
 
-TEST(SmallSortTest, networks_are_those_of_odd_even_merge_sort)
+TEST(SmallSort, networks_are_those_of_odd_even_merge_sort)
 {
     EXPECT_EQ(sorting_network<2>().size(), 1u);
     EXPECT_EQ(sorting_network<4>().size(), 5u);

@@ -11,6 +11,7 @@
 #include <numeric>
 
 #include "core/heavy_assert.h"
+#include "lopsided.h"
 #include "support.h"
 
 static std::vector<KeyValue> pairs_of(const std::vector<int> &keys)
@@ -178,26 +179,6 @@ TEST(Sort, falling_and_constant_inputs_of_many_elements_are_sorted)
     EXPECT_EQ(falling[0], 1);
     iintsort__(100000, constant.data());
     EXPECT_EQ(constant, std::vector<int>(100000, 3));
-}
-
-/* An order of n keys of which each partition splits off the 24 smallest: the 23 first of the range,
- * and its middle as the pivot, which ends up behind them. */
-static std::vector<int> lopsided_order(int n)
-{
-    std::vector<int> place(static_cast<size_t>(n)), a(place.size());
-    std::iota(place.begin(), place.end(), 0); // of what now stands at i
-    int next = 0;
-    const auto assign = [&](int i) {
-        a[static_cast<size_t>(place[static_cast<size_t>(i)])] = next++;
-    };
-    while (n > next + 100) {
-        const int low = next, middle = low + (n - 1 - low) / 2;
-        while (next < low + 23) assign(next);
-        assign(middle);
-        std::swap(place[static_cast<size_t>(low + 23)], place[static_cast<size_t>(middle)]);
-    }
-    while (next < n) assign(next);
-    return a;
 }
 
 TEST(Sort, thousands_of_lopsided_partitions_need_no_more_room_than_32_ranges)

@@ -17,9 +17,7 @@
 #include <string>
 #include <vector>
 
-#include "core/hgraph.h"
-#include "core/memory.h"
-#include "core/ctrl.h"
+#include "hypergraphs.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 #define ZORPEL_TEST_ASAN 1
@@ -32,22 +30,6 @@
 #include <sanitizer/lsan_interface.h>
 #endif
 
-using PinLists = std::vector<std::vector<int>>;
-
-/* A copy of x in an array of malloc's, as records own them; null when x is empty. */
-inline int *new_array(const std::vector<int> &x)
-{
-    int *const array = imalloc__(x.size(), "test array");
-    for (size_t i = 0; i < x.size(); i++) array[i] = x[i];
-    return array;
-}
-
-/* The n entries of x. */
-inline std::vector<int> entries(int n, const int *x)
-{
-    return std::vector<int>(x, x + n);
-}
-
 struct FreeHGraphAndLabel {
     void operator()(HGraph *graph) const
     {
@@ -58,50 +40,34 @@ struct FreeHGraphAndLabel {
 using HGraphPtr = std::unique_ptr<HGraph, FreeHGraphAndLabel>;
 
 /* A hypergraph of the given hyperedges; weights left out are 1. nfixed 0, no incidence. */
-inline HGraphPtr make_hgraph(int ncells, const PinLists &nets, std::vector<int> netwgt = {},
-                             std::vector<int> cellwgt = {})
+inline HGraphPtr make_hgraph(int ncells, const Nets &nets, const Ints &netwgt = {},
+                             const Ints &cellwgt = {})
 {
-    HGraphPtr graph(CreateHGraph__());
-    graph->ncells = ncells;
-    graph->nnets = static_cast<int>(nets.size());
-    graph->nfixed = 0;
-    std::vector<int> netptr = {0}, netind;
-    for (const std::vector<int> &net : nets) {
-        netind.insert(netind.end(), net.begin(), net.end());
-        netptr.push_back(static_cast<int>(netind.size()));
-    }
-    if (netwgt.empty()) netwgt.assign(nets.size(), 1);
-    if (cellwgt.empty()) cellwgt.assign(static_cast<size_t>(ncells), 1);
-    graph->netptr = new_array(netptr);
-    graph->netind = new_array(netind);
-    graph->netwgt = new_array(netwgt);
-    graph->cellwgt = new_array(cellwgt);
-    return graph;
+    return HGraphPtr(build_hgraph(ncells, nets, netwgt, cellwgt));
 }
 
 /* The same with incidence. */
-inline HGraphPtr make_incident(int ncells, const PinLists &nets, std::vector<int> netwgt = {},
-                               std::vector<int> cellwgt = {})
+inline HGraphPtr make_incident(int ncells, const Nets &nets, const Ints &netwgt = {},
+                               const Ints &cellwgt = {})
 {
-    HGraphPtr graph = make_hgraph(ncells, nets, std::move(netwgt), std::move(cellwgt));
+    HGraphPtr graph = make_hgraph(ncells, nets, netwgt, cellwgt);
     CreateIncidentHGraph__(graph.get());
     return graph;
 }
 
 /* The pin lists of a record, hyperedge by hyperedge. */
-inline PinLists pins_of(const HGraph *graph)
+inline Nets pins_of(const HGraph *graph)
 {
-    PinLists nets;
-    for (int e = 0; e < graph->nnets; e++)
-        nets.emplace_back(graph->netind + graph->netptr[e], graph->netind + graph->netptr[e + 1]);
+    Nets nets;
+    for (int e = 0; e < graph->nnets; e++) nets.push_back(net_pins(graph, e));
     return nets;
 }
 
 /* nnets hyperedges of 2 to maxsize distinct vertices of 0..ncells-1, by a generator of its own. */
-inline PinLists random_nets(unsigned seed, int ncells, int nnets, int maxsize)
+inline Nets random_nets(unsigned seed, int ncells, int nnets, int maxsize)
 {
     std::minstd_rand random(seed);
-    PinLists nets(static_cast<size_t>(nnets));
+    Nets nets(static_cast<size_t>(nnets));
     std::vector<int> last(static_cast<size_t>(ncells), -1);
     for (int e = 0; e < nnets; e++) {
         const unsigned size =
@@ -128,7 +94,7 @@ inline std::vector<int> random_ints(unsigned seed, int n, int least, int most)
 }
 
 /* Total weight of the hyperedges with vertices in several parts, counted afresh. */
-inline long long cut_of(const PinLists &nets, const std::vector<int> &netwgt,
+inline long long cut_of(const Nets &nets, const std::vector<int> &netwgt,
                         const std::vector<int> &part)
 {
     long long cut = 0;
@@ -140,24 +106,6 @@ inline long long cut_of(const PinLists &nets, const std::vector<int> &netwgt,
         if (several) cut += netwgt.empty() ? 1 : netwgt[e];
     }
     return cut;
-}
-
-/* The control record of the defaults, ready for one bisection in halves; one run, a fixed seed. */
-inline PartCtrl default_ctrl()
-{
-    PartCtrl ctrl = {};
-    ctrl.CoarsenTo = COARSEN_TO;
-    ctrl.CType = CTYPE_HFC;
-    ctrl.RType = RTYPE_FM;
-    ctrl.Nruns = 1;
-    ctrl.maxnetsize = MAX_NET_SIZE;
-    ctrl.ubfactor = 0.05f;
-    ctrl.seed = 1;
-    ctrl.VCycle = VCYCLE_NO;
-    ctrl.nparts = 2;
-    ctrl.splitratio = 0.5f;
-    ctrl.MaxCellWgt = 1 << 29; // above any that a bisection computes, and twice it fits
-    return ctrl;
 }
 
 inline std::string read_file(const std::string &path)

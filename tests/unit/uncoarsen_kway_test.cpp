@@ -18,7 +18,7 @@ static Level level_of(int ncells, unsigned seed, bool islands = false)
     return random_level(draw, limits);
 }
 
-TEST(RefineKwayTest, chain_of_one_level_is_left_as_it_is)
+TEST(RefineKway, chain_of_one_level_is_left_as_it_is)
 {
     PartCtrl ctrl = kway_ctrl(3, 1.5f);
     ctrl.RType = 99; // not even looked at
@@ -28,7 +28,7 @@ TEST(RefineKwayTest, chain_of_one_level_is_left_as_it_is)
     EXPECT_EQ(to_ints(level->where, 4), (Ints{0, 1, 2, 0}));
 }
 
-TEST(RefineKwayTest, projection_copies_parts_and_frees_the_coarser_level)
+TEST(RefineKway, projection_copies_parts_and_frees_the_coarser_level)
 {
     PartCtrl ctrl = kway_ctrl(3, 1.5f);
     const Level level = make_level(4, path_nets(4));
@@ -41,7 +41,7 @@ TEST(RefineKwayTest, projection_copies_parts_and_frees_the_coarser_level)
     for (int v = 0; v < 4; v++) EXPECT_EQ(level->where[v], cellmap[at(v)] == 0 ? 2 : 1);
 }
 
-TEST(RefineKwayTest, projection_tells_which_hyperedges_are_within_one_part)
+TEST(RefineKway, projection_tells_which_hyperedges_are_within_one_part)
 {
     int nuncut = 0, ncut = 0;
     for (unsigned seed = 1; seed <= 40; seed++) {
@@ -55,7 +55,7 @@ TEST(RefineKwayTest, projection_tells_which_hyperedges_are_within_one_part)
         if (refined)
             set_parts(ctrl, coarsest, parts);
         else
-            coarsest->where = engine_array(parts);
+            coarsest->where = new_array(parts);
         ProjectKwayPartition__(&ctrl, coarsest);
         for (int e = 0; e < level->nnets; e++) {
             const int lambda = lambda_of(level.get(), e, level->where);
@@ -68,7 +68,7 @@ TEST(RefineKwayTest, projection_tells_which_hyperedges_are_within_one_part)
     EXPECT_GT(ncut, 100);
 }
 
-TEST(RefineKwayTest, objective_of_the_scheme_is_refined)
+TEST(RefineKway, objective_of_the_scheme_is_refined)
 {
     for (const int rtype : {OBJECTIVE_CUT, OBJECTIVE_SOED}) {
         PartCtrl ctrl = kway_ctrl(2, 2.0f);
@@ -85,7 +85,7 @@ TEST(RefineKwayTest, objective_of_the_scheme_is_refined)
     EXPECT_FALSE(refine_objective(&ctrl, level.get(), KwayRecords::current));
 }
 
-TEST(RefineKwayTest, unknown_objective_ends_the_process)
+TEST(RefineKway, unknown_objective_ends_the_process)
 {
     for (const int rtype : {0, 3, 5}) {
         PartCtrl ctrl = kway_ctrl(2, 2.0f);
@@ -98,7 +98,7 @@ TEST(RefineKwayTest, unknown_objective_ends_the_process)
     }
 }
 
-TEST(RefineKwayTest, scheme_10_computes_the_weights_that_islands_need)
+TEST(RefineKway, scheme_10_computes_the_weights_that_islands_need)
 {
     PartCtrl ctrl = kway_ctrl(3, 1.5f);
     ctrl.RType = RTYPE_NONE;
@@ -113,7 +113,7 @@ TEST(RefineKwayTest, scheme_10_computes_the_weights_that_islands_need)
     EXPECT_EQ(level->mincut, 0);
 }
 
-TEST(RefineKwayTest, level_of_islands_only_goes_to_the_lightest_parts)
+TEST(RefineKway, level_of_islands_only_goes_to_the_lightest_parts)
 {
     PartCtrl ctrl = kway_ctrl(3, 1.5f);
     ctrl.RType = OBJECTIVE_CUT;
@@ -129,13 +129,13 @@ TEST(RefineKwayTest, level_of_islands_only_goes_to_the_lightest_parts)
     EXPECT_EQ(to_ints(level->kpwgts, 3), (Ints{5, 4, 4}));
 }
 
-TEST(RefineKwayTest, islands_fill_the_lowest_of_the_lightest_parts_and_spread)
+TEST(RefineKway, islands_fill_the_lowest_of_the_lightest_parts_and_spread)
 {
     const PartCtrl ctrl = kway_ctrl(4, 1.5f);
     const Level level = make_level(1, {});
     level->nislands = 6;
     QXfree__(&level->cellwgt, LTERM);
-    level->cellwgt = engine_array({3, 1, 1, 2, 1, 1, 1});
+    level->cellwgt = new_array({3, 1, 1, 2, 1, 1, 1});
     AllocateKwayRefinementMemory__(&ctrl, level.get());
     level->where[0] = 1;
     ComputeInitKwayGains__(&ctrl, level.get());
@@ -184,7 +184,7 @@ static Level large_level(PartCtrl ctrl, unsigned seed, bool refined)
     return level;
 }
 
-TEST(VCycleKwayTest, one_cycle_is_one_cycle)
+TEST(VCycleKway, one_cycle_is_one_cycle)
 {
     const PartCtrl ctrl = kway_ctrl(4, 1.3f);
     const Level level = large_level(ctrl, 1, false);
@@ -194,18 +194,18 @@ TEST(VCycleKwayTest, one_cycle_is_one_cycle)
     EXPECT_EQ(cycles.result, fresh_cut(level.get(), level->where));
 }
 
-TEST(VCycleKwayTest, hopeless_partition_gets_two_cycles)
+TEST(VCycleKway, hopeless_partition_gets_two_cycles)
 {
     // too small to be coarsened: no cycle changes anything
     const PartCtrl ctrl = kway_ctrl(4, 1.3f);
     const Level level = level_of(60, 2);
-    level->where = engine_array(Ints(60, 1));
+    level->where = new_array(Ints(60, 1));
     level->objval = 5;
     const Cycles cycles = run_cycles(ctrl, level.get(), 10);
     EXPECT_EQ(cycles.values, (Ints{5, 5, 5}));
 }
 
-TEST(VCycleKwayTest, cycles_end_after_two_in_a_row_without_improvement)
+TEST(VCycleKway, cycles_end_after_two_in_a_row_without_improvement)
 {
     std::set<size_t> counts;
     for (const int rtype : {OBJECTIVE_CUT, OBJECTIVE_SOED}) {

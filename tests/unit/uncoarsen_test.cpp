@@ -61,7 +61,7 @@ static std::string kinds(const std::string &trace)
     return letters;
 }
 
-TEST(RefineTest, chain_of_one_level_is_left_as_it_is)
+TEST(Refine, chain_of_one_level_is_left_as_it_is)
 {
     Chain chain = ring_chain(8, 0);
     const Ints sides = to_ints(chain.level->where, 8);
@@ -69,20 +69,20 @@ TEST(RefineTest, chain_of_one_level_is_left_as_it_is)
     EXPECT_EQ(to_ints(chain.level->where, 8), sides);
 }
 
-TEST(RefineTest, scheme_1_refines_every_finer_level)
+TEST(Refine, scheme_1_refines_every_finer_level)
 {
     Chain chain = ring_chain(64, 3);
     EXPECT_EQ(kinds(refine(loose_ctrl(RTYPE_FM), chain)), "FFF");
     EXPECT_EQ(chain.level->coarser, nullptr);
 }
 
-TEST(RefineTest, scheme_2_starts_in_one_direction)
+TEST(Refine, scheme_2_starts_in_one_direction)
 {
     Chain chain = ring_chain(64, 2);
     EXPECT_EQ(kinds(refine(loose_ctrl(RTYPE_ONEWAY), chain)), "1F1F");
 }
 
-TEST(RefineTest, scheme_3_leaves_early_but_on_the_two_levels_next_to_the_coarsest)
+TEST(Refine, scheme_3_leaves_early_but_on_the_two_levels_next_to_the_coarsest)
 {
     Chain three = ring_chain(64, 3), four = ring_chain(64, 4), two = ring_chain(64, 2);
     EXPECT_EQ(kinds(refine(loose_ctrl(RTYPE_EEFM), three)), "FFE");
@@ -90,7 +90,7 @@ TEST(RefineTest, scheme_3_leaves_early_but_on_the_two_levels_next_to_the_coarses
     EXPECT_EQ(kinds(refine(loose_ctrl(RTYPE_EEFM), two)), "FF");
 }
 
-TEST(RefineTest, early_exit_levels_get_three_passes_at_most)
+TEST(Refine, early_exit_levels_get_three_passes_at_most)
 {
     size_t most = 0;
     for (unsigned seed = 0; seed < 300; seed++) {
@@ -112,7 +112,7 @@ TEST(RefineTest, early_exit_levels_get_three_passes_at_most)
     EXPECT_EQ(most, 3u);
 }
 
-TEST(RefineTest, early_exit_comes_after_a_tenth_of_the_vertices)
+TEST(Refine, early_exit_comes_after_a_tenth_of_the_vertices)
 {
     Nets nets; // two groups of 32, each joined pairwise: every move makes the cut worse
     for (int u = 0; u < 64; u++)
@@ -139,7 +139,7 @@ TEST(RefineTest, early_exit_comes_after_a_tenth_of_the_vertices)
     EXPECT_EQ(moved_vertices(trace.substr(trace.rfind("Partitions"))).size(), 6u);
 }
 
-TEST(RefineTest, full_refinement_gets_ten_passes_at_most)
+TEST(Refine, full_refinement_gets_ten_passes_at_most)
 {
     size_t most = 0;
     for (unsigned seed = 95; seed < 110; seed++) {
@@ -164,7 +164,7 @@ TEST(RefineTest, full_refinement_gets_ten_passes_at_most)
     EXPECT_GT(most, 10u);
 }
 
-TEST(RefineTest, heavy_levels_get_the_constrained_form)
+TEST(Refine, heavy_levels_get_the_constrained_form)
 {
     Chain one = ring_chain(64, 3), two = ring_chain(64, 3), three = ring_chain(64, 3);
     PartCtrl ctrl = loose_ctrl(RTYPE_FM);
@@ -176,7 +176,7 @@ TEST(RefineTest, heavy_levels_get_the_constrained_form)
     EXPECT_EQ(kinds(refine(ctrl, three)), "CCE");
 }
 
-TEST(RefineTest, scheme_5_is_constrained_with_and_without_heavy_vertices)
+TEST(Refine, scheme_5_is_constrained_with_and_without_heavy_vertices)
 {
     Chain light = ring_chain(64, 2), heavy = ring_chain(64, 2);
     PartCtrl ctrl = loose_ctrl(5);
@@ -185,7 +185,7 @@ TEST(RefineTest, scheme_5_is_constrained_with_and_without_heavy_vertices)
     EXPECT_EQ(kinds(refine(ctrl, heavy)), "CC");
 }
 
-TEST(RefineTest, scheme_10_only_projects)
+TEST(Refine, scheme_10_only_projects)
 {
     Chain chain = ring_chain(64, 3);
     Ints wanted(64);
@@ -199,7 +199,7 @@ TEST(RefineTest, scheme_10_only_projects)
     EXPECT_EQ(to_ints(chain.level->where, 64), wanted);
 }
 
-TEST(RefineTest, unknown_scheme_ends_the_process_at_the_first_finer_level)
+TEST(Refine, unknown_scheme_ends_the_process_at_the_first_finer_level)
 {
     for (const int rtype : {0, 4}) {
         Chain chain = ring_chain(16, 1);
@@ -211,7 +211,7 @@ TEST(RefineTest, unknown_scheme_ends_the_process_at_the_first_finer_level)
     }
 }
 
-TEST(RefineTest, unbalanced_levels_are_balanced_first)
+TEST(Refine, unbalanced_levels_are_balanced_first)
 {
     Chain chain = ring_chain(64, 1);
     for (int c = 0; c < chain.coarsest->ncells; c++) chain.coarsest->where[c] = 0;
@@ -222,7 +222,7 @@ TEST(RefineTest, unbalanced_levels_are_balanced_first)
     EXPECT_GE(chain.level->pwgts[1], 28);
 }
 
-TEST(RefineTest, islands_come_back_with_a_side)
+TEST(Refine, islands_come_back_with_a_side)
 {
     Nets nets = path_nets(40);
     for (Ints &net : nets)
@@ -241,7 +241,7 @@ TEST(RefineTest, islands_come_back_with_a_side)
     EXPECT_EQ(chain.level->mincut, fresh_cut(chain.level.get(), chain.level->where));
 }
 
-TEST(RefineTest, hypergraph_of_islands_only_is_shared_out_by_weight)
+TEST(Refine, hypergraph_of_islands_only_is_shared_out_by_weight)
 {
     Chain chain = {make_level(9, {}, {}, {5, 1, 1, 1, 1, 1, 1, 1, 4}), nullptr};
     PartCtrl ctrl = loose_ctrl(RTYPE_FM);
@@ -256,7 +256,7 @@ TEST(RefineTest, hypergraph_of_islands_only_is_shared_out_by_weight)
     EXPECT_EQ(chain.level->mincut, 0);
 }
 
-TEST(RefineTest, projection_copies_sides_and_frees_the_coarser_level)
+TEST(Refine, projection_copies_sides_and_frees_the_coarser_level)
 {
     Chain chain = ring_chain(16, 1);
     PartCtrl ctrl = make_ctrl();
@@ -267,7 +267,7 @@ TEST(RefineTest, projection_copies_sides_and_frees_the_coarser_level)
         EXPECT_EQ(chain.level->where[v], coarse[at(chain.level->cellmap[v])]);
 }
 
-TEST(RefineTest, timers_are_charged_only_when_asked_for)
+TEST(Refine, timers_are_charged_only_when_asked_for)
 {
     Chain quiet = ring_chain(64, 2), timed = ring_chain(64, 2);
     PartCtrl ctrl = loose_ctrl(RTYPE_FM);

@@ -36,9 +36,9 @@ TEST(Vectors, filling_and_copying_return_the_array_written)
 {
     int x[4] = {9, 9, 9, 9}, y[4] = {0, 0, 0, 0};
     EXPECT_EQ(iset__(3, 2, x), x);
-    EXPECT_EQ(entries(4, x), (std::vector<int>{2, 2, 2, 9}));
+    EXPECT_EQ(to_ints(x, 4), (std::vector<int>{2, 2, 2, 9}));
     EXPECT_EQ(icopy__(3, x, y), y);
-    EXPECT_EQ(entries(4, y), (std::vector<int>{2, 2, 2, 0}));
+    EXPECT_EQ(to_ints(y, 4), (std::vector<int>{2, 2, 2, 0}));
     EXPECT_EQ(iset__(0, 2, nullptr), nullptr);
 }
 
@@ -81,10 +81,10 @@ TEST(Vectors, counts_become_starts_and_advanced_starts_become_starts_again)
 {
     int ptr[] = {2, 0, 3, -99};
     counts_to_starts(3, ptr);
-    EXPECT_EQ(entries(4, ptr), (std::vector<int>{0, 2, 2, 5}));
+    EXPECT_EQ(to_ints(ptr, 4), (std::vector<int>{0, 2, 2, 5}));
     int ends[] = {2, 2, 5, 5};
     ends_to_starts(3, ends);
-    EXPECT_EQ(entries(4, ends), (std::vector<int>{0, 2, 2, 5}));
+    EXPECT_EQ(to_ints(ends, 4), (std::vector<int>{0, 2, 2, 5}));
     int none[] = {7};
     counts_to_starts(0, none);
     EXPECT_EQ(none[0], 0);

@@ -21,17 +21,6 @@ const std::vector<StatusRow> STATUS_ROWS = {
     {"130, 143", "interrupted or terminated; the best finished start, if any, was delivered"},
 };
 
-static std::string formatted(const char *format, va_list arguments)
-{
-    va_list again;
-    va_copy(again, arguments);
-    const int length = vsnprintf(nullptr, 0, format, again);
-    va_end(again);
-    std::string text(length > 0 ? static_cast<size_t>(length) : 0, '\0');
-    vsnprintf(text.data(), text.size() + 1, format, arguments);
-    return text;
-}
-
 void fail(Status status, const char *format, ...)
 {
     va_list arguments;

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "fileerror.h" // text_of
+#include "fileerror.h" // text_of, formatted
 
 enum Status : int {
     STATUS_OK = 0,

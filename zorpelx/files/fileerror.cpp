@@ -1,10 +1,9 @@
 /* zorpelx/files/fileerror.cpp: formatted texts and errors. */
 #include "fileerror.h"
 
-#include <cstdarg>
 #include <cstdio>
 
-static std::string formatted(const char *format, va_list arguments)
+std::string formatted(const char *format, va_list arguments)
 {
     va_list again;
     va_copy(again, arguments);

@@ -3,6 +3,7 @@
 #ifndef ZORPELX_FILES_FILEERROR_H
 #define ZORPELX_FILES_FILEERROR_H
 
+#include <cstdarg>
 #include <string>
 
 struct FileError {
@@ -14,6 +15,7 @@ struct FileError {
     __attribute__((format(printf, 2, 3)));
 
 /* Text as printf would write it. */
+std::string formatted(const char *format, va_list arguments);
 std::string text_of(const char *format, ...) __attribute__((format(printf, 1, 2)));
 
 #endif
