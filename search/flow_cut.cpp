@@ -70,7 +70,7 @@ template <int X> static void begin_growth(FlowNet *net, FlowCut *cut)
 }
 
 /* What side X can send more flow to, by levels from its roots; stops after the first level on which
- * settled nodes of the other side are met. */
+ * settled nodes of the other side are encountered. */
 template <int X> static void grow(FlowNet *net, FlowCut *cut)
 {
     begin_growth<X>(net, cut);
@@ -409,8 +409,8 @@ static void advance(FlowNet *net, FlowCut *cut, const FlowBounds *bounds, int64_
     exhaust<X>(net, cut, limit);
 }
 
-/* Weight of side X when it holds so much, as a share of what it may hold, by which the heavier side
- * is told. */
+/* Weight of side X when it holds so much, as a share of what it may hold; the larger share
+ * is the heavier side. */
 static double load_of(const FlowBounds *bounds, int side, int64_t weight)
 {
     return static_cast<double>(weight) /

@@ -38,7 +38,7 @@ struct FlowSide {
 
 struct FlowCut {
     FlowSide side[2];
-    int *hits;  // [nnodes] settled nodes of the other side that the last growth met
+    int *hits;  // [nnodes] settled nodes of the other side that the last growth reached
     int *steps; // [2 nnodes] path being searched: arc and pin of each step
     int nhits;
     int nranks;

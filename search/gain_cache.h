@@ -9,7 +9,7 @@
  *                                                       the vertex alone in a
  *
  * Rows hold cut times the one and km1 times the other. For the sum of external degrees both are 1.
- * When the cut is minimised km1 counts a little as well: it tells moves apart that leave the cut
+ * When the cut is minimised km1 counts a little as well: it ranks moves that leave the cut
  * as it is, and hyperedges that touch few parts are cut no more sooner. Where weights are too large
  * for such sums the main term stands alone.
  *

@@ -27,7 +27,7 @@ template <class T> T *alloc_pool(size_t n, const char *text)
     return static_cast<T *>(alloc_pool_records(n, sizeof(T), text));
 }
 
-/* Tells the C library, as far as it listens, to keep freed memory of up to twice size bytes for the
+/* Makes the C library, where it can, keep freed memory of up to twice size bytes for the
  * next arrays instead of giving it back to the system, and asks for large pages behind the first
  * used bytes of it: as many as are used in any case, so that none is taken for a small rest.
  * Nothing is allocated. */

@@ -102,7 +102,7 @@ int main(int nwords, char **words)
         print_usage(words[0]);
         return 0;
     }
-    signal(SIGXFSZ, SIG_IGN); // a write beyond the limit of file sizes fails, and that is told
+    signal(SIGXFSZ, SIG_IGN); // a write beyond the limit of file sizes fails, and that is reported
     const CommandLine line = parse_words(nwords, words);
 
     double iotime = -seconds__();

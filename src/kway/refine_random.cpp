@@ -20,8 +20,6 @@
 #include "kway/kway_gains.h"
 #include "kway/stale_records.h"
 
-enum class Objective { cut, soed };
-
 struct KwayWork {
     int *perm;   // [ncells] order of visits
     int *marker; // [ncells] stamps of the update
@@ -41,15 +39,15 @@ static void set_part_bounds(const PartCtrl *ctrl, const HGraph *graph, KwayWork 
 }
 
 /* Whether a may be the first candidate of a vertex with this id. */
-template <Objective O> static bool eligible(const KwayPartDeg *a, int id)
+template <KwayObjective O> static bool eligible(const KwayPartDeg *a, int id)
 {
-    return O == Objective::cut ? a->num >= id : a->soed >= 0;
+    return O == OBJECTIVE_CUT ? a->num >= id : a->soed >= 0;
 }
 
 /* Positive if a ranks above b, 0 on equal keys. */
-template <Objective O> static int compare(const KwayPartDeg *a, const KwayPartDeg *b)
+template <KwayObjective O> static int compare(const KwayPartDeg *a, const KwayPartDeg *b)
 {
-    const bool cut = O == Objective::cut;
+    const bool cut = O == OBJECTIVE_CUT;
     const int first = cut ? a->num : a->soed, first_b = cut ? b->num : b->soed;
     if (first != first_b) return first > first_b ? 1 : -1;
     const int second = cut ? a->soed : a->num, second_b = cut ? b->soed : b->num;
@@ -59,7 +57,7 @@ template <Objective O> static int compare(const KwayPartDeg *a, const KwayPartDe
 
 /* The best part of v's list with room for it, null if none; on a complete tie the lighter part,
  * the later entry if they weigh the same. */
-template <Objective O>
+template <KwayObjective O>
 static const KwayPartDeg *best_target(const HGraph *graph, const CellKwayInfo *cell, int weight,
                                       int maxpwgt)
 {
@@ -87,12 +85,12 @@ static bool accept_tie(const HGraph *graph, const KwayPartDeg *best, int from, i
     return graph->kpwgts[from] - graph->kpwgts[best->pid] > weight;
 }
 
-template <Objective O>
+template <KwayObjective O>
 static bool accept(const HGraph *graph, const CellKwayInfo *cell, const KwayPartDeg *best, int from,
                    int weight)
 {
     if (best->soed > 0) return true;
-    if (O == Objective::cut) {
+    if (O == OBJECTIVE_CUT) {
         if (best->num > cell->id) return true;
         if (best->soed < 0) return false;
     } else {
@@ -125,7 +123,7 @@ static void make_move(const PartCtrl *ctrl, HGraph *graph, KwayWork *work, int v
 }
 
 /* Visits every vertex once; returns the number of moves. */
-template <Objective O> static int sweep(const PartCtrl *ctrl, HGraph *graph, KwayWork *work)
+template <KwayObjective O> static int sweep(const PartCtrl *ctrl, HGraph *graph, KwayWork *work)
 {
     int nmoves = 0;
     for (int i = 0; i < graph->ncells; i++) {
@@ -165,7 +163,7 @@ template <Objective O> static int sweep(const PartCtrl *ctrl, HGraph *graph, Kwa
                 kpwgts[iamax__(ctrl->nparts, kpwgts)]);
 }
 
-template <Objective O>
+template <KwayObjective O>
 static void refine(PartCtrl *ctrl, HGraph *graph, int npasses, KwayRecords records)
 {
     const size_t n = static_cast<size_t>(graph->ncells);
@@ -192,7 +190,7 @@ static void refine(PartCtrl *ctrl, HGraph *graph, int npasses, KwayRecords recor
         if (ctrl->dbglvl & DBG_PASS) trace_end(ctrl, graph, nmoves);
         if (graph->mincut == oldcut && graph->minsoed == oldsoed) break;
     }
-    graph->objval = O == Objective::cut ? graph->mincut : graph->minsoed;
+    graph->objval = O == OBJECTIVE_CUT ? graph->mincut : graph->minsoed;
     if (records == KwayRecords::current) {
         refresh_all(graph, &work.stale);
         HEAVY_ASSERT(kway_ok(ctrl, graph));
@@ -201,20 +199,21 @@ static void refine(PartCtrl *ctrl, HGraph *graph, int npasses, KwayRecords recor
     QXfree__(&work.perm, &work.marker, LTERM);
 }
 
-void refine_kway_random(PartCtrl *ctrl, HGraph *graph, int npasses, bool soed, KwayRecords records)
+void refine_kway_random(PartCtrl *ctrl, HGraph *graph, int npasses, KwayObjective objective,
+                        KwayRecords records)
 {
-    if (soed)
-        refine<Objective::soed>(ctrl, graph, npasses, records);
+    if (objective == OBJECTIVE_SOED)
+        refine<OBJECTIVE_SOED>(ctrl, graph, npasses, records);
     else
-        refine<Objective::cut>(ctrl, graph, npasses, records);
+        refine<OBJECTIVE_CUT>(ctrl, graph, npasses, records);
 }
 
 void RefineCutKway_Random__(PartCtrl *ctrl, HGraph *graph, int npasses)
 {
-    refine_kway_random(ctrl, graph, npasses, false, KwayRecords::current);
+    refine_kway_random(ctrl, graph, npasses, OBJECTIVE_CUT, KwayRecords::current);
 }
 
 void RefineSOEDKway_Random__(PartCtrl *ctrl, HGraph *graph, int npasses)
 {
-    refine_kway_random(ctrl, graph, npasses, true, KwayRecords::current);
+    refine_kway_random(ctrl, graph, npasses, OBJECTIVE_SOED, KwayRecords::current);
 }

@@ -23,6 +23,7 @@ enum class KwayRecords { current, dropped };
 
 /* The one or the other. Callers that free the records next let them be dropped: most are then never
  * computed. */
-void refine_kway_random(PartCtrl *ctrl, HGraph *graph, int npasses, bool soed, KwayRecords records);
+void refine_kway_random(PartCtrl *ctrl, HGraph *graph, int npasses, KwayObjective objective,
+                        KwayRecords records);
 
 #endif

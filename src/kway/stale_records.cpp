@@ -3,7 +3,7 @@
  * A move makes records stale in two ways. Where gains change, the record is marked and listed.
  * Where only ties change, records that are current stay so, as an update at once would leave them
  * too; but a stale record has to be brought up to this point first, so that its ties are counted
- * as they were (S6). refresh_pins does that, for as few records as it can tell apart.
+ * as they were (S6). refresh_pins does that, for as few records as it can.
  */
 #include "kway/stale_records.h"
 

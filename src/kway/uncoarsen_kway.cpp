@@ -54,7 +54,7 @@ bool refine_objective(PartCtrl *ctrl, HGraph *graph, KwayRecords records)
 {
     const KwayObjective objective = kway_objective(ctrl);
     if (objective != OBJECTIVE_CUT && objective != OBJECTIVE_SOED) return false;
-    refine_kway_random(ctrl, graph, KWAY_PASSES, objective == OBJECTIVE_SOED, records);
+    refine_kway_random(ctrl, graph, KWAY_PASSES, objective, records);
     return true;
 }
 

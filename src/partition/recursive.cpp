@@ -79,7 +79,7 @@ static int polish_kway(PartCtrl *ctrl, HGraph *graph, int *part)
                                         static_cast<double>(iasum__(ctrl->nparts, kpwgts)));
     AllocateKwayRefinementMemory__(ctrl, graph);
     icopy__(graph->ncells, part, graph->where);
-    refine_kway_random(ctrl, graph, KWAY_PASSES, false, KwayRecords::dropped);
+    refine_kway_random(ctrl, graph, KWAY_PASSES, OBJECTIVE_CUT, KwayRecords::dropped);
     free_kway_arrays(graph);
     VCycleRefinementKway__(ctrl, graph, VCYCLES);
     icopy__(graph->ncells, graph->where, part);

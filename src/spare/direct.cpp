@@ -95,8 +95,9 @@ static void allocate(PartCtrl *ctrl, HGraph *graph)
 
 static void refine_whole_kway(PartCtrl *ctrl, HGraph *graph)
 {
-    refine_kway_random(ctrl, graph, KWAY_PASSES, kway_objective(ctrl) != OBJECTIVE_CUT,
-                       KwayRecords::dropped);
+    const KwayObjective objective =
+        kway_objective(ctrl) == OBJECTIVE_CUT ? OBJECTIVE_CUT : OBJECTIVE_SOED;
+    refine_kway_random(ctrl, graph, KWAY_PASSES, objective, KwayRecords::dropped);
 }
 
 static void vcycle_kway(PartCtrl *ctrl, HGraph *graph)

@@ -12,7 +12,7 @@ const std::vector<StatusRow> STATUS_ROWS = {
     {"0", "done; for verify: all that was claimed is so"},
     {"1", "the run failed, or something that verify was to check is not so"},
     {"2", "the command line is wrong"},
-    {"3", "a file does not hold what it should; the message tells file, line and column"},
+    {"3", "a file does not hold what it should; the message names file, line and column"},
     {"4", "no partition can be within the bounds, or none was found; what was found is "
           "delivered"},
     {"5", "a file cannot be opened, read or written, or the system refused a process"},

@@ -45,7 +45,7 @@ static void check_findings(const Settings &settings, const std::string &name,
     const Finding *const bad = refusal(findings, settings.strict, settings.force);
     if (bad == nullptr) return;
     const bool forcible = bad->severity == LOSS && first_finding(findings, ERROR) == nullptr;
-    fail(STATUS_BAD_INPUT, "%s\n(zorpelx lint tells more%s)",
+    fail(STATUS_BAD_INPUT, "%s\n(zorpelx lint says more%s)",
          finding_line(shown_name(name), *bad).c_str(),
          forcible ? "; --force goes on without what is lost" : "");
 }
@@ -79,7 +79,7 @@ std::string format_names(bool (*holds)(const FormatRow &row))
 static void tell_count(const std::string &name, int64_t count, const char *what)
 {
     if (count > 0)
-        fprintf(stderr, "zorpelx: %s: %lld %s%s; zorpelx lint tells more\n",
+        fprintf(stderr, "zorpelx: %s: %lld %s%s; zorpelx lint says more\n",
                 shown_name(name).c_str(), ll(count), what, count == 1 ? "" : "s");
 }
 

@@ -135,7 +135,7 @@ static void hold_standard_streams()
 int main(int nwords, char **words)
 {
     hold_standard_streams();
-    signal(SIGXFSZ, SIG_IGN); // a write past a file size limit fails, and that is told
+    signal(SIGXFSZ, SIG_IGN); // a write past a file size limit fails, and that is reported
     try {
         return run(std::vector<std::string>(words + std::min(nwords, 1), words + nwords));
     } catch (...) {

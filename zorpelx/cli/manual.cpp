@@ -84,7 +84,7 @@ static std::string statuses()
 static std::string rules()
 {
     std::string page =
-        ".SH RULES\nWhat \\fBzorpelx lint\\fR looks for; \\fB\\-\\-explain\\fR tells "
+        ".SH RULES\nWhat \\fBzorpelx lint\\fR looks for; \\fB\\-\\-explain\\fR says "
         "more.\n";
     for (const Rule &rule : RULES)
         page += text_of(".TP\n\\fB%s\\fR %s\n%s: %s.\n", rule.id, roff(rule.name).c_str(),

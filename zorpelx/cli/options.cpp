@@ -72,7 +72,7 @@ const std::vector<CommandRow> COMMANDS = {
      "run, and an output that is read, or two that are one place, are refused. Standard output, "
      "FIFOs and devices are written where they stand.\n"
      "With a deadline or an interrupt the best start that is finished is delivered, and the status "
-     "tells that it was cut short. Without --timeout the result depends only on the hypergraph and "
+     "says that it was cut short. Without --timeout the result depends only on the hypergraph and "
      "the options, not on the number of processors."},
     {VERIFY, "verify", "Recompute every figure of a partition.",
      "The files are read and everything is counted in 64 bits by code that shares nothing with the "
@@ -80,8 +80,8 @@ const std::vector<CommandRow> COMMANDS = {
      "than --expect, a part beyond --epsilon, a report that differs.\n"
      "With --report the statistics in what zorpel printed are compared byte for byte."},
     {LINT, "lint", "Find what is wrong or surprising in hypergraph and fix files.",
-     "Each finding names a rule, a line and a column; --explain tells more about a rule. With -k, "
-     "lint also tells which weights each part can get at this --ubfactor and whether the vertices "
+     "Each finding names a rule, a line and a column; --explain says more about a rule. With -k, "
+     "lint also shows which weights each part can get at this --ubfactor and whether the vertices "
      "can be divided so."},
     {STATS, "stats", "Describe a hypergraph.",
      "Counts, histograms of sizes and degrees, connected components, heavy vertices, and an "
@@ -136,7 +136,7 @@ const std::vector<OptionRow> OPTIONS = {
     {PARTITION, "-k,--nparts", "K", &Settings::nparts, nullptr, 2, 1000000, nullptr,
      "number of parts"},
     {VERIFY, "-k,--nparts", "K", &Settings::nparts, "", 2, 1000000, nullptr,
-     "number of parts; otherwise the report tells it, or the partition file's name, which ends "
+     "number of parts; otherwise the report gives it, or the partition file's name, which ends "
      "with "
      ".part.K"},
     {LINT, "-k,--nparts", "K", &Settings::nparts, "", 2, 1000000, nullptr,
@@ -146,7 +146,7 @@ const std::vector<OptionRow> OPTIONS = {
     {VERIFY, "-e,--epsilon", "PERCENT", &Settings::epsilon, "", 0, 1000000000, nullptr,
      "no part must weigh more than so much above the average, rounded up"},
     {LINT, "-e,--epsilon", "PERCENT", &Settings::epsilon, "", 0, 1000000000, nullptr,
-     "with -k: tell the largest --ubfactor that keeps every part within so much above the average"},
+     "with -k: find the largest --ubfactor that keeps every part within so much above the average"},
     {PARTITION, "--least", "PERCENT", &Settings::least, "", 0, 100, nullptr,
      "no part weighs less than so much below the average; otherwise no part is empty where that "
      "can "
@@ -272,7 +272,7 @@ const std::vector<OptionRow> OPTIONS = {
     {READERS, "--first", "NUMBER", &Settings::first, "1", 0, 1, nullptr,
      "number of the first vertex in a hypergraph file"},
     {READERS, "--from", "FORMAT", &Settings::from, "auto", 0, 0, READ_FORMATS.data(),
-     "format of the file with the hypergraph; auto tells it by its content; 0 and 1 mean --first 0 "
+     "format of the file with the hypergraph; auto finds it by its content; 0 and 1 mean --first 0 "
      "and --first 1"},
     {CONVERT, "--to", "FORMAT", &Settings::to, "auto", 0, 0, WRITTEN_FORMATS.data(),
      "format of the output; auto tells it by the ending of its name"},

@@ -30,7 +30,7 @@ struct Solution {
     Figures figures;
 };
 
-/* Reads all files of the settings and tells of warnings.
+/* Reads all files of the settings and reports warnings.
  * Throws  STATUS_BAD_INPUT, STATUS_USAGE, STATUS_IO, ... */
 Problem read_problem(const Settings &settings);
 

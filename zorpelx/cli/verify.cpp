@@ -114,7 +114,7 @@ static int64_t parts_in_name(const std::string &file)
     return number ? std::stoll(digits) : 0;
 }
 
-/* As many parts as asked for, or as the report says, or as the name of the partition file tells.
+/* As many parts as asked for, or as the report says, or as the name of the partition file says.
  * The numbers in the file do not: parts without a vertex have none there. */
 static int64_t count_parts(const Settings &settings, const std::string &report)
 {
@@ -122,7 +122,7 @@ static int64_t count_parts(const Settings &settings, const std::string &report)
     if (!settings.report.empty()) {
         const int64_t told = parts_in_report(report);
         if (told > MOST_PARTS)
-            fail(STATUS_BAD_INPUT, "%s: it tells of more than %lld parts",
+            fail(STATUS_BAD_INPUT, "%s: it names more than %lld parts",
                  shown_name(settings.report).c_str(), ll(MOST_PARTS));
         if (told > 0) return told;
     }

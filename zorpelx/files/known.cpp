@@ -1,6 +1,6 @@
-/* zorpelx/files/known.cpp: other formats, told by how their files begin.
+/* zorpelx/files/known.cpp: other formats, recognised by how their files begin.
  *
- * A format is told by bytes that no hypergraph file begins with: a magic number, or the first word
+ * A format is recognised by bytes that no hypergraph file begins with: a magic number, or the first word
  * that is neither blank nor a comment of its own kind. Numbers alone never make one.
  */
 #include "known.h"

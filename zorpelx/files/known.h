@@ -1,4 +1,4 @@
-/* zorpelx/files/known.h: other formats, told by how their files begin. */
+/* zorpelx/files/known.h: other formats, recognised by how their files begin. */
 #ifndef ZORPELX_FILES_KNOWN_H
 #define ZORPELX_FILES_KNOWN_H
 

@@ -1,7 +1,7 @@
 /* zorpelx/files/read_hgr.cpp: the reader of hypergraph files.
  *
- * One pass over the text. A mark per vertex (the last hyperedge that listed it) tells repeated
- * ones; the count that zorpel's first pass would make is kept beside, to tell whether it stops.
+ * One pass over the text. A mark per vertex (the last hyperedge that listed it) shows repeated
+ * ones; the count that zorpel's first pass would make is kept beside, to see whether it stops.
  * Arrays grow with the lines that fill them: of the header only the number of vertices is believed,
  * and that as far as the length of the file bears it out.
  */
@@ -362,7 +362,7 @@ static void scan_rest(Scan *scan, const Hypergraph &graph)
                 weights ? ", as many as vertices: the format code may lack vertex weights" : ""));
 }
 
-/* The arrays of which the header alone tells the size. */
+/* The arrays of which the header alone gives the size. */
 static void make_vertex_arrays(Scan *scan, Hypergraph *graph)
 {
     const size_t nvertices = static_cast<size_t>(graph->nvertices);

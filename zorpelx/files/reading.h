@@ -20,7 +20,7 @@ struct Scan {
     int64_t code;
     std::vector<int32_t> last; // last hyperedge that listed each vertex, -1 at first
     int64_t room;              // vertex entries that zorpel's first pass counts
-    int64_t largest;           // vertex number met
+    int64_t largest;           // vertex number so far
     Place zero;                // first vertex number 0
     Place header;
     Place tight;                 // first hyperedge that takes more room than counted

@@ -107,7 +107,7 @@ const Rule RULES[NRULES] = {
      "The header announces more than 16 vertices for every byte of the file, and more than a "
      "million: almost all would be in no hyperedge, and the memory would hold nothing else."},
     {"H34", "other-format", LOSS, false, "the file seems to be of another format",
-     "Its first bytes are those of a format that is told in the message. Some of them read as a "
+     "Its first bytes are those of a format that the message names. Some of them read as a "
      "hypergraph of a kind: the banner of a Matrix Market file is a comment, and its sizes are a "
      "header."},
     {"H35", "unended", WARNING, false, "the last line has no newline",

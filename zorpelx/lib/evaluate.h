@@ -15,7 +15,7 @@ class Touched
 
     /* Parts of another partition [nvtxs], to be asked for from here on. */
     void turn_to(const int *parts);
-    /* The parts of hyperedge e in order of first meeting; good until the next call. Asked for with
+    /* The parts of hyperedge e in order of first appearance; good until the next call. Asked for with
      * rising e. */
     const std::vector<int> &by(int e);
 

@@ -346,7 +346,7 @@ static int heaviest_in(const zorpelx_hypergraph &h, const int *part, int p)
     return heaviest;
 }
 
-/* A part outside its limits; a search tells what makes it so heavy. */
+/* A part outside its limits; a search says what makes it so heavy. */
 Fault Call::outside(const int *part, int p, int64_t weight) const
 {
     const Limits &limit = limits[static_cast<size_t>(p)];

@@ -51,7 +51,7 @@ class Scratch
 
     int fd() const { return descriptor; } // negative: the system gave none
     size_t size() const;
-    bool clear(); // false: the system refused, as errno tells
+    bool clear(); // false: the system refused, see errno
     void close_now();
 
   private:

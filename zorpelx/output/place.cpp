@@ -25,7 +25,7 @@ bool link_is_trusted(const struct stat &folder, const struct stat &link, uid_t f
     return !shared || link.st_uid == follower || link.st_uid == folder.st_uid;
 }
 
-/* Whether the system is set to protect links; where it does not tell, it is. */
+/* Whether the system is set to protect links; where it does not say, it is. */
 static bool protects_links()
 {
     FILE *const setting = fopen("/proc/sys/fs/protected_symlinks", "re");

@@ -33,7 +33,7 @@ struct FilePlace {
 
 /* Finds the place of an output. "-" is standard output.
  *   place  out: released by release_place(), also after an error
- * Returns 0, or the error number that tells why nothing can be written there. */
+ * Returns 0, or the error number that says why nothing can be written there. */
 int find_place(const std::string &name, FilePlace *place);
 
 void release_place(FilePlace *place);

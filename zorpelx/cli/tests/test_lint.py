@@ -162,7 +162,7 @@ class Corpus(Case):
             ("verify", "g.hgr", "g.part.2"),
             ("partition", "g.hgr", "-k", 2, "-b", 40),
         ):
-            told = "zorpelx: g.hgr: 1 warning; zorpelx lint tells more\n"
+            told = "zorpelx: g.hgr: 1 warning; zorpelx lint says more\n"
             self.assertEqual(self.run_ok(*words).stderr.splitlines(True)[0], told)
             if words[0] != "stats":
                 self.assertEqual(self.run_ok(*words, "--quiet").stderr, "")

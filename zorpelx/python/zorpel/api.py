@@ -542,7 +542,7 @@ def _heavy_vertices(graph: Hypergraph) -> List[int]:
 
 
 def stats(hypergraph: HypergraphLike, nvtxs: Optional[int] = None) -> Stats:
-    """What a hypergraph is like, as the command zorpelx stats tells it.
+    """What a hypergraph is like, as the command zorpelx stats shows it.
 
     >>> stats([[0, 1, 2], [2, 3]], nvtxs=6).components
     3

@@ -30,7 +30,7 @@ class FileWarning(UserWarning):
 class Finding:
     """Something that lint() found."""
 
-    rule: str  #: "H13"; zorpelx lint --explain H13 tells more
+    rule: str  #: "H13"; zorpelx lint --explain H13 says more
     name: str  #: "zero-based"
     severity: str  #: "note", "warning" or "error"
     forcible: bool  #: an error for what is lost, that force goes on without
@@ -86,7 +86,7 @@ def read(
     """Reads a hypergraph file, plain or compressed by gzip, zstd, xz or bzip2.
 
     An error is an InputError with file, line and column; what loses vertices or weights is one
-    unless force is given. Warnings are told as a FileWarning; lint() tells more. The options are
+    unless force is given. Warnings are told as a FileWarning; lint() says more. The options are
     those of the program zorpelx:
 
     from_: number of the first vertex in the file, 1 or 0.
@@ -98,7 +98,7 @@ def read(
     """
     options = filelib.read_options(from_, lines, force, strict, timeout, memory)
     with filelib.read_by("zorpelx_read_hypergraph", path, options) as file:
-        _warn(path, file, "zorpel.lint() tells more")
+        _warn(path, file, "zorpel.lint() says more")
         return _copy(file.hypergraph())
 
 
