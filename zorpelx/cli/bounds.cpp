@@ -42,7 +42,7 @@ Bounds search_bounds(int64_t nparts, double epsilon, double least,
 
 Bounds engine_bounds(int64_t nparts, int ubfactor, int64_t total, bool fixed)
 {
-    const Limits limits = part_limits(nparts, ubfactor, total);
+    const PartRanges limits = part_ranges(nparts, ubfactor, total);
     if (!fixed && (nparts == 2 || nparts > MOST_POLISHED)) return {limits.least, limits.most};
     const size_t n = static_cast<size_t>(nparts);
     return {std::vector<int64_t>(n, limits.lightest), std::vector<int64_t>(n, limits.heaviest)};

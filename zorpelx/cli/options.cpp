@@ -86,7 +86,7 @@ const std::vector<CommandRow> COMMANDS = {
     {STATS, "stats", "Describe a hypergraph.",
      "Counts, histograms of sizes and degrees, connected components, heavy vertices, and an "
      "estimate of the memory that partitioning takes."},
-    {REPLAY, "replay", "Run again what a record tells, and compare.",
+    {REPLAY, "replay", "Run again what a record says, and compare.",
      "Takes the options from the record of a run, which partition wrote by --record, runs with "
      "them, and compares every field but machine, time and names of files. Status 1 and a line for "
      "each difference if the result is another one. Hypergraph and other files are compared "
@@ -275,7 +275,7 @@ const std::vector<OptionRow> OPTIONS = {
      "format of the file with the hypergraph; auto finds it by its content; 0 and 1 mean --first 0 "
      "and --first 1"},
     {CONVERT, "--to", "FORMAT", &Settings::to, "auto", 0, 0, WRITTEN_FORMATS.data(),
-     "format of the output; auto tells it by the ending of its name"},
+     "format of the output; auto finds it by the ending of its name"},
     {ANNOTATE, "--to", "FORMAT", &Settings::to, "auto", 0, 0, WRITTEN_FORMATS.data(),
      "format of the output; auto takes that of the hypergraph if parts can be written into it, "
      "otherwise csv"},

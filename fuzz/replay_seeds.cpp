@@ -1,4 +1,4 @@
-/* fuzz/replay.cpp: feeds files, or all files of folders, to a fuzz target without the fuzzer. */
+/* fuzz/replay_seeds.cpp: feeds files, or all files of folders, to a fuzz target without the fuzzer. */
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
