@@ -13,6 +13,9 @@ Status run_stats(const Settings &settings);
 Status run_replay(const Settings &settings);
 Status run_convert(const Settings &settings);
 Status run_annotate(const Settings &settings);
+Status run_sweep(const Settings &settings);
+Status run_compare(const Settings &settings);
+Status run_explain(const Settings &settings);
 
 /* What the table of options becomes besides the parser. */
 std::string help_of(const CommandRow &command);

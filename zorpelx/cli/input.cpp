@@ -1,6 +1,8 @@
 /* zorpelx/cli/input.cpp: the files of a command, read within its caps. */
 #include "input.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <unordered_map>
 
@@ -136,6 +138,19 @@ std::vector<int64_t> read_vertex_numbers(const Settings &settings, const std::st
         fprintf(stderr, "zorpelx: %s: the last line has no newline: it may have been cut off\n",
                 shown_name(name).c_str());
     return numbers;
+}
+
+int64_t parts_in_name(const std::string &file)
+{
+    static const std::string mark = ".part.";
+    const std::string name = plain_name(file);
+    const size_t place = name.rfind(mark);
+    if (place == std::string::npos) return 0;
+    const std::string digits = name.substr(place + mark.size());
+    const bool number =
+        !digits.empty() && digits.size() <= 7 &&
+        std::all_of(digits.begin(), digits.end(), [](unsigned char c) { return isdigit(c) != 0; });
+    return number ? std::stoll(digits) : 0;
 }
 
 std::vector<int> dense_groups(const std::vector<int64_t> &groups)

@@ -58,6 +58,9 @@ std::vector<int64_t> read_fix(const Settings &settings, int64_t nvertices, int64
 std::vector<int64_t> read_vertex_numbers(const Settings &settings, const std::string &name,
                                          int64_t nvertices, int64_t least, int64_t most);
 
+/* K of a name that ends with ".part.K", compressed or not; 0 if there is none. */
+int64_t parts_in_name(const std::string &file);
+
 /* Groups numbered from 0 in the order in which they are first met; -1 stays. */
 std::vector<int> dense_groups(const std::vector<int64_t> &groups);
 

@@ -18,7 +18,7 @@ static void check_standard_input(Command command, const Settings &settings)
 {
     int count = command != PARTITION && settings.record == "-"; // which writes it
     for (const std::string &name :
-         {settings.hypergraph, settings.partition, settings.fix, settings.report})
+         {settings.hypergraph, settings.partition, settings.other, settings.fix, settings.report})
         count += name == "-";
     if (count > 1) fail(STATUS_USAGE, "only one file can come from standard input");
 }
@@ -39,6 +39,12 @@ static Status run_command(Command command, const Settings &settings)
         return run_convert(settings);
     case ANNOTATE:
         return run_annotate(settings);
+    case SWEEP:
+        return run_sweep(settings);
+    case COMPARE:
+        return run_compare(settings);
+    case EXPLAIN:
+        return run_explain(settings);
     default:
         return run_stats(settings);
     }

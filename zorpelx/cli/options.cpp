@@ -102,9 +102,30 @@ const std::vector<CommandRow> COMMANDS = {
      "For a Matrix Market file: the matrix permuted to bordered block diagonal form, and beside it "
      "the part of each entry (ending .distribution.mtx) and the old number of each new row and "
      "column (.rows, .columns)."},
+    {SWEEP, "sweep", "Partition with every combination of some settings, and compare.",
+     "Runs go on all processors, one on each. Each result is appended to journal.jsonl in the "
+     "folder of the sweep and synced before the next one starts there; the same command goes on "
+     "where an interrupt, a deadline or a kill ended it. In the end the folder holds sweep.csv "
+     "with "
+     "a row for each run, pictures of the objective against time and against balance, and the best "
+     "partition of each number of parts and epsilon. Every run is the one that partition makes "
+     "with "
+     "these options; only its time depends on what runs beside it."},
+    {COMPARE, "compare", "Tell which of two partitions is better, and where.",
+     "Better is the one that partition would deliver of the two: within --epsilon, then the lesser "
+     "objective, cut, sum of external degrees and heaviest part. The numbers of parts mean "
+     "nothing: "
+     "parts of A and B are matched one to one such that as much weight as possible is in matched "
+     "parts, which is the agreement; what is not in them has moved. The adjusted Rand index is 1 "
+     "for the same division and about 0 for unrelated ones."},
+    {EXPLAIN, "explain", "Tell what bounds a partition before it is made.",
+     "Everything that is said about balance and cut holds for every partition within the bounds: "
+     "vertices too heavy for a part, fixed vertices, hyperedges and components that must be cut. "
+     "The times are estimates. Status 4 if no partition can be within the bounds."},
 };
 
-constexpr unsigned READERS = PARTITION | VERIFY | LINT | STATS | CONVERT | ANNOTATE;
+constexpr unsigned READERS =
+    PARTITION | VERIFY | LINT | STATS | CONVERT | ANNOTATE | SWEEP | COMPARE | EXPLAIN;
 
 const std::vector<OptionRow> OPTIONS = {
     {GLOBAL, "--man", "", &Settings::man, "", 0, 0, nullptr, "print the manual page and end"},
@@ -112,8 +133,8 @@ const std::vector<OptionRow> OPTIONS = {
      "print the completion of a shell and end"},
     {REPLAY, "RECORD", "FILE", &Settings::record, nullptr, 0, 0, nullptr,
      "record of the run, written by partition --record"},
-    {PARTITION | VERIFY | STATS | REPLAY | CONVERT | ANNOTATE, "HYPERGRAPH", "FILE",
-     &Settings::hypergraph, nullptr, 0, 0, nullptr,
+    {PARTITION | VERIFY | STATS | REPLAY | CONVERT | ANNOTATE | SWEEP | COMPARE | EXPLAIN,
+     "HYPERGRAPH", "FILE", &Settings::hypergraph, nullptr, 0, 0, nullptr,
      "hypergraph, in a format of --from, plain or compressed (.gz, .zst, .xz, .bz2); - for "
      "standard "
      "input"},
@@ -133,6 +154,29 @@ const std::vector<OptionRow> OPTIONS = {
      "partition file: the part of each vertex; with --record otherwise the one that it names"},
     {VERIFY | LINT, "FIX", "FILE", &Settings::fix, "", 0, 0, nullptr,
      "fix file: the part of each vertex, or -1"},
+    {COMPARE, "A", "FILE", &Settings::partition, nullptr, 0, 0, nullptr, "partition file"},
+    {COMPARE, "B", "FILE", &Settings::other, nullptr, 0, 0, nullptr, "another partition file"},
+    {EXPLAIN, "-k,--nparts", "K", &Settings::nparts, nullptr, 2, 1000000, nullptr,
+     "number of parts"},
+    {COMPARE, "-k,--nparts", "K", &Settings::nparts, "", 2, 1000000, nullptr,
+     "number of parts; otherwise the names of the files, which end with .part.K, or the largest "
+     "part in them tells it"},
+    {SWEEP, "-k,--nparts", "LIST", &Settings::sweep_nparts, nullptr, 0, 0, nullptr,
+     "numbers of parts, such as 2,4,8"},
+    {SWEEP, "-e,--epsilon", "LIST", &Settings::sweep_epsilons, "3", 0, 0, nullptr,
+     "values of --epsilon of partition"},
+    {SWEEP, "--preset", "LIST", &Settings::sweep_presets, "default", 0, 0, nullptr,
+     "presets, such as fast,default,best"},
+    {SWEEP, "--seeds", "N", &Settings::seeds, "3", 1, 1000000, nullptr,
+     "runs of each combination, with seeds one after another"},
+    {COMPARE | EXPLAIN, "-e,--epsilon", "PERCENT", &Settings::epsilon, "3", 0, 1000000000, nullptr,
+     "no part should weigh more than so much above the average, rounded up"},
+    {COMPARE | EXPLAIN, "--top", "N", &Settings::top, "5", 0, INT_MAX, nullptr,
+     "list so many hyperedges of a kind"},
+    {EXPLAIN, "-f,--fix", "FILE", &Settings::fix, "", 0, 0, nullptr,
+     "fix file: the part of each vertex, or -1"},
+    {SWEEP, "-o,--output", "FOLDER", &Settings::output, "", 0, 0, nullptr,
+     "folder of the results; otherwise HYPERGRAPH.sweep"},
     {PARTITION, "-k,--nparts", "K", &Settings::nparts, nullptr, 2, 1000000, nullptr,
      "number of parts"},
     {VERIFY, "-k,--nparts", "K", &Settings::nparts, "", 2, 1000000, nullptr,
@@ -154,7 +198,8 @@ const std::vector<OptionRow> OPTIONS = {
     {PARTITION, "--capacities", "LIST", &Settings::capacities, "", 0, 0, nullptr,
      "sizes of the parts as shares of their sum, such as 3,3,2, or a file of them; otherwise all "
      "are equal"},
-    {PARTITION, "--objective", "NAME", &Settings::objective, "cut", 0, 0, OBJECTIVES,
+    {PARTITION | SWEEP | COMPARE, "--objective", "NAME", &Settings::objective, "cut", 0, 0,
+     OBJECTIVES,
      "what is made least: the weight of the cut hyperedges; the same, each counted once for every "
      "part that it touches beyond the first; each counted for every part that it touches"},
     {PARTITION, "--start", "FILE", &Settings::start, "", 0, 0, nullptr,
@@ -195,7 +240,7 @@ const std::vector<OptionRow> OPTIONS = {
      "--start of the recorded run, if it is not beside the record"},
     {REPLAY | VERIFY, "--together", "FILE", &Settings::together, "", 0, 0, nullptr,
      "--together of the recorded run, if it is not beside the record"},
-    {PARTITION, "-s,--seed", "N", &Settings::seed, "1", -1, INT_MAX, nullptr,
+    {PARTITION | SWEEP, "-s,--seed", "N", &Settings::seed, "1", -1, INT_MAX, nullptr,
      "seed of the first start; -1 draws one"},
     {PARTITION, "--starts", "N", &Settings::starts, "1", 1, INT_MAX, nullptr,
      "independent starts, with seeds one after another; the best is taken"},
@@ -210,16 +255,20 @@ const std::vector<OptionRow> OPTIONS = {
     {PARTITION, "--memory", "MIB", &Settings::memory, "0", 0, INT_MAX, nullptr,
      "memory that reading a file may take, and then one start, which stats estimates; 0 for no "
      "cap"},
-    {REPLAY, "--timeout", "SECONDS", &Settings::timeout, "0", 0, 1000000000, nullptr,
+    {SWEEP, "-j,--jobs", "N", &Settings::jobs, "0", 0, INT_MAX, nullptr,
+     "runs at work at once; 0 for one on each processor"},
+    {REPLAY | SWEEP, "--timeout", "SECONDS", &Settings::timeout, "0", 0, 1000000000, nullptr,
      "stop so long after the begin; 0 for no deadline"},
-    {REPLAY, "--memory", "MIB", &Settings::memory, "0", 0, INT_MAX, nullptr,
+    {REPLAY | SWEEP, "--memory", "MIB", &Settings::memory, "0", 0, INT_MAX, nullptr,
      "memory that reading a file may take, and then one start; 0 for no cap"},
     {REPLAY, "-o,--output", "FILE", &Settings::output, "", 0, 0, nullptr,
      "write the partition there as well; - for standard output"},
-    {VERIFY | LINT | STATS | CONVERT | ANNOTATE, "--timeout", "SECONDS", &Settings::timeout, "0", 0,
-     1000000000, nullptr, "give up reading so long after the begin; 0 for no deadline"},
-    {VERIFY | LINT | STATS | CONVERT | ANNOTATE, "--memory", "MIB", &Settings::memory, "0", 0,
-     INT_MAX, nullptr, "memory that reading a file may take; 0 for no cap"},
+    {VERIFY | LINT | STATS | CONVERT | ANNOTATE | COMPARE | EXPLAIN, "--timeout", "SECONDS",
+     &Settings::timeout, "0", 0, 1000000000, nullptr,
+     "give up reading so long after the begin; 0 for no deadline"},
+    {VERIFY | LINT | STATS | CONVERT | ANNOTATE | COMPARE | EXPLAIN, "--memory", "MIB",
+     &Settings::memory, "0", 0, INT_MAX, nullptr,
+     "memory that reading a file may take; 0 for no cap"},
     {PARTITION, "-o,--output", "FILE", &Settings::output, "", 0, 0, nullptr,
      "partition file; - for standard output; otherwise HYPERGRAPH.part.K, without the ending of a "
      "compression, and "
@@ -236,11 +285,11 @@ const std::vector<OptionRow> OPTIONS = {
      "reading a file loses"},
     {CONVERT, "--force", "", &Settings::force, "", 0, 0, nullptr,
      "go on without what reading the file loses and the format of the output does not keep"},
-    {VERIFY | STATS | ANNOTATE, "--force", "", &Settings::force, "", 0, 0, nullptr,
-     "go on without the vertices or weights that reading a file loses"},
+    {VERIFY | STATS | ANNOTATE | SWEEP | COMPARE | EXPLAIN, "--force", "", &Settings::force, "", 0,
+     0, nullptr, "go on without the vertices or weights that reading a file loses"},
     {LINT, "--force", "", &Settings::force, "", 0, 0, nullptr,
      "with --fix: write a clean file although vertices or weights are lost"},
-    {PARTITION | REPLAY, "--progress", "WHEN", &Settings::progress, "auto", 0, 0, WHEN,
+    {PARTITION | REPLAY | SWEEP, "--progress", "WHEN", &Settings::progress, "auto", 0, 0, WHEN,
      "whether to show progress on standard error; auto does on a terminal"},
     {PARTITION, "--trace", "BITS", &Settings::trace, "0", 0, INT_MAX, nullptr,
      "print the engine's traces on standard error: 1 coarsening, 2 initial bisections, 4 passes, "
@@ -264,8 +313,8 @@ const std::vector<OptionRow> OPTIONS = {
     {LINT, "--limit", "N", &Settings::limit, "20", 0, INT_MAX, nullptr,
      "show so many findings of each rule; 0 for all"},
     {VERIFY, "--format", "FORMAT", &Settings::format, "text", 0, 0, FORMATS, "form of the answer"},
-    {LINT | STATS | REPLAY | CONVERT | ANNOTATE, "--format", "FORMAT", &Settings::format, "text", 0,
-     0, TEXT_OR_JSON, "form of the answer"},
+    {LINT | STATS | REPLAY | CONVERT | ANNOTATE | SWEEP | COMPARE | EXPLAIN, "--format", "FORMAT",
+     &Settings::format, "text", 0, 0, TEXT_OR_JSON, "form of the answer"},
     {READERS, "--lines", "HOW", &Settings::lines, "whole", 0, 0, LINES,
      "what to do with lines of more than 131071 characters; whole reads them as one, pieces as "
      "zorpel does"},
@@ -284,8 +333,8 @@ const std::vector<OptionRow> OPTIONS = {
      "primal, dual or literal; otherwise the first of these"},
     {PARTITION | LINT | CONVERT | ANNOTATE, "--strict", "", &Settings::strict, "", 0, 0, nullptr,
      "take warnings for errors"},
-    {PARTITION | VERIFY | LINT | CONVERT | ANNOTATE | REPLAY, "-q,--quiet", "", &Settings::quiet,
-     "", 0, 0, nullptr, "print nothing but errors and what was asked for"},
+    {PARTITION | VERIFY | LINT | CONVERT | ANNOTATE | REPLAY | SWEEP, "-q,--quiet", "",
+     &Settings::quiet, "", 0, 0, nullptr, "print nothing but errors and what was asked for"},
 };
 
 int64_t first_vertex(const Settings &settings)

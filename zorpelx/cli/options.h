@@ -21,7 +21,9 @@ struct Settings {
     std::string output, json, record, report, clean, map, explain;
     std::string model;
     int64_t to;
-    int64_t limit;
+    std::string other;                                       // partition B of compare
+    std::string sweep_nparts, sweep_epsilons, sweep_presets; // lists
+    int64_t limit, top, seeds;
     bool quiet, strict, force, list_cut, notes, man;
     int64_t completion;
     std::vector<bool> given; // by row of the table: the command line has it
@@ -35,7 +37,10 @@ enum Command {
     GLOBAL = 16,
     REPLAY = 32,
     CONVERT = 1 << 20,
-    ANNOTATE = 1 << 21
+    ANNOTATE = 1 << 21,
+    COMPARE = 256,
+    SWEEP = 512,
+    EXPLAIN = 1024
 };
 
 /* Commands of zorpelx-mpi; its options are the rows of these and of the zorpelx command alike. */

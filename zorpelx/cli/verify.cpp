@@ -1,6 +1,5 @@
 /* zorpelx/cli/verify.cpp: the verify command: every figure of a partition, and what was claimed. */
 #include <algorithm>
-#include <cctype>
 #include <cmath>
 #include <cstdio>
 
@@ -98,20 +97,6 @@ static Claim check_cut(int64_t expected, int64_t cut)
 {
     if (cut == expected) return {"cut", true, text_of("it is %lld", ll(cut))};
     return {"cut", false, text_of("it is %lld, not %lld", ll(cut), ll(expected))};
-}
-
-/* K of a name that ends with ".part.K", compressed or not; 0 if there is none. */
-static int64_t parts_in_name(const std::string &file)
-{
-    static const std::string mark = ".part.";
-    const std::string name = plain_name(file);
-    const size_t place = name.rfind(mark);
-    if (place == std::string::npos) return 0;
-    const std::string digits = name.substr(place + mark.size());
-    const bool number =
-        !digits.empty() && digits.size() <= 7 &&
-        std::all_of(digits.begin(), digits.end(), [](unsigned char c) { return isdigit(c) != 0; });
-    return number ? std::stoll(digits) : 0;
 }
 
 /* As many parts as asked for, or as the report says, or as the name of the partition file says.

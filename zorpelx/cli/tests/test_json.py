@@ -20,7 +20,7 @@ SCHEMA = json.loads((EXAMPLES.parent / "docs" / "zorpelx.schema.json").read_text
 def strict(schema):
     """The schema for this version alone, in which no field may be added."""
     schema = copy.deepcopy(schema)
-    for name in ("partition", "verify", "lint", "stats", "replay"):
+    for name in ("partition", "verify", "lint", "stats", "replay", "sweep", "compare", "explain"):
         schema["$defs"][name]["unevaluatedProperties"] = False
 
     def close(node, name):
@@ -46,6 +46,7 @@ class Answers(Case):
         self.file("g.part.2", "0\n0\n0\n1\n1\n")
         self.file("fix", "0\n-1\n-1\n-1\n1\n")
         self.file("bad.hgr", "1 2\n1 9\n")
+        self.run_ok("partition", "g.hgr", "-k", 2, "-b", 40, "-o", "p", "--record", "record", "-q")
         self.file("damaged.hgr", b"\x1f\x8b\x08\0 this is no gzip file")
 
     def answer(self, status, *words, **more):
@@ -90,8 +91,22 @@ class Answers(Case):
             ("stats", "g.hgr", "--format", "json"),
             ("stats", EXAMPLES / "cpu32.hgr", "--format", "json"),
             ("lint", EXAMPLES / "mult16.hgr", "--format", "json", "-k", 4),
+            ("sweep", "g.hgr", "-k", "2,3", "--epsilon", 100, "--format", "json", "--seeds", 2),
+            ("compare", "g.hgr", "g.part.2", "out", "--format", "json", "--epsilon", 100),
+            ("explain", "g.hgr", "-k", 2, "--format", "json", "-e", 50, "--fix", "fix"),
+            ("explain", EXAMPLES / "cpu32.hgr", "-k", 9, "--format", "json"),
         ):
             self.assertEqual(self.answer(0, *words)["message"], "")
+
+    def test_answers_about_records(self):
+        answer = self.answer(0, "replay", "record", "g.hgr", "--format", "json")
+        self.assertTrue(answer["same"])
+        verify = ("verify", "g.hgr", "--record", "record", "--format", "json")
+        self.assertEqual(len(self.answer(0, *verify)["claims"]), 6)
+        self.file("record", self.text("record").replace('"seed": 1', '"seed": 2'))
+        self.assertFalse(self.answer(1, "replay", "record", "g.hgr", "--format", "json")["same"])
+        self.answer(1, *verify)
+        self.answer(3, "replay", "g.hgr", "g.hgr", "--format", "json")
 
     def test_answers_that_are_no_success(self):
         verify = ("verify", "g.hgr", "g.part.2", "--format", "json")
@@ -120,6 +135,9 @@ class Answers(Case):
                 ("verify", file, "g.part.2", "--format", "json"),
                 ("lint", file, "--format", "json"),
                 ("stats", file, "--format", "json"),
+                ("sweep", file, "-k", 2, "--format", "json"),
+                ("compare", file, "g.part.2", "fix", "--format", "json"),
+                ("explain", file, "-k", 2, "--format", "json"),
             ):
                 answer = self.answer(status, *words)
                 if (words[0], file) != ("lint", "bad.hgr"):  # which is what lint is for

@@ -8,7 +8,7 @@ import unittest
 
 from calls import EXAMPLES, Case, unfolded
 
-COMMANDS = ("partition", "verify", "lint", "stats", "replay")
+COMMANDS = ("partition", "verify", "lint", "stats", "replay", "sweep", "compare", "explain")
 
 
 class Table(Case):
@@ -110,7 +110,7 @@ class Table(Case):
     def test_the_parser_knows_every_option_of_the_help(self):
         for command in COMMANDS:
             for option in self.options_in_help(command)[0]:
-                places = {"verify": 2, "replay": 2}.get(command, 1)
+                places = {"verify": 2, "replay": 2, "compare": 3}.get(command, 1)
                 done = self.call(command, *["absent"] * places, option, "x")
                 self.assertNotIn("The following argument was not expected: " + option, done.stderr)
 

@@ -1,0 +1,291 @@
+/* zorpelx/cli/sweep.cpp: the sweep command: many settings over one hypergraph.
+ *
+ * The runs are taken in the order of the plan by as many threads as there are to be runs at once;
+ * each calls the library, which works in processes of its own. A result is in the journal before it
+ * counts. Table and pictures are made at the end, of whatever there is.
+ */
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <exception>
+#include <map>
+#include <mutex>
+#include <sys/stat.h>
+#include <thread>
+
+#include "commands.h"
+#include "digest.h"
+#include "input.h"
+#include "output.h"
+#include "progress.h"
+#include "solving.h"
+#include "sweep_journal.h"
+#include "sweep_tables.h"
+#include "version.h"
+#include "write_hgr.h"
+
+/* All that the threads share. */
+struct Sweep {
+    const Settings *settings;
+    std::vector<SweepCell> plan;
+    std::vector<SweepResult> results; // by plan
+    Problem problem;
+    SweepJournal journal;
+    std::map<size_t, std::vector<int>> parts; // of runs that were the best of their group
+    std::mutex mutex;                         // of all below, and of results and parts
+    size_t next = 0;                          // run that is not taken yet
+    Status stopped = STATUS_OK;               // by a signal, a deadline or a failure
+    std::string why;
+    std::exception_ptr thrown; // the first
+};
+
+static std::string folder_of(const Settings &settings)
+{
+    if (!settings.output.empty()) return settings.output;
+    if (is_stream_name(settings.hypergraph))
+        fail(STATUS_USAGE, "-o is needed: the hypergraph comes from a stream");
+    return plain_name(settings.hypergraph) + ".sweep";
+}
+
+static void make_folder(const std::string &folder)
+{
+    if (mkdir(folder.c_str(), 0777) == 0 || errno == EEXIST) return;
+    fail(STATUS_IO, "%s: %s", shown_name(folder).c_str(), strerror(errno));
+}
+
+static std::string best_name(const std::string &folder, int64_t nparts, double epsilon)
+{
+    return folder + text_of("/best.e%g.part.%lld", epsilon, static_cast<long long>(nparts));
+}
+
+/* CSV, pictures, and the best partition of each number of parts and epsilon. */
+static std::vector<std::string> output_names(const std::string &folder,
+                                             const std::vector<SweepCell> &plan)
+{
+    std::vector<std::string> names = {folder + "/sweep.csv", folder + "/cut-time.svg",
+                                      folder + "/cut-balance.svg"};
+    for (const SweepCell &cell : plan) {
+        const std::string name = best_name(folder, cell.nparts, cell.epsilon);
+        if (std::find(names.begin(), names.end(), name) == names.end()) names.push_back(name);
+    }
+    return names;
+}
+
+static Json head_of(const Settings &settings, const Problem &problem)
+{
+    return {{"sweep", 1},
+            {"version", ZORPELX_CLI_VERSION},
+            {"hypergraph", digest_of(problem.graph)},
+            {"objective", choice_name(&Settings::objective, settings.objective)}};
+}
+
+static void take_journal(Sweep *sweep)
+{
+    for (size_t i = 0; i < sweep->journal.lines.size(); i++) try {
+            const SweepCell cell = cell_of_line(sweep->journal.lines[i]);
+            for (size_t run = 0; run < sweep->plan.size(); run++)
+                if (is_same_cell(sweep->plan[run], cell))
+                    sweep->results[run] = result_of_line(sweep->journal.lines[i]);
+        } catch (const Json::exception &) {
+            fail(STATUS_BAD_INPUT, "%s:%zu: this is no line of a journal",
+                 shown_name(sweep->journal.name).c_str(), i + 2);
+        }
+}
+
+static SweepResult result_of(const Solution &solution, Status status)
+{
+    const Figures &figures = solution.figures;
+    return {true,
+            status == STATUS_OK,
+            figures.cut,
+            figures.ncut,
+            figures.km1,
+            figures.soed,
+            imbalance_percent(figures),
+            solution.result.seconds,
+            digest_of(solution.part)};
+}
+
+/* Keeps the partition if no other of its number of parts and epsilon is better so far. */
+static void keep_if_best(Sweep *sweep, size_t run, const Solution &solution)
+{
+    for (const SweepGroup &group : groups_of(*sweep->settings, sweep->plan, sweep->results)) {
+        if (group.best != run) continue;
+        for (const size_t other : group.runs) sweep->parts.erase(other);
+        sweep->parts[run] = solution.part;
+    }
+}
+
+static void take_result(Sweep *sweep, size_t run, Status status, const Solution &solution)
+{
+    const std::lock_guard hold(sweep->mutex);
+    if (status != STATUS_OK && (status != STATUS_INFEASIBLE || solution.result.finished == 0)) {
+        if (sweep->stopped == STATUS_OK) {
+            sweep->stopped = status;
+            sweep->why = solution.result.message;
+        }
+        return;
+    }
+    sweep->results[run] = result_of(solution, status);
+    append_line(sweep->journal, sweep_line(sweep->plan[run], sweep->results[run]));
+    keep_if_best(sweep, run, solution);
+}
+
+static size_t count_done(const Sweep &sweep)
+{
+    return static_cast<size_t>(
+        std::count_if(sweep.results.begin(), sweep.results.end(),
+                      [](const SweepResult &result) { return result.done; }));
+}
+
+/* The next run that is to be made; the number of runs if there is none. */
+static size_t take_run(Sweep *sweep)
+{
+    const std::lock_guard hold(sweep->mutex);
+    while (sweep->next < sweep->plan.size() && sweep->results[sweep->next].done) sweep->next++;
+    if (sweep->stopped != STATUS_OK || sweep->thrown || caught_signal() != 0)
+        return sweep->plan.size();
+    if (wants_progress(*sweep->settings))
+        fprintf(stderr, "\r%zu of %zu runs ", count_done(*sweep), sweep->plan.size());
+    return sweep->next < sweep->plan.size() ? sweep->next++ : sweep->next;
+}
+
+static void work(Sweep *sweep)
+{
+    try {
+        for (size_t run; (run = take_run(sweep)) < sweep->plan.size();) {
+            Solution solution = {};
+            const Settings settings = settings_of_cell(*sweep->settings, sweep->plan[run]);
+            const Status status = solve(settings, sweep->problem, false, &solution);
+            take_result(sweep, run, status, solution);
+        }
+    } catch (...) {
+        const std::lock_guard hold(sweep->mutex);
+        if (!sweep->thrown) sweep->thrown = std::current_exception();
+    }
+}
+
+static void run_all(Sweep *sweep)
+{
+    const size_t processors = std::max(1u, std::thread::hardware_concurrency());
+    const size_t wanted =
+        sweep->settings->jobs > 0 ? static_cast<size_t>(sweep->settings->jobs) : processors;
+    catch_signals();
+    std::vector<std::thread> threads;
+    for (size_t i = 0; i < std::min({wanted, 2 * processors, sweep->plan.size()}); i++)
+        threads.emplace_back(work, sweep);
+    for (std::thread &thread : threads) thread.join();
+    if (wants_progress(*sweep->settings)) fputc('\n', stderr);
+    if (sweep->thrown) std::rethrow_exception(sweep->thrown);
+}
+
+/* The partition of a run; made again if an earlier process made it. */
+static std::vector<int> part_of_run(Sweep *sweep, size_t run)
+{
+    const auto known = sweep->parts.find(run);
+    if (known != sweep->parts.end()) return known->second;
+    Settings settings = settings_of_cell(*sweep->settings, sweep->plan[run]);
+    settings.timeout = 0;
+    Solution solution = {};
+    const Status status = solve(settings, sweep->problem, false, &solution);
+    if (status != STATUS_OK && status != STATUS_INFEASIBLE)
+        fail(status, "%s", solution.result.message);
+    if (digest_of(solution.part) != sweep->results[run].sha256)
+        fail(STATUS_FAILED, "%s: the run of %lld parts, seed %lld gives another partition now",
+             shown_name(sweep->journal.name).c_str(),
+             static_cast<long long>(sweep->plan[run].nparts),
+             static_cast<long long>(sweep->plan[run].seed));
+    return solution.part;
+}
+
+/* The contents of the outputs, by their names; best partitions only where there are results. */
+static void write_all_outputs(Sweep *sweep, const std::string &folder, const Writer &writer,
+                              const std::vector<std::string> &names)
+{
+    const auto groups = groups_of(*sweep->settings, sweep->plan, sweep->results);
+    const Settings &settings = *sweep->settings;
+    std::vector<std::string> texts(names.size());
+    texts[0] = sweep_csv(sweep->plan, sweep->results, groups);
+    texts[1] = time_picture(settings, sweep->plan, sweep->results, groups);
+    texts[2] = balance_picture(settings, sweep->plan, sweep->results, groups);
+    const bool whole = sweep->stopped == STATUS_OK && caught_signal() == 0;
+    for (const SweepGroup &group : groups) {
+        if (!whole && sweep->parts.count(group.best) == 0) continue; // made when it goes on
+        const std::vector<int> part = part_of_run(sweep, group.best);
+        const auto place =
+            std::find(names.begin(), names.end(), best_name(folder, group.nparts, group.epsilon));
+        texts[static_cast<size_t>(place - names.begin())] = numbers_text(part.data(), part.size());
+    }
+    std::vector<std::string_view> contents;
+    for (const std::string &text : texts)
+        contents.push_back(text.empty() ? std::string_view() : std::string_view(text));
+    write_together(writer, contents);
+}
+
+static void print_answer(const Sweep &sweep, const std::string &folder, Status status)
+{
+    const Settings &settings = *sweep.settings;
+    const auto groups = groups_of(settings, sweep.plan, sweep.results);
+    if (settings.format == FORMAT_JSON) {
+        Json json = answer_json(settings, SWEEP, status, sweep.why);
+        json["folder"] = folder;
+        json.update(sweep_json(settings, sweep.plan, sweep.results, groups));
+        fputs(json_text(json).c_str(), stdout);
+        return;
+    }
+    if (!settings.quiet)
+        fputs(sweep_table(settings, sweep.plan, sweep.results, groups).c_str(), stdout);
+    if (!settings.quiet)
+        printf("%s: %zu of %zu runs; * is the best of its parts and epsilon\n",
+               shown_name(folder).c_str(), count_done(sweep), sweep.plan.size());
+}
+
+static Status status_of(const Sweep &sweep)
+{
+    if (caught_signal() != 0) return static_cast<Status>(128 + caught_signal());
+    if (sweep.stopped != STATUS_OK) return sweep.stopped;
+    const auto valid = [](const SweepResult &result) { return result.valid; };
+    return std::all_of(sweep.results.begin(), sweep.results.end(), valid) ? STATUS_OK
+                                                                          : STATUS_INFEASIBLE;
+}
+
+static void tell_end(const Sweep &sweep, Status status)
+{
+    if (count_done(sweep) < sweep.plan.size())
+        tell(text_of("%zu of %zu runs are done%s%s; the same command goes on from there",
+                     count_done(sweep), sweep.plan.size(), sweep.why.empty() ? "" : ": ",
+                     sweep.why.c_str()));
+    else if (status == STATUS_INFEASIBLE)
+        tell("some partitions are not within their limits: the column valid of sweep.csv has them");
+}
+
+/* The problem is the same for every run, so it is read for the least number of parts. */
+static Problem read_problem_of(const Settings &settings, const std::vector<SweepCell> &plan)
+{
+    Settings reading = settings;
+    reading.nparts = plan[0].nparts;
+    return read_problem(reading);
+}
+
+Status run_sweep(const Settings &settings)
+{
+    const std::string folder = folder_of(settings);
+    Sweep sweep;
+    sweep.settings = &settings;
+    sweep.plan = sweep_plan(settings);
+    sweep.results.resize(sweep.plan.size());
+    sweep.problem = read_problem_of(settings, sweep.plan);
+    make_folder(folder);
+    const std::vector<std::string> names = output_names(folder, sweep.plan);
+    const Writer writer = open_writer(names, {settings.hypergraph});
+    sweep.journal = open_journal(folder + "/journal.jsonl", head_of(settings, sweep.problem));
+    take_journal(&sweep);
+    run_all(&sweep);
+    const Status status = status_of(sweep);
+    write_all_outputs(&sweep, folder, writer, names);
+    close_journal(&sweep.journal);
+    tell_end(sweep, status);
+    print_answer(sweep, folder, status);
+    return status;
+}
