@@ -78,7 +78,8 @@ class Compare(Case):
             k = 2 + seed % 4
             nets, weights, a, b = self.random_case(seed, k)
             objective = ("cut", "km1", "soed")[seed % 3]
-            answer = self.compare("g.hgr", "a", "b", "-k", k, "--objective", objective, "--top", 200)
+            words = ("-k", k, "--objective", objective, "--top", 200)
+            answer = self.compare("g.hgr", "a", "b", *words)
             for side, part in (("a", a), ("b", b)):
                 told = answer[side]
                 self.assertEqual(
@@ -120,7 +121,8 @@ class Compare(Case):
         self.assertEqual(answer["agreement"]["adjusted_rand"], 1)
         self.assertIsNone(answer["better"])
         self.assertIn("with other numbers for the parts", answer["verdict"])
-        self.assertIn("They are the same partition.", self.run_ok("compare", "g.hgr", "a", "a").stdout)
+        text = self.run_ok("compare", "g.hgr", "a", "a").stdout
+        self.assertIn("They are the same partition.", text)
 
     def test_the_better_one_is_named_with_its_reason(self):
         # a path 1-2-3-4-5-6 with a heavy end
@@ -163,7 +165,8 @@ class Compare(Case):
         self.partition("b", [0, 1])
         self.fails(3, "b", "compare", "g.hgr", "a", "b")
         self.partition("c", [0, 1, 4])
-        self.fails(3, "c: vertex 3 is in part 4, and there are 2 parts", "compare", "g.hgr", "a", "c", "-k", 2)
+        sentence = "c: vertex 3 is in part 4, and there are 2 parts"
+        self.fails(3, sentence, "compare", "g.hgr", "a", "c", "-k", 2)
         self.fails(5, "absent", "compare", "g.hgr", "a", "absent")
 
 

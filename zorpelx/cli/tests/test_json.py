@@ -135,7 +135,7 @@ class Answers(Case):
                 ("verify", file, "g.part.2", "--format", "json"),
                 ("lint", file, "--format", "json"),
                 ("stats", file, "--format", "json"),
-                ("sweep", file, "-k", 2, "--format", "json"),
+                ("sweep", file, "-k", 2, "-o", "s", "--format", "json"),
                 ("compare", file, "g.part.2", "fix", "--format", "json"),
                 ("explain", file, "-k", 2, "--format", "json"),
             ):

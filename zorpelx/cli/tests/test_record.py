@@ -105,7 +105,7 @@ class Records(Case):
         self.file("b.hgr", "% comment\n2  3 11\n1 1 2\n1  2 3 \n1\n1\n1\n")
         self.file("c.hgr", "2 3\n2 1\n2 3\n")
         digests = [
-            self.record(name, "-k", 2)["hypergraph"]["sha256"] for name in ("a.hgr", "b.hgr", "c.hgr")
+            self.record(f"{name}.hgr", "-k", 2)["hypergraph"]["sha256"] for name in "abc"
         ]
         self.assertEqual(digests[0], sha256("2 3 11\n1 1 2\n1 2 3\n1\n1\n1\n"))
         self.assertEqual(digests[0], digests[1])
@@ -202,7 +202,7 @@ class Records(Case):
         record = self.record("fifo.hgr", "-k", 2, "--fix", "fix", "--preset", "fast")
         self.assertEqual(sealed(record), self.text("run.json"))
         trusted = ("machine", "time", "version", "file")
-        found_by_verify = ("hypergraph", "inputs", "generator", "figures", "partition", "repeatable")
+        counted = ("hypergraph", "inputs", "generator", "figures", "partition", "repeatable")
         # of options, those that must change this result
         fateful = ("method", "nparts", "seed", "from")
         for path in leaves(record):
@@ -216,7 +216,7 @@ class Records(Case):
                 if tool == "replay":
                     words = ("replay", "forged.json", "fifo.hgr")
                 status = self.call(*words, "-q").returncode
-                if tool == "replay" or path[0] in found_by_verify:
+                if tool == "replay" or path[0] in counted:
                     self.assertIn(status, (1, 3), (tool, path))
 
     def test_a_changed_hypergraph_is_found(self):
@@ -251,7 +251,8 @@ class Records(Case):
         self.check(0, "p", "other")
         self.replay(0, "--fix", "other")
         os.remove(self.folder / "groups")
-        self.fails(5, "groups: No such file", "verify", "--record", "run.json", "fifo.hgr", "p", "other")
+        words = ("verify", "--record", "run.json", "fifo.hgr", "p", "other")
+        self.fails(5, "groups: No such file", *words)
 
     def test_threads_and_jobs_change_nothing(self):
         for words in (("-k", 6, "--starts", 3), ("-k", 5, "-b", 9, "--starts", 2)):
@@ -300,7 +301,8 @@ class Records(Case):
         record = self.record(*words, "--preset", "fast", status=124)
         self.assertFalse(record["repeatable"])
         self.assertEqual(record["run"]["status"], 124)
-        self.assertIn("true: repeatable: time or memory ended the run", self.check(0, file="big.hgr"))
+        text = self.check(0, file="big.hgr")
+        self.assertIn("true: repeatable: time or memory ended the run", text)
         record = self.record("fifo.hgr", "-k", 2, "--time", 0.2)
         self.assertFalse(record["repeatable"])
 
@@ -326,21 +328,23 @@ class Records(Case):
         done = self.run_ok("replay", "run.json", "fifo.hgr", "-o", "-")
         self.assertEqual(done.stdout, self.text("p"))
         self.assertIn("the same", done.stderr)
-        self.fails(2, "is read, and would be overwritten", "replay", "run.json", "fifo.hgr", "-o", "run.json")
+        words = ("replay", "run.json", "fifo.hgr", "-o", "run.json")
+        self.fails(2, "is read, and would be overwritten", *words)
 
     def test_what_is_no_record(self):
         self.record()
         text = self.text("run.json")
+        other = text.replace
         for content, sentence in {
             "": "other.json:1:1: this is no JSON",
             "{\n  1": "other.json:2:3: this is no JSON",
             "[]": "other.json: this is no record of a run: it is no JSON object",
             "{}": "other.json: this is no record of a run: the field record is missing",
-            text.replace('"record": 1', '"record": 2'): "records of format 2 are not known",
-            text.replace('"nparts": 4', '"nparts": "4"'): "the field options.nparts is of another kind",
-            text.replace('"nparts": 4', '"nparts": 1'): "options: nparts: 1 is not between 2 and",
-            text.replace('"lines": "whole"', '"lines": "half"'): "options: lines: 'half' is none of",
-            text.replace('"memory": 0', '"further": 1'): "there is no option further in this version",
+            other('"record": 1', '"record": 2'): "records of format 2 are not known",
+            other('"nparts": 4', '"nparts": "4"'): "the field options.nparts is of another kind",
+            other('"nparts": 4', '"nparts": 1'): "options: nparts: 1 is not between 2 and",
+            other('"lines": "whole"', '"lines": "half"'): "options: lines: 'half' is none of",
+            other('"memory": 0', '"further": 1'): "there is no option further in this version",
         }.items():
             self.assertNotEqual(content, text)
             self.file("other.json", content)

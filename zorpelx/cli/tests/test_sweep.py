@@ -63,7 +63,10 @@ class Sweeps(Case):
                     self.run_ok(
                         "verify", "fifo.hgr", f"{folder}/best.e{epsilon}.part.{k}", "-e", epsilon
                     )
-            self.assertEqual([run["seed"] for run in answer["best"]], [int(r["seed"]) for k in "23" for e in ("2", "10") for r in rows if (r["nparts"], r["epsilon"], r["best"]) == (k, e, "true")])
+            best = [row for row in rows if row["best"] == "true"]
+            kept = {(row["nparts"], row["epsilon"], row["seed"]) for row in best}
+            told = {(str(r["nparts"]), f"{r['epsilon']:g}", str(r["seed"])) for r in answer["best"]}
+            self.assertEqual(told, kept)
             self.assertEqual((answer["planned"], answer["done"]), (16, 16))
 
     def test_jobs_change_nothing_but_the_times(self):
@@ -83,7 +86,7 @@ class Sweeps(Case):
 
     def test_a_killed_sweep_goes_on_where_it_was(self):
         self.file("g.hgr", random_hypergraph(2000, 4000))
-        words = ("sweep", "g.hgr", "-k", "2,4", "--preset", "fast", "--seeds", 4)
+        words = ("sweep", "g.hgr", "-k", "2,4", "--preset", "fast", "--seeds", 8)
         self.run_ok(*words, "-o", "whole")
         run = subprocess.Popen(
             [ZORPELX, *map(str, words), "-o", "killed"],
@@ -97,7 +100,7 @@ class Sweeps(Case):
         run.wait()
         wait_for(lambda: are_gone(children))
         done = path.read_text()
-        self.assertLess(done.count("\n"), 9)
+        self.assertLess(done.count("\n"), 17)
         self.assertFalse((self.folder / "killed" / "sweep.csv").exists())
         self.run_ok(*words, "-o", "killed")
         self.assertTrue(self.journal("killed").startswith(done[: done.rfind("\n") + 1]))
@@ -157,7 +160,7 @@ class Sweeps(Case):
 
     def test_a_deadline_ends_a_sweep_that_can_go_on(self):
         self.file("g.hgr", random_hypergraph(3000, 6000))
-        words = ("sweep", "g.hgr", "-k", "2,8", "--preset", "fast,best", "--seeds", 20)
+        words = ("sweep", "g.hgr", "-k", "2,8", "--preset", "fast,best", "--seeds", 200)
         began = time.monotonic()
         done = self.fails(124, "the same command goes on from there", *words, "--timeout", 3)
         self.assertLess(time.monotonic() - began, 60)
