@@ -157,7 +157,7 @@ static void explain_forced(Explained *explained)
         explained->cut.push_back(plural(fixed, "hyperedge") + (fixed == 1 ? " has" : " have") +
                                  " vertices fixed in several parts and must be cut.");
     if (!outlook.forced.empty())
-        explained->cut.push_back("Of these, " + largest_forced(*explained) + ".");
+        explained->cut.push_back("Of these, hyperedge " + largest_forced(*explained) + ".");
 }
 
 static void explain_cut(Explained *explained)

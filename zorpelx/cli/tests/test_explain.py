@@ -99,7 +99,7 @@ class Explain(Case):
         self.file("star.hgr", "1 9\n1 2 3 4 5 6 7 8\n")
         text = self.run_ok("explain", "star.hgr", "-k", 3).stdout
         self.assertIn("1 hyperedge is heavier than a part and cut in every partition.", text)
-        self.assertIn("Of these, 1 touches at least 3 parts.", text)
+        self.assertIn("Of these, hyperedge 1 touches at least 3 parts.", text)
         self.assertIn("and 1 vertex in no hyperedge", text)
 
     def test_times_grow_with_presets_and_sizes(self):
