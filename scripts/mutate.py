@@ -7,16 +7,18 @@ usage: scripts/mutate.py [--n N] [--seed S] [--seconds T] [--jobs J] [--out CSV]
 Draws N places in the engine's sources where an operator or a constant can be changed. Each mutant
 is a copy of the project with that one change, and the tests run on it, quickest first:
 
-  1. the checksum of the tester's results on 600 cases (the unit tests of files for io/),
-  2. the programs of unit and model tests,
+  1. the checksum of the tester's results on 600 cases (their unit tests for io/, driver/, spare/),
+  2. the programs of unit and model tests, the mutated folder's own first,
   3. 300 cases of the tester under sanitizers and heavy asserts,
   4. everything labelled golden or model, and the counts of work.
 
 A mutant is killed when a test fails, crashes or needs far more than its time or memory. One that
 does not compile, or gives the same machine code, does not count. All mutants take step 1 before the
 first of those left takes step 2. The table CSV has a line for each and is written as it grows: what
-it already judges is not tried again, so a run that was cut short goes on where it stopped. --quick
-stops after step 1, --again tries the survivors of the table once more, and --work keeps the builds.
+it already judges is not tried again, so a run that was cut short goes on where it stopped. Steps 2
+to 4 go by the order of the draw: as far as a run gets, it has judged a draw of its own, and that is
+what it reports. --quick stops after step 1, --again tries the survivors of the table once more, and
+--work keeps the builds.
 """
 import argparse
 import csv
@@ -33,11 +35,12 @@ import tempfile
 import time
 
 PROJECT = pathlib.Path(__file__).resolve().parents[1]
-FOLDERS = ("core", "partition", "coarsen", "refine", "kway", "io")
+FOLDERS = ("core", "partition", "coarsen", "refine", "kway", "io", "driver", "spare")
 
 UNIT = ("core", "file", "entry", "partition", "program", "coarsen", "refine", "kway")
 MODELS = ("fm_twin", "kway_twin", "coarsen_twin", "properties", "kway_properties")
 MODELS += ("coarsen_properties",)
+NEAREST = {"io": "file", "driver": "file", "spare": "kway"}  # where the name is not the folder's
 PROGRAMS = [f"tests/unit/{name}_tests" for name in UNIT] + ["tests/model/model_tests"]
 PROGRAMS += [f"tests/model/{name}_test" for name in MODELS] + ["tests/model/torture_edges"]
 TESTER = "zorpel-torture --checksum --seed 20 --n".split()
@@ -173,7 +176,7 @@ class Build:
         configure = ["cmake", "-S", copy, "-B", self.place, "-G", "Ninja"]
         configure += ["-DZORPEL_TESTS=ON", "-DZORPEL_X=OFF", *self.OPTIONS[kind]]
         subprocess.run(configure, check=True, stdout=subprocess.DEVNULL)
-        if not self.make("zorpel-torture"):
+        if not self.make("zorpel-torture", "zorpel"):
             sys.exit("the project does not build")
         self.code = self.machine_code()
         self.checksums = {ncases: self.checksum(ncases) for ncases in CASES[kind]}
@@ -185,7 +188,8 @@ class Build:
         return ended is not None and ended[1] == 0
 
     def machine_code(self):
-        return (self.place / "src" / "libzorpel_internal.a").read_bytes()
+        programs = ("src/libzorpel_internal.a", "src/zorpel")
+        return [(self.place / program).read_bytes() for program in programs]
 
     def limits(self):
         set_limits(self.kind)
@@ -213,6 +217,23 @@ class Build:
         return None
 
 
+def folder_of(mutant):
+    return pathlib.PurePath(mutant["file"]).parent.name
+
+
+def nearest(mutant):
+    folder = folder_of(mutant)
+    return f"tests/unit/{NEAREST.get(folder, folder)}_tests"
+
+
+def judge_by(build, program):
+    """What kills a mutant when this program of tests is built and run, or nothing."""
+    name = pathlib.Path(program).name
+    if not build.make(name):
+        return "compiler"
+    return "" if build.passes(program) else name
+
+
 class Judge:
     """The steps, on builds that are made when first needed."""
 
@@ -227,25 +248,20 @@ class Judge:
     def quickly(self, mutant):
         """Step 1."""
         build = self.build("plain")
-        if not build.make("zorpel-torture"):
+        if not build.make("zorpel-torture", "zorpel"):
             return "compiler"
         if build.machine_code() == build.code:
             return "same code"
-        if not mutant["file"].startswith("src/io/"):
+        if folder_of(mutant) not in NEAREST:
             return "" if build.same_results() else "checksum"
-        if not build.make("file_tests"):
-            return "compiler"
-        return "" if build.passes("tests/unit/file_tests") else "file_tests"
+        return judge_by(build, nearest(mutant))
 
-    def thoroughly(self, _):
+    def thoroughly(self, mutant):
         """Steps 2 to 4."""
         build, check = self.build("plain"), self.build("check")
-        for program in PROGRAMS:
-            name = pathlib.Path(program).name
-            if not build.make(name):
-                return "compiler"
-            if not build.passes(program):
-                return name
+        for program in sorted(PROGRAMS, key=lambda program: program != nearest(mutant)):
+            if killer := judge_by(build, program):
+                return killer
         if not check.make("zorpel-torture") or not check.same_results():
             return "sanitizers and heavy asserts"
         if not build.make("all"):
@@ -255,8 +271,7 @@ class Judge:
 
 
 def judge_all(mutants, steps, copy, write, deadline):
-    # Neighbours share a file, which is thus compiled once a mutant, not also to undo the last one.
-    for mutant in sorted(mutants, key=place_of):
+    for mutant in mutants:
         if time.monotonic() > deadline:
             return
         target = copy / mutant["file"]
@@ -279,8 +294,12 @@ def write_table(path, mutants):
     new.replace(path)
 
 
-def report(mutants):
+def report(mutants, quick):
     no_mutants = (None, "compiler", "same code")
+    if not quick:
+        ends = [i for i, mutant in enumerate(mutants) if mutant["killed by"] in (None, "")]
+        mutants = mutants[: min(ends, default=len(mutants))]
+        print(f"the first {len(mutants)} of the draw are judged")
     judged = [mutant for mutant in mutants if mutant["killed by"] not in no_mutants]
     survivors = [mutant for mutant in judged if mutant["killed by"] in ("", "nothing")]
     killed = len(judged) - len(survivors)
@@ -299,7 +318,8 @@ def judge(mutants, options, copy):
     judge, deadline = Judge(copy, options.jobs), time.monotonic() + options.seconds
     judge.build("plain")
     fresh = [mutant for mutant in mutants if mutant["killed by"] is None]
-    judge_all(fresh, judge.quickly, copy, write, deadline)
+    # Neighbours share a file, which is thus compiled once a mutant, not also to undo the last one.
+    judge_all(sorted(fresh, key=place_of), judge.quickly, copy, write, deadline)
     if options.quick:
         return
     wanted = ("", "nothing") if options.again else ("",)
@@ -334,7 +354,7 @@ def main():
         mutant["killed by"] = known.get(key_of(mutant))
     with tempfile.TemporaryDirectory() as place:
         judge(mutants, options, options.work or pathlib.Path(place))
-    report(mutants)
+    report(mutants, options.quick)
 
 
 main()
