@@ -160,7 +160,7 @@ const std::vector<OptionRow> OPTIONS = {
      "number of parts"},
     {COMPARE, "-k,--nparts", "K", &Settings::nparts, "", 2, 1000000, nullptr,
      "number of parts; otherwise the names of the files, which end with .part.K, or the largest "
-     "part in them tells it"},
+     "part in them gives it"},
     {SWEEP, "-k,--nparts", "LIST", &Settings::sweep_nparts, nullptr, 0, 0, nullptr,
      "numbers of parts, such as 2,4,8"},
     {SWEEP, "-e,--epsilon", "LIST", &Settings::sweep_epsilons, "3", 0, 0, nullptr,
