@@ -33,6 +33,9 @@ Reading reading_of(const Settings &settings)
     Reading reading = {static_cast<LineMode>(settings.lines), first_vertex(settings), false};
     reading.path = settings.hypergraph;
     reading.model = settings.model;
+    reading.skip_nets = settings.skip_nets;
+    reading.areas = settings.areas;
+    reading.top = settings.top;
     return reading;
 }
 

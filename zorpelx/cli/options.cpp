@@ -331,6 +331,14 @@ const std::vector<OptionRow> OPTIONS = {
     {READERS, "--model", "NAME", &Settings::model, "", 0, 0, nullptr,
      "which hypergraph is made of a matrix: row-net, column-net or fine-grain; of a formula: "
      "primal, dual or literal; otherwise the first of these"},
+    {READERS, "--skip-nets", "PATTERNS", &Settings::skip_nets, "", 0, 0, nullptr,
+     "leave out the hyperedges whose name fits one of these patterns, separated by commas, such as "
+     "'clk,rst*'"},
+    {READERS, "--areas", "FILE", &Settings::areas, "", 0, 0, nullptr,
+     "weights of the cells of a netlist by their type: a Liberty file, or a table with lines "
+     "TYPE,AREA; otherwise each cell weighs 1"},
+    {READERS, "--top", "MODULE", &Settings::top, "", 0, 0, nullptr,
+     "module of a netlist that is taken, with all below it; otherwise the top one"},
     {PARTITION | LINT | CONVERT | ANNOTATE, "--strict", "", &Settings::strict, "", 0, 0, nullptr,
      "take warnings for errors"},
     {PARTITION | VERIFY | LINT | CONVERT | ANNOTATE | REPLAY | SWEEP, "-q,--quiet", "",

@@ -19,7 +19,6 @@ struct Settings {
     int64_t objective, keep_price, preset, progress, lines, first, from, format, expect;
     std::string capacities, start, together;
     std::string output, json, record, report, clean, map, explain;
-    std::string model;
     int64_t to;
     std::string other;                                       // partition B of compare
     std::string sweep_nparts, sweep_epsilons, sweep_presets; // lists

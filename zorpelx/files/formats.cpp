@@ -5,6 +5,8 @@
 #include <cassert>
 #include <cctype>
 
+#include "annotate_yosys.h"
+#include "areas.h"
 #include "expand.h"
 #include "fileerror.h"
 #include "read_blif.h"
@@ -41,7 +43,7 @@ constexpr FormatRow TABLE[] = {
      read_mtx, nullptr, annotate_mtx, 0, true},
     {"cnf", "DIMACS CNF file", ".cnf .dimacs", "primal dual literal", recognise_cnf, read_cnf,
      nullptr, nullptr, 0},
-    {"yosys", "Yosys netlist", ".json", "", recognise_yosys, read_yosys, nullptr, nullptr, 0},
+    {"yosys", "Yosys netlist", ".json", "", recognise_yosys, read_yosys, nullptr, annotate_yosys, 0},
     {"hif", "HIF file", ".hif .json", "", recognise_hif, read_hif, write_hif, annotate_hif,
      KEEPS_VERTEX_NAMES | KEEPS_NET_NAMES | KEEPS_VERTEX_WEIGHTS | KEEPS_NET_WEIGHTS | KEEPS_KINDS |
          KEEPS_FIXED | KEEPS_GROUPS | KEEPS_ISLANDS | KEEPS_EMPTY_NETS},
@@ -139,6 +141,9 @@ Hypergraph read_any(std::string_view bytes, const FormatRow *row, const Reading 
     Hypergraph graph = row->read(bytes, chosen, findings, budget);
     graph.provenance.format = row->name;
     graph.provenance.model = chosen.model;
+    graph.provenance.top = chosen.top;
+    if (!chosen.skip_nets.empty()) skip_nets(&graph, chosen.skip_nets, findings);
+    if (!chosen.areas.empty()) weigh_by_file(&graph, chosen.areas, findings, budget);
     assert(hypergraph_ok(graph));
     return graph;
 }

@@ -14,6 +14,7 @@
 struct Provenance {
     std::string format = {};          // name in the table of formats; empty: made by a program
     std::string model = {};           // for formats that can be read in several ways
+    std::string top = {};              // module of a netlist that was asked for, if one was
     int64_t nrows = 0, ncolumns = 0;  // of a matrix; variables and clauses of a formula
     std::vector<int32_t> row = {};    // [nvertices] fine-grain model: of each nonzero, from 0
     std::vector<int32_t> column = {}; // [nvertices]

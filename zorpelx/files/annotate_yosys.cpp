@@ -1,0 +1,201 @@
+/* zorpelx/files/annotate_yosys.cpp: the parts of a Yosys netlist as attributes of its cells.
+ *
+ * The netlist is read again, for the cells that its vertices come from; then the text is copied,
+ * with attributes put in on the way. Nothing else of it changes.
+ */
+#include "annotate_yosys.h"
+
+#include <algorithm>
+#include <map>
+
+#include "fileerror.h"
+#include "json_scan.h"
+#include "read_yosys.h"
+#include "zorpelx.h"
+
+constexpr std::string_view PART = "zorpel_part", PARTS = "zorpel_parts";
+
+/* Parts by module and cell, and by port of the top module; several where there are several. */
+struct CellParts {
+    std::map<std::pair<int32_t, int32_t>, std::vector<int64_t>> cell, port;
+};
+
+/* What copying carries along: all before `copied` is in the text. */
+struct Copying {
+    JsonScan json;
+    const CellParts &parts;
+    const char *copied;
+    std::string text;
+    int32_t module, cell;
+    std::map<std::string, const std::vector<int64_t> *, std::less<>> wires; // parts of the module's
+};
+
+static CellParts parts_of(const std::vector<NetOrigin> &origins, const std::vector<int64_t> &part)
+{
+    CellParts parts;
+    for (size_t v = 0; v < origins.size(); v++) {
+        auto &all = origins[v].port ? parts.port : parts.cell;
+        all[{origins[v].module, origins[v].item}].push_back(part[v]);
+    }
+    return parts;
+}
+
+/* Yosys writes numbers as 32 binary digits. A text of digits alone would be taken for one. */
+static std::string attribute_of(const std::vector<int64_t> &parts)
+{
+    constexpr int WIDTH = 32;
+    const bool same =
+        std::all_of(parts.begin(), parts.end(), [&](int64_t part) { return part == parts[0]; });
+    std::string value = "\"";
+    value.append(same ? PART : PARTS).append("\": \"");
+    if (same)
+        for (int bit = WIDTH - 1; bit >= 0; bit--) value += (parts[0] >> bit & 1) != 0 ? '1' : '0';
+    else
+        for (size_t i = 0; i < parts.size(); i++)
+            value += (i == 0 ? "parts " : " ") + std::to_string(parts[i]);
+    return value + '"';
+}
+
+static void copy_to(Copying *copying, const char *end)
+{
+    copying->text.append(copying->copied, end);
+    copying->copied = end;
+}
+
+/* The attributes of a cell or wire, with one for its parts put before the others. */
+static void copy_attributes(Copying *copying, const std::vector<int64_t> &parts)
+{
+    JsonScan *const json = &copying->json;
+    bool first = true;
+    std::string_view key;
+    JsonList list = open_object(json);
+    copy_to(copying, json->next);
+    copying->text += ' ' + attribute_of(parts);
+    const char *begin = next_value(json);
+    while (next_key(json, &list, &key)) {
+        const bool own = key == PART || key == PARTS;
+        skip_value(json);
+        if (!own) {
+            if (first) copying->text += ',';
+            first = false;
+            copy_to(copying, json->next);
+        }
+        begin = json->next;
+        copying->copied = own ? begin : copying->copied;
+    }
+}
+
+/* The object of a cell or wire, whose attributes are made if it has none. */
+static void copy_object(Copying *copying, const std::vector<int64_t> &parts)
+{
+    JsonScan *const json = &copying->json;
+    bool there = false;
+    std::string_view key;
+    JsonList list = open_object(json);
+    const char *const inside = json->next;
+    const size_t place = copying->text.size() + static_cast<size_t>(inside - copying->copied);
+    bool members = false;
+    while (next_key(json, &list, &key)) {
+        members = true;
+        if (key == "attributes" && !there) {
+            copy_attributes(copying, parts);
+            there = true;
+        } else {
+            skip_value(json);
+        }
+    }
+    if (there) return;
+    copy_to(copying, json->next);
+    std::string made = " \"attributes\": { ";
+    made.append(attribute_of(parts)).append(members ? " }," : " }");
+    copying->text.insert(place, made);
+}
+
+static void copy_cells(Copying *copying)
+{
+    JsonScan *const json = &copying->json;
+    std::string_view name;
+    for (JsonList list = open_object(json); next_key(json, &list, &name); copying->cell++) {
+        const auto parts = copying->parts.cell.find({copying->module, copying->cell});
+        if (parts == copying->parts.cell.end())
+            skip_value(json);
+        else
+            copy_object(copying, parts->second);
+    }
+}
+
+static void note_ports(Copying *copying)
+{
+    JsonScan *const json = &copying->json;
+    std::string_view name;
+    int32_t port = 0;
+    for (JsonList list = open_object(json); next_key(json, &list, &name); port++) {
+        const auto parts = copying->parts.port.find({copying->module, port});
+        if (parts != copying->parts.port.end()) copying->wires[std::string(name)] = &parts->second;
+        skip_value(json);
+    }
+}
+
+static void copy_wires(Copying *copying)
+{
+    JsonScan *const json = &copying->json;
+    std::string_view name;
+    for (JsonList list = open_object(json); next_key(json, &list, &name);) {
+        const auto parts = copying->wires.find(name);
+        if (parts == copying->wires.end())
+            skip_value(json);
+        else
+            copy_object(copying, *parts->second);
+    }
+}
+
+/* Yosys writes ports before wires; where they come after, wires get no parts. */
+static void copy_module(Copying *copying)
+{
+    JsonScan *const json = &copying->json;
+    copying->cell = 0;
+    copying->wires.clear();
+    std::string_view key;
+    for (JsonList list = open_object(json); next_key(json, &list, &key);) {
+        if (key == "cells")
+            copy_cells(copying);
+        else if (key == "ports")
+            note_ports(copying);
+        else if (key == "netnames")
+            copy_wires(copying);
+        else
+            skip_value(json);
+    }
+    copying->module++;
+}
+
+static std::string annotated_text(std::string_view bytes, const CellParts &parts, Budget *budget)
+{
+    Copying copying = {json_over(bytes, budget), parts, bytes.data(), "", 0, 0, {}};
+    JsonScan *const json = &copying.json;
+    std::string_view key;
+    for (JsonList list = open_object(json); next_key(json, &list, &key);) {
+        if (key == "modules")
+            for (JsonList each = open_object(json); next_key(json, &each, &key);)
+                copy_module(&copying);
+        else
+            skip_value(json);
+    }
+    copy_to(&copying, json->end);
+    charge(budget, copying.text.size());
+    return std::move(copying.text);
+}
+
+std::vector<WrittenFile> annotate_yosys(const Hypergraph &graph, const Annotation &annotation,
+                                        Budget *budget)
+{
+    Findings findings;
+    std::vector<NetOrigin> origins;
+    const Hypergraph again =
+        read_yosys_origins(annotation.original, graph.provenance.top, &findings, budget, &origins);
+    if (again.nvertices != graph.nvertices)
+        file_error(ZORPELX_BAD_INPUT, "%s: the file has changed since it was read",
+                   budget->name.c_str());
+    const CellParts parts = parts_of(origins, annotation.part);
+    return {{"", annotated_text(annotation.original, parts, budget)}};
+}
