@@ -12,10 +12,12 @@
 #include "read_blif.h"
 #include "read_cnf.h"
 #include "read_edges.h"
+#include "read_bookshelf.h"
 #include "read_hif.h"
 #include "read_jsonl.h"
 #include "read_mtx.h"
 #include "read_table.h"
+#include "read_verilog.h"
 #include "read_yosys.h"
 #include "write_hgr.h"
 #include "write_hif.h"
@@ -43,11 +45,15 @@ constexpr FormatRow TABLE[] = {
      read_mtx, nullptr, annotate_mtx, 0, true},
     {"cnf", "DIMACS CNF file", ".cnf .dimacs", "primal dual literal", recognise_cnf, read_cnf,
      nullptr, nullptr, 0},
-    {"yosys", "Yosys netlist", ".json", "", recognise_yosys, read_yosys, nullptr, annotate_yosys, 0},
+    {"yosys", "Yosys netlist", ".json", "", recognise_yosys, read_yosys, nullptr, annotate_yosys,
+     0},
     {"hif", "HIF file", ".hif .json", "", recognise_hif, read_hif, write_hif, annotate_hif,
      KEEPS_VERTEX_NAMES | KEEPS_NET_NAMES | KEEPS_VERTEX_WEIGHTS | KEEPS_NET_WEIGHTS | KEEPS_KINDS |
          KEEPS_FIXED | KEEPS_GROUPS | KEEPS_ISLANDS | KEEPS_EMPTY_NETS},
     {"blif", "BLIF netlist", ".blif .eblif", "", recognise_blif, read_blif, nullptr, nullptr, 0},
+    {"bookshelf", "Bookshelf benchmark", ".aux", "", recognise_bookshelf, read_bookshelf, nullptr,
+     annotate_bookshelf, 0},
+    {"verilog", "Verilog file", ".v .sv", "", recognise_verilog, read_verilog, nullptr, nullptr, 0},
     {"csv", "CSV file of memberships", ".csv", "", recognise_csv, read_csv, write_csv, annotate_csv,
      KEEPS_ALL},
     {"tsv", "TSV file of memberships", ".tsv .tab", "", recognise_tsv, read_tsv, write_tsv,

@@ -1,0 +1,99 @@
+/* zorpelx/files/bookshelf_lines.cpp: one file of a Bookshelf benchmark, line by line. */
+#include "bookshelf_lines.h"
+
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+
+#include "told.h"
+
+static void begin_text(BookshelfFile *file, std::string_view text)
+{
+    file->text = text;
+    file->next = file->look = text.data();
+    file->end = text.data() + text.size();
+}
+
+void open_bookshelf(const std::string &path, const Budget &budget, BookshelfFile *file)
+{
+    file->budget = budget;
+    file->budget.name = path;
+    file->bytes = read_bytes(path, &file->budget);
+    begin_text(file, view_of(file->bytes));
+}
+
+void open_text(std::string_view text, const Budget &budget, BookshelfFile *file)
+{
+    file->budget = budget;
+    begin_text(file, text);
+}
+
+static bool is_blank(char c)
+{
+    return c == ' ' || c == '\t' || c == '\r' || c == ':' || c == '\v' || c == '\f';
+}
+
+static void look_at_clock(BookshelfFile *file)
+{
+    constexpr int64_t STRIDE = int64_t{1} << 20;
+    if (file->next < file->look) return;
+    check_time(file->budget);
+    file->look = file->end - file->next > STRIDE ? file->next + STRIDE : file->end;
+}
+
+/* The words up to the end of the line. */
+static void take_line_words(BookshelfFile *file)
+{
+    const char *s = file->next, *const end = file->end;
+    while (s < end && *s != '\n') {
+        if (*s == '#') {
+            const void *const newline = memchr(s, '\n', static_cast<size_t>(end - s));
+            s = newline != nullptr ? static_cast<const char *>(newline) : end;
+        } else if (is_blank(*s)) {
+            s++;
+        } else {
+            const char *const begin = s;
+            while (s < end && *s != '\n' && !is_blank(*s)) s++;
+            push_charged(&file->budget, &file->words,
+                         std::string_view(begin, static_cast<size_t>(s - begin)));
+        }
+    }
+    file->next = s < end ? s + 1 : end;
+}
+
+bool take_words(BookshelfFile *file)
+{
+    file->words.clear();
+    while (file->next < file->end && file->words.empty()) {
+        look_at_clock(file);
+        take_line_words(file);
+        if (!file->words.empty() && file->words[0] == "UCLA") file->words.clear();
+    }
+    return !file->words.empty();
+}
+
+Place place_in(const BookshelfFile &file, std::string_view word)
+{
+    return place_of(file.text, word.data());
+}
+
+double real_of(const BookshelfFile &file, std::string_view word)
+{
+    const std::string number(word);
+    char *end = nullptr;
+    const double value = strtod(number.c_str(), &end);
+    if (*end != '\0' || !std::isfinite(value))
+        bad_input(file.budget, place_in(file, word), "'%.40s' is not a number", number.c_str());
+    return value;
+}
+
+bool is_count(const BookshelfFile &file, std::string_view word, int64_t *count)
+{
+    constexpr double MOST = 1e15;
+    if (file.words.size() < 2 || file.words[0] != word) return false;
+    const double value = real_of(file, file.words[1]);
+    if (value < 0 || value > MOST || value != std::floor(value))
+        bad_input(file.budget, place_in(file, file.words[1]), "a count is a whole number");
+    *count = static_cast<int64_t>(value);
+    return true;
+}
