@@ -66,22 +66,18 @@ static void copy_to(Copying *copying, const char *end)
 static void copy_attributes(Copying *copying, const std::vector<int64_t> &parts)
 {
     JsonScan *const json = &copying->json;
-    bool first = true;
     std::string_view key;
     JsonList list = open_object(json);
     copy_to(copying, json->next);
     copying->text += ' ' + attribute_of(parts);
-    const char *begin = next_value(json);
+    const char *member = json->next; // behind the comma before it
     while (next_key(json, &list, &key)) {
         const bool own = key == PART || key == PARTS;
         skip_value(json);
-        if (!own) {
-            if (first) copying->text += ',';
-            first = false;
-            copy_to(copying, json->next);
-        }
-        begin = json->next;
-        copying->copied = own ? begin : copying->copied;
+        copying->copied = json->next;
+        if (!own) copying->text.append(",").append(member, json->next);
+        member = next_value(json);
+        if (member < json->end && *member == ',') member++;
     }
 }
 

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "fileerror.h"
+#include "json_scan.h"
 #include "read_yosys.h"
 #include "run_tool.h"
 #include "zorpelx.h"
@@ -17,7 +18,7 @@ static std::vector<std::string> yosys_words(const Reading &reading)
     const std::string hierarchy =
         reading.top.empty() ? "hierarchy -auto-top" : "hierarchy"; // the JSON reader takes the top
     return {"yosys", "-q",   "-f", "verilog -sv", "-p", hierarchy + "; proc",
-            "-b",    "json", "-o", "-", "-"};
+            "-b",    "json", "-o", "-",           "-"};
 }
 
 /* "<stdin>:5: ERROR: syntax error" as "FILE:5: syntax error"; the last line that says ERROR. */
@@ -44,9 +45,25 @@ static std::string folder_of(const std::string &path)
     return slash == 0 ? "/" : path.substr(0, slash);
 }
 
+/* Yosys puts the name of the file into names that it makes. */
+static std::string with_name_of(const std::string &json, const std::string &path)
+{
+    constexpr std::string_view STREAM = "<stdin>";
+    const std::string base = path == "-" ? "stdin" : path.substr(path.rfind('/') + 1);
+    const std::string name = json_quoted(base).substr(1, json_quoted(base).size() - 2);
+    std::string text;
+    size_t copied = 0;
+    for (size_t i = json.find(STREAM); i != std::string::npos; i = json.find(STREAM, copied)) {
+        text.append(json, copied, i - copied).append(name);
+        copied = i + STREAM.size();
+    }
+    return text.append(json, copied, std::string::npos);
+}
+
 static std::string json_from_yosys(std::string_view bytes, const Reading &reading, Budget *budget)
 {
-    ToolResult result = run_tool(yosys_words(reading), folder_of(reading.path), bytes, budget);
+    const ToolResult result =
+        run_tool(yosys_words(reading), folder_of(reading.path), bytes, budget);
     if (!result.started)
         file_error(ZORPELX_BAD_INPUT,
                    "%s: Verilog is read through Yosys, which is not installed (on Debian: apt-get "
@@ -54,7 +71,7 @@ static std::string json_from_yosys(std::string_view bytes, const Reading &readin
                    budget->name.c_str());
     if (result.status != 0)
         file_error(ZORPELX_BAD_INPUT, "%s", complaint(result.errors, budget->name).c_str());
-    return std::move(result.output);
+    return with_name_of(result.output, reading.path);
 }
 
 Hypergraph read_verilog(std::string_view bytes, const Reading &reading, Findings *findings,
