@@ -58,6 +58,10 @@ note_missing_for_tests() {
     if lacks zstd; then
         MISSING="$MISSING zstd"
     fi
+    # Netlists are written by it, and what is made of them is read back.
+    if lacks yosys; then
+        MISSING="$MISSING yosys"
+    fi
     # The published schema of zorpelx's answers is held against them by a validator.
     if ! python3 -c 'import jsonschema' 2>/dev/null; then
         MISSING="$MISSING python3-jsonschema"
