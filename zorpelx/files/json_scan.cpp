@@ -287,13 +287,15 @@ bool is_whole(std::string_view number, int64_t *value)
     constexpr size_t MOST_DIGITS = 18;
     const bool negative = !number.empty() && number[0] == '-';
     const std::string_view digits = number.substr(negative ? 1 : 0);
-    if (digits.find_first_not_of("0123456789") == std::string_view::npos) {
-        *value = 0;
-        if (digits.size() > MOST_DIGITS) return false;
-        for (const char c : digits) *value = 10 * *value + (c - '0');
-        if (negative) *value = -*value;
-        return !digits.empty();
+    size_t ndigits = 0;
+    int64_t whole = 0;
+    for (; ndigits < digits.size() && is_digit(digits[ndigits]) && ndigits < MOST_DIGITS; ndigits++)
+        whole = 10 * whole + (digits[ndigits] - '0');
+    if (ndigits == digits.size() && ndigits > 0) {
+        *value = negative ? -whole : whole;
+        return true;
     }
+    if (ndigits == MOST_DIGITS && is_digit(digits[ndigits])) return false;
     constexpr double EXACT = 9007199254740992; // 2^53
     const double real = strtod(std::string(number).c_str(), nullptr);
     if (!(std::fabs(real) <= EXACT) || real != std::floor(real)) return false;

@@ -33,22 +33,23 @@ struct HifRecord {
 struct HifScan {
     JsonScan json;
     Builder builder;
-    Interner kinds;
-    std::vector<double> vertexwgt, netwgt;
-    std::vector<int32_t> kind, fixed, group;
-    std::string scratch[2]; // names that are not in the text as they are
-    std::string_view lastedge;
-    int32_t lastnet;
-    int64_t nweights, ndirections, nattributes; // that are not kept
-    Budget *budget;
+    Interner kinds = {};
+    std::vector<double> vertexwgt = {}, netwgt = {};
+    std::vector<int32_t> kind = {}, fixed = {}, group = {};
+    std::string scratch[2] = {};           // names that are not in the text as they are
+    std::vector<int32_t> numbered[2] = {}; // by a node's or an edge's number: its own here, or -1
+    std::string_view lastedge = "";
+    int32_t lastnet = -1;
+    int64_t nweights = 0, ndirections = 0, nattributes = 0; // that are not kept
+    Budget *budget = nullptr;
 };
 
 bool looks_whole(std::string_view text)
 {
     const std::string_view digits = text.substr(!text.empty() && text[0] == '-' ? 1 : 0);
-    if (digits.empty() || digits.find_first_not_of("0123456789") != std::string_view::npos)
-        return false;
-    return digits[0] != '0' || text == "0";
+    for (const char c : digits)
+        if (c < '0' || c > '9') return false;
+    return !digits.empty() && (digits[0] != '0' || text == "0");
 }
 
 /* The name of a node or an edge: a string or a whole number. */
@@ -166,6 +167,46 @@ static HifRecord take_record(HifScan *scan, unsigned fields, const char *what)
     return record;
 }
 
+/* The number that a name is; -1 for others, and for those too large for an array over them. */
+static int64_t small_number(std::string_view name)
+{
+    constexpr size_t MOST_DIGITS = 9;
+    if (name.empty() || name.size() > MOST_DIGITS) return -1;
+    int64_t value = 0;
+    for (const char c : name) {
+        if (c < '0' || c > '9') return -1;
+        value = 10 * value + (c - '0');
+    }
+    return value;
+}
+
+/* Looks a name up. Most files count from 0 or 1: such names are found without their hash. */
+template <class Named>
+static int32_t find_or_add(HifScan *scan, std::vector<int32_t> *numbered, std::string_view name,
+                           const Named &named)
+{
+    constexpr int64_t SPARSE = 4, FEW = 1000;
+    const int64_t number = small_number(name);
+    const int64_t known = static_cast<int64_t>(numbered->size());
+    if (number >= 0 && number < known && (*numbered)[static_cast<size_t>(number)] >= 0)
+        return (*numbered)[static_cast<size_t>(number)];
+    const int32_t found = named(&scan->builder, name);
+    if (number < 0 || number > SPARSE * found + FEW) return found;
+    while (static_cast<int64_t>(numbered->size()) <= number)
+        push_charged(scan->budget, numbered, -1);
+    return (*numbered)[static_cast<size_t>(number)] = found;
+}
+
+static int32_t node_called(HifScan *scan, std::string_view name)
+{
+    return find_or_add(scan, &scan->numbered[0], name, named_vertex);
+}
+
+static int32_t edge_called(HifScan *scan, std::string_view name)
+{
+    return find_or_add(scan, &scan->numbered[1], name, named_net);
+}
+
 /* Makes an entry for i where there was none, and for all before. */
 template <class T> static T *entry(HifScan *scan, std::vector<T> *list, int32_t i, T unset)
 {
@@ -185,7 +226,7 @@ static void set_weight(HifScan *scan, std::vector<double> *weights, int32_t i,
 static void take_node(HifScan *scan)
 {
     const HifRecord record = take_record(scan, FIELD_NODE, "a node");
-    const int32_t v = named_vertex(&scan->builder, record.node);
+    const int32_t v = node_called(scan, record.node);
     set_weight(scan, &scan->vertexwgt, v, record);
     if (record.kind >= 0) *entry(scan, &scan->kind, v, -1) = record.kind;
     if (record.fixed >= 0) *entry(scan, &scan->fixed, v, -1) = record.fixed;
@@ -195,14 +236,14 @@ static void take_node(HifScan *scan)
 static void take_edge(HifScan *scan)
 {
     const HifRecord record = take_record(scan, FIELD_EDGE, "an edge");
-    set_weight(scan, &scan->netwgt, named_net(&scan->builder, record.edge), record);
+    set_weight(scan, &scan->netwgt, edge_called(scan, record.edge), record);
 }
 
 /* Files list incidences edge by edge mostly, so the edge is the one before. */
 static int32_t net_of_incidence(HifScan *scan, std::string_view edge)
 {
     if (scan->lastnet >= 0 && edge == scan->lastedge) return scan->lastnet;
-    const int32_t e = named_net(&scan->builder, edge);
+    const int32_t e = edge_called(scan, edge);
     const bool lasting = edge.data() != scan->scratch[1].data();
     scan->lastnet = lasting ? e : -1;
     scan->lastedge = lasting ? edge : "";
@@ -214,7 +255,7 @@ static void take_incidence(HifScan *scan)
     const unsigned fields = FIELD_NODE | FIELD_EDGE | FIELD_DIRECTION;
     const HifRecord record = take_record(scan, fields, "an incidence");
     const int32_t e = net_of_incidence(scan, record.edge);
-    add_pin(&scan->builder, e, named_vertex(&scan->builder, record.node));
+    add_pin(&scan->builder, e, node_called(scan, record.node));
     scan->nweights += record.has_weight;
 }
 
@@ -293,21 +334,8 @@ static void settle_entries(HifScan *scan, std::vector<int32_t> *entries)
 
 Hypergraph read_hif(std::string_view bytes, const Reading &, Findings *findings, Budget *budget)
 {
-    HifScan scan = {json_over(bytes, budget),
-                    open_builder(findings, budget),
-                    {},
-                    {},
-                    {},
-                    {},
-                    {},
-                    {},
-                    {},
-                    "",
-                    -1,
-                    0,
-                    0,
-                    0,
-                    budget};
+    HifScan scan = {json_over(bytes, budget), open_builder(findings, budget)};
+    scan.budget = budget;
     take_file(&scan);
     Hypergraph *const graph = &scan.builder.graph;
     settle_weights(&scan, &scan.vertexwgt, graph->nvertices, "weights of nodes", &graph->vertexwgt,
