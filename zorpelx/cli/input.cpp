@@ -35,7 +35,7 @@ Reading reading_of(const Settings &settings)
     reading.model = settings.model;
     reading.skip_nets = settings.skip_nets;
     reading.areas = settings.areas;
-    reading.top = settings.top;
+    reading.top = settings.top_module;
     return reading;
 }
 

@@ -337,7 +337,7 @@ const std::vector<OptionRow> OPTIONS = {
     {READERS, "--areas", "FILE", &Settings::areas, "", 0, 0, nullptr,
      "weights of the cells of a netlist by their type: a Liberty file, or a table with lines "
      "TYPE,AREA; otherwise each cell weighs 1"},
-    {READERS, "--top", "MODULE", &Settings::top, "", 0, 0, nullptr,
+    {READERS, "--top-module", "MODULE", &Settings::top_module, "", 0, 0, nullptr,
      "module of a netlist that is taken, with all below it; otherwise the top one"},
     {PARTITION | LINT | CONVERT | ANNOTATE, "--strict", "", &Settings::strict, "", 0, 0, nullptr,
      "take warnings for errors"},

@@ -22,6 +22,7 @@ struct Settings {
     int64_t to;
     std::string other;                                       // partition B of compare
     std::string sweep_nparts, sweep_epsilons, sweep_presets; // lists
+    std::string model, skip_nets, areas, top_module;
     int64_t limit, top, seeds;
     bool quiet, strict, force, list_cut, notes, man;
     int64_t completion;

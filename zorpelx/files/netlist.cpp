@@ -97,7 +97,7 @@ size_t top_module(const NetDesign &design, const std::string &name, const Budget
         file_error(ZORPELX_BAD_INPUT, "%s: there is no module that could be the top one",
                    budget.name.c_str());
     if (tops.size() > 1)
-        file_error(ZORPELX_BAD_INPUT, "%s: %zu modules could be the top one (%s); --top says which",
+        file_error(ZORPELX_BAD_INPUT, "%s: %zu modules could be the top one (%s); --top-module says which",
                    budget.name.c_str(), tops.size(), module_names(design, tops).c_str());
     return tops[0];
 }

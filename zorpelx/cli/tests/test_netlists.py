@@ -134,9 +134,9 @@ class Netlists(Case):
 
     def test_the_top_module_is_chosen(self):
         self.synthesised("write_json deep.json", "hierarchy -top checksum", "write_json one.json")
-        chosen, alone = self.hif("deep.json", "--top", "checksum"), self.hif("one.json")
+        chosen, alone = self.hif("deep.json", "--top-module", "checksum"), self.hif("one.json")
         self.assertEqual(self.edges_of(chosen), self.edges_of(alone))
-        self.fails(3, "no module is called 'cheksum'", "stats", "deep.json", "--top", "cheksum")
+        self.fails(3, "no module is called 'cheksum'", "stats", "deep.json", "--top-module", "cheksum")
 
     def test_constants_clocks_and_resets_are_told(self):
         self.file(
