@@ -139,6 +139,9 @@ class Compare(Case):
         answer = self.compare("g.hgr", "even", "uneven", "--epsilon", 80)
         self.assertEqual(answer["better"], "a")
         self.assertIn("its heaviest part is lighter", answer["verdict"])
+        self.partition("one", [0, 0, 0, 0, 0, 0])  # cut 0, but no bound is kept
+        answer = self.compare("g.hgr", "one", "even", "-k", 2)
+        self.assertEqual((answer["a"]["cut"], answer["better"]), (0, "b"))
         text = self.run_ok("compare", "g.hgr", "dear", "even").stdout
         self.assertIn("Cheaper in B: 2 hyperedges, by 7 in all", text)
         self.assertIn("B is better: cut 1 instead of 7", text)

@@ -119,6 +119,8 @@ class Sweeps(Case):
             self.assertEqual(without_time(self.rows()), expected)
             self.assertEqual(self.journal()[:last], whole[:last])
             self.assertEqual(self.journal().count("\n"), whole.count("\n"))
+            lines = [json.loads(line) for line in self.journal().splitlines()]
+            self.assertEqual(without_time(lines), without_time(map(json.loads, whole.splitlines())))
         self.file("fifo.hgr.sweep/journal.jsonl", whole[:last] + "\0" * 50 + "\n")
         self.run_ok("sweep", "fifo.hgr", "-k", 2, "--seeds", 2, "--preset", "fast")
         self.assertEqual(without_time(self.rows()), expected)
