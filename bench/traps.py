@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Sets traps for the library and the readers: inputs on which a routine might become quadratic.
+"""Sets traps for the library, the search and the readers: inputs on which a routine might become quadratic.
 
     traps.py [--sizes 1e4,1e5,1e6] [--only TRAP]... [--base NAME=LIBRARY|COMMIT] [--into FILE:NAME]
 
@@ -9,10 +9,12 @@ the library counts it (from a call of its own): near 1 where the cost is linear,
 sizes where it is quadratic. Larger inputs leave the caches and take more passes, which makes time
 grow where it is linear in the work. A trap is named at the end, and the script ends with status 1,
 if work per item grows by more than --steep in a step, or seconds by more than that beyond the work.
-The readers are the program's own; other libraries have no part in them.
+The readers and the search are the programs' own; other libraries have no part in them. The search's
+traps are named "search: giant" and so on.
 """
 
 import argparse
+import resource
 import subprocess
 import sys
 from dataclasses import dataclass, replace
@@ -156,6 +158,53 @@ def cost_of_reading(make, size, request):
     return Cost(median(found))
 
 
+# ---- the search ----------------------------------------------------------------------------
+
+
+def fixed_for(hypergraph, nparts):
+    """A file that fixes every vertex."""
+    path = Path("%s.fixed" % hypergraph)
+    with hypergraph.open(encoding="ascii") as file:
+        nvertices = int(next(line for line in file if line[0] != "%").split()[1])
+    path.write_text("".join("%d\n" % (v % nparts) for v in range(nvertices)), encoding="ascii")
+    return path
+
+
+# What is generated, its pins for each item, the items, and the words of the call.
+SEARCH_TRAPS = {
+    "giant": ("giant", 2, "pins of one hyperedge", ("-k", "8")),
+    "hub": ("hub", 3, "hyperedges of one vertex", ("-k", "8")),
+    "identical": ("identical", 4, "identical hyperedges", ("-k", "8")),
+    "islands": ("islands", 1, "pins, nine vertices in ten without", ("-k", "8")),
+    "heavy": ("heavy", 1, "pins, vertices that do not fit", ("-k", "8")),
+    "all fixed": ("netlist", 1, "pins", ("-k", "8")),
+    "km1": ("broad", 4, "pins of one hyperedge", ("-k", "8", "--objective", "km1")),
+    **{"%d parts" % n: ("netlist", 1, "pins", ("-k", str(n))) for n in (8, 64, 1000)},
+}
+
+
+def cost_of_search(trap, size, request):
+    """The cost of the fast preset; partitions that miss the bounds are results too."""
+    family, pins, _, words = SEARCH_TRAPS[trap]
+    path = Path(lab.generate(family, pins * size))
+    if trap == "all fixed":
+        words += ("--fix", str(fixed_for(path, 8)))
+    call = [lab.BUILD / "zorpelx" / "cli" / "zorpelx", "partition", path, *words, "--preset", "fast", "--seed", "1"]
+    call += ["-t", "1", "-j", "1", "-q", "-o", "/dev/null"]
+    found = []
+    for _ in range(request.rounds):
+        before = resource.getrusage(resource.RUSAGE_CHILDREN)
+        try:
+            done = subprocess.run(call, capture_output=True, timeout=request.limit, check=False)
+        except subprocess.TimeoutExpired:
+            return None
+        if done.returncode not in (0, 4):
+            raise lab.Failure("%s: %s" % (path.name, done.stderr.decode().strip()))
+        after = resource.getrusage(resource.RUSAGE_CHILDREN)
+        found.append(after.ru_utime + after.ru_stime - before.ru_utime - before.ru_stime)
+    return Cost(median(found))
+
+
 # ---- the table -----------------------------------------------------------------------------
 
 
@@ -218,6 +267,10 @@ def spring_all(request):
         if wanted(request, name):
             cost_of = partial(cost_of_reading, make, request=request)
             complaints += spring("reading: " + name, what, cost_of, request, lines)
+    for name, trap in SEARCH_TRAPS.items():
+        if wanted(request, "search: " + name):
+            cost_of = partial(cost_of_search, name, request=request)
+            complaints += spring("search: " + name, trap[2], cost_of, request, lines)
     return lines, complaints
 
 

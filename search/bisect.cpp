@@ -9,6 +9,7 @@
 #include "search/bisect.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 
 #include "core/memory.h"
@@ -26,6 +27,7 @@ struct SideBounds {
  * double precision and truncates. */
 static void set_sides(PartCtrl *ctrl, const SideBounds *sides)
 {
+    assert(sides->total > 0);
     const double total = static_cast<double>(sides->total);
     const double low = static_cast<double>(sides->least0);
     const double high = static_cast<double>(sides->total - sides->least1);
@@ -64,6 +66,7 @@ static Range range_of(const Bounds *bounds, int first, int last)
  * share by the root, of the depth of the recursion that is left, of what all of them may be. */
 static SideBounds bounds_of(const Bounds *bounds, int first, int middle, int last, int64_t total)
 {
+    assert(first < middle && middle < last && last <= bounds->nparts && total >= 0);
     const Range all = range_of(bounds, first, last);
     const double weight = static_cast<double>(total), most = static_cast<double>(all.most);
     const double depth = std::ceil(std::log2(static_cast<double>(last - first)));
@@ -81,6 +84,7 @@ static void bisect(const SearchTask *task, PartCtrl *ctrl, HGraph *graph, int fi
                    int *part)
 {
     const int k = last - first, middle = first + k / 2;
+    assert(k >= 1 && (graph->label != nullptr || graph->ncells == 0));
     if (k == 1) {
         for (int v = 0; v < graph->ncells; v++) part[graph->label[v]] = first;
         return;
@@ -120,6 +124,7 @@ static void name_parts(int nfixed, int nparts, int ncells, int *part)
     }
     for (int v = 0; v < ncells && apart; v++) part[v] = name[part[v]];
     for (int v = 0; v < nfixed; v++) part[v] = v;
+    assert(nfixed == nparts);
     QXfree__(&name, LTERM);
 }
 
@@ -143,6 +148,7 @@ void bisect_recursively(const SearchTask *task, const HGraph *graph, const Bisec
     root->cellwgt = copy_ints(static_cast<size_t>(graph->ncells), graph->cellwgt);
     root->label = imalloc__(static_cast<size_t>(graph->ncells), "search: label");
     for (int v = 0; v < graph->ncells; v++) root->label[v] = v;
+    assert(root->nfixed == 0 || root->nfixed == task->bounds->nparts);
     PartCtrl ctrl = {};
     ctrl.nparts = task->bounds->nparts;
     ctrl.CoarsenTo = COARSEN_TO;

@@ -51,6 +51,8 @@ static bool is_repeated(const Exact *exact, const bool *used, int p)
 static void place(Exact *exact, int depth, int64_t cost, bool *used)
 {
     const HGraph *const graph = exact->graph;
+    assert(depth <= graph->ncells && (depth == 0 || cost < exact->best));
+    assert(exact->free >= 0); // E2
     if (depth == graph->ncells) {
         if (!can_reach_least(exact)) return;
         exact->best = cost;
@@ -79,10 +81,12 @@ static void place(Exact *exact, int depth, int64_t cost, bool *used)
         used[p] = true;
         exact->weight[p] += w;
         exact->free -= w;
+        assert(more >= cost && exact->free >= 0);
         exact->part[v] = p;
         if (more < exact->best && can_reach_least(exact)) place(exact, depth + 1, more, used);
         exact->free += w;
         exact->weight[p] -= w;
+        assert(exact->weight[p] >= 0); // E2
         used[p] = was_used;
         for (int i = 0; i < degree; i++)
             exact->parts[graph->incind[graph->incptr[v] + i]] = before[i];
@@ -117,6 +121,7 @@ bool solve_exactly(const HGraph *graph, const Bounds *bounds, Objective objectiv
     });
     bool used[EXACT_PARTS] = {};
     if (exact.budget > 0) place(&exact, 0, 0, used);
+    assert(!exact.found || exact.best < *value || *excess > 0);
     if (exact.found) {
         *value = exact.best;
         *excess = 0;

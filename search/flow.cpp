@@ -40,16 +40,18 @@ void close_flow_work(FlowWork *work)
 
 static bool is_over(const FlowOptions *options, const FlowWork *work, int64_t budget)
 {
-    return work->net.visits >= budget || (options->cancel != nullptr && *options->cancel != 0);
+    return work->net.visits >= budget || was_set(options->cancel);
 }
 
 /* Moves the vertices of the region to their side of the cut. Returns the fall of the objective. */
 static int64_t apply_cut(Parts *parts, int a, int b, const FlowNet *net, int side)
 {
     const int64_t before = parts->value;
+    assert(a != b && (side == SOURCE || side == SINK));
     for (int u = 2; u < net->nnodes; u++) {
         const bool settled = net->nodes[u].level[side] == SETTLED;
         const int to = settled == (side == SOURCE) ? a : b, v = net->vertex[u];
+        assert(parts->part[v] == a || parts->part[v] == b);
         if (parts->part[v] != to) move_vertex(parts, v, to);
     }
     return before - parts->value;
@@ -74,6 +76,7 @@ static int64_t refine_pair(Parts *parts, int a, int b, const int *seeds, int nse
                               static_cast<int64_t>(share * static_cast<double>(parts->weight[b]))};
     const int most = nseeds < INT_MAX / options->per_seed ? nseeds * options->per_seed : INT_MAX;
     const FlowBounds bounds = bounds_of_pair(parts, a, b);
+    assert(nseeds >= 0 && share > 0 && options->per_seed > 0);
     work->ncalls++;
     build_flow_net(net, parts, a, b, seeds, nseeds, limit, most);
     if (net->oldcut == 0 || net->oldcut >= MOST_FLOW) return 0;
@@ -81,6 +84,8 @@ static int64_t refine_pair(Parts *parts, int a, int b, const int *seeds, int nse
                                        budget, options->cancel);
     if (side < 0) return 0;
     const int64_t own = cut->side[side].settled, rest = cut->total - own;
+    assert(cut->value <= net->oldcut && own >= 0 && rest >= 0);
+    assert(cut->total == parts->weight[a] + parts->weight[b]);
     const double before = heavier_load(&bounds, parts->weight[a], parts->weight[b]);
     const double after =
         side == SOURCE ? heavier_load(&bounds, own, rest) : heavier_load(&bounds, rest, own);
@@ -124,6 +129,7 @@ static void for_pairs_of(const Parts *parts, const bool *active, int e, Take tak
     const int n = parts->touched[e];
     if (n < 2 || n > (parts->objective == Objective::cut ? 2 : MOST_SEED_PARTS)) return;
     const PinCount *const list = parts->counts + parts->graph->netptr[e];
+    assert(n <= parts->nparts);
     for (int i = 0; i < n; i++)
         for (int j = 0; j < i; j++)
             if (active[list[i].part] || active[list[j].part])
@@ -156,6 +162,7 @@ static void open_round(FlowRound *round, const Parts *parts, const bool *active)
         pair->cut +=
             price_of_cut(parts->objective, graph->netwgt[seed->net], parts->touched[seed->net] > 2);
         pair->end = i + 1;
+        assert(seed->a < seed->b && pair->begin < pair->end);
     }
     std::sort(round->pairs, round->pairs + round->npairs, [](const FlowPair &x, const FlowPair &y) {
         return x.cut != y.cut ? x.cut > y.cut : x.begin < y.begin;
@@ -180,6 +187,7 @@ static int64_t refine_round(Parts *parts, bool *active, double share, const Flow
         const int a = round.seeds[pair->begin].a, b = round.seeds[pair->begin].b;
         const int64_t gain = refine_pair(parts, a, b, round.nets + pair->begin,
                                          pair->end - pair->begin, share, options, budget, work);
+        assert(gain >= 0);
         if (gain == 0) continue;
         active[a] = active[b] = true;
         sum += gain;
@@ -207,5 +215,6 @@ int64_t refine_by_flows(Parts *parts, const FlowOptions *options, FlowWork *work
     }
     QXfree__(&active, LTERM);
     HEAVY_ASSERT(parts_ok(parts));
+    assert(parts->value <= before && work->net.visits >= visits);
     return before - parts->value;
 }

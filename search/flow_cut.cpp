@@ -122,6 +122,7 @@ template <int X> static void grow(FlowNet *net, FlowCut *cut)
                     if (sign * flow[j] > 0) reach(pins[j]);
         }
     }
+    assert(tail <= net->nnodes && nedges <= 2 * net->nedges);
     side->nqueue = tail;
     side->nedgequeue = nedges;
     cut->nhits = nhits;
@@ -141,6 +142,7 @@ template <int X> static void end_growth(FlowNet *net, FlowCut *cut)
         else
             side->reached += net->weight[u];
     }
+    assert(side->settled <= side->reached && side->reached <= cut->total);
     side->stale = false;
 }
 
@@ -149,6 +151,7 @@ template <int X> static void end_growth(FlowNet *net, FlowCut *cut)
 template <int X> static int step_back(FlowNet *net, int u)
 {
     FlowNode *const nodes = net->nodes;
+    assert(nodes[u].level[X] > 0 && nodes[u].next >= nodes[u].begin);
     const int before = nodes[u].level[X] - 1, end = nodes[u + 1].begin;
     for (int i = nodes[u].next; i < end; i++) {
         FlowEdge *const e = &net->edges[net->arcs[i].edge];
@@ -168,6 +171,7 @@ template <int X> static int step_back(FlowNet *net, int u)
 /* Sends d more from pin from to pin to of e. */
 template <int X> static void send(FlowNet *net, FlowEdge *e, int from, int to, int d)
 {
+    assert(d > 0 && from != to);
     const int sent = flow_of<X>(net, from), got = flow_of<X>(net, to);
     const int sign = X == SOURCE ? 1 : -1;
     const int less = d - std::min(d, std::max(-sent, 0)); // not given back by from
@@ -198,6 +202,7 @@ template <int X> static int64_t send_path(FlowNet *net, FlowCut *cut, int nsteps
         const FlowArc arc = net->arcs[cut->steps[2 * k]];
         send<X>(net, &net->edges[arc.edge], cut->steps[2 * k + 1], arc.pin, static_cast<int>(d));
     }
+    assert(d <= most);
     cut->npaths++;
     return d;
 }
@@ -223,10 +228,12 @@ template <int X> static int64_t send_to(FlowNet *net, FlowCut *cut, int hit, int
             cut->steps[2 * nsteps] = net->nodes[u].next;
             cut->steps[2 * nsteps + 1] = pin;
             nsteps++;
+            assert(nsteps < net->nnodes);
             u = net->pins[pin];
         } else {
             net->nodes[u].level[X] = -1;
             if (u == hit) break;
+            assert(nsteps > 0);
             nsteps--;
             u = net->pins[net->arcs[cut->steps[2 * nsteps]].pin];
         }
@@ -237,8 +244,8 @@ template <int X> static int64_t send_to(FlowNet *net, FlowCut *cut, int hit, int
 /* Whether the search has to end before it has found anything. */
 static bool gives_up(const FlowNet *net, FlowCut *cut)
 {
-    cut->over = cut->over || net->visits > cut->visits || cut->levels > MOST_LEVELS ||
-                (cut->cancel != nullptr && *cut->cancel != 0);
+    cut->over =
+        cut->over || net->visits > cut->visits || cut->levels > MOST_LEVELS || was_set(cut->cancel);
     return cut->over;
 }
 
@@ -262,7 +269,7 @@ template <int X> static void exhaust(FlowNet *net, FlowCut *cut, int64_t limit)
 template <int X> static void refresh(FlowNet *net, FlowCut *cut)
 {
     grow<X>(net, cut);
-    assert(cut->nhits == 0); // C2
+    assert(cut->nhits == 0); // F2
     end_growth<X>(net, cut);
 }
 
@@ -276,6 +283,7 @@ template <int X> static int rank_of(const FlowNet *net, const FlowCut *cut, int 
 
 static void push_candidate(FlowSide *side, FlowChain chain, int rank, int u)
 {
+    assert(0 <= rank);
     side->next[u] = side->heads[chain][rank];
     side->heads[chain][rank] = u;
     side->top[chain] = std::max(side->top[chain], rank);
@@ -285,7 +293,7 @@ static void push_candidate(FlowSide *side, FlowChain chain, int rank, int u)
 template <int X> static void add_candidates(FlowNet *net, FlowCut *cut, const FlowEdge *e)
 {
     FlowSide *const side = &cut->side[X];
-    assert(e->left == 0); // C3
+    assert(e->left == 0); // F3
     net->visits += e[1].begin - e->begin;
     for (int j = e->begin; j < e[1].begin; j++) {
         const int u = net->pins[j];
@@ -310,6 +318,7 @@ template <int X> static void settle(FlowNet *net, FlowCut *cut)
         const FlowEdge *const e = &net->edges[side->edgequeue[i]];
         if (e->full[X] != SETTLED) add_candidates<X>(net, cut, e);
     }
+    assert(side->settled <= side->reached);
     side->settled = side->reached;
     side->nroots = side->nqueue = side->nedgequeue = 0;
 }
@@ -372,9 +381,11 @@ template <int X> static int pick_anywhere(FlowNet *net, FlowCut *cut, int64_t ro
 template <int X> static void pierce(FlowNet *net, FlowCut *cut, int u)
 {
     FlowSide *const side = &cut->side[X];
-    assert(side->nroots == 0 && !is_settled<1 - X>(net, u)); // C1
+    assert(side->nroots == 0 && !is_settled<1 - X>(net, u)); // F1
+    assert(!is_settled<X>(net, u));
     net->nodes[u].level[X] = SETTLED;
     side->settled += net->weight[u];
+    assert(side->settled <= cut->total);
     side->queue[0] = u;
     side->nroots = 1;
 }
@@ -405,6 +416,7 @@ static void advance(FlowNet *net, FlowCut *cut, const FlowBounds *bounds, int64_
     if (u < 0) u = pick_anywhere<X>(net, cut, room);
     side->blocked = u < 0;
     if (side->blocked) return;
+    assert(side->settled + net->weight[u] <= bounds->most[X]);
     pierce<X>(net, cut, u);
     exhaust<X>(net, cut, limit);
 }
@@ -446,6 +458,7 @@ template <int X> static void balance(FlowNet *net, FlowCut *cut, const FlowBound
             settle<X>(net, cut);
             continue;
         }
+        assert(side->settled >= before);
         net->nodes[u].level[X] = -1;
         side->settled = before;
         side->nroots = side->nqueue = side->nedgequeue = 0;
@@ -500,6 +513,7 @@ static int side_to_grow(const FlowCut *cut, const FlowBounds *bounds)
 int find_balanced_cut(FlowNet *net, FlowCut *cut, const FlowBounds *bounds, int64_t limit,
                       int64_t visits, const volatile int *cancel)
 {
+    assert(limit <= MOST_FLOW && bounds->most[SOURCE] >= 0 && bounds->most[SINK] >= 0);
     begin_cut(net, cut);
     cut->visits = visits;
     cut->cancel = cancel;
@@ -521,26 +535,4 @@ int find_balanced_cut(FlowNet *net, FlowCut *cut, const FlowBounds *bounds, int6
         if (cut->value > limit) return -1;
     }
     return -1;
-}
-
-bool flow_cut_ok(const FlowNet *net, const FlowCut *cut)
-{
-    for (int u = 0; u < net->nnodes; u++) {
-        const bool source = is_settled<SOURCE>(net, u), sink = is_settled<SINK>(net, u);
-        if (source && sink) return false;                                                      // C1
-        if (sink && !cut->side[SOURCE].stale && reached_by<SOURCE>(net, cut, u)) return false; // C2
-        if (source && !cut->side[SINK].stale && reached_by<SINK>(net, cut, u)) return false;   // C2
-    }
-    for (int i = 0; i < net->nedges; i++) {
-        const FlowEdge *const e = &net->edges[i];
-        for (int x = SOURCE; x <= SINK; x++) {
-            if (e->half[x] != SETTLED || e->full[x] == SETTLED) continue;
-            if (e->left != 0) return false; // C3
-            for (int j = e->begin; j < e[1].begin; j++)
-                if ((x == SOURCE ? net->flow[j] : -net->flow[j]) > 0 &&
-                    net->nodes[net->pins[j]].level[x] != SETTLED)
-                    return false; // C3
-        }
-    }
-    return true;
 }

@@ -14,9 +14,9 @@ enum FlowChain { FREE = 0, OPENING = 1 };
 
 /* One side of the network while both grow. Settled nodes are its terminals; reached ones are those
  * to which more flow could be sent from there. Roots are settled nodes that may still send.
- *   C1  no node is settled on both sides
- *   C2  once no path is left, no node reached by one side is settled on the other
- *   C3  a hyperedge that is settled by half has no capacity left, and its pins that give back
+ *   F1  no node is settled on both sides
+ *   F2  once no path is left, no node reached by one side is settled on the other
+ *   F3  a hyperedge that is settled by half has no capacity left, and its pins that give back
  *       flow are settled
  */
 struct FlowSide {
@@ -70,7 +70,7 @@ int find_balanced_cut(FlowNet *net, FlowCut *cut, const FlowBounds *bounds, int6
 /* The greater share of what its side may weigh that one of two sides takes. */
 double heavier_load(const FlowBounds *bounds, int64_t weight0, int64_t weight1);
 
-/* Tests C1 to C3. */
+/* Tests F1 to F3. */
 bool flow_cut_ok(const FlowNet *net, const FlowCut *cut);
 
 #endif

@@ -65,6 +65,7 @@ static FlowNear *near_of(FlowNet *net, const Pair *pair, int e)
     const int ina = pins_in(parts, e, pair->a), inb = pins_in(parts, e, pair->b);
     const bool others = parts->touched[e] > (ina > 0 ? 1 : 0) + (inb > 0 ? 1 : 0);
     const int64_t capacity = price_of_cut(parts->objective, parts->graph->netwgt[e], others);
+    assert(net->nnear < parts->graph->nnets && capacity >= 0);
     FlowNear *const near = &net->near[net->nnear];
     *near = {e, static_cast<int>(std::min(capacity, MOST_FLOW)), {ina, inb}, {0, 0}, 0, -1};
     net->edgeof[e] = net->nnear++;
@@ -84,6 +85,7 @@ static void take_pins(FlowNet *net, const Parts *parts, FlowNear *near, int dept
         const int v = graph->netind[j];
         if (parts->part[v] != room->part || net->number[v] >= 0 || is_fixed(parts, v)) continue;
         if (graph->cellwgt[v] > room->left) continue;
+        assert(net->nnodes < graph->ncells + 2);
         room->left -= graph->cellwgt[v];
         net->number[v] = net->nnodes;
         net->vertex[net->nnodes] = v;
@@ -120,7 +122,9 @@ static void count_inside(FlowNet *net, const Pair *pair, int *met)
     for (int u = 2; u < net->nnodes; u++) {
         const int v = net->vertex[u], side = u >= net->first[1];
         for (int i = graph->incptr[v]; i < graph->incptr[v + 1]; i++) {
-            near_of(net, pair, graph->incind[i])->inside[side]++;
+            FlowNear *const near = near_of(net, pair, graph->incind[i]);
+            near->inside[side]++;
+            assert(near->inside[side] <= near->npins[side]);
             met[nmet++] = net->edgeof[graph->incind[i]];
         }
     }
@@ -141,10 +145,12 @@ static void choose_edges(FlowNet *net)
         net->edgeof[near->net] = -1;
         if (ends == 2 || size < 2 || near->capacity == 0) continue;
         if (near->npins[0] > 0 && near->npins[1] > 0) net->oldcut += near->capacity;
+        assert(near->npins[0] >= near->inside[0] && near->npins[1] >= near->inside[1]);
         near->edge = nedges;
         net->edges[nedges++] = {npins, near->capacity, {-1, -1}, {-1, -1}, npins, npins};
         npins += size;
     }
+    assert(net->oldcut >= 0);
     net->nedges = nedges;
     net->npins = npins;
     net->edges[nedges].begin = npins;
@@ -153,6 +159,7 @@ static void choose_edges(FlowNet *net)
 static void add_arc(FlowNet *net, int u, int edge, int *narcs)
 {
     const int pin = net->edges[edge].any++;
+    assert(0 <= edge && edge < net->nedges && pin < net->edges[edge + 1].begin);
     net->pins[pin] = u;
     net->arcs[(*narcs)++] = {edge, pin};
 }
@@ -186,6 +193,7 @@ void build_flow_net(FlowNet *net, const Parts *parts, int a, int b, const int *s
                     const int64_t limit[2], int most)
 {
     const int part[2] = {a, b};
+    assert(a != b && limit[0] >= 0 && limit[1] >= 0 && most >= 0);
     const Pair pair = {parts, a, b};
     net->nnear = 0;
     int64_t total = 0;
@@ -199,6 +207,7 @@ void build_flow_net(FlowNet *net, const Parts *parts, int a, int b, const int *s
         Room room = {side, part[side], end, limit[side], total / std::max(parts->graph->ncells, 1)};
         grow_region(net, &pair, seeds, nseeds, &room);
         net->weight[side] = parts->weight[part[side]] - (limit[side] - room.left);
+        assert(room.left >= 0 && net->weight[side] >= 0);
     }
     int *const met = net->flow; // no flow yet
     count_inside(net, &pair, met);
@@ -206,36 +215,4 @@ void build_flow_net(FlowNet *net, const Parts *parts, int a, int b, const int *s
     fill_pins(net, parts->graph, met);
     std::fill(net->flow, net->flow + net->npins, 0);
     HEAVY_ASSERT(flow_net_ok(net, parts->graph));
-}
-
-/* N2 and N3 of one hyperedge. */
-static bool flow_edge_ok(const FlowNet *net, const FlowNear *near)
-{
-    const FlowEdge *const e = &net->edges[near->edge];
-    int64_t sum = 0, used = 0;
-    int ends = 0;
-    for (int j = e->begin; j < e[1].begin; j++) {
-        sum += net->flow[j];
-        used += std::max(net->flow[j], 0);
-        ends += net->pins[j] <= SINK;
-    }
-    return sum == 0 && e->left >= 0 && used + e->left == near->capacity && // N3
-           ends < 2 && e[1].begin - e->begin >= 2;                         // N2
-}
-
-bool flow_net_ok(const FlowNet *net, const HGraph *graph)
-{
-    for (int u = 0; u < net->nnodes; u++)
-        for (int i = net->nodes[u].begin; i < net->nodes[u + 1].begin; i++) {
-            const FlowArc arc = net->arcs[i];
-            if (net->pins[arc.pin] != u || arc.pin < net->edges[arc.edge].begin ||
-                arc.pin >= net->edges[arc.edge + 1].begin)
-                return false; // N1
-        }
-    if (net->nodes[net->nnodes].begin != net->npins) return false; // N1
-    for (int i = 0; i < net->nnear; i++)
-        if (net->near[i].edge >= 0 && !flow_edge_ok(net, &net->near[i])) return false;
-    return std::all_of(net->number, net->number + graph->ncells, [](int u) { return u == -1; }) &&
-           std::all_of(net->edgeof, net->edgeof + graph->nnets,
-                       [](int e) { return e == -1; }); // N4
 }

@@ -22,6 +22,7 @@ void open_gain_cache(GainCache *cache, const HGraph *graph, int nparts, Objectiv
     const size_t n = static_cast<size_t>(graph->ncells), k = static_cast<size_t>(nparts);
     const size_t bytes = BYTES_A_PIN * static_cast<size_t>(graph->netptr[graph->nnets]);
     const size_t rows = std::min(n, std::max<size_t>(bytes / (sizeof(int) * k), 1024));
+    assert(cache->cut + cache->km1 > 0 && nparts >= 1);
     cache->nparts = nparts;
     cache->nrows = 0;
     cache->mostrows = static_cast<int>(rows);
@@ -43,13 +44,21 @@ void clear_gain_cache(GainCache *cache)
     cache->nrows = 0;
 }
 
+static int *gains_of(const GainCache *cache, int row)
+{
+    assert(0 <= row && row < cache->mostrows);
+    return cache->gains + static_cast<size_t>(row) * static_cast<size_t>(cache->nparts);
+}
+
 /* Adds sign times e's share to a row of a vertex in part from. */
 static void add_share(const Parts *parts, const GainCache *cache, int e, int from, int sign,
                       int *base, int *gains)
 {
     const int n = parts->touched[e], w = sign * parts->graph->netwgt[e];
     const PinCount *const list = parts->counts + parts->graph->netptr[e];
+    assert(n > 0 && (sign == 1 || sign == -1));
     if (n == 1) {
+        assert(list[0].part == from);
         if (list[0].npins > 1) *base -= w * (cache->cut + cache->km1);
         return;
     }
@@ -67,8 +76,9 @@ int row_of(GainCache *cache, const Parts *parts, int v)
     const HGraph *const graph = parts->graph;
     if (has_row(cache, v)) return cache->row[v];
     if (cache->nrows == cache->mostrows) clear_gain_cache(cache);
+    assert(cache->nrows < cache->mostrows && cache->nparts == parts->nparts);
     const int row = cache->nrows++;
-    int *const gains = cache->gains + static_cast<size_t>(row) * static_cast<size_t>(cache->nparts);
+    int *const gains = gains_of(cache, row);
     cache->row[v] = row;
     cache->owner[row] = v;
     cache->base[row] = 0;
@@ -78,20 +88,55 @@ int row_of(GainCache *cache, const Parts *parts, int v)
     return row;
 }
 
+/* Adds sign times e's share to the row of its pin u, if there is one. */
+static void add_to_row(const Parts *parts, GainCache *cache, int e, int u, int sign)
+{
+    const int row = cache->row[u];
+    if (row < 0) return;
+    assert(row < cache->nrows && cache->owner[row] == u); // C1
+    add_share(parts, cache, e, parts->part[u], sign, &cache->base[row], gains_of(cache, row));
+}
+
 static void add_to_rows(const Parts *parts, GainCache *cache, int e, int sign)
 {
     const HGraph *const graph = parts->graph;
-    for (int j = graph->netptr[e]; j < graph->netptr[e + 1]; j++) {
-        const int u = graph->netind[j], row = cache->row[u];
-        if (row < 0) continue;
-        add_share(parts, cache, e, parts->part[u], sign, &cache->base[row],
-                  cache->gains + static_cast<size_t>(row) * static_cast<size_t>(cache->nparts));
+    for (int j = graph->netptr[e]; j < graph->netptr[e + 1]; j++)
+        add_to_row(parts, cache, e, graph->netind[j], sign);
+}
+
+/* The pin of e in part p beside v; there is one. */
+static int other_pin(const Parts *parts, int e, int p, int v)
+{
+    const HGraph *const graph = parts->graph;
+    int j = graph->netptr[e];
+    while (graph->netind[j] == v || parts->part[graph->netind[j]] != p) {
+        j++;
+        assert(j < graph->netptr[e + 1]);
+    }
+    return graph->netind[j];
+}
+
+/* Moves v's pin of e. While no part is left or entered by e as a whole, shares change only where a
+ * pin becomes the one of its part, or is that no more. */
+static void move_pin_and_shares(Parts *parts, GainCache *cache, int e, int v, int from, int to)
+{
+    const int nfrom = pins_in(parts, e, from), nto = pins_in(parts, e, to);
+    assert(nfrom > 0 && cache->row[v] == -1 && parts->part[v] == to);
+    const bool all = nfrom == 1 || nto == 0;
+    const int left = !all && nfrom == 2 ? other_pin(parts, e, from, v) : -1;
+    const int met = !all && nto == 1 ? other_pin(parts, e, to, v) : -1;
+    for (int sign = -1; sign <= 1; sign += 2) {
+        if (all) add_to_rows(parts, cache, e, sign);
+        if (left >= 0) add_to_row(parts, cache, e, left, sign);
+        if (met >= 0) add_to_row(parts, cache, e, met, sign);
+        if (sign < 0) move_pin(parts, e, from, to);
     }
 }
 
 static void give_up_row(GainCache *cache, int v)
 {
     if (!has_row(cache, v)) return;
+    assert(cache->owner[cache->row[v]] == v); // C1
     cache->owner[cache->row[v]] = -1;
     cache->row[v] = -1;
 }
@@ -106,35 +151,7 @@ void move_and_update(Parts *parts, GainCache *cache, int v, int to)
     parts->part[v] = to;
     parts->weight[from] -= graph->cellwgt[v];
     parts->weight[to] += graph->cellwgt[v];
-    for (int i = graph->incptr[v]; i < graph->incptr[v + 1]; i++) {
-        const int e = graph->incind[i];
-        // shares depend on which parts are touched and who is alone
-        const bool matters = pins_in(parts, e, from) <= 2 || pins_in(parts, e, to) <= 1;
-        if (matters) add_to_rows(parts, cache, e, -1);
-        move_pin(parts, e, from, to);
-        if (matters) add_to_rows(parts, cache, e, 1);
-    }
-}
-
-/* The gain by the header's table, from the pin lists. */
-static int64_t fresh_gain(const GainCache *cache, const Parts *parts, int v, int p)
-{
-    Parts other = *parts;
-    other.objective = Objective::cut;
-    int64_t gain = cache->cut * gain_of_move(&other, v, p);
-    other.objective = Objective::km1;
-    return gain + cache->km1 * gain_of_move(&other, v, p);
-}
-
-bool gain_cache_ok(const GainCache *cache, const Parts *parts)
-{
-    for (int v = 0; v < parts->graph->ncells; v++) {
-        const int row = cache->row[v];
-        if (row < -1 || row >= cache->nrows) return false;    // C1
-        if (row >= 0 && cache->owner[row] != v) return false; // C1
-        for (int p = 0; row >= 0 && p < parts->nparts; p++)
-            if (p != parts->part[v] && cached_gain(cache, v, p) != fresh_gain(cache, parts, v, p))
-                return false; // C2
-    }
-    return true;
+    assert(parts->weight[from] >= 0);
+    for (int i = graph->incptr[v]; i < graph->incptr[v + 1]; i++)
+        move_pin_and_shares(parts, cache, graph->incind[i], v, from, to);
 }

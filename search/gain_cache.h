@@ -51,13 +51,14 @@ int row_of(GainCache *cache, const Parts *parts, int v);
 
 inline bool has_row(const GainCache *cache, int v)
 {
+    assert(cache->row[v] >= -1 && cache->row[v] < cache->nrows); // C1
     return cache->row[v] >= 0;
 }
 
 /* The gain of v, which has a row, to part p, another than its own, as rows count it. */
 inline int64_t cached_gain(const GainCache *cache, int v, int p)
 {
-    assert(has_row(cache, v));
+    assert(has_row(cache, v) && 0 <= p && p < cache->nparts);
     const size_t row = static_cast<size_t>(cache->row[v]);
     return static_cast<int64_t>(cache->base[row]) +
            cache->gains[row * static_cast<size_t>(cache->nparts) + static_cast<size_t>(p)];

@@ -20,6 +20,7 @@ void close_gain_heap(GainHeap *heap)
 
 static void set_node(GainHeap *heap, int i, GainHeap::Node node)
 {
+    assert(0 <= i && i < heap->n && node.v >= 0);
     heap->nodes[i] = node;
     heap->place[node.v] = i;
 }
@@ -29,6 +30,7 @@ static void rise(GainHeap *heap, int i, GainHeap::Node node)
     while (i > 0) {
         const int parent = (i - 1) / CHILDREN;
         if (heap->nodes[parent].gain >= node.gain) break;
+        assert(parent < i);
         set_node(heap, i, heap->nodes[parent]);
         i = parent;
     }
@@ -53,7 +55,8 @@ static void sink(GainHeap *heap, int i, GainHeap::Node node)
 
 void put_in_heap(GainHeap *heap, int v, int64_t gain)
 {
-    int i = heap->place[v];
+    const int i = heap->place[v];
+    assert(i >= -1 && i < heap->n && (i < 0 || heap->nodes[i].v == v)); // G1
     if (i < 0)
         rise(heap, heap->n++, {gain, v});
     else if (gain > heap->nodes[i].gain)
@@ -65,11 +68,12 @@ void put_in_heap(GainHeap *heap, int v, int64_t gain)
 void remove_from_heap(GainHeap *heap, int v)
 {
     const int i = heap->place[v];
-    assert(i >= 0 && i < heap->n);
+    assert(i >= 0 && i < heap->n && heap->nodes[i].v == v); // G1
     const int64_t gone = heap->nodes[i].gain;
     const GainHeap::Node last = heap->nodes[--heap->n];
     heap->place[v] = -1;
     if (i == heap->n) return;
+    assert(last.v != v);
     if (last.gain > gone)
         rise(heap, i, last);
     else
@@ -80,18 +84,4 @@ void empty_heap(GainHeap *heap)
 {
     for (int i = 0; i < heap->n; i++) heap->place[heap->nodes[i].v] = -1;
     heap->n = 0;
-}
-
-bool gain_heap_ok(const GainHeap *heap, int nvertices)
-{
-    int present = 0;
-    for (int v = 0; v < nvertices; v++) {
-        const int i = heap->place[v];
-        if (i < -1 || i >= heap->n || (i >= 0 && heap->nodes[i].v != v)) return false; // G1
-        present += i >= 0;
-    }
-    if (present != heap->n) return false; // G1
-    for (int i = 1; i < heap->n; i++)
-        if (heap->nodes[i].gain > heap->nodes[(i - 1) / CHILDREN].gain) return false; // G2
-    return true;
 }

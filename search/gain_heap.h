@@ -29,6 +29,7 @@ void close_gain_heap(GainHeap *heap);
 
 inline bool in_heap(const GainHeap *heap, int v)
 {
+    assert(v >= 0 && heap->place[v] < heap->n); // G1
     return heap->place[v] >= 0;
 }
 

@@ -44,6 +44,7 @@ void close_kway_fm(KwayFmWork *work)
 static bool has_room(const Parts *parts, int v, int from, int to)
 {
     const int64_t w = parts->graph->cellwgt[v];
+    assert(w >= 0 && from == parts->part[v] && to != from);
     return parts->weight[to] + w <= parts->bounds->most[to] &&
            parts->weight[from] - w >= parts->bounds->least[from];
 }
@@ -65,6 +66,7 @@ static int best_move(const Parts *parts, KwayFmWork *work, int v, int64_t *gain)
         most = gains[p];
     }
     *gain = static_cast<int64_t>(work->cache.base[row]) + most;
+    assert(best != from && work->cache.owner[row] == v);
     return best;
 }
 
@@ -73,6 +75,7 @@ static void update_vertex(const Parts *parts, KwayFmWork *work, int v)
 {
     int64_t gain = 0;
     const int to = best_move(parts, work, v, &gain);
+    assert(!is_fixed(parts, v) && work->moved[v] != work->round);
     if (to >= 0) {
         work->target[v] = to;
         put_in_heap(&work->heap, v, gain);
@@ -83,6 +86,7 @@ static void update_vertex(const Parts *parts, KwayFmWork *work, int v)
 
 static bool may_move(const Parts *parts, const KwayFmWork *work, int v)
 {
+    assert(work->moved[v] <= work->round);
     return work->moved[v] != work->round && !is_fixed(parts, v);
 }
 
@@ -91,6 +95,7 @@ static void update_neighbours(const Parts *parts, KwayFmWork *work, int v, int f
 {
     const HGraph *const graph = parts->graph;
     const int number = ++work->nmoves;
+    assert(number > 0 && parts->part[v] == to);
     for (int i = graph->incptr[v]; i < graph->incptr[v + 1]; i++) {
         const int e = graph->incind[i];
         if (pins_in(parts, e, from) > 1 && pins_in(parts, e, to) > 2) continue;
@@ -136,6 +141,7 @@ static void search_locally(Parts *parts, KwayFmWork *work, double beta)
     GainHeap *const heap = &work->heap;
     int64_t best = parts->value, excess = heaviest_excess(parts);
     int nmoves = 0, nbest = 0;
+    [[maybe_unused]] const int64_t start = best;
     Hope hope = {};
     while (heap->n > 0 && !is_hopeless(&hope, beta)) {
         const int v = top_of(heap), from = parts->part[v];
@@ -151,6 +157,7 @@ static void search_locally(Parts *parts, KwayFmWork *work, double beta)
             put_in_heap(heap, v, gain);
             continue;
         }
+        assert(may_move(parts, work, v) && has_room(parts, v, from, to));
         remove_from_heap(heap, v);
         work->moved[v] = work->round;
         work->moves[nmoves] = v;
@@ -172,6 +179,7 @@ static void search_locally(Parts *parts, KwayFmWork *work, double beta)
         nmoves--;
         move_and_update(parts, &work->cache, work->moves[nmoves], work->origins[nmoves]);
     }
+    assert(parts->value == best && best <= start);
     empty_heap(heap);
 }
 
@@ -183,6 +191,7 @@ static int list_boundary(const Parts *parts, int *list)
         if (is_fixed(parts, v)) continue;
         for (int i = graph->incptr[v]; i < graph->incptr[v + 1]; i++)
             if (parts->touched[graph->incind[i]] > 1) {
+                assert(n < graph->ncells);
                 list[n++] = v;
                 break;
             }
@@ -194,10 +203,11 @@ static void make_round(Parts *parts, KwayFmWork *work, Random *random)
 {
     const double beta = std::log(static_cast<double>(parts->graph->ncells) + 1);
     work->round++;
+    assert(work->heap.n == 0 && work->round > 0);
     const int nseeds = list_boundary(parts, work->seeds);
     shuffle(random, work->seeds, nseeds);
     for (int i = 0; i < nseeds;) {
-        if (work->cancel != nullptr && *work->cancel != 0) return;
+        if (was_set(work->cancel)) return;
         for (int started = 0; i < nseeds && started < SEEDS; i++) {
             const int v = work->seeds[i];
             if (!may_move(parts, work, v)) continue;
@@ -220,5 +230,8 @@ int64_t refine_kway_fm(Parts *parts, KwayFmWork *work, int nrounds, Random *rand
         if (static_cast<double>(before - parts->value) <= LEAST_SHARE * static_cast<double>(before))
             break;
     }
+    assert(parts->value <= start);
+    HEAVY_ASSERT(gain_cache_ok(&work->cache, parts));
+    HEAVY_ASSERT(gain_heap_ok(&work->heap, parts->graph->ncells));
     return start - parts->value;
 }

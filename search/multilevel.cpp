@@ -11,6 +11,7 @@
 #include "search/multilevel.h"
 
 #include <algorithm>
+#include <cassert>
 
 #include "coarsen/coarsen.h"
 #include "core/memory.h"
@@ -26,6 +27,7 @@
 
 constexpr int64_t FLOW_PINS = 20; // that flows on a level may look at, for each of its own
 constexpr int64_t LEAST_FLOW_PINS = 10000;
+constexpr int FLOW_GROWTH = 2; // flows come again once a level has so many times the vertices
 
 static PartCtrl coarsening_ctrl(const SearchTask *task, const Pass *pass)
 {
@@ -48,11 +50,24 @@ static PartCtrl coarsening_ctrl(const SearchTask *task, const Pass *pass)
     return ctrl;
 }
 
-/* Refines where [ncells] of one level. */
-static void refine_level(const SearchTask *task, const Pass *pass, const HGraph *graph,
+static void refine_level_by_flows(const SearchTask *task, Parts *parts)
+{
+    const HGraph *const graph = parts->graph;
+    FlowWork work;
+    FlowOptions options = FLOW_OPTIONS;
+    options.cancel = task->cancel;
+    options.budget = FLOW_PINS * std::max<int64_t>(graph->netptr[graph->nnets], LEAST_FLOW_PINS);
+    open_flow_work(&work, graph);
+    refine_by_flows(parts, &options, &work);
+    close_flow_work(&work);
+}
+
+/* Refines where [ncells] of one level, by flows as well if that is said. */
+static void refine_level(const SearchTask *task, const Pass *pass, const HGraph *graph, bool flows,
                          Random *random, int *where)
 {
     if (graph->ncells == 0) return;
+    assert(pass->rounds > 0 && (graph->nfixed == 0 || graph->nfixed == task->bounds->nparts));
     Parts parts;
     KwayFmWork work;
     open_parts(&parts, graph, task->bounds, task->objective,
@@ -62,16 +77,7 @@ static void refine_level(const SearchTask *task, const Pass *pass, const HGraph 
     load_parts(&parts, where);
     rebalance(&parts, &work);
     refine_kway_fm(&parts, &work, pass->rounds, random);
-    if (pass->flows) {
-        FlowWork flows;
-        FlowOptions options = FLOW_OPTIONS;
-        options.cancel = task->cancel;
-        options.budget =
-            FLOW_PINS * std::max<int64_t>(graph->netptr[graph->nnets], LEAST_FLOW_PINS);
-        open_flow_work(&flows, graph);
-        refine_by_flows(&parts, &options, &flows);
-        close_flow_work(&flows);
-    }
+    if (flows) refine_level_by_flows(task, &parts);
     icopy__(graph->ncells, parts.part, where);
     close_kway_fm(&work);
     close_parts(&parts);
@@ -87,6 +93,7 @@ static void place_islands(const SearchTask *task, HGraph *graph)
     for (int v = 0; v < graph->ncells; v++) room[graph->where[v]] -= graph->cellwgt[v];
     for (int v = graph->ncells; v < graph->ncells + graph->nislands; v++) {
         const int p = static_cast<int>(std::max_element(room, room + k) - room);
+        assert(0 <= p && p < k);
         graph->where[v] = p;
         room[p] -= graph->cellwgt[v];
     }
@@ -126,7 +133,7 @@ static void partition_coarsest(const SearchTask *task, const Pass *pass, HGraph 
     int *trial = imalloc__(n, "search: trial");
     Value best = {INT64_MAX, INT64_MAX};
     if (has_start) {
-        refine_level(task, pass, graph, random, where);
+        refine_level(task, pass, graph, pass->flows, random, where);
         best = value_of(task, graph, where);
     }
     for (int t = 0; t < pass->ntrials; t++) {
@@ -134,7 +141,7 @@ static void partition_coarsest(const SearchTask *task, const Pass *pass, HGraph 
             1, VCYCLE_NO, t % 2 == 0 ? CTYPE_HFC : CTYPE_FC,
             static_cast<int>((pass->seed * 1000003 + static_cast<uint64_t>(t)) % 2147483647u)};
         bisect_recursively(task, graph, &options, trial);
-        refine_level(task, pass, graph, random, trial);
+        refine_level(task, pass, graph, pass->flows, random, trial);
         const Value value = value_of(task, graph, trial);
         if (!better(value, best)) continue;
         best = value;
@@ -150,7 +157,10 @@ static HGraph *project(HGraph *graph)
     const size_t n = static_cast<size_t>(finer->ncells + finer->nislands) + 1;
     QXfree__(&finer->where, LTERM);
     finer->where = imalloc__(n, "search: where");
-    for (int v = 0; v < finer->ncells; v++) finer->where[v] = graph->where[finer->cellmap[v]];
+    for (int v = 0; v < finer->ncells; v++) {
+        assert(0 <= finer->cellmap[v] && finer->cellmap[v] < graph->ncells + graph->nislands);
+        finer->where[v] = graph->where[finer->cellmap[v]];
+    }
     FreeHGraph__(graph);
     finer->coarser = nullptr;
     return finer;
@@ -159,6 +169,8 @@ static HGraph *project(HGraph *graph)
 int64_t make_pass(const SearchTask *task, const Pass *pass, int *part)
 {
     HGraph *const whole = task->graph;
+    assert(pass->coarsest > 0 && (pass->start == nullptr || pass->label != nullptr));
+    assert(pass->ntrials > 0 || pass->start != nullptr);
     PartCtrl ctrl = coarsening_ctrl(task, pass);
     Random random = random_for(pass->seed, 0);
     HGraph *const finest = PruneHGraph__(&ctrl, whole);
@@ -172,6 +184,7 @@ int64_t make_pass(const SearchTask *task, const Pass *pass, int *part)
         if (pass->start != nullptr) {
             partof = ismalloc__(static_cast<size_t>(nlabels), 0, "search: part of label");
             for (int v = 0; v < n; v++) partof[pass->label[v]] = pass->start[v];
+            for (int v = 0; v < n; v++) assert(partof[pass->label[v]] == pass->start[v]);
         }
     }
     HGraph *graph = pass->label != nullptr ? CCoarsen__(&ctrl, finest) : Coarsen__(&ctrl, finest);
@@ -183,14 +196,19 @@ int64_t make_pass(const SearchTask *task, const Pass *pass, int *part)
             graph->where[v] = partof[graph->where[v]];
     partition_coarsest(task, pass, graph, &random, graph->where, partof != nullptr);
     place_islands(task, graph);
+    int64_t nflown = graph->ncells; // vertices of the level that flows refined last
     while (graph != finest) {
         graph = project(graph);
-        refine_level(task, pass, graph, &random, graph->where);
+        const bool flows =
+            pass->flows && (graph == finest || graph->ncells >= FLOW_GROWTH * nflown);
+        if (flows) nflown = graph->ncells;
+        refine_level(task, pass, graph, flows, &random, graph->where);
         place_islands(task, graph);
     }
     CombineIslands__(graph);
+    assert(graph->ncells == n && graph == finest);
     icopy__(n, graph->where, part);
-    if (graph->nnets < whole->nnets) refine_level(task, pass, whole, &random, part);
+    if (graph->nnets < whole->nnets) refine_level(task, pass, whole, pass->flows, &random, part);
     free_cycle_arrays(graph);
     FreeHGraph__(graph);
     QXfree__(&partof, LTERM);

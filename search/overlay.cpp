@@ -6,6 +6,7 @@
 #include "search/overlay.h"
 
 #include <algorithm>
+#include <cassert>
 
 #include "core/memory.h"
 
@@ -23,6 +24,7 @@ int split_cells(int n, const int *partition, int nparts, int *label)
     for (int i = 0, l = 0; i < n; i++) {
         while (i >= start[l]) l++;
         const int v = order[i], p = partition[v];
+        assert(label[v] == l && 0 <= p && p < nparts);
         if (stamp[p] != l) {
             stamp[p] = l;
             cell[p] = ncells++;
@@ -30,5 +32,6 @@ int split_cells(int n, const int *partition, int nparts, int *label)
         label[v] = cell[p];
     }
     QXfree__(&start, &order, &stamp, &cell, LTERM);
+    assert(ncells <= n);
     return ncells;
 }

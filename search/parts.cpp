@@ -14,6 +14,8 @@
 void open_parts(Parts *parts, const HGraph *graph, const Bounds *bounds, Objective objective,
                 const int *fixed)
 {
+    assert(graph->ncells >= 0 && graph->nnets >= 0 && graph->incptr != nullptr);
+    assert(bounds->nparts >= 1);
     const size_t n = static_cast<size_t>(graph->ncells), m = static_cast<size_t>(graph->nnets);
     parts->graph = graph;
     parts->bounds = bounds;
@@ -40,6 +42,7 @@ static int add_pin(Parts *parts, int e, int p)
     const int n = parts->touched[e];
     for (int i = 0; i < n; i++)
         if (list[i].part == p) return list[i].npins++;
+    assert(0 <= p && p < parts->nparts);
     assert(n < net_size(parts->graph, e) || net_size(parts->graph, e) == 0);
     list[n] = {p, 1};
     parts->touched[e]++;
@@ -56,6 +59,7 @@ static int remove_pin(Parts *parts, int e, int p)
         assert(i < parts->touched[e]);
     }
     const int left = --list[i].npins;
+    assert(left >= 0); // P3
     if (left == 0) list[i] = list[--parts->touched[e]];
     return left;
 }
@@ -97,12 +101,15 @@ int64_t excess_of(const Parts *parts)
 void move_pin(Parts *parts, int e, int from, int to)
 {
     const int before = parts->touched[e];
+    assert(from != to && before > 0);
     remove_pin(parts, e, from);
     add_pin(parts, e, to);
     const int after = parts->touched[e];
+    assert(after > 0 && after - before <= 1 && before - after <= 1);
     if (after != before)
         parts->value += net_cost(parts->objective, parts->graph->netwgt[e], after) -
                         net_cost(parts->objective, parts->graph->netwgt[e], before);
+    assert(parts->value >= 0); // P4
 }
 
 void move_vertex(Parts *parts, int v, int to)
@@ -114,6 +121,7 @@ void move_vertex(Parts *parts, int v, int to)
     parts->part[v] = to;
     parts->weight[from] -= graph->cellwgt[v];
     parts->weight[to] += graph->cellwgt[v];
+    assert(parts->weight[from] >= 0); // P2
     for (int i = graph->incptr[v]; i < graph->incptr[v + 1]; i++)
         move_pin(parts, graph->incind[i], from, to);
 }
@@ -123,7 +131,7 @@ int64_t gain_of_move(const Parts *parts, int v, int to)
     const HGraph *const graph = parts->graph;
     const int from = parts->part[v];
     int64_t gain = 0;
-    assert(from != to);
+    assert(from != to && 0 <= to && to < parts->nparts);
     for (int i = graph->incptr[v]; i < graph->incptr[v + 1]; i++) {
         const int e = graph->incind[i], before = parts->touched[e];
         const int after =
@@ -152,26 +160,4 @@ int64_t objective_of(const HGraph *graph, int nparts, Objective objective, const
     int *freed = last;
     QXfree__(&freed, LTERM);
     return value;
-}
-
-bool parts_ok(const Parts *parts)
-{
-    const HGraph *const graph = parts->graph;
-    for (int v = 0; v < graph->ncells; v++) {
-        if (parts->part[v] < 0 || parts->part[v] >= parts->nparts) return false;   // P1
-        if (is_fixed(parts, v) && parts->part[v] != parts->fixed[v]) return false; // P5
-    }
-    Parts fresh;
-    open_parts(&fresh, graph, parts->bounds, parts->objective, parts->fixed);
-    load_parts(&fresh, parts->part);
-    bool ok = fresh.value == parts->value &&                                           // P4
-              std::equal(fresh.weight, fresh.weight + fresh.nparts, parts->weight) &&  // P2
-              std::equal(fresh.touched, fresh.touched + graph->nnets, parts->touched); // P3
-    for (int e = 0; e < graph->nnets && ok; e++)
-        for (int i = 0; i < fresh.touched[e] && ok; i++) {
-            const PinCount count = fresh.counts[graph->netptr[e] + i];
-            ok = pins_in(parts, e, count.part) == count.npins; // P3
-        }
-    close_parts(&fresh);
-    return ok;
 }

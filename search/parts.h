@@ -50,6 +50,12 @@ struct Parts {
     int64_t value;    // the objective
 };
 
+/* Others set the flag while it is looked at. */
+inline bool was_set(const volatile int *flag)
+{
+    return flag != nullptr && __atomic_load_n(flag, __ATOMIC_RELAXED) != 0;
+}
+
 /* Allocates the arrays; contents are not set. */
 void open_parts(Parts *parts, const HGraph *graph, const Bounds *bounds, Objective objective,
                 const int *fixed);
@@ -61,6 +67,7 @@ void load_parts(Parts *parts, const int *where);
 /* The pins of e in part p. */
 inline int pins_in(const Parts *parts, int e, int p)
 {
+    assert(0 <= e && e < parts->graph->nnets && 0 <= p && p < parts->nparts);
     const PinCount *const list = parts->counts + parts->graph->netptr[e];
     for (int i = 0; i < parts->touched[e]; i++)
         if (list[i].part == p) return list[i].npins;
@@ -70,12 +77,14 @@ inline int pins_in(const Parts *parts, int e, int p)
 /* What a hyperedge of weight w that touches d parts costs. */
 inline int64_t net_cost(Objective objective, int64_t w, int d)
 {
+    assert(w >= 0 && d >= 0);
     if (d < 2) return 0;
     return objective == Objective::cut ? w : objective == Objective::km1 ? w * (d - 1) : w * d;
 }
 
 inline bool is_fixed(const Parts *parts, int v)
 {
+    assert(0 <= v && v < parts->graph->ncells);
     return parts->fixed != nullptr && parts->fixed[v] >= 0;
 }
 

@@ -7,8 +7,10 @@
 #include "search/rebalance.h"
 
 #include <algorithm>
+#include <cassert>
 #include <numeric>
 
+#include "core/heavy_assert.h"
 #include "core/memory.h"
 
 /* How much over its upper, or under its lower bound a part is. */
@@ -24,6 +26,7 @@ static int64_t under(const Parts *parts, int p)
 
 int64_t excess_at(const Bounds *bounds, int p, int64_t weight)
 {
+    assert(0 <= p && p < bounds->nparts);
     return std::max<int64_t>(weight - bounds->most[p], 0) +
            std::max<int64_t>(bounds->least[p] - weight, 0);
 }
@@ -33,6 +36,7 @@ static int64_t relief(const Parts *parts, int v, int to)
 {
     const int from = parts->part[v];
     const int64_t w = parts->graph->cellwgt[v];
+    assert(from != to && !is_fixed(parts, v));
     return excess_at(parts->bounds, from, parts->weight[from]) -
            excess_at(parts->bounds, from, parts->weight[from] - w) +
            excess_at(parts->bounds, to, parts->weight[to]) -
@@ -64,6 +68,7 @@ static void offer(const Parts *parts, KwayFmWork *work, int v)
     int64_t key = 0;
     const int to = best_relief(parts, v, &key);
     if (to < 0) return;
+    assert(to != parts->part[v]);
     work->target[v] = to;
     put_in_heap(&work->heap, v, key);
 }
@@ -83,13 +88,16 @@ static void make_moves(Parts *parts, KwayFmWork *work)
             put_in_heap(heap, v, key);
             continue;
         }
+        [[maybe_unused]] const int64_t before = excess_of(parts);
         move_vertex(parts, v, to);
+        assert(excess_of(parts) < before); // so it ends
     }
 }
 
 bool rebalance(Parts *parts, KwayFmWork *work)
 {
     const int n = parts->graph->ncells;
+    assert(work->heap.n == 0);
     for (int round = 0; round < 2; round++) { // parts too heavy, parts too light
         bool wanted = false;
         for (int p = 0; p < parts->nparts; p++)
@@ -100,6 +108,8 @@ bool rebalance(Parts *parts, KwayFmWork *work)
                 offer(parts, work, v);
         make_moves(parts, work);
     }
+    assert(work->heap.n == 0);
+    HEAVY_ASSERT(parts_ok(parts));
     return within_bounds(parts);
 }
 
@@ -118,12 +128,14 @@ int64_t pack(const HGraph *graph, const Bounds *bounds, const int *fixed, bool k
         const int v = order[i];
         if (fixed != nullptr && fixed[v] >= 0) continue;
         const int64_t w = graph->cellwgt[v];
+        assert(w >= 0 && (i == 0 || graph->cellwgt[order[i - 1]] >= w));
         if (!keep || weight[where[v]] + w > bounds->most[where[v]]) {
             int roomy = 0;
             for (int p = 1; p < k; p++)
                 if (bounds->most[p] - weight[p] > bounds->most[roomy] - weight[roomy]) roomy = p;
             where[v] = roomy;
         }
+        assert(0 <= where[v] && where[v] < k);
         weight[where[v]] += w;
     }
     int64_t excess = 0;

@@ -6,8 +6,10 @@
 #include "search/reduce.h"
 
 #include <algorithm>
+#include <cassert>
 
 #include "coarsen/collapse.h"
+#include "core/heavy_assert.h"
 #include "core/memory.h"
 
 static size_t at_least_one(int n)
@@ -32,8 +34,10 @@ static int number_clusters(const FlatHypergraph *flat, const Constraints *constr
     for (int v = 0; v < n; v++) {
         if (cluster[v] >= 0) continue;
         const int group = ngroups > 0 ? constraints->group[v] : -1;
+        assert(group < ngroups);
         if (group >= 0 && of_group[group] < 0) of_group[group] = nclusters++;
         cluster[v] = group >= 0 ? of_group[group] : nclusters++;
+        assert(0 <= cluster[v] && cluster[v] < nclusters); // R1
     }
     QXfree__(&of_group, LTERM);
     return nclusters;
@@ -54,6 +58,7 @@ static NetLists map_hyperedges(const FlatHypergraph *flat, int nclusters, const 
         for (int j = flat->eptr[e]; j < flat->eptr[e + 1]; j++) {
             const int c = cluster[flat->eind[j]];
             if (last[c] == e) continue;
+            assert(0 <= c && c < nclusters && used < flat->eptr[m]);
             last[c] = e;
             lists.netind[used++] = c;
         }
@@ -78,11 +83,13 @@ static int put_islands_last(const NetLists *lists, int nfixed, int nclusters, in
     for (int c = 0; c < nclusters; c++)
         if (c < nfixed || number[c] == 0) number[c] = next++;
     const int kept = next;
+    assert(nfixed <= kept && kept <= nclusters);
     for (int c = 0; c < nclusters; c++)
         if (number[c] < 0) number[c] = next++;
     for (int v = 0; v < nvtxs; v++) cluster[v] = number[cluster[v]];
     for (int j = 0; j < lists->netptr[lists->nnets]; j++)
         lists->netind[j] = number[lists->netind[j]];
+    assert(next == nclusters);
     QXfree__(&number, LTERM);
     return kept;
 }
@@ -123,6 +130,7 @@ void open_reduction(Reduction *reduction, const FlatHypergraph *flat,
     graph->netwgt = merged.netwgt;
     QXfree__(&lists.netptr, &lists.netind, &lists.netwgt, LTERM);
     CreateIncidentHGraph__(graph);
+    HEAVY_ASSERT(reduction_ok(reduction, flat, nparts));
 }
 
 void close_reduction(Reduction *reduction)

@@ -38,4 +38,7 @@ void open_reduction(Reduction *reduction, const FlatHypergraph *flat,
                     const Constraints *constraints, int nparts);
 void close_reduction(Reduction *reduction);
 
+/* Tests R1 to R4. */
+bool reduction_ok(const Reduction *reduction, const FlatHypergraph *flat, int nparts);
+
 #endif

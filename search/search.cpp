@@ -11,25 +11,39 @@
 #include <algorithm>
 #include <atomic>
 #include <cassert>
+#include <chrono>
 #include <climits>
 #include <mutex>
 
 #include "core/ctrl.h"
 #include "core/errors.h"
+#include "core/heavy_assert.h"
 #include "core/memory.h"
 #include "core/vectors.h"
 #include "search/exact.h"
 #include "search/multilevel.h"
 #include "search/overlay.h"
+#include "search/pool.h"
 #include "search/rebalance.h"
 
 constexpr int MOST_BATCH = 16; // combinations at a time, however wide the schedule
 
+constexpr int64_t MANY_PINS = 400000; // one partition from scratch is a good one, and takes long
+
 const Schedule SCHEDULES[NPRESETS] = {
-    {"fast", 2, 1, 1, 1, 1500, 500, 2, 1, 100000},
-    {"default", 3, 2, 3, 1, 2000, 500, 3, 1, 1000000},
-    {"best", 16, 4, 24, 4, 2000, 1000, 6, 2, 20000000},
+    {"fast", 4, 1, 1, 1, 1500, 500, 2, 1, 100000},
+    {"default", 6, 1, 4, 2, 2000, 500, 3, 1, 1000000},
+    {"best", 16, 2, 24, 4, 2000, 1000, 6, 2, 20000000},
 };
+
+const char *const STEP_NAMES[NSTEPS] = {"packing", "start", "member", "combination", "exact"};
+
+Schedule schedule_for(Preset preset, int64_t npins)
+{
+    Schedule schedule = SCHEDULES[preset];
+    if (preset == PRESET_FAST && npins > MANY_PINS) schedule.nmembers = 2;
+    return schedule;
+}
 
 Schedule widened(const Schedule *schedule, int nmembers)
 {
@@ -41,22 +55,14 @@ Schedule widened(const Schedule *schedule, int nmembers)
     return wide;
 }
 
+constexpr uint64_t PARENTS = uint64_t{1}
+                             << 40;  // generators that draw parents are numbered from here
 constexpr int COARSEST_A_PART = 150; // vertices of the coarsest level, at least
 constexpr int MOST_NET_SIZE = 1000;  // larger hyperedges never take part in coarsening
-constexpr int64_t RATING_COST = 64;  // pins looked at for each when clusters are formed
-constexpr int MOST_POOL = 32;
-
-/* A partition of the clusters. */
-struct Member {
-    int *part; // [nclusters]
-    int64_t objective, excess;
-};
-
-struct Pool {
-    int n, most;
-    Member members[MOST_POOL + 1]; // best first
-};
-
+constexpr int ENDLESS_POOL = 16;     // partitions that a search without an end keeps, at least
+constexpr int ENDLESS_COMBINED = 4;  // combinations that it makes for each new member
+constexpr int MOST_JOBS = INT_MAX - MOST_BATCH - MOST_POOL; // jobs are numbered by ints
+constexpr int64_t RATING_COST = 64; // pins looked at for each when clusters are formed
 struct Search {
     const FlatHypergraph *flat;
     const SearchOptions *options;
@@ -68,12 +74,8 @@ struct Search {
     int *whole; // [nvtxs] for publishing
     std::mutex publishing;
     bool stopped; // by the fleet
+    SearchReport report;
 };
-
-static bool better(const Member *a, const Member *b)
-{
-    return a->excess != b->excess ? a->excess < b->excess : a->objective < b->objective;
-}
 
 static size_t at_least_one(int n)
 {
@@ -88,6 +90,7 @@ static int size_limit(const HGraph *graph)
     for (int e = 0; e < graph->nnets; e++)
         if (net_size(graph, e) <= MOST_NET_SIZE) count[net_size(graph, e)]++;
     const int64_t most = RATING_COST * graph->netptr[graph->nnets];
+    assert(most >= 0);
     int64_t cost = 0;
     int limit = 0;
     for (int64_t size = 0; size <= MOST_NET_SIZE; size++) {
@@ -118,7 +121,12 @@ static void measure(const Search *search, Member *member)
     const Reduction *const reduction = search->reduction;
     int64_t *weight = alloc_array<int64_t>(at_least_one(bounds->nparts), "search: weights");
     std::fill(weight, weight + bounds->nparts, 0);
-    for (int c = 0; c < reduction->nclusters; c++) weight[member->part[c]] += reduction->weight[c];
+    for (int c = 0; c < reduction->nclusters; c++) {
+        assert(0 <= member->part[c] && member->part[c] < bounds->nparts);
+        assert(reduction->fixed == nullptr || reduction->fixed[c] < 0 ||
+               reduction->fixed[c] == member->part[c]);
+        weight[member->part[c]] += reduction->weight[c];
+    }
     member->excess = 0;
     for (int p = 0; p < bounds->nparts; p++) member->excess += excess_at(bounds, p, weight[p]);
     member->objective =
@@ -147,9 +155,11 @@ static void mend(const Search *search, Member *member)
     }
     Random random = random_for(search->options->seed, 1);
     if (within_bounds(&parts)) refine_kway_fm(&parts, &work, 3, &random);
+    HEAVY_ASSERT(parts_ok(&parts));
     if (excess_of(&parts) < member->excess) {
         icopy__(graph.ncells, parts.part, member->part);
         measure(search, member);
+        assert(member->excess == excess_of(&parts));
     }
     close_kway_fm(&work);
     close_parts(&parts);
@@ -181,6 +191,8 @@ static void complete(const Search *search, Member *member)
 
 static void publish(Search *search, const Member *member, const char *step)
 {
+    [[maybe_unused]] const Member shown = {nullptr, search->best.objective, search->best.excess};
+    assert(!better(&shown, member));
     search->best = {member->objective, member->excess, search->njobs, search->alljobs, step};
     if (search->options->publish == nullptr) return;
     for (int v = 0; v < search->flat->nvtxs; v++)
@@ -198,22 +210,32 @@ static void publish_if_better(Search *search, const Member *member, const char *
 }
 
 /* Takes member, whose part it owns from now on, into the pool if it is good enough. */
-static void take_in(Search *search, Member member)
+static void take_in(Search *search, Member member, SearchStep step, double seconds)
 {
     Pool *const pool = &search->pool;
-    search->njobs++;
-    int place = pool->n;
-    while (place > 0 && better(&member, &pool->members[place - 1])) place--;
-    const bool twin = place > 0 && pool->members[place - 1].objective == member.objective &&
-                      std::equal(member.part, member.part + search->reduction->nclusters,
-                                 pool->members[place - 1].part);
-    if (place == pool->most || twin) {
-        QXfree__(&member.part, LTERM);
-        return;
-    }
-    for (int i = pool->n; i > place; i--) pool->members[i] = pool->members[i - 1];
-    pool->members[place] = member;
-    if (++pool->n > pool->most) QXfree__(&pool->members[--pool->n].part, LTERM);
+    StepReport *const report = &search->report.steps[step];
+    const bool best = pool->n == 0 || better(&member, &pool->members[0]);
+    report->made++;
+    report->better += best;
+    report->seconds += seconds;
+    if (best && pool->n > 0 && pool->members[0].excess == 0)
+        report->gained += pool->members[0].objective - member.objective;
+    assert(report->gained >= 0);
+    take_into_pool(pool, search->reduction->graph, search->reduction->nclusters, member);
+    search->report.pool = pool->n;
+    HEAVY_ASSERT(pool_ok(pool, search->reduction->graph, search->reduction->nclusters,
+                         search->task.bounds->nparts, search->task.objective));
+}
+
+static void show_report(const Search *search)
+{
+    if (search->options->report != nullptr) *search->options->report = search->report;
+}
+
+static double seconds_now()
+{
+    using namespace std::chrono;
+    return duration<double>(steady_clock::now().time_since_epoch()).count();
 }
 
 static Member new_member(const Search *search)
@@ -225,8 +247,9 @@ static Member new_member(const Search *search)
 struct Batch {
     Search *search;
     const Fleet *fleet;
-    const char *step;
+    SearchStep step;
     int first, n;    // numbers of the jobs
+    double *seconds; // [n] that each took
     Member *results; // [n] part is null until there is one
     void (*work)(const Search *search, int job, Member *result);
     std::atomic<int> next; // without a fleet: the first that nobody makes
@@ -258,7 +281,7 @@ static void check_taken(const Search *search, const JobResult *result, Member *m
 
 static void file_result(Batch *batch, int job, Member *member)
 {
-    publish_if_better(batch->search, member, batch->step);
+    publish_if_better(batch->search, member, STEP_NAMES[batch->step]);
     Search *const search = batch->search;
     const int i = job - batch->first;
     assert(0 <= i && i < batch->n);
@@ -281,8 +304,10 @@ static void work_off(void *place)
         JobResult result = {0, 0, 0, member.part};
         const FleetTurn turn = fleet->turn(fleet->user, &result);
         if (turn == FLEET_MAKE) {
+            const double start = seconds_now();
             batch->work(search, result.job, &member);
             complete(search, &member);
+            batch->seconds[result.job - batch->first] = seconds_now() - start;
             result = {result.job, member.objective, member.excess, member.part};
             if (fleet->made != nullptr) fleet->made(fleet->user, &result);
         } else if (turn == FLEET_TAKE) {
@@ -297,13 +322,14 @@ static void work_off(void *place)
 }
 
 /* Makes n jobs, several at a time, and takes their results in by number. */
-static void make_batch(Search *search, int n, const char *step,
+static void make_batch(Search *search, int n, SearchStep step,
                        void (*work)(const Search *search, int job, Member *result))
 {
     constexpr int MOST = MOST_POOL;
     const SearchOptions *const options = search->options;
     Member results[MOST] = {};
-    Batch batch = {search,  options->fleet, step, search->njobs, std::min(n, MOST),
+    double seconds[MOST] = {};
+    Batch batch = {search,  options->fleet, step, search->njobs, std::min(n, MOST), seconds,
                    results, work,           {0}};
     const Fleet here = {&batch, nullptr, next_here, nullptr};
     if (batch.fleet == nullptr) batch.fleet = &here;
@@ -319,7 +345,12 @@ static void make_batch(Search *search, int n, const char *step,
     work_off(&batch);
     for (int i = 0; i < nthreads; i++) options->crew->await(threads[i]);
     for (int i = 0; i < batch.n; i++)
-        if (results[i].part != nullptr) take_in(search, results[i]);
+        if (results[i].part != nullptr) {
+            search->njobs++;
+            take_in(search, results[i], step, seconds[i]);
+        }
+    search->report.generations += step == STEP_COMBINATION;
+    show_report(search);
 }
 
 static uint64_t seed_of(const Search *search, int job)
@@ -338,33 +369,23 @@ static Pass base_pass(const Search *search, int job)
     return pass;
 }
 
+/* How far a member is coarsened. A hypergraph that is small already is coarsened as well, and of
+ * many members some further than others: what starts alike ends alike. */
+static int member_coarsest(const Search *search, int job)
+{
+    const int n = search->task.graph->ncells;
+    const int coarsest = std::min(search->options->schedule.coarsest, n / 2) >> (job / 4 % 3);
+    return std::max(coarsest, COARSEST_A_PART * search->task.bounds->nparts);
+}
+
 static void make_member(const Search *search, int job, Member *result)
 {
     const Schedule *const schedule = &search->options->schedule;
     Pass pass = base_pass(search, job);
     pass.scheme = job % 2 == 0 ? CTYPE_HFC : CTYPE_FC;
-    pass.coarsest = std::max(schedule->coarsest, COARSEST_A_PART * search->task.bounds->nparts);
+    pass.coarsest = member_coarsest(search, job);
     pass.flows = schedule->flows > 1;
     make_pass(&search->task, &pass, result->part);
-}
-
-/* Which two of n ranks are combined in turn i: 0 and 1, 0 and 2, 1 and 2, 0 and 3, ... */
-static void choose_parents(int n, int i, int *a, int *b)
-{
-    const int npairs = n * (n - 1) / 2;
-    *a = *b = 0;
-    if (npairs == 0) return;
-    int left = i % npairs;
-    for (*b = 1; left >= *b; ++*b) left -= *b;
-    *a = left;
-}
-
-/* How many of the best are combined, so that in a batch no pair comes twice. */
-static int nparents_for(int batch)
-{
-    int n = 4;
-    while (n * (n - 1) / 2 < batch) n++;
-    return n;
 }
 
 static void combine(const Search *search, int job, Member *result)
@@ -374,12 +395,14 @@ static void combine(const Search *search, int job, Member *result)
     const int n = search->task.graph->ncells, k = search->task.bounds->nparts;
     const int turn = job - schedule->nmembers;
     int first, second;
-    choose_parents(std::min(pool->n, nparents_for(schedule->batch)),
-                   turn % schedule->batch + turn / schedule->batch % 2, &first, &second);
+    Random random = random_for(search->options->seed, PARENTS + static_cast<uint64_t>(job));
+    choose_parents(pool, turn % schedule->batch + turn / schedule->batch % 2, &random, &first,
+                   &second);
     int *label = ismalloc__(at_least_one(n), 0, "search: label");
     split_cells(n, pool->members[first].part, k, label);
     split_cells(n, pool->members[second].part, k, label);
     Pass pass = base_pass(search, job);
+    assert(first < pool->n && second < pool->n);
     pass.label = label;
     pass.start = pool->members[first].part;
     pass.scheme = turn % 2 == 0 ? RESTRICTED_STARS : RESTRICTED_EDGES;
@@ -393,6 +416,7 @@ static void take_start(Search *search)
 {
     const int *const start = search->options->start;
     if (start == nullptr) return;
+    const double begun = seconds_now();
     Member member = new_member(search);
     for (int v = 0; v < search->flat->nvtxs; v++)
         member.part[search->reduction->cluster[v]] = start[v];
@@ -400,23 +424,22 @@ static void take_start(Search *search)
         if (search->reduction->fixed[c] >= 0) member.part[c] = search->reduction->fixed[c];
     measure(search, &member);
     if (member.excess > 0) mend(search, &member);
-    publish_if_better(search, &member, "start");
-    take_in(search, member);
-    search->njobs--;
+    publish_if_better(search, &member, STEP_NAMES[STEP_START]);
+    take_in(search, member, STEP_START, seconds_now() - begun);
 }
 
 /* A partition within the bounds at once, however bad. */
 static void take_packing(Search *search)
 {
+    const double begun = seconds_now();
     Member member = new_member(search);
     HGraph graph = {};
     graph.ncells = search->reduction->nclusters;
     graph.cellwgt = search->reduction->weight;
     pack(&graph, search->task.bounds, search->reduction->fixed, false, member.part);
     measure(search, &member);
-    publish_if_better(search, &member, "packing");
-    take_in(search, member);
-    search->njobs--;
+    publish_if_better(search, &member, STEP_NAMES[STEP_PACKING]);
+    take_in(search, member, STEP_PACKING, seconds_now() - begun);
 }
 
 /* Replaces the best partition of a very small hypergraph by an optimum; false if it may not be one.
@@ -426,6 +449,7 @@ static bool solve_small(Search *search)
     const Reduction *const reduction = search->reduction;
     if (reduction->nclusters > EXACT_VERTICES || search->task.bounds->nparts > EXACT_PARTS)
         return false;
+    const double begun = seconds_now();
     Member member = new_member(search);
     const Member *const best = &search->pool.members[0];
     icopy__(reduction->nclusters, best->part, member.part);
@@ -436,33 +460,39 @@ static bool solve_small(Search *search)
                                       reduction->fixed, search->options->schedule.exact,
                                       &member.objective, &member.excess, member.part);
     QXfree__(&graph.incptr, LTERM);
-    publish_if_better(search, &member, "exact");
-    take_in(search, member);
-    search->njobs--;
+    publish_if_better(search, &member, STEP_NAMES[STEP_EXACT]);
+    take_in(search, member, STEP_EXACT, seconds_now() - begun);
     return solved && search->best.excess == 0;
 }
 
 static bool is_over(const Search *search)
 {
-    return search->stopped || is_cancelled(&search->task) ||
+    return search->stopped || is_cancelled(&search->task) || search->njobs > MOST_JOBS ||
            (search->best.objective == 0 && search->best.excess == 0);
+}
+
+static void make_members(Search *search, int n)
+{
+    for (int made = 0; made < n && !is_over(search); made += MOST_POOL)
+        make_batch(search, std::min(n - made, MOST_POOL), STEP_MEMBER, make_member);
+}
+
+static void make_combinations(Search *search, int n)
+{
+    const int batch = search->options->schedule.batch;
+    for (int made = 0; made < n && !is_over(search); made += batch)
+        make_batch(search, std::min(n - made, batch), STEP_COMBINATION, combine);
 }
 
 static void run_schedule(Search *search)
 {
     const Schedule *const schedule = &search->options->schedule;
-    const bool endless = search->options->endless;
-    // a first partition soon, then the others
-    for (int made = 0; made < schedule->nmembers && !is_over(search);) {
-        const int n = std::min(schedule->nmembers - made, MOST_POOL);
-        make_batch(search, n, "member", make_member);
-        made += n;
-    }
-    for (int made = 0; (endless || made < schedule->ncombined) && !is_over(search);) {
-        const int n =
-            endless ? schedule->batch : std::min(schedule->batch, schedule->ncombined - made);
-        make_batch(search, n, "combination", combine);
-        made += n;
+    make_members(search, schedule->nmembers);
+    make_combinations(search, schedule->ncombined);
+    // without an end: fresh blood from time to time, or the pool has nothing left to combine
+    while (search->options->endless && !is_over(search)) {
+        make_members(search, schedule->batch);
+        make_combinations(search, ENDLESS_COMBINED * schedule->batch);
     }
 }
 
@@ -480,6 +510,7 @@ Found search_partition(const FlatHypergraph *flat, const Constraints *constraint
     search.task = {reduction.graph, bounds, objective, reduction.fixed, size_limit(reduction.graph),
                    options->cancel};
     search.pool.most = std::clamp(options->schedule.nmembers, 1, MOST_POOL);
+    if (options->endless) search.pool.most = std::max(search.pool.most, ENDLESS_POOL);
     search.whole = imalloc__(at_least_one(flat->nvtxs), "search: whole");
     search.alljobs =
         options->endless ? -1 : options->schedule.nmembers + options->schedule.ncombined;
@@ -493,7 +524,8 @@ Found search_partition(const FlatHypergraph *flat, const Constraints *constraint
     publish(&search, &search.pool.members[0], search.best.step);
     for (int v = 0; v < flat->nvtxs; v++)
         part[v] = search.pool.members[0].part[reduction.cluster[v]];
-    for (int i = 0; i < search.pool.n; i++) QXfree__(&search.pool.members[i].part, LTERM);
+    show_report(&search);
+    close_pool(&search.pool);
     QXfree__(&search.whole, LTERM);
     close_reduction(&reduction);
     return search.best;

@@ -24,6 +24,9 @@ struct Schedule {
 enum Preset { PRESET_FAST, PRESET_DEFAULT, PRESET_BEST, NPRESETS };
 extern const Schedule SCHEDULES[NPRESETS];
 
+/* What a preset does with a hypergraph of so many pins. */
+Schedule schedule_for(Preset preset, int64_t npins);
+
 /* The schedule that begins with nmembers partitions instead: as many combinations for each of them,
  * in batches that grow with it. */
 Schedule widened(const Schedule *schedule, int nmembers);
@@ -35,6 +38,25 @@ struct Found {
     int jobs;         // finished
     int alljobs;      // in all; -1: goes on until it is ended
     const char *step; // what found it, such as "member"
+};
+
+enum SearchStep { STEP_PACKING, STEP_START, STEP_MEMBER, STEP_COMBINATION, STEP_EXACT, NSTEPS };
+extern const char *const STEP_NAMES[NSTEPS];
+
+/* What the steps of one kind did. */
+struct StepReport {
+    int made;       // by them
+    int better;     // of which were the best at that time
+    int64_t gained; // by which these lowered the objective, where the bounds were kept before
+    double seconds; // spent on them, of all threads; what others made takes none
+};
+
+/* How a result came about. Whoever reads it while the search is at work finds it up to date after
+ * every batch. */
+struct SearchReport {
+    int pool;        // partitions kept
+    int generations; // batches of combinations
+    StepReport steps[NSTEPS];
 };
 
 struct SearchOptions {
@@ -51,6 +73,7 @@ struct SearchOptions {
      * there, and at the end the one that is delivered; or null. Called by one thread at a time. */
     void (*publish)(void *user, const int *part, const Found *found);
     void *user;
+    SearchReport *report; // kept up to date; or null
 };
 
 /* Partitions a hypergraph into part [nvtxs].

@@ -20,7 +20,7 @@ struct SearchTask {
 
 inline bool is_cancelled(const SearchTask *task)
 {
-    return task->cancel != nullptr && *task->cancel != 0;
+    return was_set(task->cancel);
 }
 
 #endif

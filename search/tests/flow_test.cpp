@@ -4,6 +4,7 @@
 #include <climits>
 #include <numeric>
 
+#include "broken.h"
 #include "search/flow.h"
 #include "search_support.h"
 
@@ -194,32 +195,31 @@ TEST(FlowNet, regions_keep_their_limits_and_hold_no_fixed_vertex)
     }
 }
 
-TEST(FlowNet, a_broken_network_is_found)
+TEST(FlowNet, the_broken_rule_is_named)
 {
     Case c(2);
     c.build(40);
     FlowNet *const net = &c.work.net;
+    const auto ok = [&] { return flow_net_ok(net, c.graph.get()); };
     ASSERT_GT(net->nedges, 1);
-    ASSERT_TRUE(flow_net_ok(net, c.graph.get()));
-    std::swap(net->arcs[net->nodes[2].begin].pin, net->arcs[net->nodes[3].begin].pin); // N1
-    EXPECT_FALSE(flow_net_ok(net, c.graph.get()));
-    c.build(40);
-    net->flow[0]++; // N3
-    EXPECT_FALSE(flow_net_ok(net, c.graph.get()));
-    c.build(40);
-    net->edges[0].left++; // N3
-    EXPECT_FALSE(flow_net_ok(net, c.graph.get()));
-    c.build(40);
-    net->pins[0] = SOURCE; // N1
-    EXPECT_FALSE(flow_net_ok(net, c.graph.get()));
-    c.build(40);
-    net->number[1] = 3; // N4
-    EXPECT_FALSE(flow_net_ok(net, c.graph.get()));
-    net->number[1] = -1;
-    net->edgeof[1] = 3; // N4
-    EXPECT_FALSE(flow_net_ok(net, c.graph.get()));
-    net->edgeof[1] = -1;
-    EXPECT_TRUE(flow_net_ok(net, c.graph.get()));
+    ASSERT_EQ(broken_rule(ok), "");
+    const int pin = net->arcs[net->nodes[2].begin].pin, other = net->arcs[net->nodes[3].begin].pin;
+    EXPECT_EQ(broken_by(net->arcs[net->nodes[2].begin].pin, other, ok), "N1");
+    EXPECT_EQ(broken_by(net->pins[pin], SOURCE, ok), "N1");
+    EXPECT_EQ(broken_by(net->npins, net->npins + 1, ok), "N1");
+    net->flow[0]++;
+    EXPECT_EQ(broken_rule(ok), "N3");
+    net->flow[0]--;
+    EXPECT_EQ(broken_by(net->edges[0].left, net->edges[0].left + 1, ok), "N3");
+    EXPECT_EQ(broken_by(net->number[1], 3, ok), "N4");
+    EXPECT_EQ(broken_by(net->edgeof[1], 3, ok), "N4");
+    // both ends in one hyperedge, seen from the hyperedges alone
+    net->nnodes = 0;
+    net->nodes[0].begin = net->npins;
+    ASSERT_EQ(broken_rule(ok), "");
+    net->pins[net->edges[0].begin] = SOURCE;
+    net->pins[net->edges[0].begin + 1] = SINK;
+    EXPECT_EQ(broken_rule(ok), "N2");
 }
 
 TEST(FlowCut, without_bounds_weighs_what_the_plain_network_says)
@@ -379,28 +379,25 @@ TEST(FlowCut, gives_up_between_the_growths_of_one_flow)
     close_parts(&parts);
 }
 
-TEST(FlowCut, broken_invariants_are_found)
+TEST(FlowCut, the_broken_rule_is_named)
 {
     Case c(2);
     FlowNet *const net = &c.work.net;
     FlowCut *const cut = &c.work.cut;
     const FlowBounds all = {{INT_MAX, INT_MAX}, {0, 0}};
+    const auto ok = [&] { return flow_cut_ok(net, cut); };
     c.build(6);
     ASSERT_EQ(find_balanced_cut(net, cut, &all, INT_MAX, INT64_MAX, nullptr), SOURCE);
-    ASSERT_TRUE(flow_cut_ok(net, cut));
+    ASSERT_EQ(broken_rule(ok), "");
     ASSERT_GT(cut->value, 0);
-    net->nodes[SINK].level[SOURCE] = SETTLED; // C1
-    EXPECT_FALSE(flow_cut_ok(net, cut));
-    net->nodes[SINK].level[SOURCE] = cut->side[SOURCE].base; // C2
-    EXPECT_FALSE(flow_cut_ok(net, cut));
-    net->nodes[SINK].level[SOURCE] = -1;
+    EXPECT_EQ(broken_by(net->nodes[SINK].level[SOURCE], SETTLED, ok), "F1");
+    EXPECT_EQ(broken_by(net->nodes[SINK].level[SOURCE], cut->side[SOURCE].base, ok), "F2");
     int e = 0;
     while (net->edges[e].half[SOURCE] != SETTLED || net->edges[e].full[SOURCE] == SETTLED) {
         e++;
         ASSERT_LT(e, net->nedges);
     }
-    net->edges[e].left++; // C3
-    EXPECT_FALSE(flow_cut_ok(net, cut));
+    EXPECT_EQ(broken_by(net->edges[e].left, net->edges[e].left + 1, ok), "F3");
 }
 
 /* Refines a case and checks what every refinement must keep. */

@@ -3,6 +3,7 @@
 
 #include <map>
 
+#include "broken.h"
 #include "search/gain_heap.h"
 #include "search_support.h"
 
@@ -41,21 +42,18 @@ TEST(GainHeap, random_operations_agree_with_a_map)
     }
 }
 
-TEST(GainHeap, a_wrong_place_or_order_is_found)
+TEST(GainHeap, the_broken_rule_is_named)
 {
     GainHeap heap;
     open_gain_heap(&heap, 4);
     put_in_heap(&heap, 0, 5);
     put_in_heap(&heap, 1, 3);
     put_in_heap(&heap, 2, 4);
-    ASSERT_TRUE(gain_heap_ok(&heap, 4));
-    heap.nodes[1].gain = 6; // G2
-    EXPECT_FALSE(gain_heap_ok(&heap, 4));
-    heap.nodes[1].gain = 3;
-    heap.place[3] = 1; // G1
-    EXPECT_FALSE(gain_heap_ok(&heap, 4));
-    heap.place[3] = -1;
-    EXPECT_TRUE(gain_heap_ok(&heap, 4));
+    const auto ok = [&] { return gain_heap_ok(&heap, 4); };
+    ASSERT_EQ(broken_rule(ok), "");
+    EXPECT_EQ(broken_by(heap.place[3], 1, ok), "G1");
+    EXPECT_EQ(broken_by(heap.place[0], -1, ok), "G1");
+    EXPECT_EQ(broken_by(heap.nodes[1].gain, 6, ok), "G2");
     close_gain_heap(&heap);
 }
 

@@ -1,6 +1,7 @@
 /* search/tests/kway_fm_test.cpp: gain rows, local refinement, rebalancing, packing. */
 #include <gtest/gtest.h>
 
+#include "broken.h"
 #include "search/kway_fm.h"
 #include "search/rebalance.h"
 #include "search_support.h"
@@ -59,19 +60,16 @@ TEST(GainCache, rows_follow_random_moves)
     }
 }
 
-TEST(GainCache, a_wrong_gain_or_owner_is_found)
+TEST(GainCache, the_broken_rule_is_named)
 {
     RandomCase c(2);
     GainCache *const cache = &c.work.cache;
     const int row = row_of(cache, &c.parts, 0);
-    ASSERT_TRUE(gain_cache_ok(cache, &c.parts));
-    cache->base[row]++; // C2
-    EXPECT_FALSE(gain_cache_ok(cache, &c.parts));
-    cache->base[row]--;
-    cache->row[1] = row; // C1
-    EXPECT_FALSE(gain_cache_ok(cache, &c.parts));
-    cache->row[1] = -1;
-    EXPECT_TRUE(gain_cache_ok(cache, &c.parts));
+    const auto ok = [&] { return gain_cache_ok(cache, &c.parts); };
+    ASSERT_EQ(broken_rule(ok), "");
+    EXPECT_EQ(broken_by(cache->row[1], row, ok), "C1");
+    EXPECT_EQ(broken_by(cache->row[1], cache->nrows, ok), "C1");
+    EXPECT_EQ(broken_by(cache->base[row], cache->base[row] + 1, ok), "C2");
 }
 
 TEST(KwayFm, never_makes_the_objective_or_the_excess_worse)

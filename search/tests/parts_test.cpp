@@ -1,6 +1,7 @@
 /* search/tests/parts_test.cpp: pin counts, moves and gains against fresh counts. */
 #include <gtest/gtest.h>
 
+#include "broken.h"
 #include "search_support.h"
 
 namespace
@@ -33,7 +34,7 @@ TEST(Parts, moves_keep_every_count_and_their_gains_are_the_falls_of_the_objectiv
     }
 }
 
-TEST(Parts, a_wrong_count_is_found)
+TEST(Parts, the_broken_rule_is_named)
 {
     std::mt19937 random(1);
     const HGraphPtr graph = random_hypergraph(random, 20, 40, 5, true);
@@ -41,20 +42,17 @@ TEST(Parts, a_wrong_count_is_found)
     Parts parts;
     open_parts(&parts, graph.get(), &bounds, Objective::km1, nullptr);
     load_parts(&parts, random_partition(random, 20, 3).data());
-    ASSERT_TRUE(parts_ok(&parts));
-    parts.value++;
-    EXPECT_FALSE(parts_ok(&parts));
-    parts.value--;
-    parts.weight[1]++;
-    EXPECT_FALSE(parts_ok(&parts));
-    parts.weight[1]--;
-    parts.counts[0].npins++;
-    EXPECT_FALSE(parts_ok(&parts));
-    parts.counts[0].npins--;
+    const auto ok = [&] { return parts_ok(&parts); };
+    ASSERT_EQ(broken_rule(ok), "");
+    EXPECT_EQ(broken_by(parts.part[7], 3, ok), "P1");
+    EXPECT_EQ(broken_by(parts.part[7], -1, ok), "P1");
+    EXPECT_EQ(broken_by(parts.weight[1], parts.weight[1] + 1, ok), "P2");
+    EXPECT_EQ(broken_by(parts.counts[0].npins, parts.counts[0].npins + 1, ok), "P3");
+    EXPECT_EQ(broken_by(parts.touched[5], parts.touched[5] + 1, ok), "P3");
+    EXPECT_EQ(broken_by(parts.value, parts.value + 1, ok), "P4");
     std::vector<int> fixed(20, -1);
     fixed[4] = (parts.part[4] + 1) % 3;
-    parts.fixed = fixed.data();
-    EXPECT_FALSE(parts_ok(&parts));
+    EXPECT_EQ(broken_by(parts.fixed, fixed.data(), ok), "P5");
     close_parts(&parts);
 }
 

@@ -1,6 +1,7 @@
 /* search/tests/search_test.cpp: overlays, reductions and whole searches, against brute force. */
 #include <gtest/gtest.h>
 
+#include "broken.h"
 #include "search/overlay.h"
 #include "search/search.h"
 #include "search_support.h"
@@ -45,6 +46,26 @@ struct FlatCase {
     HGraphPtr graph;
     FlatHypergraph flat;
 };
+
+TEST(Reduction, the_broken_rule_is_named)
+{
+    FlatCase c(3);
+    std::vector<int> fixed(static_cast<size_t>(c.n), -1);
+    fixed[0] = 1;
+    const Constraints constraints = {fixed.data(), nullptr};
+    Reduction reduction;
+    open_reduction(&reduction, &c.flat, &constraints, 2);
+    const auto ok = [&] { return reduction_ok(&reduction, &c.flat, 2); };
+    ASSERT_EQ(broken_rule(ok), "");
+    const int first = reduction.graph->incptr[2];
+    EXPECT_EQ(broken_by(reduction.cluster[0], reduction.nclusters, ok), "R1");
+    EXPECT_EQ(broken_by(reduction.fixed[1], 0, ok), "R2");
+    EXPECT_EQ(broken_by(reduction.fixed[2], 0, ok), "R2");
+    EXPECT_EQ(broken_by(reduction.graph->incptr[2], reduction.graph->incptr[3], ok), "R3");
+    EXPECT_EQ(broken_by(reduction.weight[2], reduction.weight[2] + 1, ok), "R4");
+    EXPECT_EQ(first, reduction.graph->incptr[2]);
+    close_reduction(&reduction);
+}
 
 TEST(Reduction, partitions_of_clusters_cost_what_they_cost_on_the_whole)
 {

@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""Checks the order of the engine's sources.
+"""Checks the order of the sources of the engine and of the search.
 
 usage: sources_test.py --compiler CXX --nm NM --library LIBZORPEL_A [--heavy]
 
-Folders of src/ include only folders below them, every header compiles alone, invariants have numbers
-that are documented, tested for and named by a test, asserts are as dense as the style asks for, and
-the release library contains none of the predicates. A source opens with what it does and how. File
-names are unique in the whole tree.
+Folders of src/ include only folders below them, whose sources open with what they do and how; in
+src/ and in search/ every header compiles alone, invariants have numbers that are documented, tested
+for and named by a test, and asserts are as dense as the style asks for; the release library contains
+none of the predicates. File names are unique in the whole tree.
 """
 import argparse
 import concurrent.futures
@@ -17,6 +17,8 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 SRC = ROOT / "src"
+SEARCH = ROOT / "search"
+TESTS = {SRC: ROOT / "tests", SEARCH: SEARCH / "tests"}  # of each library
 # From the bottom to the top; docs/ARCHITECTURE.md has the same list.
 ORDER = ["core", "coarsen", "refine", "kway", "partition", "io", "driver", "spare"]
 LEAST_ASSERTS = 40  # a thousand lines
@@ -27,8 +29,9 @@ TESTED = re.compile(r'"([A-Z][0-9])"')
 PREDICATE = re.compile(r"\b\w+_ok\b")
 
 
-def sources():
-    return sorted([*SRC.rglob("*.cpp"), *SRC.rglob("*.h")])
+def sources(library=SRC):
+    files = [*library.rglob("*.cpp"), *library.rglob("*.h")]
+    return sorted(path for path in files if path.parent != TESTS[library])
 
 
 def wrong_includes():
@@ -71,11 +74,11 @@ def repeated_names():
 
 def wrong_headers(compiler):
     """Headers that do not compile alone. driver/ includes a generated header, in sources only."""
-    headers = [path for path in sources() if path.suffix == ".h"]
+    headers = [path for path in [*sources(), *sources(SEARCH)] if path.suffix == ".h"]
 
     def compile_alone(header):
         command = [compiler, "-std=c++20", "-fsyntax-only", "-x", "c++", "-Wall", "-Wextra"]
-        command += [f"-I{SRC}", f"-I{ROOT / 'include'}", "-Wno-pragma-once-outside-header"]
+        command += [f"-I{SRC}", f"-I{ROOT}", f"-I{ROOT / 'include'}", "-Wno-pragma-once-outside-header"]
         if "clang" not in pathlib.Path(compiler).name:
             command.pop()
         ended = subprocess.run([*command, str(header)], capture_output=True, text=True)
@@ -87,9 +90,9 @@ def wrong_headers(compiler):
                 yield f"{header.relative_to(ROOT)} does not compile alone:\n{errors}"
 
 
-def wrong_rules():
-    text = "".join(path.read_text() for path in sources())
-    tests = "".join(path.read_text() for path in (ROOT / "tests").rglob("*.cpp"))
+def wrong_rules(library):
+    text = "".join(path.read_text() for path in sources(library))
+    tests = "".join(path.read_text() for path in TESTS[library].rglob("*.cpp"))
     held, documented = set(RULE.findall(text)), DOCUMENTED.findall(text)
     for rule in sorted({rule for rule in documented if documented.count(rule) > 1}):
         yield f"{rule} names two invariants"
@@ -109,13 +112,13 @@ def short_openings():
             yield f"{path.relative_to(ROOT)} does not open with what it does and how"
 
 
-def thin_asserts():
-    text = "".join(path.read_text() for path in sources())
+def thin_asserts(library):
+    text = "".join(path.read_text() for path in sources(library))
     nlines = text.count("\n")
     nasserts = len(re.findall(r"\b(?:static_)?assert\(|\bHEAVY_ASSERT\(|\bHOLDS\(", text))
-    print(f"{nasserts} asserts in {nlines} lines")
+    print(f"{library.name}: {nasserts} asserts in {nlines} lines")
     if nasserts * 1000 < LEAST_ASSERTS * nlines:
-        yield f"{nasserts} asserts in {nlines} lines are fewer than {LEAST_ASSERTS} a thousand"
+        yield f"{library.name}: fewer than {LEAST_ASSERTS} asserts a thousand lines"
 
 
 def shipped_predicates(nm, library):
@@ -133,8 +136,9 @@ def main():
     parser.add_argument("--library", dest="archive", required=True)
     parser.add_argument("--heavy", action="store_true", help="the library has heavy asserts")
     options = parser.parse_args()
-    wrong = [*wrong_includes(), *repeated_names(), *wrong_rules(), *thin_asserts()]
-    wrong += short_openings()
+    wrong = [*wrong_includes(), *repeated_names(), *short_openings()]
+    for library in TESTS:
+        wrong += [*wrong_rules(library), *thin_asserts(library)]
     wrong += wrong_headers(options.compiler)
     if not options.heavy:
         wrong += shipped_predicates(options.nm, options.archive)
