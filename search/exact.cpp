@@ -13,8 +13,8 @@
 #include "core/memory.h"
 
 /* Where the search stands.
- *   E1  parts of e holds the parts that the placed vertices of e lie in
- *   E2  weight[p] is the weight of the placed vertices in p; free is that of all others
+ *   parts of e holds the parts that the placed vertices of e lie in
+ *   weight[p] is the weight of the placed vertices in p; free is that of all others
  */
 struct Exact {
     const HGraph *graph;
@@ -52,7 +52,7 @@ static void place(Exact *exact, int depth, int64_t cost, bool *used)
 {
     const HGraph *const graph = exact->graph;
     assert(depth <= graph->ncells && (depth == 0 || cost < exact->best));
-    assert(exact->free >= 0); // E2
+    assert(exact->free >= 0);
     if (depth == graph->ncells) {
         if (!can_reach_least(exact)) return;
         exact->best = cost;
@@ -86,7 +86,7 @@ static void place(Exact *exact, int depth, int64_t cost, bool *used)
         if (more < exact->best && can_reach_least(exact)) place(exact, depth + 1, more, used);
         exact->free += w;
         exact->weight[p] -= w;
-        assert(exact->weight[p] >= 0); // E2
+        assert(exact->weight[p] >= 0);
         used[p] = was_used;
         for (int i = 0; i < degree; i++)
             exact->parts[graph->incind[graph->incptr[v] + i]] = before[i];

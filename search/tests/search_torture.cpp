@@ -151,7 +151,11 @@ static Found search_once(const SearchCase &c, const Turn &turn, Seen *seen, Ints
     const Bounds bounds = c.bounds();
     const Constraints constraints = c.constraints();
     Watch watch = {&c, seen, turn.cancel_after, 0};
-    Crew crew = {start_thread, await_thread, {turn.threads - 1}, false, 1};
+    Crew crew = {};
+    crew.start = start_thread;
+    crew.await = await_thread;
+    crew.idle = turn.threads - 1;
+    crew.least_pins = 1;
     int done = 0;
     SearchOptions options = {};
     options.schedule = turn.schedule;
