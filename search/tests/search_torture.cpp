@@ -154,7 +154,8 @@ static Found search_once(const SearchCase &c, const Turn &turn, Seen *seen, Ints
     Crew crew = {};
     crew.start = start_thread;
     crew.await = await_thread;
-    crew.idle = turn.threads - 1;
+    crew.others = turn.threads - 1;
+    crew.idle = crew.others;
     crew.least_pins = 1;
     int done = 0;
     SearchOptions options = {};
