@@ -128,6 +128,13 @@ static const char *judgement_text(Judgement judgement)
 
 static void print_summary(const Lint &lint)
 {
+    if (lint.graph.provenance.format != format_rows()[0].name) {
+        printf("%lld error%s, %lld warning%s, %lld note%s; zorpelx convert writes the hypergraph "
+               "for zorpel\n",
+               ll(found_errors(lint)), ending(found_errors(lint)), ll(found(lint, WARNING)),
+               ending(found(lint, WARNING)), ll(found(lint, NOTE)), ending(found(lint, NOTE)));
+        return;
+    }
     const int64_t errors = found_errors(lint), warnings = found(lint, WARNING),
                   notes = found(lint, NOTE);
     printf("%lld error%s, %lld warning%s, %lld note%s; zorpel %s the hypergraph\n", ll(errors),
@@ -193,14 +200,15 @@ static void print_limits(const PartRanges &limits, int64_t total)
                                                  : "");
 }
 
-static void print_heavy(const std::vector<int64_t> &weights, int64_t first)
+static void print_heavy(const Hypergraph &graph, int64_t first)
 {
+    const std::vector<int64_t> &weights = graph.vertexwgt;
     const std::vector<int64_t> heavy = heavy_vertices(weights);
     if (heavy.empty()) return;
     printf("\n  Vertices heavier than a fiftieth of all, which are never merged: %zu\n",
            heavy.size());
     for (size_t i = 0; i < heavy.size() && i < MOST_HEAVY; i++)
-        printf("    vertex %lld weighs %lld\n", ll(heavy[i] + first),
+        printf("    vertex %s weighs %lld\n", escaped(vertex_label(graph, heavy[i], first)).c_str(),
                ll(weights[static_cast<size_t>(heavy[i])]));
     if (heavy.size() > MOST_HEAVY) puts("    ...");
 }
@@ -224,7 +232,7 @@ static void print_advice(const Settings &settings, const Lint &lint, const Advic
     print_limits(advice.limits, total);
     printf("  the heaviest part can be %.2f %% above the average\n",
            worst_excess(advice.limits, total));
-    print_heavy(lint.graph.vertexwgt, first_vertex(settings));
+    print_heavy(lint.graph, first_vertex(settings));
     if (was_given(settings, &Settings::epsilon))
         printf("\n  %s\n", keep_text(settings, total).c_str());
     printf("\n  %s: %s\n", verdict_name(advice.verdict), advice.reason.c_str());

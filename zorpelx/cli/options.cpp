@@ -208,7 +208,7 @@ const std::vector<OptionRow> OPTIONS = {
      "with --start: price of each unit of weight that moves to another part"},
     {PARTITION, "--together", "FILE", &Settings::together, "", 0, 0, nullptr,
      "file with a number for each vertex: vertices of equal numbers from 0 stay in one part, -1 "
-     "leaves one free"},
+     "leaves one free; or patterns of names, such as 'u_core/*=0,u_io/*=1'"},
     {PARTITION, "--time", "SECONDS", &Settings::time, "0", 0, 1000000000, nullptr,
      "search for so long, reading included, and deliver the best; otherwise as much is done as the "
      "preset says, the same on every machine"},

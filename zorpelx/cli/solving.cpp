@@ -13,6 +13,7 @@
 #include <cstring>
 
 #include "advice.h"
+#include "byname.h"
 #include "input.h"
 #include "progress.h"
 
@@ -150,14 +151,12 @@ Problem read_problem(const Settings &settings)
     if (problem.graph.pins.size() > INT_MAX)
         fail(STATUS_BAD_INPUT, "%s: more than %d vertex entries",
              shown_name(settings.hypergraph).c_str(), INT_MAX);
-    if (!settings.fix.empty()) problem.fix = read_fix(settings, nvertices, settings.nparts);
+    problem.fix = fixed_vertices(settings, problem.graph, settings.nparts);
     problem.capacities = read_capacities(settings);
     if (!settings.start.empty())
         problem.start =
             narrowed(read_vertex_numbers(settings, settings.start, nvertices, 0, settings.nparts));
-    if (!settings.together.empty())
-        problem.groups =
-            dense_groups(read_vertex_numbers(settings, settings.together, nvertices, -1, INT_MAX));
+    problem.groups = dense_groups(vertex_groups(settings, problem.graph));
     narrow_arrays(&problem);
     return problem;
 }

@@ -4,6 +4,7 @@
 
 #include "advice.h"
 #include "commands.h"
+#include "escaped.h"
 #include "hypergraph.h"
 #include "input.h"
 #include "json.h"
@@ -55,8 +56,9 @@ static void print_heavy(const Stats &stats, int64_t first)
            stats.heavy.size());
     for (size_t i = 0; i < stats.heavy.size() && i < 10; i++) {
         const int64_t weight = weights[static_cast<size_t>(stats.heavy[i])];
-        printf("    vertex %lld weighs %lld, %.2f %% of all\n", ll(stats.heavy[i] + first),
-               ll(weight), 100 * static_cast<double>(weight) / static_cast<double>(total));
+        printf("    vertex %s weighs %lld, %.2f %% of all\n",
+               escaped(vertex_label(stats.graph, stats.heavy[i], first)).c_str(), ll(weight),
+               100 * static_cast<double>(weight) / static_cast<double>(total));
     }
     if (stats.heavy.size() > 10) puts("    ...");
 }
@@ -98,9 +100,12 @@ static Json spread_json(const Spread &spread)
 static Json heavy_json(const Stats &stats, int64_t first)
 {
     Json heavy = Json::array();
-    for (const int64_t v : stats.heavy)
+    for (const int64_t v : stats.heavy) {
         heavy.push_back(
             {{"vertex", v + first}, {"weight", stats.graph.vertexwgt[static_cast<size_t>(v)]}});
+        if (has_vertex_labels(stats.graph))
+            heavy.back()["name"] = vertex_label(stats.graph, v, first);
+    }
     return heavy;
 }
 

@@ -5,7 +5,9 @@
 
 #include "bounds.h"
 #include "claims.h"
+#include "byname.h"
 #include "commands.h"
+#include "escaped.h"
 #include "figures.h"
 #include "hypergraph.h"
 #include "input.h"
@@ -41,8 +43,10 @@ static Claim check_report(const Settings &settings, const std::string &report,
     return {"report", true, text_of("%zu bytes are what zorpel prints", report.size())};
 }
 
-static Claim check_fix(const std::vector<int64_t> &part, const std::vector<int64_t> &fix)
+static Claim check_fix(const Settings &settings, const Verified &verified,
+                       const std::vector<int64_t> &fix)
 {
+    const std::vector<int64_t> &part = verified.part;
     int64_t nfixed = 0, nwrong = 0, first = 0;
     for (size_t v = 0; v < fix.size(); v++) {
         if (fix[v] < 0) continue;
@@ -53,10 +57,11 @@ static Claim check_fix(const std::vector<int64_t> &part, const std::vector<int64
     if (nwrong == 0)
         return {"fixed", true, text_of("%lld vertices are where they are fixed", ll(nfixed))};
     return {"fixed", false,
-            text_of("%lld of %lld fixed vertices are elsewhere; the first is vertex %lld, in part "
+            text_of("%lld of %lld fixed vertices are elsewhere; the first is vertex %s, in part "
                     "%lld instead of %lld",
-                    ll(nwrong), ll(nfixed), ll(first + 1), ll(part[static_cast<size_t>(first)]),
-                    ll(fix[static_cast<size_t>(first)]))};
+                    ll(nwrong), ll(nfixed),
+                    vertex_label(verified.graph, first, first_vertex(settings)).c_str(),
+                    ll(part[static_cast<size_t>(first)]), ll(fix[static_cast<size_t>(first)]))};
 }
 
 static Claim check_balance(const Settings &settings, const Verified &verified)
@@ -147,9 +152,8 @@ static Verified verify_files(const Settings &settings)
     const int64_t nparts = count_parts(settings, report);
     check_parts(settings, verified.part, nparts);
     verified.figures = figures_of(verified.graph, verified.part, nparts);
-    if (!settings.fix.empty())
-        verified.claims.push_back(
-            check_fix(verified.part, read_fix(settings, verified.graph.nvertices, nparts)));
+    const std::vector<int64_t> fix = fixed_vertices(settings, verified.graph, nparts);
+    if (!fix.empty()) verified.claims.push_back(check_fix(settings, verified, fix));
     if (was_given(settings, &Settings::expect))
         verified.claims.push_back(check_cut(settings.expect, verified.figures.cut));
     if (was_given(settings, &Settings::ubfactor))
@@ -215,11 +219,13 @@ static void print_figures(const Verified &verified)
 
 static void print_cut(const Verified &verified)
 {
-    printf("\n  cut hyperedge     weight   vertices  parts\n");
+    const bool named = has_net_labels(verified.graph);
+    printf("\n  cut hyperedge     weight   vertices  parts%s\n", named ? "  name" : "");
     for (const int64_t e : cut_hyperedges(verified.graph, verified.part))
-        printf("  %13lld %10lld %10lld %6lld\n", ll(e + 1),
+        printf("  %13lld %10lld %10lld %6lld%s%s\n", ll(e + 1),
                ll(verified.graph.netwgt[static_cast<size_t>(e)]), ll(net_size(verified.graph, e)),
-               ll(parts_of_net(verified.graph, verified.part, e)));
+               ll(parts_of_net(verified.graph, verified.part, e)), named ? "  " : "",
+               named ? escaped(net_label(verified.graph, e)).c_str() : "");
 }
 
 static void print_text(const Settings &settings, const Verified &verified)
@@ -254,11 +260,13 @@ static Json parts_json(const Figures &figures)
 static Json cut_json(const Verified &verified)
 {
     Json list = Json::array();
-    for (const int64_t e : cut_hyperedges(verified.graph, verified.part))
+    for (const int64_t e : cut_hyperedges(verified.graph, verified.part)) {
         list.push_back({{"hyperedge", e + 1},
                         {"weight", verified.graph.netwgt[static_cast<size_t>(e)]},
                         {"vertices", net_size(verified.graph, e)},
                         {"parts", parts_of_net(verified.graph, verified.part, e)}});
+        if (has_net_labels(verified.graph)) list.back()["name"] = net_label(verified.graph, e);
+    }
     return list;
 }
 

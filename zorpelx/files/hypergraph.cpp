@@ -37,6 +37,17 @@ std::string net_label(const Hypergraph &graph, int64_t e)
                    static_cast<long long>((row ? e : e - from.nrows) + 1));
 }
 
+bool has_vertex_labels(const Hypergraph &graph)
+{
+    const Provenance &from = graph.provenance;
+    return count_names(graph.vertexnames) > 0 || !from.row.empty() || from.model == "literal";
+}
+
+bool has_net_labels(const Hypergraph &graph)
+{
+    return count_names(graph.netnames) > 0 || !graph.provenance.row.empty();
+}
+
 static bool pins_ok(const Hypergraph &graph)
 {
     std::vector<int64_t> last(static_cast<size_t>(graph.nvertices), -1);

@@ -48,6 +48,10 @@ int64_t total_weight(const std::vector<int64_t> &weights);
 std::string vertex_label(const Hypergraph &graph, int64_t v, int64_t first);
 std::string net_label(const Hypergraph &graph, int64_t e);
 
+/* Whether they are called anything but their numbers. */
+bool has_vertex_labels(const Hypergraph &graph);
+bool has_net_labels(const Hypergraph &graph);
+
 /* H1 to H4 hold, and no number is out of range. */
 bool hypergraph_ok(const Hypergraph &graph);
 

@@ -389,6 +389,63 @@ class Conversions(Formats):
         self.assertIn("2 pins", done.stdout)
 
 
+class ByName(Formats):
+    TABLE = (
+        "hyperedge,vertex\nclk,u_core/1\nclk,u_core/2\nd,u_io\nd,u_core/2\ne,u_io\ne,x=y\n"
+        'f,"a,b"\nf,x=y\n'
+    )
+
+    def parts(self, *words):
+        """{vertex: part} of a partition made with such options."""
+        self.run_ok("partition", "a.csv", "-k", 2, "-o", "p", "-e", 99, "-q", *words)
+        table = csv.DictReader(io.StringIO(self.run_ok("annotate", "a.csv", "p").stdout))
+        return {row["vertex"]: int(row["part"]) for row in table}
+
+    def test_vertices_are_fixed_by_patterns(self):
+        self.file("a.csv", self.TABLE)
+        for core, other in ((0, 1), (1, 0)):
+            parts = self.parts("--fix", f"u_core/*={core},u_io={other},a\\,?={core},x=*={other}")
+            self.assertEqual({parts["u_core/1"], parts["u_core/2"], parts["a,b"]}, {core})
+            self.assertEqual({parts["u_io"], parts["x=y"]}, {other})
+            done = self.call("verify", "a.csv", "p", f"u_[!c]*={core}", "-k", 2)
+            self.assertIn("the first is vertex u_io, in part", done.stdout)
+        for sentence, word in [
+            ("no vertex has a name like 'zz*'", "zz*=1"),
+            ("'x=y' is not PATTERN=NUMBER", "x=y"),
+            ("the number should be between -1 and 1", "u*=2"),
+        ]:
+            self.fails(2, sentence, "partition", "a.csv", "-k", 2, "--fix", word)
+
+    def test_groups_by_patterns(self):
+        self.file("a.csv", self.TABLE)
+        parts = self.parts("--together", "u_core/1=0,a*=0,u_core/2=1,x*=1")
+        self.assertEqual(parts["u_core/1"], parts["a,b"])
+        self.assertEqual(parts["u_core/2"], parts["x=y"])
+
+    def test_what_the_file_fixes_is_fixed(self):
+        rows = ["hyperedge,vertex,fixed,group"]
+        rows += [f"n{i},v{j},{(i + j) % 2 if j < 3 else ''},{5 if j > 5 else ''}"
+                 for i in range(0, 9, 2) for j in range(9)]
+        self.file("a.csv", "\n".join(rows) + "\n")
+        parts = self.parts()
+        self.assertEqual([parts[f"v{j}"] for j in range(3)], [0, 1, 0])
+        self.assertEqual(len({parts[f"v{j}"] for j in (6, 7, 8)}), 1)
+        self.file("b.csv", "hyperedge,vertex,fixed\na,b,7\na,c,\n")
+        self.fails(3, "vertex b is fixed to part 7 of 2", "partition", "b.csv", "-k", 2)
+
+    def test_lists_speak_in_names(self):
+        self.file("a.csv", self.TABLE)
+        self.file("p", "0\n1\n1\n1\n1\n")
+        done = self.run_ok("verify", "a.csv", "p", "-k", 2, "--list-cut")
+        self.assertRegex(done.stdout, r"\n +1 +1 +2 +2  clk\n")
+        answer = self.json_of("verify", "a.csv", "p", "-k", 2, "--list-cut", "--format", "json")
+        self.assertEqual([net["name"] for net in answer["cut_list"]], ["clk"])
+        self.file("b.csv", "hyperedge,vertex,area\nn,big,90\nn,small,1\n")
+        self.assertIn("vertex big weighs 90", self.run_ok("stats", "b.csv").stdout)
+        self.assertEqual(self.stats("b.csv")["heavy_vertices"][0]["name"], "big")
+        self.assertIn("vertex big weighs 90", self.call("lint", "b.csv", "-k", 2).stdout)
+
+
 class Caps(Formats):
     def test_numbers_in_a_file_take_no_memory_by_themselves(self):
         head = "%%MatrixMarket matrix coordinate pattern general\n"

@@ -8,7 +8,9 @@ import unittest
 
 from calls import EXAMPLES, Case, unfolded
 
-COMMANDS = ("partition", "verify", "lint", "stats", "replay", "sweep", "compare", "explain")
+COMMANDS = (
+    "partition", "verify", "lint", "stats", "replay", "convert", "annotate", "sweep", "compare", "explain"
+)
 
 
 class Table(Case):
