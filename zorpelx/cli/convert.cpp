@@ -172,7 +172,7 @@ static void print_annotated(const Settings &settings, const Hypergraph &graph, c
 Status run_annotate(const Settings &given)
 {
     Settings settings = given;
-    if (settings.output.empty()) settings.output = "-";
+    if (settings.output.empty()) settings.output.assign(1, '-');
     const std::vector<std::string> inputs = {settings.hypergraph, settings.partition};
     open_writer({settings.output}, inputs); // told before anything is read
     check_ending(settings);
