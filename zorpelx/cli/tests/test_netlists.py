@@ -431,7 +431,7 @@ class Netlists(Case):
             ("a.blif", ".model m\nhello\n", "a.blif:2:1: there should be a word with a dot"),
             ("a.blif", ".model m\n.exdc\n.names a\n", "a.blif:2:1: no .end follows"),
             ("a.hif", '{"incidences": [\n{"edge": 1}]}', 'a.hif:2:1: an incidence without a "node"'),
-            ("a.hif", '{"incidences": [}', "a.hif:1:17: there should be a value here"),
+            ("a.hif", '{"incidences": [}', "a.hif:1:17: there should be an object"),
             ("a.hif", '{"incidences": []} x', "a.hif:1:20: more text behind the end"),
             ("a.hif", '{"incidences": ["\\x"]}', "a.hif:1:17: there should be an object"),
         ]
@@ -449,4 +449,4 @@ class Netlists(Case):
         self.fails(3, "names a .nodes and a .nets file", "stats", "--from", "bookshelf", "a.aux")
         os.remove(self.folder / "a.nets")
         self.bookshelf(aux="a.nodes b.nets")
-        self.fails(4, "b.nets", "stats", "a.aux")
+        self.fails(5, "b.nets: No such file", "stats", "a.aux")
