@@ -343,6 +343,32 @@ const std::vector<OptionRow> OPTIONS = {
      "take warnings for errors"},
     {PARTITION | VERIFY | LINT | CONVERT | ANNOTATE | REPLAY | SWEEP, "-q,--quiet", "",
      &Settings::quiet, "", 0, 0, nullptr, "print nothing but errors and what was asked for"},
+    {CLUSTER_PARTITION, "--distributed", "", &Settings::distributed, "", 0, 0, nullptr,
+     "no rank holds the hypergraph as a whole: each reads its share, they cluster together until "
+     "what is left fits rank 0, and refine what comes of it together"},
+    {CLUSTER_PARTITION, "--fits", "PINS", &Settings::fits, "2000000", 1, 2147482624, nullptr,
+     "with --distributed: so many pins, and vertices, fit rank 0"},
+    {CLUSTER_PARTITION, "--gather", "", &Settings::gather, "", 0, 0, nullptr,
+     "with --distributed: rank 0 writes one partition file; otherwise each rank writes the slice of "
+     "its vertices, OUTPUT.slice-I-of-N"},
+    {CLUSTER_VERIFY | CLUSTER_CONVERT, "HYPERGRAPH", "FILE", &Settings::hypergraph, nullptr, 0, 0,
+     nullptr, "hypergraph file, plain .hgr or the binary form of convert"},
+    {CLUSTER_VERIFY, "PARTITION", "FILE", &Settings::partition, nullptr, 0, 0, nullptr,
+     "partition file: the part of each vertex"},
+    {CLUSTER_CONVERT, "OUTPUT", "FILE", &Settings::output, nullptr, 0, 0, nullptr,
+     "binary file to be written"},
+    {CLUSTER_VERIFY, "--distributed", "", &Settings::distributed, "", 0, 0, nullptr,
+     "no rank holds the hypergraph as a whole, which is so in any case"},
+    {CLUSTER_VERIFY, "-k,--nparts", "K", &Settings::nparts, "", 2, 1 << 24, nullptr,
+     "number of parts; otherwise the largest number in the partition file tells it"},
+    {CLUSTER_VERIFY, "-e,--epsilon", "PERCENT", &Settings::epsilon, "", 0, 1000000000, nullptr,
+     "no part must weigh more than so much above the average, rounded up"},
+    {CLUSTER_VERIFY, "--expect", "CUT", &Settings::expect, "", 0, INT64_MAX, nullptr,
+     "the cut must be this"},
+    {CLUSTER_VERIFY, "--format", "FORMAT", &Settings::format, "text", 0, 0, TEXT_OR_JSON,
+     "form of the answer"},
+    {CLUSTER_VERIFY | CLUSTER_CONVERT, "--first", "NUMBER", &Settings::first, "1", 0, 1, nullptr,
+     "number of the first vertex in a text"},
 };
 
 int64_t first_vertex(const Settings &settings)

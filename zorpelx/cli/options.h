@@ -26,6 +26,8 @@ struct Settings {
     int64_t limit, top, seeds;
     bool quiet, strict, force, list_cut, notes, man;
     int64_t completion;
+    bool distributed, gather; // zorpelx-mpi
+    int64_t fits;
     std::vector<bool> given; // by row of the table: the command line has it
 };
 
@@ -44,7 +46,8 @@ enum Command {
 };
 
 /* Commands of zorpelx-mpi; its options are the rows of these and of the zorpelx command alike. */
-constexpr unsigned CLUSTER_PARTITION = 1u << 28, CLUSTER_VERIFY = 1u << 29;
+constexpr unsigned CLUSTER_PARTITION = 1u << 28, CLUSTER_VERIFY = 1u << 29,
+                   CLUSTER_CONVERT = 1u << 30;
 
 struct ProgramRow {
     const char *name, *summary;

@@ -1,0 +1,280 @@
+/* mpi/cluster_distributed.cpp: partition --distributed: files and options around divide(). */
+#include "cluster_distributed.h"
+
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+#include <unistd.h>
+
+#include "distributed/divide.h"
+#include "distributed/rate_moves.h"
+#include "distributed/read_share.h"
+#include "input.h"
+#include "json.h"
+#include "lib/crew.h"
+#include "output.h"
+#include "zorpelx.h"
+
+static long long ll(int64_t number)
+{
+    return number;
+}
+
+Status tell_fault(const Ranks *ranks, const std::string &name, const ShareFault &fault)
+{
+    if (ranks->rank == 0) tell(shown_name(name) + ": " + fault.text);
+    return fault.kind == FAULT_IO ? STATUS_IO : STATUS_BAD_INPUT;
+}
+
+int64_t peak_memory()
+{
+    FILE *const file = fopen("/proc/self/status", "r");
+    char line[256];
+    long long kib = 0;
+    while (file != nullptr && fgets(line, sizeof line, file) != nullptr)
+        if (sscanf(line, "VmHWM: %lld", &kib) == 1) break;
+    if (file != nullptr) fclose(file);
+    return kib * 1024;
+}
+
+/* Options that say nothing here would be obeyed by nobody. */
+static void refuse_options(const Settings &settings)
+{
+    const Field fields[] = {&Settings::start,    &Settings::keep_price, &Settings::together,
+                            &Settings::time,     &Settings::ubfactor,   &Settings::runs,
+                            &Settings::matching, &Settings::refine,     &Settings::vcycle,
+                            &Settings::reconst,  &Settings::polish,     &Settings::starts,
+                            &Settings::jobs,     &Settings::timeout,    &Settings::memory,
+                            &Settings::trace,    &Settings::capacities, &Settings::lines};
+    for (const Field &field : fields)
+        for (size_t i = 0; i < OPTIONS.size(); i++)
+            if (OPTIONS[i].field == field && settings.given[i])
+                fail(STATUS_USAGE, "%s does not go with --distributed",
+                     long_name(OPTIONS[i]).c_str());
+}
+
+/* What a run works on. */
+struct DistributedJob {
+    Settings settings;
+    Ranks ranks;
+    ShareHeader header;
+    Level level;
+    DivideOptions options;
+    std::unique_ptr<Crew> crew; // of rank 0
+    std::vector<int> part;
+    Divided divided;
+    std::vector<std::pair<std::string, double>> seconds; // by stage
+    std::string output;
+};
+
+static double now()
+{
+    return MPI_Wtime();
+}
+
+static Status read_files(DistributedJob *job)
+{
+    Ranks *const ranks = &job->ranks;
+    const Settings &settings = job->settings;
+    ShareFault fault = {};
+    LooseNets nets;
+    if (!read_hypergraph_share(ranks, settings.hypergraph.c_str(), settings.first, &job->header,
+                               &nets, &job->level, &fault))
+        return tell_fault(ranks, settings.hypergraph, fault);
+    if (!settings.fix.empty() &&
+        !read_vertex_numbers(ranks, settings.fix.c_str(), job->header.nvertices, -1,
+                             settings.nparts - 1, &job->level.fixed, &fault))
+        return tell_fault(ranks, settings.fix, fault);
+    const bool any = std::any_of(job->level.fixed.begin(), job->level.fixed.end(),
+                                 [](int part) { return part >= 0; });
+    if (most_of_all(ranks, any) == 0)
+        job->level.fixed.clear();
+    else
+        job->level.fixed.resize(job->level.weight.size(), -1);
+    open_level(ranks, &job->level, &nets);
+    return STATUS_OK;
+}
+
+static void set_goal(DistributedJob *job)
+{
+    static const Objective objectives[] = {Objective::cut, Objective::km1, Objective::soed};
+    const Settings &settings = job->settings;
+    Goal *const goal = &job->options.goal;
+    goal->nparts = static_cast<int>(settings.nparts);
+    goal->objective = objectives[settings.objective];
+    goal->most.resize(static_cast<size_t>(goal->nparts));
+    goal->least.resize(goal->most.size());
+    const double least = was_given(settings, &Settings::least) ? settings.least : -1;
+    if (zorpelx_part_bounds(goal->nparts, settings.epsilon, least, nullptr, job->level.totalweight,
+                            goal->least.data(), goal->most.data()) != ZORPELX_OK)
+        fail(STATUS_USAGE, "these bounds cannot be");
+}
+
+static void watch_level(const Ranks *ranks, const char *stage, int depth, const Level *level,
+                        int64_t value)
+{
+    if (ranks->rank != 0) return;
+    fprintf(stderr, "%8.2f s  %s level %d: %lld vertices, %lld hyperedges, %lld pins",
+            static_cast<double>(clock()) / CLOCKS_PER_SEC, stage, depth, ll(level->nvertices),
+            ll(level->nnets), ll(level->npins));
+    if (value > 0) fprintf(stderr, ", objective %lld", ll(value));
+    fputc('\n', stderr);
+}
+
+static void set_options(DistributedJob *job)
+{
+    const Settings &settings = job->settings;
+    int64_t seed = settings.seed >= 0 ? settings.seed : static_cast<int64_t>(time(nullptr));
+    tell_all(&job->ranks, &seed, sizeof seed);
+    const int threads = settings.threads > 0 ? static_cast<int>(settings.threads)
+                                             : static_cast<int>(sysconf(_SC_NPROCESSORS_ONLN));
+    if (job->ranks.rank == 0) job->crew.reset(new Crew(make_crew(threads, false)));
+    job->options.finishing = {static_cast<int>(settings.preset), static_cast<uint64_t>(seed),
+                              threads, job->crew.get()};
+    job->options.fits = settings.fits;
+    const bool shown = settings.progress == PROGRESS_ALWAYS ||
+                       (settings.progress == PROGRESS_AUTO && isatty(STDERR_FILENO));
+    job->options.watch = shown && !settings.quiet ? watch_level : nullptr;
+}
+
+/* "OUTPUT.slice-2-of-4" */
+static std::string slice_name(const DistributedJob &job)
+{
+    if (job.settings.gather) return job.ranks.rank == 0 ? job.output : "";
+    return text_of("%s.slice-%d-of-%d", job.output.c_str(), job.ranks.rank + 1, job.ranks.nranks);
+}
+
+static std::string part_lines(const std::vector<int> &part)
+{
+    std::string text;
+    for (const int p : part) text += std::to_string(p) + '\n';
+    return text;
+}
+
+/* With --gather all lines on rank 0. */
+static std::string gathered_lines(DistributedJob *job)
+{
+    std::string text = part_lines(job->part);
+    if (!job->settings.gather) return text;
+    Mail<char> mail;
+    mail.first.assign(static_cast<size_t>(job->ranks.nranks) + 1,
+                      static_cast<int64_t>(text.size()));
+    mail.first[0] = 0;
+    mail.records.assign(text.begin(), text.end());
+    exchange(&job->ranks, &mail);
+    return std::string(mail.records.begin(), mail.records.end());
+}
+
+static int64_t value_by(DistributedJob *job, Objective objective)
+{
+    Goal goal = job->options.goal;
+    Division division;
+    goal.objective = objective;
+    division.part = job->part;
+    load_division(&job->ranks, &job->level, &goal, &division);
+    return rate_moves(&job->ranks, &job->level, &goal, &division, nullptr, nullptr);
+}
+
+/* What each rank took and sent. Counted before the figures themselves are collected. */
+static Json ranks_json(DistributedJob *job, int64_t bytes, int64_t messages)
+{
+    const std::vector<int64_t> sent = list_all(&job->ranks, bytes),
+                               letters = list_all(&job->ranks, messages),
+                               peaks = list_all(&job->ranks, peak_memory()),
+                               pins = list_all(&job->ranks,
+                                               static_cast<int64_t>(job->level.netind.size())),
+                               owned = list_all(&job->ranks, nown_of(&job->level));
+    Json list = Json::array();
+    for (size_t r = 0; r < sent.size(); r++)
+        list.push_back({{"rank", r},
+                        {"vertices", owned[r]},
+                        {"pins", pins[r]},
+                        {"bytes_sent", sent[r]},
+                        {"messages_sent", letters[r]},
+                        {"peak_memory_bytes", peaks[r]}});
+    return list;
+}
+
+static Json report_json(DistributedJob *job)
+{
+    const int64_t bytes = job->ranks.bytes, messages = job->ranks.messages;
+    const Level &level = job->level;
+    Json seconds = Json::object();
+    for (const auto &[stage, time] : job->seconds) seconds[stage] = time;
+    const int64_t cut = value_by(job, Objective::cut), km1 = value_by(job, Objective::km1);
+    return {{"nvertices", job->header.nvertices},
+            {"nhyperedges", job->header.nnets},
+            {"npins", level.npins},
+            {"nparts", job->settings.nparts},
+            {"objective", choice_name(&Settings::objective, job->settings.objective)},
+            {"cut", cut},
+            {"km1", km1},
+            {"soed", cut + km1},
+            {"part_weights", job->divided.weight},
+            {"most", job->options.goal.most[0]},
+            {"excess", job->divided.excess},
+            {"levels", job->divided.levels},
+            {"seconds", seconds},
+            {"ranks", ranks_json(job, bytes, messages)}};
+}
+
+static Status finish(DistributedJob *job, const Writer &writer)
+{
+    const Json report = report_json(job);
+    const std::string lines = gathered_lines(job),
+                      json = job->settings.json.empty() ? "" : json_text(report);
+    const Status status = on_all_ranks(&job->ranks, [&] {
+        std::vector<std::string_view> contents = {lines};
+        contents.push_back(job->ranks.rank == 0 ? std::string_view(json) : std::string_view());
+        write_together(writer, contents);
+    });
+    if (status != STATUS_OK || job->ranks.rank != 0) return status;
+    if (!job->settings.quiet && !standard_output_taken(writer))
+        printf("cut %lld, km1 %lld, heaviest part %lld of %lld allowed; %d levels, %d ranks: %s\n",
+               ll(report["cut"].get<int64_t>()), ll(report["km1"].get<int64_t>()),
+               ll(*std::max_element(job->divided.weight.begin(), job->divided.weight.end())),
+               ll(job->options.goal.most[0]), job->divided.levels, job->ranks.nranks,
+               shown_output(job->settings.gather ? job->output : slice_name(*job)).c_str());
+    if (job->divided.excess > 0)
+        tell(text_of("no partition within the bounds was found; the parts are %lld outside in all",
+                     ll(job->divided.excess)));
+    return status;
+}
+
+static Status read_and_divide(DistributedJob *job)
+{
+    double start = now();
+    const auto lap = [&](const char *stage) {
+        job->seconds.push_back({stage, now() - start});
+        start = now();
+    };
+    const Status status = read_files(job);
+    if (status != STATUS_OK) return status;
+    lap("read");
+    set_goal(job);
+    set_options(job);
+    job->divided = divide(&job->ranks, &job->level, &job->options, &job->part);
+    lap("partition");
+    return STATUS_OK;
+}
+
+Status run_distributed_partition(const Settings &settings, MPI_Comm comm)
+{
+    refuse_options(settings);
+    DistributedJob job = {};
+    job.settings = settings;
+    job.ranks = ranks_of(comm);
+    job.output = !settings.output.empty()
+                     ? settings.output
+                     : text_of("%s.part.%lld", settings.hypergraph.c_str(), ll(settings.nparts));
+    Writer writer(nullptr, nullptr);
+    Status status = on_all_ranks(&job.ranks, [&] {
+        if (job.output == "-" && !settings.gather)
+            fail(STATUS_USAGE, "standard output takes the partition with --gather only");
+        writer = open_writer({slice_name(job), job.ranks.rank == 0 ? settings.json : ""},
+                             {settings.hypergraph, settings.fix});
+    });
+    if (status == STATUS_OK) status = read_and_divide(&job);
+    if (status == STATUS_OK) status = finish(&job, writer);
+    return status == STATUS_OK && job.divided.excess > 0 ? STATUS_INFEASIBLE : status;
+}

@@ -1,0 +1,120 @@
+/* mpi/distributed/gather_level.cpp: all of a level on one rank.
+ *
+ * Ranks hold vertices in the order of their numbers, and hyperedges in the order in which they were
+ * read or in that of their keys: put together by rank, the hypergraph is the same for any number of
+ * ranks.
+ */
+#include "distributed/gather_level.h"
+
+#include "search/search.h"
+
+constexpr int64_t MOST_COUNT = 2147482624, MOST_WEIGHT = 2147483646;
+
+/* All ranks' values on rank 0, in order; empty elsewhere. */
+template <class T> static std::vector<T> gather(Ranks *ranks, std::vector<T> values)
+{
+    Mail<T> mail;
+    mail.first.assign(static_cast<size_t>(ranks->nranks) + 1, static_cast<int64_t>(values.size()));
+    mail.first[0] = 0;
+    mail.records = std::move(values);
+    exchange(ranks, &mail);
+    return std::move(mail.records);
+}
+
+/* The largest number of bits to be dropped from each weight, so that all fit. */
+static int bits_to_drop(const std::vector<int64_t> &weights)
+{
+    for (int bits = 0;; bits++) {
+        int64_t sum = 0;
+        for (const int64_t weight : weights) sum += weight >> bits;
+        if (sum <= MOST_WEIGHT) return bits;
+    }
+}
+
+static std::vector<int> dropped(const std::vector<int64_t> &weights, int bits)
+{
+    std::vector<int> small(weights.size());
+    for (size_t i = 0; i < weights.size(); i++) small[i] = static_cast<int>(weights[i] >> bits);
+    return small;
+}
+
+/* A whole hypergraph. */
+struct Whole {
+    std::vector<int> eptr, eind;
+    std::vector<int64_t> vwgts, hewgts;
+    std::vector<int> fixed; // empty: all free
+};
+
+static Whole gather_whole(Ranks *ranks, const Level *level)
+{
+    Whole whole;
+    std::vector<int> list(level->netind.size());
+    for (size_t i = 0; i < list.size(); i++)
+        list[i] = static_cast<int>(level->ghost[static_cast<size_t>(level->netind[i])]);
+    whole.eind = gather(ranks, std::move(list));
+    list.resize(level->netweight.size());
+    for (size_t e = 0; e < list.size(); e++) list[e] = level->netptr[e + 1] - level->netptr[e];
+    whole.eptr = gather(ranks, std::move(list));
+    whole.eptr.insert(whole.eptr.begin(), 0);
+    for (size_t e = 1; e < whole.eptr.size(); e++) whole.eptr[e] += whole.eptr[e - 1];
+    whole.hewgts = gather(ranks, level->netweight);
+    whole.vwgts = gather(ranks, level->weight);
+    whole.fixed = gather(ranks, level->fixed);
+    return whole;
+}
+
+static std::vector<int> divide_whole(const Whole &whole, const Goal *goal,
+                                     const Finishing *finishing)
+{
+    const int vbits = bits_to_drop(whole.vwgts);
+    const std::vector<int> vwgts = dropped(whole.vwgts, vbits),
+                           hewgts = dropped(whole.hewgts, bits_to_drop(whole.hewgts));
+    std::vector<int64_t> most = goal->most, least = goal->least;
+    for (int64_t &bound : most) bound >>= vbits;
+    for (int64_t &bound : least) bound >>= vbits;
+    const FlatHypergraph flat = {static_cast<int>(vwgts.size()),
+                                 static_cast<int>(hewgts.size()),
+                                 whole.eptr.data(),
+                                 whole.eind.data(),
+                                 vwgts.data(),
+                                 hewgts.data()};
+    const Constraints constraints = {whole.fixed.empty() ? nullptr : whole.fixed.data(), nullptr};
+    const Bounds bounds = {goal->nparts, most.data(), least.data()};
+    SearchOptions options = {};
+    options.schedule = SCHEDULES[finishing->preset];
+    options.seed = finishing->seed;
+    options.threads = finishing->threads;
+    options.crew = finishing->crew;
+    std::vector<int> part(vwgts.size());
+    search_partition(&flat, &constraints, &bounds, goal->objective, &options, part.data());
+    return part;
+}
+
+/* Rank 0 gives each rank its own part of the values. */
+static std::vector<int> scatter(Ranks *ranks, const Level *level, std::vector<int> values)
+{
+    Mail<int> mail;
+    mail.first.assign(1, 0);
+    for (int r = 1; r <= ranks->nranks; r++)
+        mail.first.push_back(ranks->rank == 0 ? share_begin(ranks, level->nvertices, r) : 0);
+    mail.records = std::move(values);
+    exchange(ranks, &mail);
+    return std::move(mail.records);
+}
+
+void divide_gathered(Ranks *ranks, const Level *level, const Goal *goal, const Finishing *finishing,
+                     Division *division)
+{
+    if (std::max({level->nvertices, level->nnets, level->npins}) > MOST_COUNT)
+        give_up(ranks,
+                "what is left after clustering does not fit one rank: %lld vertices, %lld "
+                "pins",
+                static_cast<long long>(level->nvertices), static_cast<long long>(level->npins));
+    std::vector<int> part;
+    {
+        const Whole whole = gather_whole(ranks, level);
+        if (ranks->rank == 0) part = divide_whole(whole, goal, finishing);
+    }
+    division->part = scatter(ranks, level, std::move(part));
+    load_division(ranks, level, goal, division);
+}

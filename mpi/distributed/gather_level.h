@@ -1,0 +1,24 @@
+/* mpi/distributed/gather_level.h: a level that one rank can hold is partitioned there. */
+#ifndef ZORPEL_MPI_DISTRIBUTED_GATHER_LEVEL_H
+#define ZORPEL_MPI_DISTRIBUTED_GATHER_LEVEL_H
+
+#include "distributed/division.h"
+
+struct Crew;
+
+/* How the gathered level is partitioned. */
+struct Finishing {
+    int preset; // of the search's schedules
+    uint64_t seed;
+    int threads;
+    Crew *crew; // where threads come from; null: none
+};
+
+/* Gathers the level on rank 0, partitions it by the search, and gives every rank the parts of its
+ * vertices. Weights that total more than 2147483646 are divided by a power of two for the search,
+ * so that bounds may be missed by a little.
+ * Ends all ranks if the level has more than 2147482624 vertices, hyperedges or pins. */
+void divide_gathered(Ranks *ranks, const Level *level, const Goal *goal, const Finishing *finishing,
+                     Division *division);
+
+#endif
