@@ -45,7 +45,8 @@ static void refuse_options(const Settings &settings)
                             &Settings::matching, &Settings::refine,     &Settings::vcycle,
                             &Settings::reconst,  &Settings::polish,     &Settings::starts,
                             &Settings::jobs,     &Settings::timeout,    &Settings::memory,
-                            &Settings::trace,    &Settings::capacities, &Settings::lines};
+                            &Settings::trace,    &Settings::capacities, &Settings::lines,
+                            &Settings::from,     &Settings::model,      &Settings::record};
     for (const Field &field : fields)
         for (size_t i = 0; i < OPTIONS.size(); i++)
             if (OPTIONS[i].field == field && settings.given[i])

@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "distributed/ask.h"
+#include "distributed/bold_moves.h"
 #include "distributed/contract_ranks.h"
 #include "distributed/refine_ranks.h"
 
@@ -88,6 +89,7 @@ Divided divide(Ranks *ranks, Level *level, const DivideOptions *options, std::ve
         const Level *const at = levels.back().get();
         const uint64_t seed = lot(options->finishing.seed, levels.size(), 1);
         divided.excess = rebalance_level(ranks, at, &options->goal, seed, &division);
+        move_boldly(ranks, at, &options->goal, seed, &division);
         divided.value = refine_level(ranks, at, &options->goal, seed, &division);
         divided.weight = division.weight;
         watch(options, ranks, "refine", levels.size() - 1, at, divided.value);

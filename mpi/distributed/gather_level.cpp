@@ -8,7 +8,7 @@
 
 #include "search/search.h"
 
-constexpr int64_t MOST_COUNT = 2147482624, MOST_WEIGHT = 2147483646;
+constexpr int64_t MOST_COUNT = 2147482624;
 
 /* All ranks' values on rank 0, in order; empty elsewhere. */
 template <class T> static std::vector<T> gather(Ranks *ranks, std::vector<T> values)

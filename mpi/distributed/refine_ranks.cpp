@@ -6,9 +6,8 @@
  */
 #include "distributed/refine_ranks.h"
 
-#include <bit>
-
 #include "core/heavy_assert.h"
+#include "distributed/choose_part.h"
 #include "distributed/rate_moves.h"
 #include "distributed/select_moves.h"
 #include "distributed/senders.h"
@@ -16,91 +15,6 @@
 
 constexpr int ROUNDS = 6, TURNS = 4, REPEATS = 2;
 constexpr int REBALANCINGS = 60;
-constexpr uint32_t WORST_CLASS = 255;
-
-/* Half-octaves: 0, 1, 2, 3, then two to each doubling. */
-static uint32_t half_octave(uint64_t value)
-{
-    if (value < 2) return static_cast<uint32_t>(value);
-    const int top = static_cast<int>(std::bit_width(value)) - 1;
-    return static_cast<uint32_t>(2 * top + static_cast<int>(value >> (top - 1) & 1));
-}
-
-/* A key: the class first, then a lot. */
-static uint32_t key_of(uint32_t order, uint64_t seed, int64_t vertex)
-{
-    assert(order <= WORST_CLASS);
-    return order << 24 | static_cast<uint32_t>(lot(seed, static_cast<uint64_t>(vertex), 1) >> 40);
-}
-
-/* A part and the gain of moving there. */
-struct Choice {
-    int part;
-    int64_t gain;
-};
-
-/* What a vertex's choice is made from.
- *   roomiest, second  the parts with most room
- */
-struct Chooser {
-    const Level *level;
-    const Goal *goal;
-    const Division *division;
-    std::vector<int64_t> room; // [nparts]
-    int roomiest, second;
-};
-
-static Chooser open_chooser(const Level *level, const Goal *goal, const Division *division)
-{
-    Chooser chooser = {level, goal, division, {}, -1, -1};
-    for (int p = 0; p < goal->nparts; p++) {
-        const size_t place = static_cast<size_t>(p);
-        chooser.room.push_back(goal->most[place] - division->weight[place]);
-        const auto roomier = [&](int q) {
-            return q < 0 || chooser.room[place] > chooser.room[static_cast<size_t>(q)];
-        };
-        if (roomier(chooser.roomiest)) {
-            chooser.second = chooser.roomiest;
-            chooser.roomiest = p;
-        } else if (roomier(chooser.second)) {
-            chooser.second = p;
-        }
-    }
-    return chooser;
-}
-
-/* The best part for own vertex v that has room for it; tally holds the shares by part + 1. */
-static Choice choose_part(const Chooser *chooser, size_t v, const Tally *tally)
-{
-    const int from = chooser->division->part[v];
-    int64_t any = -cost_of(chooser->goal->objective, 2) * chooser->level->incident[v];
-    for (const int place : tally->taken)
-        if (tally->keys[static_cast<size_t>(place)] == 0)
-            any += tally->sums[static_cast<size_t>(place)];
-    Choice best = {from == chooser->roomiest ? chooser->second : chooser->roomiest, any};
-    const int64_t weight = chooser->level->weight[v];
-    bool fits = best.part >= 0 && chooser->room[static_cast<size_t>(best.part)] >= weight;
-    for (const int i : tally->taken) {
-        const size_t place = static_cast<size_t>(i);
-        const int p = static_cast<int>(tally->keys[place]) - 1;
-        if (p < 0 || p == from || chooser->room[static_cast<size_t>(p)] < weight) continue;
-        const int64_t gain = any + tally->sums[place];
-        if (fits && gain < best.gain) continue;
-        if (fits && gain == best.gain) {
-            const int64_t more = chooser->room[static_cast<size_t>(p)] -
-                                 chooser->room[static_cast<size_t>(best.part)];
-            if (more < 0 || (more == 0 && p >= best.part)) continue;
-        }
-        best = {p, gain};
-        fits = true;
-    }
-    return fits ? best : Choice{-1, 0};
-}
-
-static bool is_free(const Level *level, size_t v)
-{
-    return level->fixed.empty() || level->fixed[v] < 0;
-}
 
 /* The moves that better the objective. */
 static std::vector<Move> list_gains(const Chooser *chooser, uint64_t seed, const Mail<Share> &mail)

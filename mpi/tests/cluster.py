@@ -13,9 +13,10 @@ LOOPBACK = ["--oversubscribe", "--bind-to", "none", "--mca", "pml", "ob1",
             "--mca", "oob_tcp_if_include", "lo"]
 
 
-def mpirun(ranks, words, options=(), timeout=120, **more):
+def mpirun(ranks, words, options=(), timeout=120, wrapper=(), **more):
     """A finished run of zorpelx-mpi by so many ranks."""
-    return subprocess.run([MPIRUN, *LOOPBACK, *options, "-np", str(ranks), ZORPELX_MPI, *words],
+    return subprocess.run([MPIRUN, *LOOPBACK, *options, "-np", str(ranks), *wrapper,
+                           ZORPELX_MPI, *words],
                           stdin=subprocess.DEVNULL, capture_output=True, text=True,
                           timeout=timeout, check=False, **more)
 
