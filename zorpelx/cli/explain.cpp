@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "bounds.h"
+#include "byname.h"
 #include "commands.h"
 #include "duration.h"
 #include "escaped.h"
@@ -185,8 +186,7 @@ static Explained explain_files(const Settings &settings)
     Findings findings;
     explained.graph = read_hypergraph(settings, reading_of(settings), &findings);
     tell_warnings(settings.hypergraph, findings);
-    if (!settings.fix.empty())
-        explained.fix = read_fix(settings, explained.graph.nvertices, settings.nparts);
+    explained.fix = fixed_vertices(settings, explained.graph, settings.nparts);
     const int64_t total = total_weight(explained.graph.vertexwgt);
     const Bounds bounds = search_bounds(settings.nparts, settings.epsilon, -1, {}, total);
     explained.outlook = outlook_of(explained.graph, settings.nparts, bounds.most[0], explained.fix);

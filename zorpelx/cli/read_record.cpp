@@ -123,6 +123,7 @@ std::string file_of(const Record &record, const Json &recorded, const std::strin
 {
     if (!given.empty() || recorded.is_null()) return given;
     const std::string name = recorded["file"].get<std::string>();
+    if (name.empty()) return ""; // the hypergraph's file has it
     const std::string beside = folder_of(record.name) + last_component(name);
     return access(beside.c_str(), F_OK) == 0 ? beside : name;
 }

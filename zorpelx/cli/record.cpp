@@ -19,13 +19,13 @@ Json hypergraph_record(const std::string &file, const Hypergraph &graph)
 
 Json input_record(const std::string &file, const std::vector<int> &numbers)
 {
-    if (file.empty()) return nullptr;
+    if (numbers.empty()) return nullptr;
     return {{"file", file}, {"sha256", digest_of(numbers)}};
 }
 
 Json partition_record(const std::string &file, const std::vector<int> &part)
 {
-    return input_record(file, part);
+    return {{"file", file}, {"sha256", digest_of(part)}};
 }
 
 Json figures_record(const Figures &figures, bool valid, const Json &moved)

@@ -8,6 +8,7 @@
 #include <cstdlib>
 
 #include "bounds.h"
+#include "byname.h"
 #include "claims.h"
 #include "difference.h"
 #include "input.h"
@@ -142,7 +143,7 @@ static Json moved_weight(const Inputs &inputs, const Hypergraph &graph,
     return moved;
 }
 
-static Inputs read_inputs(const Settings &settings, const Record &record, int64_t nvertices,
+static Inputs read_inputs(const Settings &settings, const Record &record, const Hypergraph &graph,
                           int64_t nparts)
 {
     const Json &recorded = record.json["inputs"];
@@ -151,12 +152,11 @@ static Inputs read_inputs(const Settings &settings, const Record &record, int64_
     files.start = file_of(record, recorded["start"], settings.start);
     files.together = file_of(record, recorded["together"], settings.together);
     Inputs inputs;
-    if (!files.fix.empty()) inputs.fix = read_fix(files, nvertices, nparts);
+    inputs.fix = fixed_vertices(files, graph, nparts);
     if (!files.start.empty())
-        inputs.start = narrowed(read_vertex_numbers(files, files.start, nvertices, 0, nparts));
-    if (!files.together.empty())
-        inputs.groups =
-            dense_groups(read_vertex_numbers(files, files.together, nvertices, -1, INT_MAX));
+        inputs.start =
+            narrowed(read_vertex_numbers(files, files.start, graph.nvertices, 0, nparts));
+    inputs.groups = dense_groups(vertex_groups(files, graph));
     return inputs;
 }
 
@@ -188,7 +188,7 @@ std::vector<Claim> claims_of_record(const Settings &settings, const Record &reco
 {
     const Json &json = record.json;
     const Settings recorded = settings_of(record, settings);
-    const Inputs inputs = read_inputs(settings, record, graph.nvertices, figures.nparts);
+    const Inputs inputs = read_inputs(settings, record, graph, figures.nparts);
     std::vector<Claim> claims = {check_bytes(record)};
     claims.push_back(claim_same("hypergraph", json["hypergraph"], hypergraph_record("", graph),
                                 "it is the one of the run"));
