@@ -159,12 +159,11 @@ static bool take_field(TableScan *scan)
 /* The next row that is not blank; false at the end of the text. */
 static bool take_row(TableScan *scan)
 {
-    skip_space(&scan->walk);
-    if (scan->separator == '\t') { // blanks at the begin of a row may be separators
-        while (scan->walk.at > scan->walk.begin && is_walk_blank(scan->walk.at[-1]))
-            scan->walk.at--;
-    }
-    if (text_ended(scan->walk)) return false;
+    Walk *const walk = &scan->walk;
+    skip_space(walk);
+    if (text_ended(*walk)) return false;
+    if (scan->separator == '\t') // blanks at the begin of a row may be separators
+        while (walk->at > walk->begin && is_walk_blank(walk->at[-1])) walk->at--;
     scan->row.clear();
     while (take_field(scan)) continue;
     next_line(&scan->walk);

@@ -310,6 +310,11 @@ class Tables(Formats):
         self.file("c.csv", "e;v\nf;v\nf;w\n")
         self.assertEqual(self.nets("c.csv"), {"e": {"v"}, "f": {"v", "w"}})
 
+    def test_empty_fields_at_the_end_of_the_text(self):
+        for ending in ("", "\t", "\t\t", "\t\n", "\n\t\n", "\n\t\t"):
+            self.file("a.tsv", "e\tv\nf\tw\nf\tv" + ending)
+            self.assertEqual(self.nets("a.tsv", "--timeout", 60), {"e": {"v"}, "f": {"v", "w"}})
+
     def test_faults_of_tables(self):
         for name, place, sentence, text in [
             ("a.csv", "2:3", "a quoted field has no closing quote", 'a,b\nc,"d\ne,f\n'),
