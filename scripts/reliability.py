@@ -110,6 +110,13 @@ ROWS = [
         "build/tsan/tests/model/threads_check --n 1500 --seed 21",
         r"(\d+) threads\n(1500) cases of seed 21: all the same", "{1} cases, {0} threads, 0 races",
         "10 minutes"),
+    Row("searches", "random searches: by threads, cut off, with an allocation that fails",
+        "build/release/search/tests/zorpel-search-torture 500 100000",
+        r"(\d+) searches, (\d+) by threads, (\d+) cut off, (\d+) starved: all as promised",
+        "{0} searches, {1} also by threads, {2} cut off, {3} starved: all as promised", "a minute"),
+    Row("optima", "hypergraphs of 4 to 12 vertices in 2 to 4 parts, 0 to 20 percent, all objectives:"
+        " optima found by `best`", "build/release/search/tests/zorpel-search-optima 500",
+        r"best (\d+) of (\d+)", "{0} of {1}", "a minute"),
     Row("builds", "one checksum of 1000 cases over g++ and clang, -O0, -O2, -O3, each as it is,"
         " without address randomisation, and with jemalloc",
         "tests/model/same_results.py build/same --cases 1000", r"([0-9a-f]{16}).*\n(identical)", "`{0}` 18 times", "an hour"),
