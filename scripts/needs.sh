@@ -74,6 +74,11 @@ note_missing_for_tests() {
     if lacks cadical; then
         MISSING="$MISSING cadical"
     fi
+    # The page of zorpelx report is looked at in a browser, its pictures become PNG.
+    if lacks chromium || lacks chromedriver || ! /usr/bin/python3 -c 'import selenium' 2>/dev/null; then
+        MISSING="$MISSING chromium chromium-driver python3-selenium"
+    fi
+    lacks rsvg-convert && MISSING="$MISSING librsvg2-bin"
     # The wheel is built and installed without a network.
     if ! /usr/bin/python3 -c 'import setuptools, wheel, venv, ensurepip, pip' 2>/dev/null; then
         MISSING="$MISSING python3-pip python3-setuptools python3-venv python3-wheel"

@@ -16,6 +16,13 @@ static void add_option(CLI::App *command, size_t index, Settings *settings)
         command->add_flag_function(row.names, [take](int64_t) { take("yes"); });
         return;
     }
+    if (takes_several(row)) {
+        const auto take_all = [take](const std::vector<std::string> &words) {
+            for (const std::string &word : words) take(word);
+        };
+        command->add_option_function<std::vector<std::string>>(row.names, take_all)->required();
+        return;
+    }
     CLI::Option *const option = command->add_option_function<std::string>(row.names, take);
     if (!is_place(row)) option->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
     if (row.fallback == nullptr) option->required();

@@ -16,6 +16,7 @@ Status run_annotate(const Settings &settings);
 Status run_sweep(const Settings &settings);
 Status run_compare(const Settings &settings);
 Status run_explain(const Settings &settings);
+Status run_report(const Settings &settings);
 
 /* What the table of options becomes besides the parser. */
 std::string help_of(const CommandRow &command);

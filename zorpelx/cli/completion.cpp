@@ -145,8 +145,8 @@ static std::string zsh_option(const OptionRow &row)
 
 static std::string zsh_place(const OptionRow &row)
 {
-    return std::string(" \\\n            '") + (row.fallback == nullptr ? ":" : "::") + row.names +
-           ":_files'";
+    const char *const colons = takes_several(row) ? "*:" : row.fallback == nullptr ? ":" : "::";
+    return std::string(" \\\n            '") + colons + row.names + ":_files'";
 }
 
 static std::string zsh_arguments(unsigned command)

@@ -63,7 +63,8 @@ static std::string usage_of(const CommandRow &command)
     std::string line = text_of("Usage: %s %s", command.program->name, command.name);
     for (const OptionRow &row : OPTIONS)
         if ((row.commands & command.command) && is_place(row))
-            line += text_of(row.fallback == nullptr ? " %s" : " [%s]", row.names);
+            line += text_of(row.fallback == nullptr ? " %s%s" : " [%s]%s", row.names,
+                            takes_several(row) ? "..." : "");
     return line + " [OPTIONS]\n";
 }
 

@@ -16,10 +16,12 @@
 /* Standard input can be read once only. */
 static void check_standard_input(Command command, const Settings &settings)
 {
-    int count = command != PARTITION && settings.record == "-"; // which writes it
+    int64_t count = command != PARTITION && settings.record == "-"; // which writes it
     for (const std::string &name :
          {settings.hypergraph, settings.partition, settings.other, settings.fix, settings.report})
         count += name == "-";
+    count += settings.history == "-";
+    count += std::count(settings.partitions.begin(), settings.partitions.end(), "-");
     if (count > 1) fail(STATUS_USAGE, "only one file can come from standard input");
 }
 
@@ -45,6 +47,8 @@ static Status run_command(Command command, const Settings &settings)
         return run_compare(settings);
     case EXPLAIN:
         return run_explain(settings);
+    case REPORT:
+        return run_report(settings);
     default:
         return run_stats(settings);
     }
@@ -57,7 +61,8 @@ static Status run_and_answer(Command command, const Settings &settings)
         return run_command(command, settings);
     } catch (...) {
         const Failure failure = current_failure();
-        const bool asked = command != PARTITION && settings.format == FORMAT_JSON;
+        const bool asked =
+            command != PARTITION && command != REPORT && settings.format == FORMAT_JSON;
         if (asked && failure.status != STATUS_USAGE)
             fputs(json_text(answer_json(settings, command, failure.status, failure.text)).c_str(),
                   stdout);

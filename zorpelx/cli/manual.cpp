@@ -61,7 +61,8 @@ static std::string synopsis(const CommandRow &command)
     std::string line = text_of("\\fBzorpelx %s\\fR", command.name);
     for (const OptionRow &row : OPTIONS)
         if ((row.commands & command.command) && is_place(row))
-            line += text_of(row.fallback == nullptr ? " \\fI%s\\fR" : " [\\fI%s\\fR]", row.names);
+            line += text_of(row.fallback == nullptr ? " \\fI%s\\fR%s" : " [\\fI%s\\fR]%s",
+                            row.names, takes_several(row) ? "..." : "");
     return line + " [options]\n";
 }
 

@@ -83,6 +83,13 @@ const std::vector<CommandRow> COMMANDS = {
      "Each finding names a rule, a line and a column; --explain says more about a rule. With -k, "
      "lint also shows which weights each part can get at this --ubfactor and whether the vertices "
      "can be divided so."},
+    {REPORT, "report", "Make a page about a partition: pictures, tables, comparisons.",
+     "Writes one HTML file that needs no network and no scripts: the figures, the sizes of the "
+     "parts, the cut between them, the most expensive hyperedges, what lies in each part, and "
+     "drawings of the parts and of the hypergraph. Every picture has a table beside it. Further "
+     "partitions are compared with the first one. docs/REPORT.md tells how to read the page.\n"
+     "The number of parts is that of -k; otherwise the end .part.K of a partition file's name "
+     "tells it, otherwise the largest number in the file."},
     {STATS, "stats", "Describe a hypergraph.",
      "Counts, histograms of sizes and degrees, connected components, heavy vertices, and an "
      "estimate of the memory that partitioning takes."},
@@ -125,7 +132,7 @@ const std::vector<CommandRow> COMMANDS = {
 };
 
 constexpr unsigned READERS =
-    PARTITION | VERIFY | LINT | STATS | CONVERT | ANNOTATE | SWEEP | COMPARE | EXPLAIN;
+    PARTITION | VERIFY | LINT | STATS | CONVERT | ANNOTATE | SWEEP | COMPARE | EXPLAIN | REPORT;
 
 const std::vector<OptionRow> OPTIONS = {
     {GLOBAL, "--man", "", &Settings::man, "", 0, 0, nullptr, "print the manual page and end"},
@@ -315,6 +322,34 @@ const std::vector<OptionRow> OPTIONS = {
     {VERIFY, "--format", "FORMAT", &Settings::format, "text", 0, 0, FORMATS, "form of the answer"},
     {LINT | STATS | REPLAY | CONVERT | ANNOTATE | SWEEP | COMPARE | EXPLAIN, "--format", "FORMAT",
      &Settings::format, "text", 0, 0, TEXT_OR_JSON, "form of the answer"},
+    {REPORT, "HYPERGRAPH", "FILE", &Settings::hypergraph, nullptr, 0, 0, nullptr,
+     "hypergraph, in a format of --from, plain or compressed (.gz, .zst, .xz, .bz2); - for "
+     "standard input"},
+    {REPORT, "PARTITION", "FILE", &Settings::partitions, nullptr, 0, 0, nullptr,
+     "partition files: the report is about the first, the others are compared with it"},
+    {REPORT, "-o,--output", "FILE", &Settings::output, "", 0, 0, nullptr,
+     "page to write; - for standard output; otherwise the first partition file's name with .html"},
+    {REPORT, "-k,--nparts", "K", &Settings::nparts, "", 1, 1000000, nullptr, "number of parts"},
+    {REPORT, "-e,--epsilon", "PERCENT", &Settings::epsilon, "", 0, 1000000000, nullptr,
+     "show this bound on the parts: no more than so much above the average, rounded up; otherwise "
+     "that of --history"},
+    {REPORT, "--history", "FILE", &Settings::history, "", 0, 0, nullptr,
+     "what partition --json wrote of the run: show how its search went"},
+    {REPORT, "--pictures", "FOLDER", &Settings::pictures, "", 0, 0, nullptr,
+     "write each picture there as SVG, and as PNG where rsvg-convert is installed; the folder is "
+     "made if it is not there"},
+    {REPORT, "--json", "FILE", &Settings::json, "", 0, 0, nullptr,
+     "write all figures of the page there as JSON; - for standard output"},
+    {REPORT, "--limit", "N", &Settings::limit, "20", 0, 10000, nullptr,
+     "list so many of the most expensive hyperedges"},
+    {REPORT, "--timeout", "SECONDS", &Settings::timeout, "0", 0, 1000000000, nullptr,
+     "give up reading so long after the begin; 0 for no deadline"},
+    {REPORT, "--memory", "MIB", &Settings::memory, "0", 0, INT_MAX, nullptr,
+     "memory that reading a file may take; 0 for no cap"},
+    {REPORT, "--force", "", &Settings::force, "", 0, 0, nullptr,
+     "go on without the vertices or weights that reading a file loses"},
+    {REPORT, "-q,--quiet", "", &Settings::quiet, "", 0, 0, nullptr,
+     "print nothing but errors and what was asked for"},
     {READERS, "--lines", "HOW", &Settings::lines, "whole", 0, 0, LINES,
      "what to do with lines of more than 131071 characters; whole reads them as one, pieces as "
      "zorpel does"},
@@ -380,6 +415,11 @@ int64_t first_vertex(const Settings &settings)
 bool is_place(const OptionRow &row)
 {
     return row.names[0] != '-';
+}
+
+bool takes_several(const OptionRow &row)
+{
+    return std::holds_alternative<std::vector<std::string> Settings::*>(row.field);
 }
 
 bool is_switch(const OptionRow &row)
@@ -491,6 +531,10 @@ std::string set_field(const OptionRow &row, const std::string &word, Settings *s
     if (const auto *field = std::get_if<double Settings::*>(&row.field))
         return set_real(row, word, &(settings->*(*field)));
     if (word.empty()) return "the name is empty";
+    if (const auto *field = std::get_if<std::vector<std::string> Settings::*>(&row.field)) {
+        (settings->*(*field)).push_back(word);
+        return "";
+    }
     settings->*std::get<std::string Settings::*>(row.field) = word;
     return "";
 }

@@ -19,6 +19,8 @@ struct Settings {
     int64_t objective, keep_price, preset, progress, lines, first, from, format, expect;
     std::string capacities, start, together;
     std::string output, json, record, report, clean, map, explain;
+    std::string history, pictures;
+    std::vector<std::string> partitions;
     int64_t to;
     std::string other;                                       // partition B of compare
     std::string sweep_nparts, sweep_epsilons, sweep_presets; // lists
@@ -42,7 +44,8 @@ enum Command {
     ANNOTATE = 1 << 21,
     COMPARE = 256,
     SWEEP = 512,
-    EXPLAIN = 1024
+    EXPLAIN = 1024,
+    REPORT = 1 << 22
 };
 
 /* Commands of zorpelx-mpi; its options are the rows of these and of the zorpelx command alike. */
@@ -69,7 +72,7 @@ struct Choice {
 };
 
 using Field = std::variant<bool Settings::*, int64_t Settings::*, double Settings::*,
-                           std::string Settings::*>;
+                           std::string Settings::*, std::vector<std::string> Settings::*>;
 
 struct OptionRow {
     unsigned commands; // sum of the commands that take it; GLOBAL: without a command
@@ -106,6 +109,7 @@ int64_t first_vertex(const Settings &settings);
 
 bool is_place(const OptionRow &row);
 bool is_switch(const OptionRow &row);
+bool takes_several(const OptionRow &row); // a place for one word or more
 
 /* The long name of an option with its dashes, or the name of a place. */
 std::string long_name(const OptionRow &row);

@@ -60,6 +60,15 @@ static Json options_json(const Settings &settings)
             {"memory_mib", settings.memory}};
 }
 
+static Json history_json(const std::vector<SeenStep> &history)
+{
+    Json list = Json::array();
+    for (const SeenStep &seen : history)
+        list.push_back(
+            {{"seconds", seen.seconds}, {"objective", seen.objective}, {"step", seen.step}});
+    return list;
+}
+
 static Json result_json(const Settings &settings, const Job &job, Status status)
 {
     const Figures &figures = job.solution.figures;
@@ -88,6 +97,7 @@ static Json result_json(const Settings &settings, const Job &job, Status status)
          {"parts", parts},
          {"moved_weight", settings.start.empty() ? Json(nullptr) : Json(job.solution.result.moved)},
          {"jobs", job.solution.result.jobs},
+         {"history", history_json(job.solution.history)},
          {"seconds", job.solution.result.seconds}});
     return json;
 }

@@ -96,10 +96,6 @@ static zorpelx_options options_for(const Settings &settings, const Problem &prob
     options->memory = static_cast<size_t>(settings.memory) << 20;
     options->fixed = problem.fixed.empty() ? nullptr : problem.fixed.data();
     options->cancel = &cancel;
-    if (shown && wants_progress(settings)) {
-        options->on_progress = show_progress;
-        options->user = const_cast<Settings *>(&settings);
-    }
     if (shown && settings.trace > 0) options->on_trace = show_trace;
     return chosen;
 }
@@ -201,9 +197,48 @@ static Figures recount(const Settings &settings, const Problem &problem, const S
     return figures;
 }
 
+/* What a run is watched for: its progress line, and its history. */
+struct Watched {
+    const Settings *settings;
+    bool line;
+    std::vector<SeenStep> *history;
+};
+
+static int watch(void *user, const zorpelx_progress *progress)
+{
+    const Watched *const watched = static_cast<const Watched *>(user);
+    std::vector<SeenStep> &history = *watched->history;
+    if (progress->objective >= 0 &&
+        (history.empty() || progress->objective < history.back().objective))
+        history.push_back({progress->seconds, progress->objective,
+                           progress->step == nullptr ? "" : progress->step});
+    return watched->line ? show_progress(const_cast<Settings *>(watched->settings), progress) : 0;
+}
+
+static int64_t objective_of(const Settings &settings, const Figures &figures)
+{
+    if (settings.objective == ZORPELX_KM1) return figures.km1;
+    return settings.objective == ZORPELX_SOED ? figures.soed : figures.cut;
+}
+
+/* What is delivered may have been found after the last look. */
+static void end_history(const Settings &settings, Solution *solution)
+{
+    if (wants_engine(settings)) solution->history.clear();
+    const int64_t objective = objective_of(settings, solution->figures);
+    std::vector<SeenStep> &history = solution->history;
+    while (!history.empty() && history.back().objective < objective) history.pop_back();
+    if (history.empty() || history.back().objective != objective)
+        history.push_back({solution->result.seconds, objective, "end"});
+}
+
 Status solve(const Settings &settings, const Problem &problem, bool shown, Solution *solution)
 {
-    const zorpelx_options options = options_for(settings, problem, shown);
+    zorpelx_options options = options_for(settings, problem, shown);
+    Watched watched = {&settings, shown && wants_progress(settings), &solution->history};
+    solution->history.clear();
+    options.on_progress = watch;
+    options.user = &watched;
     const zorpelx_hypergraph hypergraph = {static_cast<int>(problem.graph.nvertices),
                                            static_cast<int>(problem.graph.nnets),
                                            problem.eptr.data(),
@@ -214,8 +249,11 @@ Status solve(const Settings &settings, const Problem &problem, bool shown, Solut
     zorpelx_result_init(&solution->result, sizeof solution->result);
     const int status =
         zorpelx_partition(&hypergraph, &options, solution->part.data(), &solution->result);
-    if (options.on_progress != nullptr) clear_progress();
-    if (solution->result.finished > 0) solution->figures = recount(settings, problem, *solution);
+    if (watched.line) clear_progress();
+    if (solution->result.finished > 0) {
+        solution->figures = recount(settings, problem, *solution);
+        end_history(settings, solution);
+    }
     return final_status(status, solution->result);
 }
 

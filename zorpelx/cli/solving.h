@@ -3,6 +3,7 @@
 #define ZORPELX_CLI_SOLVING_H
 
 #include <chrono>
+#include <string>
 #include <vector>
 
 #include "failure.h"
@@ -21,13 +22,22 @@ struct Problem {
     std::vector<double> capacities;
 };
 
+/* A better partition, as a watch that looks a few times a second has seen it. */
+struct SeenStep {
+    double seconds; // since solving began
+    int64_t objective;
+    std::string step; // what found it
+};
+
 /* What came out.
  *   part     [nvertices], set if result.finished is not 0
- *   figures  of part, counted afresh */
+ *   figures  of part, counted afresh
+ *   history  of a search; its last entry is what is delivered */
 struct Solution {
     std::vector<int> part;
     zorpelx_result result;
     Figures figures;
+    std::vector<SeenStep> history;
 };
 
 /* Reads all files of the settings and reports warnings.

@@ -196,3 +196,25 @@ class Answers(Case):
 
 if __name__ == "__main__":
     unittest.main()
+
+    def test_reports(self):
+        numbers = random_hypergraph(40, 60)
+        self.file("r.hgr", numbers)
+        self.run_ok("partition", "r.hgr", "-k", 3, "--json", "run", "-o", "a", "-q")
+        self.file("b", "".join(f"{v % 3}\n" for v in range(40)))
+        self.file("m.mtx", "%%MatrixMarket matrix coordinate pattern general\n2 2 2\n1 1\n2 1\n")
+        self.file("f.cnf", "p cnf 2 2\n1 -2 0\n2 0\n")
+        self.file("t.csv", "hyperedge,vertex\ne,u\ne,v\n")
+        self.file("two", "0\n1\n")
+        for words in (
+            ("r.hgr", "a"),
+            ("r.hgr", "a", "b", "--history", "run", "-k", 4),
+            ("r.hgr", "a", "--epsilon", 5, "--limit", 0),
+            ("m.mtx", "two"),
+            ("f.cnf", "two"),
+            ("t.csv", "two"),
+        ):
+            self.run_ok("report", *words, "-o", "page", "--json", "answer")
+            self.checked(0, "report", self.text("answer"))
+        self.assertEqual(self.call("report", "r.hgr", "two", "-o", "page", "--json", "answer").returncode, 3)
+        self.assertEqual(len(self.checked(3, "report", self.text("answer"))), 6)

@@ -9,7 +9,8 @@ import unittest
 from calls import EXAMPLES, Case, unfolded
 
 COMMANDS = (
-    "partition", "verify", "lint", "stats", "replay", "convert", "annotate", "sweep", "compare", "explain"
+    "partition", "verify", "lint", "stats", "replay", "convert", "annotate", "sweep", "compare", "explain",
+    "report"
 )
 
 

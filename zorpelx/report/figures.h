@@ -1,6 +1,6 @@
-/* zorpelx/cli/figures.h: what a partition is worth, counted afresh in 64 bits. */
-#ifndef ZORPELX_CLI_FIGURES_H
-#define ZORPELX_CLI_FIGURES_H
+/* zorpelx/report/figures.h: what a partition is worth, counted afresh in 64 bits. */
+#ifndef ZORPELX_REPORT_FIGURES_H
+#define ZORPELX_REPORT_FIGURES_H
 
 #include <cstdint>
 #include <string>

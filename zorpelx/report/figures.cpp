@@ -1,4 +1,4 @@
-/* zorpelx/cli/figures.cpp: what a partition is worth.
+/* zorpelx/report/figures.cpp: what a partition is worth.
  *
  * A cut hyperedge of s vertices in c parts adds (s - c) / (s - 1) to the absorption. Its numerators
  * are summed as integers for each size, so that only as many fractions as there are sizes are added
