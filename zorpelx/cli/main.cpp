@@ -45,6 +45,8 @@ static Status run_command(Command command, const Settings &settings)
         return run_compare(settings);
     case EXPLAIN:
         return run_explain(settings);
+    case MERGE:
+        return run_merge(settings);
     default:
         return run_stats(settings);
     }
@@ -57,7 +59,8 @@ static Status run_and_answer(Command command, const Settings &settings)
         return run_command(command, settings);
     } catch (...) {
         const Failure failure = current_failure();
-        const bool asked = command != PARTITION && settings.format == FORMAT_JSON;
+        const bool asked =
+            command != PARTITION && command != MERGE && settings.format == FORMAT_JSON;
         if (asked && failure.status != STATUS_USAGE)
             fputs(json_text(answer_json(settings, command, failure.status, failure.text)).c_str(),
                   stdout);
@@ -115,6 +118,7 @@ static Status run(std::vector<std::string> words)
     if (asks_for_manual(words)) return print(manual_page());
     words = without_help_command(words);
     Settings settings = fallback_settings();
+    settings.words = words;
     const auto app = make_app(&settings);
     try {
         app->parse(std::vector<std::string>(words.rbegin(), words.rend())); // the last one first

@@ -40,6 +40,11 @@ static void ask_to_stop(int signal)
     cancel = signal;
 }
 
+void stop_solving()
+{
+    cancel = SIGTERM;
+}
+
 void catch_signals()
 {
     struct sigaction action = {};
@@ -63,6 +68,15 @@ static double time_left(double seconds, const Problem &problem)
     if (seconds == 0) return 0;
     const double spent = std::chrono::duration<double>(Clock::now() - problem.began).count();
     return std::max(seconds - spent, AT_ONCE);
+}
+
+constexpr double ENDLESS = 1e9; // seconds
+
+static void share(const Sharing &sharing, zorpelx_options *options)
+{
+    options->channel = sharing.channel;
+    options->channel_user = sharing.user;
+    if (sharing.endless) options->time = ENDLESS;
 }
 
 static zorpelx_options options_for(const Settings &settings, const Problem &problem, bool shown)
@@ -90,6 +104,7 @@ static zorpelx_options options_for(const Settings &settings, const Problem &prob
     options->trace = static_cast<int>(settings.trace);
     options->seed = static_cast<int>(settings.seed);
     options->starts = static_cast<int>(settings.starts);
+    options->shared = settings.share && was_given(settings, &Settings::starts);
     options->jobs = static_cast<int>(settings.jobs);
     options->threads = static_cast<int>(settings.threads);
     options->timeout = time_left(settings.timeout, problem);
@@ -201,9 +216,11 @@ static Figures recount(const Settings &settings, const Problem &problem, const S
     return figures;
 }
 
-Status solve(const Settings &settings, const Problem &problem, bool shown, Solution *solution)
+Status solve(const Settings &settings, const Problem &problem, bool shown, Solution *solution,
+             const Sharing *sharing)
 {
-    const zorpelx_options options = options_for(settings, problem, shown);
+    zorpelx_options options = options_for(settings, problem, shown);
+    if (sharing != nullptr) share(*sharing, &options);
     const zorpelx_hypergraph hypergraph = {static_cast<int>(problem.graph.nvertices),
                                            static_cast<int>(problem.graph.nnets),
                                            problem.eptr.data(),
