@@ -66,13 +66,19 @@ uint64_t digest_of(const Settings &settings, const Problem &problem)
     mix_all(problem.start, &digest);
     mix_all(problem.groups, &digest);
     mix_all(problem.capacities, &digest);
-    const bool wide = was_given(settings, &Settings::starts);
     mix_all(std::vector<int64_t>{settings.nparts, settings.objective, settings.preset,
-                                 settings.keep_price, settings.seed, wide ? settings.starts : 0},
+                                 settings.keep_price, settings.seed, settings.starts},
             &digest);
     mix_all(std::vector<double>{settings.epsilon,
                                 was_given(settings, &Settings::least) ? settings.least : -1},
             &digest);
+    return digest;
+}
+
+uint64_t digest_of_part(const std::vector<int> &part)
+{
+    uint64_t digest = 0;
+    mix_all(part, &digest);
     return digest;
 }
 

@@ -26,6 +26,8 @@ struct RunNote {
 /* A number that hardly two hypergraphs, versions or settings that decide on the result share. */
 uint64_t digest_of(const Settings &settings, const Problem &problem);
 
+uint64_t digest_of_part(const std::vector<int> &part);
+
 /* Makes the folder where there is none, and the note in it; another note that is there has to be of
  * the same run.
  * Throws  STATUS_USAGE if it is of another one, STATUS_IO */

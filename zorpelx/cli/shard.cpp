@@ -9,6 +9,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <csignal>
 #include <exception>
 #include <filesystem>
 #include <optional>
@@ -137,7 +138,7 @@ class SharedSearch
             while (!ended) step(&read);
         } catch (...) { // a search whose results are lost has no use
             failure = std::current_exception();
-            stop_solving();
+            stop_solving(SIGTERM);
         }
     }
 

@@ -40,9 +40,9 @@ static void ask_to_stop(int signal)
     cancel = signal;
 }
 
-void stop_solving()
+void stop_solving(int signal)
 {
-    cancel = SIGTERM;
+    cancel = signal;
 }
 
 void catch_signals()
@@ -104,7 +104,7 @@ static zorpelx_options options_for(const Settings &settings, const Problem &prob
     options->trace = static_cast<int>(settings.trace);
     options->seed = static_cast<int>(settings.seed);
     options->starts = static_cast<int>(settings.starts);
-    options->shared = settings.share && was_given(settings, &Settings::starts);
+    options->shared = settings.share && settings.starts > 1;
     options->jobs = static_cast<int>(settings.jobs);
     options->threads = static_cast<int>(settings.threads);
     options->timeout = time_left(settings.timeout, problem);

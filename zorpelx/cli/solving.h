@@ -48,8 +48,8 @@ void check_feasible(const Settings &settings, const Problem &problem);
  * second one ends the process as usual. */
 void catch_signals();
 
-/* Does the same without a signal. */
-void stop_solving();
+/* What those signals do. */
+void stop_solving(int signal);
 
 /* The signal that asked for the end; 0 if none did. */
 int caught_signal();
