@@ -20,6 +20,7 @@
 namespace
 {
 
+constexpr double HURRIED = 0.2;  // seconds for the others once a signal or a deadline has come
 constexpr int CLIENTS = 1 << 16; // numbers of searches of a rank
 
 struct RankState {
@@ -46,7 +47,7 @@ class Leader : public PartitionHooks
         solver = std::thread([this] { partition(); });
         while (!delivered) step();
         solver.join();
-        *lost = nlost() > 0;
+        *lost = hurried || nlost() > 0;
         return status;
     }
 
@@ -71,7 +72,8 @@ class Leader : public PartitionHooks
     void end(Status how_ended, const Solution &solution) override
     {
         std::unique_lock lock(meeting);
-        whole = how_ended < STATUS_TIMEOUT && settings.time == 0;
+        hurried = how_ended >= STATUS_TIMEOUT;
+        whole = !hurried && settings.time == 0;
         digest = digest_of_part(solution.part);
         solved = true;
         changed.wait(lock, [this] { return all_ended; });
@@ -209,12 +211,13 @@ class Leader : public PartitionHooks
             ending_sent = true;
             ending_since = now;
             for (int rank = 1; rank < ranks.n; rank++)
-                mail.send(rank, END, bytes_of_record(int32_t{nlost() > 0}));
+                mail.send(rank, END, bytes_of_record(int32_t{hurried || nlost() > 0}));
         }
         bool waiting = false;
         for (int rank = 1; rank < ranks.n; rank++)
             waiting |= !state_of(rank).ended && !state_of(rank).lost;
-        if (waiting && now - ending_since < static_cast<double>(settings.patience)) return;
+        const double grace = hurried ? HURRIED : static_cast<double>(settings.patience);
+        if (waiting && now - ending_since < grace) return;
         const std::lock_guard lock(meeting);
         for (int rank = 1; rank < ranks.n; rank++) compare(rank);
         for (int rank = 0; rank < ranks.n; rank++) counts.push_back(counts_of(rank));
@@ -226,7 +229,7 @@ class Leader : public PartitionHooks
     void compare(int rank)
     {
         RankState &state = state_of(rank);
-        if (!state.ended) state.lost = true;
+        if (!state.ended && !hurried) state.lost = true;
         if (!whole || !solved || state.lost || state.ending.finished == 0 ||
             state.ending.status >= STATUS_TIMEOUT || state.ending.digest == digest)
             return;
@@ -301,7 +304,7 @@ class Leader : public PartitionHooks
     std::condition_variable changed;
     std::shared_ptr<const Bytes> assignment; // set before assigned
     std::string refusal;                     // under meeting
-    std::atomic<bool> assigned = false, solved = false, delivering = false;
+    std::atomic<bool> assigned = false, hurried = false, solved = false, delivering = false;
     bool whole = false, all_ended = false; // under meeting
     std::vector<ClientCounts> counts;      // of the ranks, once all_ended
     uint64_t digest = 0;

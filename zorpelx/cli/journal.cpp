@@ -177,7 +177,11 @@ void Journal::open_own(const std::string &path)
         fail(STATUS_USAGE, "%s: another process is at work on it", escaped(path).c_str());
     std::vector<Record> records;
     own_size = read_file(path, 0, &records);
-    if (ftruncate(own, static_cast<off_t>(own_size)) != 0) fail_at(path, "cannot be cut");
+    struct stat status;
+    if (fstat(own, &status) != 0) fail_at(path, "cannot be read");
+    if (status.st_size > static_cast<off_t>(own_size) &&
+        ftruncate(own, static_cast<off_t>(own_size)) != 0)
+        fail_at(path, "cannot be cut");
 }
 
 /* Reads whole results; returns the size of all that is whole. */
@@ -186,7 +190,9 @@ size_t Journal::read_file(const std::string &path, size_t from, std::vector<Reco
     std::ifstream file(path, std::ios::binary);
     if (!file) fail_at(path, "cannot be read");
     file.seekg(static_cast<std::streamoff>(from));
-    const uint64_t most = fs::file_size(path);
+    std::error_code error;
+    const uint64_t most = fs::file_size(path, error);
+    if (error) return from; // a device, say: nothing to be read from
     Entry entry;
     while (file.read(reinterpret_cast<char *>(&entry), sizeof entry)) {
         if (entry.magic != MAGIC || entry.digest != digest || entry.size < 0) break;

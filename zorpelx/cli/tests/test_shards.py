@@ -76,6 +76,18 @@ class Shards(unittest.TestCase):
             self.shard(index, 3, *options)
         self.assertEqual(self.merged(), self.whole(*options))
 
+    def test_the_script_for_job_arrays_makes_the_shards(self):
+        """With the variables that Slurm sets, but without Slurm."""
+        options = ["-k", "3", "--starts", "4", "--preset", "fast"]
+        for task in (1, 2):
+            variables = dict(os.environ, ZORPELX=ZORPELX, SLURM_ARRAY_TASK_ID=str(task),
+                             SLURM_ARRAY_TASK_COUNT="2", SLURM_CPUS_PER_TASK="1")
+            done = subprocess.run(["sh", str(SOURCE / "examples" / "shards.slurm"), str(EXAMPLE),
+                                   str(self.journal), *options], env=variables, check=False,
+                                  capture_output=True, text=True, timeout=300)
+            self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertEqual(self.merged(), self.whole(EXAMPLE, *options))
+
     def test_shards_that_wait_share_the_combinations(self):
         options = [EXAMPLE, "-k", "4", "--starts", "6", "--preset", "fast"]
         words = [ZORPELX, "partition", *map(str, options), "--journal", str(self.journal), "--wait"]
