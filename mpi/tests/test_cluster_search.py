@@ -14,7 +14,7 @@ from cluster import (LOOPBACK, MPIRUN, SOURCE, ZORPELX, ZORPELX_MPI, mpirun, ran
                      write_hypergraph)
 
 EXAMPLE = Path(SOURCE) / "examples" / "cpu32.hgr"
-LONG = ["partition", EXAMPLE, "-k", "8", "--preset", "best", "--starts", "24", "--threads", "1"]
+LONG = ["partition", EXAMPLE, "-k", "8", "--preset", "fast", "--starts", "40", "--threads", "1"]
 
 
 def children(pid):
