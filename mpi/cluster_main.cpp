@@ -49,6 +49,7 @@ static Status run(std::vector<std::string> words, int rank)
 {
     words = without_help_command(words, CLUSTER_COMMANDS);
     Settings settings = fallback_settings();
+    settings.words = words;
     const auto app = make_app(&settings, CLUSTER_COMMANDS);
     try {
         app->parse(std::vector<std::string>(words.rbegin(), words.rend())); // the last one first

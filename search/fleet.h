@@ -24,13 +24,14 @@ enum FleetTurn {
 };
 
 /* Every job of a batch is made or taken once in a process; one that is both counts once.
- *   open  opens the batch of jobs first to first + n - 1; all its turns are over before the next
+ *   open  opens the batch of jobs first to first + n - 1; all its turns are over before the next.
+ *         An independent batch needs nothing of those before it.
  *   turn  what to do next; several threads call it at once, and it may wait. result->part is room
  *         for a result that is taken.
  *   made  hands over what was made after FLEET_MAKE; several threads call it at once */
 struct Fleet {
     void *user;
-    void (*open)(void *user, int first, int n, int nclusters);
+    void (*open)(void *user, int first, int n, bool independent, int nclusters);
     FleetTurn (*turn)(void *user, JobResult *result);
     void (*made)(void *user, const JobResult *result);
 };

@@ -321,6 +321,8 @@ static void work_off(void *place)
     }
 }
 
+static void make_member(const Search *search, int job, Member *result);
+
 /* Makes n jobs, several at a time, and takes their results in by number. */
 static void make_batch(Search *search, int n, SearchStep step,
                        void (*work)(const Search *search, int job, Member *result))
@@ -334,7 +336,8 @@ static void make_batch(Search *search, int n, SearchStep step,
     const Fleet here = {&batch, nullptr, next_here, nullptr};
     if (batch.fleet == nullptr) batch.fleet = &here;
     if (batch.fleet->open != nullptr)
-        batch.fleet->open(batch.fleet->user, batch.first, batch.n, search->reduction->nclusters);
+        batch.fleet->open(batch.fleet->user, batch.first, batch.n, work == make_member,
+                          search->reduction->nclusters);
     void *threads[MOST];
     int nthreads = 0;
     while (options->crew != nullptr && nthreads + 1 < std::min(options->threads, batch.n)) {

@@ -39,7 +39,7 @@ foreach(package ${packages})
   list(APPEND names ${name})
   run(dpkg-deb -x ${package} ${WORK}/tree)
 endforeach()
-if(NOT names STREQUAL "libzorpel-dev;libzorpel1;python3-zorpel;zorpel-doc;zorpel")
+if(NOT names STREQUAL "libzorpel-dev;libzorpel1;python3-zorpel;zorpel-doc;zorpel-mpi;zorpel")
   message(FATAL_ERROR "The packages are ${names}")
 endif()
 
@@ -64,7 +64,7 @@ if(PYTHON)
     message(FATAL_ERROR "Python printed: ${text}")
   endif()
 endif()
-foreach(file man/man1/zorpel.1.gz man/man1/zorpelx.1.gz man/man3/zorpel.3.gz man/man3/zorpelx.3.gz
+foreach(file man/man1/zorpel.1.gz man/man1/zorpelx.1.gz man/man1/zorpelx-mpi.1.gz man/man3/zorpel.3.gz man/man3/zorpelx.3.gz
     man/man5/zorpel_hgr.5.gz bash-completion/completions/zorpelx zsh/vendor-completions/_zorpelx
     doc/zorpel/docs/TUTORIAL.md doc/zorpel/examples/api.c doc/zorpel/THIRD-PARTY-NOTICES
     zorpel/zorpelx.schema.json zorpel/zorpel-record.schema.json doc/zorpel/docs/zorpelx.schema.json)

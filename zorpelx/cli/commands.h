@@ -8,6 +8,7 @@
 /* All throw Failure, and what the libraries throw. */
 Status run_partition(const Settings &settings);
 Status run_verify(const Settings &settings);
+Status run_merge(const Settings &settings);
 Status run_lint(const Settings &settings);
 Status run_stats(const Settings &settings);
 Status run_replay(const Settings &settings);

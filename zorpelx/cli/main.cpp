@@ -49,6 +49,8 @@ static Status run_command(Command command, const Settings &settings)
         return run_explain(settings);
     case REPORT:
         return run_report(settings);
+    case MERGE:
+        return run_merge(settings);
     default:
         return run_stats(settings);
     }
@@ -62,7 +64,8 @@ static Status run_and_answer(Command command, const Settings &settings)
     } catch (...) {
         const Failure failure = current_failure();
         const bool asked =
-            command != PARTITION && command != REPORT && settings.format == FORMAT_JSON;
+            command != PARTITION && command != MERGE && command != REPORT &&
+            settings.format == FORMAT_JSON;
         if (asked && failure.status != STATUS_USAGE)
             fputs(json_text(answer_json(settings, command, failure.status, failure.text)).c_str(),
                   stdout);
@@ -120,6 +123,7 @@ static Status run(std::vector<std::string> words)
     if (asks_for_manual(words)) return print(manual_page());
     words = without_help_command(words);
     Settings settings = fallback_settings();
+    settings.words = words;
     const auto app = make_app(&settings);
     try {
         app->parse(std::vector<std::string>(words.rbegin(), words.rend())); // the last one first

@@ -74,6 +74,14 @@ const std::vector<CommandRow> COMMANDS = {
      "With a deadline or an interrupt the best start that is finished is delivered, and the status "
      "says that it was cut short. Without --timeout the result depends only on the hypergraph and "
      "the options, not on the number of processors."},
+    {MERGE, "merge", "Join the shards of a partitioning.",
+     "Takes what zorpelx partition --shard I/N --journal FOLDER has left in the folder, for all I, "
+     "and delivers the partition that one process would have made, to the bit. Shards that are "
+     "missing are named. The combinations of the best partitions, which no shard can make before "
+     "all "
+     "have ended, are made here; with --wait the shards have made them.\n"
+     "The hypergraph and the options are those of the first shard; its files must be where they "
+     "were."},
     {VERIFY, "verify", "Recompute every figure of a partition.",
      "The files are read and everything is counted in 64 bits by code that shares nothing with the "
      "partitioner. Status 1 if anything claimed is not so: a fixed vertex elsewhere, another cut "
@@ -251,15 +259,17 @@ const std::vector<OptionRow> OPTIONS = {
      "seed of the first start; -1 draws one"},
     {PARTITION, "--starts", "N", &Settings::starts, "1", 1, INT_MAX, nullptr,
      "independent starts, with seeds one after another; the best is taken"},
+    {PARTITION, "--share", "", &Settings::share, "", 0, 0, nullptr,
+     "the starts are one search, which combines the best of them all; so they are with --journal"},
     {PARTITION | REPLAY, "-j,--jobs", "N", &Settings::jobs, "0", 0, INT_MAX, nullptr,
      "starts at work at once; 0 for one on each processor"},
-    {PARTITION | REPLAY, "-t,--threads", "N", &Settings::threads, "0", 0, INT_MAX, nullptr,
+    {PARTITION | MERGE | REPLAY, "-t,--threads", "N", &Settings::threads, "0", 0, INT_MAX, nullptr,
      "threads of each start, which change nothing but the time; 0 for all processors divided by "
      "the "
      "jobs"},
-    {PARTITION, "--timeout", "SECONDS", &Settings::timeout, "0", 0, 1000000000, nullptr,
+    {PARTITION | MERGE, "--timeout", "SECONDS", &Settings::timeout, "0", 0, 1000000000, nullptr,
      "stop so long after the begin and deliver the best finished start; 0 for no deadline"},
-    {PARTITION, "--memory", "MIB", &Settings::memory, "0", 0, INT_MAX, nullptr,
+    {PARTITION | MERGE, "--memory", "MIB", &Settings::memory, "0", 0, INT_MAX, nullptr,
      "memory that reading a file may take, and then one start, which stats estimates; 0 for no "
      "cap"},
     {SWEEP, "-j,--jobs", "N", &Settings::jobs, "0", 0, INT_MAX, nullptr,
@@ -276,11 +286,24 @@ const std::vector<OptionRow> OPTIONS = {
     {VERIFY | LINT | STATS | CONVERT | ANNOTATE | COMPARE | EXPLAIN, "--memory", "MIB",
      &Settings::memory, "0", 0, INT_MAX, nullptr,
      "memory that reading a file may take; 0 for no cap"},
-    {PARTITION, "-o,--output", "FILE", &Settings::output, "", 0, 0, nullptr,
+    {PARTITION, "--journal", "FOLDER", &Settings::journal, "", 0, 0, nullptr,
+     "keep what the search makes there as it goes; the same command goes on where it was ended"},
+    {PARTITION, "--shard", "I/N", &Settings::shard, "", 0, 0, nullptr,
+     "with --journal: make the jobs of shard I of N only; merge joins them"},
+    {PARTITION, "--wait", "", &Settings::wait, "", 0, 0, nullptr,
+     "with --shard: wait for what other shards make, where later jobs need it, and make a share of "
+     "those too"},
+    {MERGE, "FOLDER", "FOLDER", &Settings::folder, nullptr, 0, 0, nullptr,
+     "what --journal named in the shards"},
+    {MERGE, "--finish", "", &Settings::finish, "", 0, 0, nullptr,
+     "make the jobs of shards that are missing here"},
+    {CLUSTER_PARTITION, "--patience", "SECONDS", &Settings::patience, "10", 1, 1000000, nullptr,
+     "a rank that is silent for so long is taken for lost, and others make its jobs"},
+    {PARTITION | MERGE, "-o,--output", "FILE", &Settings::output, "", 0, 0, nullptr,
      "partition file; - for standard output; otherwise HYPERGRAPH.part.K, without the ending of a "
      "compression, and "
      "standard output if the hypergraph comes from standard input"},
-    {PARTITION, "--json", "FILE", &Settings::json, "", 0, 0, nullptr,
+    {PARTITION | MERGE, "--json", "FILE", &Settings::json, "", 0, 0, nullptr,
      "write options and figures there as JSON; - for standard output"},
     {PARTITION, "--record", "FILE", &Settings::record, "", 0, 0, nullptr,
      "write a record of the run there, by which others can check or repeat it; - for standard "
@@ -296,8 +319,8 @@ const std::vector<OptionRow> OPTIONS = {
      0, nullptr, "go on without the vertices or weights that reading a file loses"},
     {LINT, "--force", "", &Settings::force, "", 0, 0, nullptr,
      "with --fix: write a clean file although vertices or weights are lost"},
-    {PARTITION | REPLAY | SWEEP, "--progress", "WHEN", &Settings::progress, "auto", 0, 0, WHEN,
-     "whether to show progress on standard error; auto does on a terminal"},
+    {PARTITION | REPLAY | MERGE | SWEEP, "--progress", "WHEN", &Settings::progress, "auto", 0, 0,
+     WHEN, "whether to show progress on standard error; auto does on a terminal"},
     {PARTITION, "--trace", "BITS", &Settings::trace, "0", 0, INT_MAX, nullptr,
      "print the engine's traces on standard error: 1 coarsening, 2 initial bisections, 4 passes, "
      "8 bisections, 16 runs, 32 timers, 128 details, 256 moves, or a sum of these"},
@@ -376,7 +399,7 @@ const std::vector<OptionRow> OPTIONS = {
      "module of a netlist that is taken, with all below it; otherwise the top one"},
     {PARTITION | LINT | CONVERT | ANNOTATE, "--strict", "", &Settings::strict, "", 0, 0, nullptr,
      "take warnings for errors"},
-    {PARTITION | VERIFY | LINT | CONVERT | ANNOTATE | REPLAY | SWEEP, "-q,--quiet", "",
+    {PARTITION | VERIFY | LINT | CONVERT | ANNOTATE | REPLAY | MERGE | SWEEP, "-q,--quiet", "",
      &Settings::quiet, "", 0, 0, nullptr, "print nothing but errors and what was asked for"},
     {CLUSTER_PARTITION, "--distributed", "", &Settings::distributed, "", 0, 0, nullptr,
      "no rank holds the hypergraph as a whole: each reads its share, they cluster together until "

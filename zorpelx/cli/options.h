@@ -30,7 +30,11 @@ struct Settings {
     int64_t completion;
     bool distributed, gather; // zorpelx-mpi
     int64_t fits;
-    std::vector<bool> given; // by row of the table: the command line has it
+    std::string shard, journal, folder;
+    bool share, wait, finish;
+    int64_t patience;
+    std::vector<std::string> words; // the command line itself
+    std::vector<bool> given;        // by row of the table: the command line has it
 };
 
 enum Command {
@@ -45,7 +49,8 @@ enum Command {
     COMPARE = 256,
     SWEEP = 512,
     EXPLAIN = 1024,
-    REPORT = 1 << 22
+    REPORT = 1 << 22,
+    MERGE = 1 << 27
 };
 
 /* Commands of zorpelx-mpi; its options are the rows of these and of the zorpelx command alike. */

@@ -11,8 +11,9 @@
 #include "input.h"
 #include "json.h"
 #include "output.h"
+#include "partition_hooks.h"
 #include "record.h"
-#include "solving.h"
+#include "shard.h"
 
 static long long ll(int64_t number)
 {
@@ -126,10 +127,10 @@ static void check_usage(const Settings &settings)
     const struct {
         Field field;
         const char *name;
-    } searching[] = {{&Settings::epsilon, "--epsilon"},         {&Settings::least, "--least"},
-                     {&Settings::capacities, "--capacities"},   {&Settings::start, "--start"},
-                     {&Settings::together, "--together"},       {&Settings::time, "--time"},
-                     {&Settings::keep_price, "--keep-in-place"}};
+    } searching[] = {{&Settings::epsilon, "--epsilon"},          {&Settings::least, "--least"},
+                     {&Settings::capacities, "--capacities"},    {&Settings::start, "--start"},
+                     {&Settings::together, "--together"},        {&Settings::time, "--time"},
+                     {&Settings::keep_price, "--keep-in-place"}, {&Settings::share, "--share"}};
     for (const auto &option : searching)
         if (wants_engine(settings) && was_given(settings, option.field))
             fail(STATUS_USAGE,
@@ -182,16 +183,24 @@ static void warn_of_result(const Settings &settings, const Job &job)
 }
 
 /* From the files to a partition that has been counted again. */
-static Status make_partition(const Settings &settings, Job *job)
+static Status make_partition(const Settings &settings, PartitionHooks *hooks, Job *job)
 {
-    job->problem = read_problem(settings);
+    job->problem = hooks->read(settings);
     if (!settings.quiet) warn_of_parts(settings, *job);
     check_feasible(settings, job->problem);
     job->output = output_name(settings);
     catch_signals();
-    const Status status = solve(settings, job->problem, true, &job->solution);
+    hooks->begin(settings, job->problem);
+    const Status status = solve(settings, job->problem, true, &job->solution, hooks->sharing());
+    hooks->end(status, job->solution);
     if (job->solution.result.finished == 0) fail(status, "%s", job->solution.result.message);
     return status;
+}
+
+static Json with_more(Json json, PartitionHooks *hooks)
+{
+    hooks->add_to(&json);
+    return json;
 }
 
 /* Tells of a failure where the figures would be; the partition file stays as it is. */
@@ -215,7 +224,19 @@ static void draw_seed(Settings *settings)
     settings->seed = std::uniform_int_distribution<int>(1, most)(chance);
 }
 
-Status run_partition(const Settings &given)
+Problem PartitionHooks::read(const Settings &settings)
+{
+    return read_problem(settings);
+}
+
+Status run_partition(const Settings &settings)
+{
+    if (is_shared(settings)) return run_shard(settings);
+    PartitionHooks none;
+    return partition_with(settings, &none);
+}
+
+Status partition_with(const Settings &given, PartitionHooks *hooks)
 {
     Settings settings = given;
     apply_preset(&settings);
@@ -227,9 +248,10 @@ Status run_partition(const Settings &given)
     Job job = {};
     Status status = STATUS_OK;
     try {
-        status = make_partition(settings, &job);
+        status = make_partition(settings, hooks, &job);
         std::string json, record;
-        if (!settings.json.empty()) json = json_text(result_json(settings, job, status));
+        if (!settings.json.empty())
+            json = json_text(with_more(result_json(settings, job, status), hooks));
         if (!settings.record.empty())
             record =
                 record_text(record_of(settings, job.problem, job.solution, status, job.output));

@@ -17,10 +17,10 @@ static bool is_one_of(const OptionRow &row, const std::vector<Field> &fields)
 static bool is_left_out(const OptionRow &row)
 {
     static const std::vector<Field> fields = {
-        &Settings::hypergraph, &Settings::fix,   &Settings::start,  &Settings::together,
-        &Settings::output,     &Settings::json,  &Settings::record, &Settings::trace,
-        &Settings::progress,   &Settings::quiet, &Settings::strict, &Settings::jobs,
-        &Settings::threads};
+        &Settings::hypergraph, &Settings::fix,     &Settings::start,  &Settings::together,
+        &Settings::output,     &Settings::json,    &Settings::record, &Settings::trace,
+        &Settings::progress,   &Settings::quiet,   &Settings::strict, &Settings::jobs,
+        &Settings::threads,    &Settings::journal, &Settings::shard,  &Settings::wait};
     return is_one_of(row, fields);
 }
 

@@ -40,6 +40,11 @@ static void ask_to_stop(int signal)
     cancel = signal;
 }
 
+void stop_solving(int signal)
+{
+    cancel = signal;
+}
+
 void catch_signals()
 {
     struct sigaction action = {};
@@ -63,6 +68,15 @@ static double time_left(double seconds, const Problem &problem)
     if (seconds == 0) return 0;
     const double spent = std::chrono::duration<double>(Clock::now() - problem.began).count();
     return std::max(seconds - spent, AT_ONCE);
+}
+
+constexpr double ENDLESS = 1e9; // seconds
+
+static void share(const Sharing &sharing, zorpelx_options *options)
+{
+    options->channel = sharing.channel;
+    options->channel_user = sharing.user;
+    if (sharing.endless) options->time = ENDLESS;
 }
 
 static zorpelx_options options_for(const Settings &settings, const Problem &problem, bool shown)
@@ -90,6 +104,7 @@ static zorpelx_options options_for(const Settings &settings, const Problem &prob
     options->trace = static_cast<int>(settings.trace);
     options->seed = static_cast<int>(settings.seed);
     options->starts = static_cast<int>(settings.starts);
+    options->shared = settings.share && settings.starts > 1;
     options->jobs = static_cast<int>(settings.jobs);
     options->threads = static_cast<int>(settings.threads);
     options->timeout = time_left(settings.timeout, problem);
@@ -232,9 +247,11 @@ static void end_history(const Settings &settings, Solution *solution)
         history.push_back({solution->result.seconds, objective, "end"});
 }
 
-Status solve(const Settings &settings, const Problem &problem, bool shown, Solution *solution)
+Status solve(const Settings &settings, const Problem &problem, bool shown, Solution *solution,
+             const Sharing *sharing)
 {
     zorpelx_options options = options_for(settings, problem, shown);
+    if (sharing != nullptr) share(*sharing, &options);
     Watched watched = {&settings, shown && wants_progress(settings), &solution->history};
     solution->history.clear();
     options.on_progress = watch;

@@ -40,6 +40,13 @@ struct Solution {
     std::vector<SeenStep> history;
 };
 
+/* How the jobs of a search are shared with others; see zorpelx_options. */
+struct Sharing {
+    zorpelx_channel_fn channel;
+    void *user;
+    bool endless; // until it is stopped, without a time of its own
+};
+
 /* Reads all files of the settings and reports warnings.
  * Throws  STATUS_BAD_INPUT, STATUS_USAGE, STATUS_IO, ... */
 Problem read_problem(const Settings &settings);
@@ -51,6 +58,9 @@ void check_feasible(const Settings &settings, const Problem &problem);
  * second one ends the process as usual. */
 void catch_signals();
 
+/* What those signals do. */
+void stop_solving(int signal);
+
 /* The signal that asked for the end; 0 if none did. */
 int caught_signal();
 
@@ -59,7 +69,8 @@ int caught_signal();
  * Returns the status of the process: that of the signal if one asked to stop, STATUS_INFEASIBLE for
  * a partition that is not within its limits.
  * Throws  STATUS_FAILED if what was delivered is not what the library says it is */
-Status solve(const Settings &settings, const Problem &problem, bool shown, Solution *solution);
+Status solve(const Settings &settings, const Problem &problem, bool shown, Solution *solution,
+             const Sharing *sharing = nullptr);
 
 /* The 10,000th number of the generator that a search, or the engine, has for a seed, as 16
  * hexadecimal digits. */

@@ -9,9 +9,8 @@
 #include "options.h"
 
 /* "help", "help COMMAND": with --help instead. */
-std::vector<std::string>
-without_help_command(std::vector<std::string> words,
-                     const std::vector<CommandRow> &commands = COMMANDS);
+std::vector<std::string> without_help_command(std::vector<std::string> words,
+                                              const std::vector<CommandRow> &commands = COMMANDS);
 
 /* Whether --man is among the words, wherever that is. */
 bool asks_for_manual(const std::vector<std::string> &words);

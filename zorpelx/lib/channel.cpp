@@ -6,13 +6,12 @@
  */
 #include "channel.h"
 
-#include <cerrno>
 #include <mutex>
-#include <sys/socket.h>
 #include <unistd.h>
 #include <vector>
 
 #include "search/fleet.h"
+#include "transfer.h"
 
 struct Channel {
     int socket;
@@ -21,32 +20,6 @@ struct Channel {
     std::vector<unsigned char> received; // parts on their way in, under answering
     std::mutex asking, answering;
 };
-
-bool send_all(int socket, const void *data, size_t size)
-{
-    const char *at = static_cast<const char *>(data);
-    while (size > 0) {
-        const ssize_t sent = send(socket, at, size, MSG_NOSIGNAL);
-        if (sent < 0 && errno == EINTR) continue;
-        if (sent <= 0) return false;
-        at += sent;
-        size -= static_cast<size_t>(sent);
-    }
-    return true;
-}
-
-bool receive_all(int socket, void *data, size_t size)
-{
-    char *at = static_cast<char *>(data);
-    while (size > 0) {
-        const ssize_t got = recv(socket, at, size, MSG_WAITALL);
-        if (got < 0 && errno == EINTR) continue;
-        if (got <= 0) return false;
-        at += got;
-        size -= static_cast<size_t>(got);
-    }
-    return true;
-}
 
 static void leave_unless(bool done)
 {
@@ -59,13 +32,13 @@ static void send_message(const Channel *channel, const Message &message, const v
                  send_all(channel->socket, parts, static_cast<size_t>(message.size)));
 }
 
-static void open_batch(void *place, int first, int n, int nclusters)
+static void open_batch(void *place, int first, int n, bool independent, int nclusters)
 {
     Channel *const channel = static_cast<Channel *>(place);
     channel->nclusters = static_cast<size_t>(nclusters);
     channel->sent.resize(channel->nclusters * channel->width);
     channel->received.resize(channel->nclusters * channel->width);
-    send_message(channel, {Say::OPEN, first, n, nclusters, 0, 0, 0}, nullptr);
+    send_message(channel, {Say::OPEN, first, n, nclusters, independent, 0, 0, 0}, nullptr);
 }
 
 static void pack_parts(Channel *channel, const int *part)
@@ -101,7 +74,7 @@ static FleetTurn next_turn(void *place, JobResult *result)
     const std::lock_guard turn(channel->answering);
     {
         const std::lock_guard lock(channel->asking);
-        send_message(channel, {Say::WANT, 0, 0, 0, 0, 0, 0}, nullptr);
+        send_message(channel, {Say::WANT, 0, 0, 0, 0, 0, 0, 0}, nullptr);
     }
     Message message;
     leave_unless(receive_all(channel->socket, &message, sizeof message));
@@ -119,7 +92,7 @@ static void tell_made(void *place, const JobResult *result)
     const std::lock_guard lock(channel->asking);
     pack_parts(channel, result->part);
     send_message(channel,
-                 {Say::MADE, result->job, 0, static_cast<int32_t>(channel->nclusters),
+                 {Say::MADE, result->job, 0, static_cast<int32_t>(channel->nclusters), 0,
                   result->objective, result->excess, static_cast<int64_t>(channel->sent.size())},
                  channel->sent.data());
 }
