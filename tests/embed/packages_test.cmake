@@ -39,7 +39,7 @@ foreach(package ${packages})
   list(APPEND names ${name})
   run(dpkg-deb -x ${package} ${WORK}/tree)
 endforeach()
-if(NOT names STREQUAL "libzorpel-dev;libzorpel1;python3-zorpel;zorpel-doc;zorpel")
+if(NOT names STREQUAL "libzorpel-dev;libzorpel1;python3-zorpel;zorpel-doc;zorpel-mpi;zorpel")
   message(FATAL_ERROR "The packages are ${names}")
 endif()
 
