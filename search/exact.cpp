@@ -51,7 +51,7 @@ static bool is_repeated(const Exact *exact, const bool *used, int p)
 static void place(Exact *exact, int depth, int64_t cost, bool *used)
 {
     const HGraph *const graph = exact->graph;
-    assert(depth <= graph->ncells && (depth == 0 || cost < exact->best));
+    assert(depth <= graph->ncells && cost < exact->best);
     assert(exact->free >= 0);
     if (depth == graph->ncells) {
         if (!can_reach_least(exact)) return;
@@ -120,7 +120,8 @@ bool solve_exactly(const HGraph *graph, const Bounds *bounds, Objective objectiv
         return a != b ? a > b : graph->cellwgt[u] > graph->cellwgt[v];
     });
     bool used[EXACT_PARTS] = {};
-    if (exact.budget > 0) place(&exact, 0, 0, used);
+    // nothing costs less than nothing, least of all where there is no vertex to place
+    if (exact.budget > 0 && exact.best > 0) place(&exact, 0, 0, used);
     assert(!exact.found || exact.best < *value || *excess > 0);
     if (exact.found) {
         *value = exact.best;

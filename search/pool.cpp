@@ -28,11 +28,13 @@ int64_t difference(const HGraph *graph, const int *a, const int *b)
     return sum;
 }
 
-/* Whether a member of the pool is the same partition; place is where member would stand. */
+/* Whether a member of the pool is the same partition; place is where member would stand, after all
+ * of its objective. */
 static bool has_twin(const Pool *pool, int place, int nclusters, const Member *member)
 {
-    if (place == 0 || pool->members[place - 1].objective != member->objective) return false;
-    return std::equal(member->part, member->part + nclusters, pool->members[place - 1].part);
+    for (int i = place - 1; i >= 0 && pool->members[i].objective == member->objective; i--)
+        if (std::equal(member->part, member->part + nclusters, pool->members[i].part)) return true;
+    return false;
 }
 
 /* Which member makes room in a full pool: of those from place on the one most like member, of

@@ -31,8 +31,9 @@ inline bool better(const Member *a, const Member *b)
 
 /* Takes member, whose part it owns from now on, into the pool if it is good enough. In a full pool
  * it takes the place of the one that it resembles most of those that are not better: so a pool
- * keeps partitions that differ. graph  in  of the clusters that have hyperedges Source  Andre,
- * Schlag, Schulz, Memetic multilevel hypergraph partitioning, GECCO 2018. */
+ * keeps partitions that differ.
+ *   graph  in  of the clusters that have hyperedges
+ * Source  Andre, Schlag, Schulz, Memetic multilevel hypergraph partitioning, GECCO 2018. */
 void take_into_pool(Pool *pool, const HGraph *graph, int nclusters, Member member);
 
 /* The weight of the hyperedges that one of two partitions cuts and the other does not. */

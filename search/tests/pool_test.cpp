@@ -68,6 +68,20 @@ TEST(Pool, what_is_there_already_is_not_taken_again)
     EXPECT_EQ(c.pool.n, 1);
 }
 
+TEST(Pool, a_twin_behind_others_of_its_objective_is_found)
+{
+    PoolCase c(1, 5);
+    const std::vector<int> part = random_partition(c.random, 12, 3);
+    std::vector<int> renamed = part; // the same objective, another array
+    for (int &p : renamed) p = (p + 1) % 3;
+    for (const std::vector<int> &next : {part, renamed, part, renamed}) {
+        Member member = c.member_of(next);
+        member.excess = 0;
+        take_into_pool(&c.pool, c.graph.get(), 12, member);
+    }
+    EXPECT_EQ(c.pool.n, 2);
+}
+
 TEST(Pool, a_newcomer_replaces_the_most_similar_of_those_that_are_not_better)
 {
     for (unsigned seed = 1; seed <= 40; seed++) {

@@ -166,6 +166,12 @@ static void work(Sweep *sweep)
     }
 }
 
+#ifdef __SANITIZE_ADDRESS__
+constexpr size_t MOST_AT_ONCE = 1; // the sanitizer's heap does not outlive a fork beside threads
+#else
+constexpr size_t MOST_AT_ONCE = SIZE_MAX;
+#endif
+
 static void run_all(Sweep *sweep)
 {
     const size_t processors = std::max(1u, std::thread::hardware_concurrency());
@@ -173,7 +179,8 @@ static void run_all(Sweep *sweep)
         sweep->settings->jobs > 0 ? static_cast<size_t>(sweep->settings->jobs) : processors;
     catch_signals();
     std::vector<std::thread> threads;
-    for (size_t i = 0; i < std::min({wanted, 2 * processors, sweep->plan.size()}); i++)
+    const size_t n = std::min({wanted, 2 * processors, sweep->plan.size(), MOST_AT_ONCE});
+    for (size_t i = 0; i < n; i++)
         threads.emplace_back(work, sweep);
     for (std::thread &thread : threads) thread.join();
     if (wants_progress(*sweep->settings)) fputc('\n', stderr);

@@ -258,7 +258,7 @@ class Reports(Case):
         for number in ("1000001", "100000000000", "99999999999999999999999"):
             self.file("vast", f"\n  Summary for the {number}-way partition:")
             words = ("verify", "cpu32_bus.hgr", part, "--report", "vast")
-            self.fails(3, "it tells of more than 1000000 parts", *words, timeout=5)
+            self.fails(3, "it names more than 1000000 parts", *words, timeout=5)
         self.file("none", "\n  Summary for the -5-way partition:")
         self.fails(1, "FALSE: report", "verify", "cpu32_bus.hgr", part, "--report", "none")
 
