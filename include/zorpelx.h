@@ -191,6 +191,16 @@ typedef struct zorpelx_options {
     void *channel_user;         /* handed to it */
 } zorpelx_options;
 
+/* What the steps of one kind did in a search. */
+typedef struct zorpelx_step {
+    int made;       /* partitions */
+    int better;     /* of which were better than all before, in the order of the jobs */
+    int64_t gained; /* by which these lowered the objective, once the bounds were kept */
+    double seconds; /* spent on them, the threads' together */
+} zorpelx_step;
+
+enum { ZORPELX_NSTEPS = 5 };
+
 /* What came out. */
 typedef struct zorpelx_result {
     size_t size;      /* bytes of this record, set by zorpelx_result_init() */
@@ -208,8 +218,10 @@ typedef struct zorpelx_result {
     char message[ZORPELX_MESSAGE_SIZE]; /* empty; or why the status is not OK, the result is not
                                          * valid or some start failed (the first one, by seed) */
     int64_t connectivity;               /* connectivity minus one */
-    int64_t moved;     /* weight of the vertices that are not in their part of options.start */
-    int jobs, alljobs; /* of the search delivered: done, and in all (-1 with options.time) */
+    int64_t moved;         /* weight of the vertices that are not in their part of options.start */
+    int jobs, alljobs;     /* of the search delivered: done, and in all (-1 with options.time) */
+    int pool, generations; /* of it: partitions that it kept, and batches of combinations */
+    zorpelx_step steps[ZORPELX_NSTEPS]; /* of it: packing, start, member, combination, exact */
 } zorpelx_result;
 
 /* Quality of a partition; every sum is exact in 64 bits. A hyperedge that touches d > 1 parts is

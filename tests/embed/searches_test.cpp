@@ -395,6 +395,55 @@ TEST_F(SearchesInTime, a_cap_on_memory_is_heeded)
     expect_whole(zorpelx::partition(h, options), ZORPELX_OK);
 }
 
+/* Each cap lets the search come further than the one before, from nothing to the end. */
+TEST_F(SearchesInTime, what_was_found_before_memory_ran_out_is_delivered)
+{
+    if (SANITIZED) GTEST_SKIP() << "its own heap takes more";
+    options.preset = ZORPELX_DEFAULT;
+    const zorpelx_hypergraph view = h.view();
+    int salvaged = 0, status = ZORPELX_NO_MEMORY;
+    for (size_t cap = size_t{4} << 20; cap < size_t{400} << 20; cap += cap / 32) {
+        options.memory = cap;
+        zorpelx_result result = new_result();
+        std::vector<int> part(static_cast<size_t>(h.nvtxs), -7);
+        const int now = zorpelx_partition(&view, &options, part.data(), &result);
+        ASSERT_TRUE(now == ZORPELX_OK || status == ZORPELX_NO_MEMORY) << cap;
+        status = now;
+        if (status != ZORPELX_OK) continue;
+        EXPECT_EQ(1, result.valid);
+        EXPECT_EQ(result.cut, zorpelx::evaluate(h, 8, part).cut);
+        if (result.message[0] == '\0') break;
+        EXPECT_STREQ("Memory ran out in the start with seed 1; the best partition that it had "
+                     "found by then counts.",
+                     result.message);
+        EXPECT_LT(result.jobs, result.alljobs);
+        salvaged++;
+    }
+    EXPECT_EQ(ZORPELX_OK, status);
+    EXPECT_GT(salvaged, 0);
+}
+
+TEST(Searches, the_result_tells_how_it_came_about)
+{
+    const zorpelx::Hypergraph h = random_hypergraph(300, 500, 3);
+    zorpelx::Options options = search_for(3, 3, ZORPELX_DEFAULT);
+    const zorpelx_result plain = zorpelx::partition(h, options).result;
+    EXPECT_EQ(1, plain.steps[0].made);
+    EXPECT_EQ(0, plain.steps[1].made);
+    EXPECT_EQ(plain.jobs, plain.steps[2].made + plain.steps[3].made);
+    EXPECT_GT(plain.steps[2].gained, 0);
+    EXPECT_GT(plain.steps[2].seconds, 0);
+    EXPECT_GT(plain.pool, 1);
+    EXPECT_GT(plain.generations, 0);
+    const std::vector<int> start = zorpelx::partition(h, options).part;
+    options.start = start.data();
+    const zorpelx_result again = zorpelx::partition(h, options).result;
+    EXPECT_EQ(1, again.steps[1].made);
+    const zorpelx_result engine = zorpelx::partition(h, options_for(3)).result;
+    for (const zorpelx_step &step : engine.steps) EXPECT_EQ(0, step.made);
+    EXPECT_EQ(0, engine.pool + engine.generations);
+}
+
 TEST(Searches, options_that_contradict_each_other_are_refused)
 {
     const zorpelx::Hypergraph h = path_of(6);

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <climits>
 #include <cstdio>
+#include <numeric>
 #include <random>
 
 #include "commands.h"
@@ -70,6 +71,35 @@ static Json history_json(const std::vector<SeenStep> &history)
     return list;
 }
 
+/* How the search came by its result; null for the engine, whose starts are one run of it. */
+static Json search_json(const Settings &settings, const zorpelx_result &result)
+{
+    if (wants_engine(settings)) return nullptr;
+    static const char *const names[ZORPELX_NSTEPS] = {"packing", "start", "member", "combination",
+                                                      "exact"};
+    Json steps = Json::array();
+    for (int i = 0; i < ZORPELX_NSTEPS; i++) {
+        const zorpelx_step &step = result.steps[i];
+        if (step.made == 0) continue;
+        steps.push_back({{"step", names[i]},
+                         {"made", step.made},
+                         {"better", step.better},
+                         {"gained", step.gained},
+                         {"seconds", step.seconds}});
+    }
+    return {{"pool", result.pool}, {"generations", result.generations}, {"steps", steps}};
+}
+
+/* The share of the vertices that are not where the start has them, in percent. */
+static Json moved_percent(const Settings &settings, const Job &job)
+{
+    if (settings.start.empty()) return nullptr;
+    const std::vector<int> &start = job.problem.start, &part = job.solution.part;
+    int64_t moved = 0;
+    for (size_t v = 0; v < start.size(); v++) moved += start[v] != part[v];
+    return start.empty() ? 0.0 : 100 * static_cast<double>(moved) / static_cast<double>(start.size());
+}
+
 static Json result_json(const Settings &settings, const Job &job, Status status)
 {
     const Figures &figures = job.solution.figures;
@@ -97,22 +127,40 @@ static Json result_json(const Settings &settings, const Job &job, Status status)
          {"imbalance_percent", imbalance_percent(figures)},
          {"parts", parts},
          {"moved_weight", settings.start.empty() ? Json(nullptr) : Json(job.solution.result.moved)},
+         {"moved_percent", moved_percent(settings, job)},
          {"jobs", job.solution.result.jobs},
          {"history", history_json(job.solution.history)},
+         {"search", search_json(settings, job.solution.result)},
          {"seconds", job.solution.result.seconds}});
     return json;
+}
+
+/* How full the fullest part is: over the average part, or over its share if parts are unequal. */
+static std::string fullest(const Job &job)
+{
+    const Figures &figures = job.solution.figures;
+    const std::vector<double> &sizes = job.problem.capacities;
+    if (sizes.empty())
+        return text_of("heaviest part is %.2f %% above average", imbalance_percent(figures));
+    const double all = std::accumulate(sizes.begin(), sizes.end(), 0.0);
+    const double total = static_cast<double>(
+        std::accumulate(figures.weight.begin(), figures.weight.end(), int64_t{0}));
+    double most = -100;
+    for (size_t p = 0; p < sizes.size() && total > 0; p++) {
+        const double share = total * sizes[p] / all;
+        most = std::max(most, 100 * (static_cast<double>(figures.weight[p]) / share - 1));
+    }
+    return text_of("fullest part is %.2f %% above its share", total > 0 ? most : 0.0);
 }
 
 static void print_result(const Job &job, bool taken)
 {
     const Figures &figures = job.solution.figures;
-    fprintf(
-        taken ? stderr : stdout,
-        "%s: %lld parts, cut %lld of %lld, external degrees %lld, heaviest part is %.2f %% above "
-        "average, seed %d, %.2f s\n",
-        shown_output(job.output).c_str(), ll(figures.nparts), ll(figures.cut),
-        ll(total_weight(job.problem.graph.netwgt)), ll(figures.soed), imbalance_percent(figures),
-        job.solution.result.seed, job.solution.result.seconds);
+    fprintf(taken ? stderr : stdout,
+            "%s: %lld parts, cut %lld of %lld, external degrees %lld, %s, seed %d, %.2f s\n",
+            shown_output(job.output).c_str(), ll(figures.nparts), ll(figures.cut),
+            ll(total_weight(job.problem.graph.netwgt)), ll(figures.soed), fullest(job).c_str(),
+            job.solution.result.seed, job.solution.result.seconds);
 }
 
 static std::string output_name(const Settings &settings)

@@ -10,6 +10,7 @@
 #include <cmath>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 #include "advice.h"
@@ -212,6 +213,20 @@ static Figures recount(const Settings &settings, const Problem &problem, const S
     return figures;
 }
 
+/* The library counts vertices from 0 and says so; whoever reads files counts them from 1. */
+static void count_from_one(char *message)
+{
+    static const std::string words = " (counted from 0)";
+    std::string text = message;
+    for (size_t end; (end = text.find(words)) != std::string::npos;) {
+        const size_t last = text.find_last_not_of("0123456789", end - 1);
+        const size_t begin = last == std::string::npos ? 0 : last + 1;
+        const long long number = atoll(text.substr(begin, end - begin).c_str()) + 1;
+        text.replace(begin, end + words.size() - begin, std::to_string(number));
+    }
+    strcpy(message, text.c_str()); // one digit more at most, and 17 characters less
+}
+
 /* What a run is watched for: its progress line, and its history. */
 struct Watched {
     const Settings *settings;
@@ -266,6 +281,7 @@ Status solve(const Settings &settings, const Problem &problem, bool shown, Solut
     zorpelx_result_init(&solution->result, sizeof solution->result);
     const int status =
         zorpelx_partition(&hypergraph, &options, solution->part.data(), &solution->result);
+    count_from_one(solution->result.message);
     if (watched.line) clear_progress();
     if (solution->result.finished > 0) {
         solution->figures = recount(settings, problem, *solution);

@@ -159,6 +159,7 @@ void search_and_publish(const zorpelx_hypergraph &h, const zorpelx_options &o,
     options.publish = publish;
     options.done = &board->jobs;
     options.user = &publisher;
+    options.report = &board->report;
     FlatHypergraph flat = {h.nvtxs, h.nhedges, h.eptr, h.eind, h.vwgts, h.hewgts};
     Constraints constraints = {o.fixed, o.groups};
     Priced priced;

@@ -8,6 +8,7 @@
 #include "fault.h"
 #include "limits.h"
 #include "partition/halves.h"
+#include "search/search.h"
 
 /* What a start that is at work has to show, in memory that both processes see. A partition is
  * written into the buffer that is not the latest, and the count raised last, so that the latest is
@@ -20,6 +21,7 @@ struct Board {
     int jobs, alljobs;
     int64_t objective, excess; // of the latest
     char step[16];             // what found it
+    SearchReport report;
 };
 
 inline bool is_search(const zorpelx_options &options)

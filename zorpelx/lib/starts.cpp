@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cassert>
 #include <climits>
+#include <cstring>
 #include <memory>
 #include <optional>
 #include <random>
@@ -36,6 +37,7 @@ struct Candidate {
     Fault blemish;      // why it is not valid
     zorpelx_quality quality = {};
     int jobs = 0, alljobs = 0;
+    SearchReport report = {};
 
     int64_t value() const
     {
@@ -112,6 +114,7 @@ class Call
     void collect();
     bool time_is_over() const;
     void harvest();
+    bool salvage(Worker &worker);
     void take_in(Worker &worker);
     void take_partition(const Worker &worker);
     void note_failure(int seed, const Fault &why);
@@ -139,6 +142,8 @@ class Call
     int busy = 0;                // workers at work
     int failed_seed = INT_MAX;
     Fault failure; // of the failed start with the least seed
+    int cut_short_seed = INT_MAX;
+    Fault cut_short; // the same of the searches that ran out of memory with a partition
     Counts counts;
     double told = 0;          // when progress was told last
     double looked = 0;        // when deaths were looked for last
@@ -390,6 +395,7 @@ void Call::take_partition(const Worker &worker)
     candidate.objective = o.objective;
     candidate.jobs = worker.shown().jobs;
     candidate.alljobs = worker.shown().alljobs;
+    candidate.report = worker.shown().report;
     candidate.quality = evaluator.evaluate(part);
     for (size_t p = 0; is_search(o) && p < limits.size(); p++) {
         const int64_t weight = evaluator.pwgts()[p];
@@ -416,13 +422,32 @@ static bool made_again(Worker &worker)
     return !worker.start(task);
 }
 
+/* Takes what a search had found when it ran out of memory. A mere packing is not worth it: it would
+ * pass for the result of a search. Returns false if there is nothing to take. */
+bool Call::salvage(Worker &worker)
+{
+    const int seed = worker.task().seed;
+    const Board &board = worker.shown();
+    if (!is_search(o) || worker.failure().status != ZORPELX_NO_MEMORY) return false;
+    if (board.published == 0 || strcmp(board.step, STEP_NAMES[STEP_PACKING]) == 0) return false;
+    worker.harvest();
+    take_partition(worker);
+    if (seed > cut_short_seed) return true;
+    cut_short_seed = seed;
+    cut_short = fault(ZORPELX_NO_MEMORY,
+                      "Memory ran out in the start with seed %d; the best partition that it had "
+                      "found by then counts.",
+                      seed);
+    return true;
+}
+
 void Call::take_in(Worker &worker)
 {
     worker.scan(&counts);
     if (made_again(worker)) return;
     if (worker.state() == Worker::State::Done)
         take_partition(worker);
-    else
+    else if (!salvage(worker))
         note_failure(worker.task().seed, worker.failure());
     call_back([&] { worker.deliver_trace(); });
     worker.stop();
@@ -530,8 +555,11 @@ Fault Call::run()
 Fault Call::outcome() const
 {
     if (!best) return failure;
-    return {ZORPELX_OK, best->blemish ? best->blemish.sentence : failure.sentence};
+    const Fault &note = best->blemish ? best->blemish : failure ? failure : cut_short;
+    return {ZORPELX_OK, note.sentence};
 }
+
+static_assert(static_cast<int>(NSTEPS) == static_cast<int>(ZORPELX_NSTEPS));
 
 void Call::report(zorpelx_result *result) const
 {
@@ -547,6 +575,12 @@ void Call::report(zorpelx_result *result) const
     result->connectivity = best->quality.connectivity;
     result->jobs = best->jobs;
     result->alljobs = best->alljobs;
+    result->pool = best->report.pool;
+    result->generations = best->report.generations;
+    for (int i = 0; i < NSTEPS; i++) {
+        const StepReport &step = best->report.steps[i];
+        result->steps[i] = {step.made, step.better, step.gained, step.seconds};
+    }
     for (int v = 0; o.start != nullptr && v < h.nvtxs; v++)
         if (best_part[static_cast<size_t>(v)] != o.start[v]) result->moved += weight_of(h, v);
 }

@@ -114,6 +114,12 @@ class Options(Case):
         words = ("-k", 3, "--capacities", "sizes", "--least", 10)
         self.assertEqual(self.cut_of(*words)["cut"], answer["cut"])
         words = ("partition", "mult16.hgr", "-k", 3, "--capacities")
+        said = self.run_ok(*words, "3,3,2", "-o", "out").stdout
+        fullest = max(part["weight"] * 8 / (total * size) - 1
+                      for part, size in zip(answer["parts"], (3, 3, 2)))
+        self.assertIn("% above its share", said)
+        self.assertLess(float(re.search(r"fullest part is ([-\d.]+) %", said)[1]), 3.1)
+        self.assertLess(fullest, 0.031)
         self.fails(2, "has 2 numbers; there are 3 parts", *words, "3,3")
         self.fails(2, "number 2 is not above 0", *words, "3,0,1")
 
@@ -124,7 +130,9 @@ class Options(Case):
         old = self.json_of("verify", "mult16.hgr", "old", "-k", 4, "--format", "json")
         self.assertLessEqual(better["cut"], old["cut"])
         parts = zip(self.text("old").split(), self.text("out").split())
-        self.assertEqual(better["moved_weight"], sum(a != b for a, b in parts))
+        moved = sum(a != b for a, b in parts)
+        self.assertEqual(better["moved_weight"], moved)
+        self.assertAlmostEqual(better["moved_percent"], 100 * moved / 1315)
         dear = self.cut_of("-k", 4, "--start", "old", "--epsilon", 30, "--keep-in-place", 1000)
         self.assertEqual(dear["moved_weight"], 0)
         self.file("short", "0\n1\n")
@@ -139,6 +147,19 @@ class Options(Case):
         part = self.text("out").split()
         for v in range(0, 1315, 3):
             self.assertEqual(part[v], part[next(u for u in range(0, 1315, 3) if u % 40 == v % 40)])
+
+    def test_how_the_result_came_about(self):
+        answer = self.cut_of("-k", 4, "--epsilon", 3)
+        steps = {step["step"]: step for step in answer["search"]["steps"]}
+        self.assertEqual(set(steps), {"packing", "member", "combination"})
+        self.assertEqual(steps["packing"]["made"], 1)
+        made = steps["member"]["made"] + steps["combination"]["made"]
+        self.assertEqual(made, answer["jobs"])
+        self.assertGreater(steps["member"]["gained"], 0)
+        self.assertGreater(steps["member"]["seconds"], 0)
+        self.assertGreater(answer["search"]["generations"], 0)
+        self.assertGreater(answer["search"]["pool"], 1)
+        self.assertIsNone(self.cut_of("-k", 4, "--ubfactor", 5, "--runs", 1)["search"])
 
     def test_a_search_with_a_time_of_its_own_ends_then(self):
         begin = time.monotonic()
@@ -158,7 +179,8 @@ class Options(Case):
 
     def test_who_makes_the_bounds_impossible(self):
         self.file("heavy.hgr", "2 3 10\n1 2\n2 3\n50\n1\n1\n")
-        self.fails(4, "weighs 50, and no part may weigh more than 26", "partition", "heavy.hgr", "-k", 2)
+        said = "Vertex 1 weighs 50, and no part may weigh more than 26"
+        self.fails(4, said, "partition", "heavy.hgr", "-k", 2)
         self.assertEqual(len(self.text("heavy.hgr.part.2").split()), 3)
 
     def test_the_result_is_what_verify_counts(self):

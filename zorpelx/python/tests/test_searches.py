@@ -156,6 +156,19 @@ class RuleTest(unittest.TestCase):
             zorpel.partition(SMALL, 2, keep_in_place=3)
 
 
+    def test_the_result_tells_how_it_came_about(self):
+        found = zorpel.partition(SMALL, 4)
+        made = {step.step: step.made for step in found.steps}
+        self.assertEqual(made["packing"], 1)
+        self.assertEqual(made["member"] + made.get("combination", 0), found.jobs)
+        self.assertNotIn("start", made)
+        self.assertGreater(found.pool, 0)
+        for step in found.steps:
+            self.assertLessEqual(step.better, step.made)
+            self.assertGreaterEqual(step.seconds, 0)
+        self.assertEqual(zorpel.partition(SMALL, 4, ubfactor=5).steps, [])
+
+
 class TimeTest(unittest.TestCase):
     def test_progress_tells_of_the_search_and_can_end_it(self):
         seen = []

@@ -41,7 +41,7 @@ from .files import (
     write_partition,
 )
 from .hypergraph import Hypergraph, HypergraphLike, as_hypergraph
-from .results import Bin, Partition, Progress, Quality, Spread, Stats
+from .results import Bin, Partition, Progress, Quality, Spread, Stats, Step
 
 __version__ = "1.0.0"
 
@@ -64,6 +64,7 @@ __all__ = [
     "Quality",
     "Spread",
     "Stats",
+    "Step",
     "as_hypergraph",
     "cut_hyperedges",
     "cut_matrix",

@@ -94,6 +94,14 @@ class COptions(ctypes.Structure):
     ]
 
 
+#: The kinds of steps of a search, in the order of zorpelx_result.steps.
+STEPS = ("packing", "start", "member", "combination", "exact")
+
+
+class CStep(ctypes.Structure):
+    _fields_ = [("made", c_int), ("better", c_int), ("gained", c_int64), ("seconds", c_double)]
+
+
 class CResult(ctypes.Structure):
     _fields_ = [
         ("size", c_size_t),
@@ -112,6 +120,9 @@ class CResult(ctypes.Structure):
         ("moved", c_int64),
         ("jobs", c_int),
         ("alljobs", c_int),
+        ("pool", c_int),
+        ("generations", c_int),
+        ("steps", CStep * len(STEPS)),
     ]
 
 

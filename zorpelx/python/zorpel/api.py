@@ -24,7 +24,7 @@ from .hypergraph import (
     to_ints,
     wants_numpy,
 )
-from .results import Bin, Partition, Progress, Quality, Spread, Stats
+from .results import Bin, Partition, Progress, Quality, Spread, Stats, Step
 
 #: Parts that any number of vertices may have; beyond, there are at least as many vertices.
 MOST_EMPTY_PARTS = 1000000
@@ -364,6 +364,13 @@ def partition(
         connectivity=result.connectivity,
         moved=result.moved,
         jobs=result.jobs,
+        pool=result.pool,
+        generations=result.generations,
+        steps=[
+            Step(name, step.made, step.better, step.gained, step.seconds)
+            for name, step in zip(lib.STEPS, result.steps)
+            if step.made > 0
+        ],
     )
 
 

@@ -43,6 +43,17 @@ class Progress:
     step: str  #: what found it: packing, start, member, combination, exact; or empty
 
 
+@dataclass(frozen=True)
+class Step:
+    """What the steps of one kind did in a search, see zorpelx_step in zorpelx.h."""
+
+    step: str  #: packing, start, member, combination or exact
+    made: int  #: partitions
+    better: int  #: of which were better than all before
+    gained: int  #: by which these lowered the objective, once the bounds were kept
+    seconds: float  #: of all threads
+
+
 @dataclass(frozen=True, repr=False, eq=False)
 class Partition:
     """A partition and what is known of it.
@@ -69,6 +80,9 @@ class Partition:
     connectivity: int = 0  #: connectivity minus one
     moved: int = 0  #: weight of the vertices that are not in their part of start
     jobs: int = 0  #: pieces of work that the search has done
+    pool: int = 0  #: partitions that it kept
+    generations: int = 0  #: batches of combinations that it made
+    steps: List[Step] = field(default_factory=list)  #: what its steps did, by kind
 
     def __len__(self) -> int:
         """The number of vertices."""
