@@ -40,17 +40,24 @@ int NumOfLargeNets__(int nnets, const int *netptr)
 struct CoarsenWork {
     MatchWork match;  // sized by the finest level: m = max(ncells, nnets)
     bool *cutnets[2]; // [m] restricted: of a level and of the next coarser one, in turn
+    bool restricted;  // the parts of where are kept (V-cycles)
 };
 
-static CoarsenWork open_work(const HGraph *graph, bool restricted)
+/* What tells the two ways to coarsen apart. */
+struct ChainRules {
+    bool restricted;
+};
+
+static CoarsenWork open_work(const HGraph *graph, ChainRules rules)
 {
     const size_t m = static_cast<size_t>(std::max(graph->ncells, graph->nnets));
     CoarsenWork work;
+    work.restricted = rules.restricted;
     work.match.htable = ismalloc__(2 * m, -1, "Coarsen: htable");
     work.match.perm = imalloc__(m, "Coarsen: perm");
     work.match.vpairs = imalloc__(2 * m, "Coarsen: vpairs");
-    work.cutnets[0] = restricted ? alloc_array<bool>(2 * m, "Coarsen: cutnets") : nullptr;
-    work.cutnets[1] = restricted ? work.cutnets[0] + m : nullptr;
+    work.cutnets[0] = rules.restricted ? alloc_array<bool>(2 * m, "Coarsen: cutnets") : nullptr;
+    work.cutnets[1] = rules.restricted ? work.cutnets[0] + m : nullptr;
     return work;
 }
 
@@ -154,27 +161,27 @@ static bool slow_progress(const HGraph *finer, const HGraph *coarser, float rati
 
 /* Makes the next level of graph. */
 static HGraph *coarsen_level(PartCtrl *ctrl, HGraph *graph, const CoarsenWork *work, int level,
-                             bool slow, bool restricted)
+                             bool slow)
 {
     SeparateIslands__(graph);
     start_timer(ctrl, TIME_AUX1);
-    if (restricted)
+    if (work->restricted)
         match_restricted(ctrl, graph, work);
     else
         match_level(ctrl, graph, &work->match, level, slow);
     stop_timer(ctrl, TIME_AUX1);
     assert(graph->coarser != nullptr && graph->coarser->finer == graph);
     assert(graph->coarser->ncells <= graph->ncells && graph->coarser->nfixed == graph->nfixed);
-    if (restricted) carry_partition(graph, work);
+    if (work->restricted) carry_partition(graph, work);
     graph->coarser->level = level + 1;
     return graph->coarser;
 }
 
-static HGraph *coarsen_chain(PartCtrl *ctrl, HGraph *graph, bool restricted)
+static HGraph *coarsen_chain(PartCtrl *ctrl, HGraph *graph, ChainRules rules)
 {
     const bool trace = (ctrl->dbglvl & DBG_COARSEN) != 0;
     start_timer(ctrl, TIME_COARSENING);
-    CoarsenWork work = open_work(graph, restricted);
+    CoarsenWork work = open_work(graph, rules);
     assert(ctrl->CoarsenTo > 0);
     HEAVY_ASSERT(ctrl_ok(ctrl));
     graph->level = 0;
@@ -182,17 +189,17 @@ static HGraph *coarsen_chain(PartCtrl *ctrl, HGraph *graph, bool restricted)
         print_trace(ctrl, "----------------------------------------------------------\n");
         trace_level(ctrl, graph);
     }
-    if (restricted) {
+    if (rules.restricted) {
         mark_cut_nets(graph, graph->where, work.cutnets[0]);
         graph->cutnets = work.cutnets[0];
     }
     float ratio = PROGRESS_RATIO;
     bool slow = false, aborted = false;
     for (int level = 0; graph->ncells > ctrl->CoarsenTo && !aborted; level++) {
-        graph = coarsen_level(ctrl, graph, &work, level, slow, restricted);
+        graph = coarsen_level(ctrl, graph, &work, level, slow);
         if (trace) trace_level(ctrl, graph);
         if (!slow_progress(graph->finer, graph, ratio)) continue;
-        aborted = restricted || slow || match_scheme(ctrl) == CTYPE_EDGE;
+        aborted = rules.restricted || slow || match_scheme(ctrl) == CTYPE_EDGE;
         if (aborted) {
             if (trace)
                 print_trace(ctrl, "\nSlow progress in coarsening. Aborted at %d nodes\n\n",
@@ -212,10 +219,10 @@ static HGraph *coarsen_chain(PartCtrl *ctrl, HGraph *graph, bool restricted)
 
 HGraph *Coarsen__(PartCtrl *ctrl, HGraph *graph)
 {
-    return coarsen_chain(ctrl, graph, false);
+    return coarsen_chain(ctrl, graph, {.restricted = false});
 }
 
 HGraph *CCoarsen__(PartCtrl *ctrl, HGraph *graph)
 {
-    return coarsen_chain(ctrl, graph, true);
+    return coarsen_chain(ctrl, graph, {.restricted = true});
 }

@@ -39,11 +39,11 @@ bool net_lists_ok(const NetLists *nets)
     return true;
 }
 
-bool search_ok(const PartnerSearch *search, bool freeonly)
+bool search_ok(const PartnerSearch *search, GroupedVertices grouped)
 {
     const HGraph *const graph = search->graph;
     for (int v = 0; v < graph->ncells; v++) {
-        const bool barred = freeonly && search->cellmap[v] != SINGLE;
+        const bool barred = grouped == GroupedVertices::barred && search->cellmap[v] != SINGLE;
         HOLDS(C1, search->table[v] == (barred ? BARRED : UNSEEN));
         HOLDS(C2, graph->cellwgt[v] <= search->heaviest);
         HOLDS(C2, search->wgts == nullptr || search->wgts[search->cellmap[v]] <= search->heaviest);

@@ -49,7 +49,7 @@ static void match_pairs(PartCtrl *ctrl, HGraph *graph, const int *where, const M
         if (v >= 0) take_vertex(groups, &search, v);
         close_group(groups);
     }
-    HEAVY_ASSERT(search_ok(&search, true));
+    HEAVY_ASSERT(search_ok(&search, GroupedVertices::barred));
     close_search(&search);
     HEAVY_ASSERT(grouping_ok(graph, groups));
 }

@@ -29,10 +29,13 @@ static void order_hyperedges(PartCtrl *ctrl, const HGraph *graph, int *perm, int
     for (int i = 0; i < graph->nnets; i++) perm[i] = pairs[i].val;
 }
 
-/* Merges the free vertices of hyperedges in the order of perm: of those that are all free, or with
- * partial of those more than half free, if their weight fits. */
+/* How many pins of a hyperedge must be free for them to be merged. */
+enum class FreePins { all, most };
+
+/* Merges the free vertices of hyperedges in the order of perm that have enough of them, if their
+ * weight fits. */
 static void match_hyperedges(const PartCtrl *ctrl, const HGraph *graph, const int *perm,
-                             Grouping *groups, bool partial)
+                             Grouping *groups, FreePins enough)
 {
     for (int i = 0; i < graph->nnets; i++) {
         const int e = perm[i], begin = graph->netptr[e], end = graph->netptr[e + 1];
@@ -40,16 +43,17 @@ static void match_hyperedges(const PartCtrl *ctrl, const HGraph *graph, const in
         for (int j = begin; j < end; j++) {
             const int v = graph->netind[j];
             if (groups->cellmap[v] != SINGLE) {
-                if (partial) continue;
-                break;
+                if (enough == FreePins::all) break;
+                continue;
             }
             nfree++;
             weight += graph->cellwgt[v];
         }
         const int size = end - begin;
         assert(nfree <= size && weight >= 0);
-        const bool enough = partial ? nfree > 0.5 * size : nfree == size && size > 0;
-        if (!enough || weight > ctrl->MaxCellWgt) continue;
+        const bool merged =
+            enough == FreePins::most ? nfree > 0.5 * size : nfree == size && size > 0;
+        if (!merged || weight > ctrl->MaxCellWgt) continue;
         for (int j = begin; j < end; j++)
             if (groups->cellmap[graph->netind[j]] == SINGLE) list_vertex(groups, graph->netind[j]);
         close_group(groups);
@@ -70,8 +74,8 @@ static void match_by_hyperedges(PartCtrl *ctrl, HGraph *graph, const MatchWork *
     graph->mind = imalloc__(n, "HGraphMatch: graph->mind");
     order_hyperedges(ctrl, graph, work->perm, work->vpairs);
     Grouping groups = open_grouping(graph);
-    match_hyperedges(ctrl, graph, work->perm, &groups, false);
-    if (phases.partial) match_hyperedges(ctrl, graph, work->perm, &groups, true);
+    match_hyperedges(ctrl, graph, work->perm, &groups, FreePins::all);
+    if (phases.partial) match_hyperedges(ctrl, graph, work->perm, &groups, FreePins::most);
     if (phases.pairs)
         match_free_vertices(ctrl, graph, work, &groups);
     else

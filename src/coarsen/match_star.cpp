@@ -65,7 +65,7 @@ int ComputeAllWeights__(const PartCtrl *ctrl, const HGraph *graph, int *keys, in
         }
         largest = std::max(largest, keys[v]);
     }
-    HEAVY_ASSERT(search_ok(&search, false));
+    HEAVY_ASSERT(search_ok(&search, GroupedVertices::allowed));
     close_search(&search);
     for (int v = 0; v < graph->ncells; v++)
         if (keys[v] == -1) keys[v] = largest + 1;
@@ -133,7 +133,7 @@ static void join_stars(const PartCtrl *ctrl, const HGraph *graph, const int *whe
         }
         search.heaviest = std::max(search.heaviest, wgts[cellmap[u]]);
     }
-    HEAVY_ASSERT(search_ok(&search, false));
+    HEAVY_ASSERT(search_ok(&search, GroupedVertices::allowed));
     close_search(&search);
 }
 

@@ -86,8 +86,10 @@ inline void close_search(PartnerSearch *search)
     QXfree__(&search->cand, &search->marks, LTERM);
 }
 
-/* Tests C1 to C4 between searches; freeonly: grouped vertices are barred. */
-bool search_ok(const PartnerSearch *search, bool freeonly);
+enum class GroupedVertices { allowed, barred };
+
+/* Tests C1 to C4 between searches. */
+bool search_ok(const PartnerSearch *search, GroupedVertices grouped);
 
 /* The candidates of a vertex while its hyperedges are scanned. Kept apart from the search, they
  * stay in registers. */

@@ -29,11 +29,14 @@ static void drop_records(HGraph *fresh)
              &fresh->crdata, &fresh->kplace, LTERM);
 }
 
-static bool same_list(const KwayPartDeg *a, const KwayPartDeg *b, int n, bool vertex)
+enum class ListOf { vertex, net }; // only a vertex has a soed beside each part
+
+static bool same_list(const KwayPartDeg *a, const KwayPartDeg *b, int n, ListOf owner)
 {
     for (int i = 0; i < n; i++) {
         const int k = find_part(b, n, a[i].pid);
-        if (k == n || a[i].num != b[k].num || (vertex && a[i].soed != b[k].soed)) return false;
+        if (k == n || a[i].num != b[k].num || (owner == ListOf::vertex && a[i].soed != b[k].soed))
+            return false;
     }
     return true;
 }
@@ -45,7 +48,8 @@ static bool same_outline(const CellKwayInfo *a, const CellKwayInfo *b)
 
 static bool same_record(const CellKwayInfo *a, const CellKwayInfo *b)
 {
-    return a->ndegrees == b->ndegrees && same_list(a->degrees, b->degrees, a->ndegrees, true);
+    return a->ndegrees == b->ndegrees &&
+           same_list(a->degrees, b->degrees, a->ndegrees, ListOf::vertex);
 }
 
 /* A move of the only vertex of a hyperedge counts as cutting it, so the kept cut drifts. */
@@ -68,7 +72,8 @@ static bool parts_ok(const PartCtrl *ctrl, const HGraph *graph, const HGraph *fr
     for (int e = 0; e < graph->nnets; e++) {
         const NetKwayInfo *const a = &graph->nrinfo[e], *const b = &fresh->nrinfo[e];
         HOLDS(K3, a->ndegrees == b->ndegrees && (a->degrees != nullptr || a->ndegrees <= 1));
-        HOLDS(K3, a->degrees == nullptr || same_list(a->degrees, b->degrees, a->ndegrees, false));
+        HOLDS(K3,
+              a->degrees == nullptr || same_list(a->degrees, b->degrees, a->ndegrees, ListOf::net));
     }
     return true;
 }

@@ -72,13 +72,14 @@ struct OpenSearch {
         search.wgts = wgts.data() + 1;
     }
     ~OpenSearch() { close_search(&search); }
-    std::string broken(bool freeonly = false)
+    std::string broken(GroupedVertices grouped = GroupedVertices::allowed)
     {
-        return broken_rule([&] { return search_ok(&search, freeonly); });
+        return broken_rule([&] { return search_ok(&search, grouped); });
     }
     template <typename Field, typename Value> std::string with(Field &field, Value value)
     {
-        return broken_by(field, value, [&] { return search_ok(&search, false); });
+        return broken_by(field, value,
+                         [&] { return search_ok(&search, GroupedVertices::allowed); });
     }
 };
 
@@ -91,9 +92,9 @@ TEST(SearchOk, the_broken_rule_is_named)
     EXPECT_EQ(open.with(open.search.heaviest, 0), "C2");
     open.cellmap[4] = 2;
     EXPECT_EQ(open.with(open.wgts[3], 7), "C2") << "a group";
-    EXPECT_EQ(open.broken(true), "C1") << "grouped and not barred";
+    EXPECT_EQ(open.broken(GroupedVertices::barred), "C1") << "grouped and not barred";
     open.htable[4] = BARRED;
-    EXPECT_EQ(open.broken(true), "");
+    EXPECT_EQ(open.broken(GroupedVertices::barred), "");
     open.htable[4] = UNSEEN;
     EXPECT_EQ(open.with(open.search.marks[0], true), "C3");
     EXPECT_EQ(open.with(open.search.marks[4], false), "C3");
