@@ -59,7 +59,8 @@ constexpr FormatRow TABLE[] = {
      annotate_tsv, KEEPS_ALL},
     {"jsonl", "JSON lines file of memberships", ".jsonl .ndjson", "", recognise_jsonl, read_jsonl,
      nullptr, nullptr, 0},
-    {"edges", "edge list", ".edges .edgelist .el", "", nullptr, read_edges, nullptr, nullptr, 0},
+    {"edges", "edge list", ".edges .edgelist .el", "", recognise_edges, read_edges, nullptr,
+     nullptr, 0},
 };
 
 std::span<const FormatRow> format_rows()
@@ -109,11 +110,10 @@ const FormatRow *detect_format(std::string_view bytes, const std::string &path)
     const FormatRow *alike = nullptr, *called = nullptr;
     for (const FormatRow &row : TABLE) {
         if (row.read == nullptr) continue;
-        const Recognised found = row.recognise == nullptr ? UNLIKE : row.recognise(bytes);
+        const Recognised found = row.recognise == nullptr ? OPEN : row.recognise(bytes);
         if (found == CERTAIN) return &row;
         if (found == LIKE && alike == nullptr) alike = &row;
-        const bool open = row.recognise == nullptr || found == LIKE;
-        if (open && called == nullptr && lists(row.suffixes, suffix)) called = &row;
+        if (found != UNLIKE && called == nullptr && lists(row.suffixes, suffix)) called = &row;
     }
     if (called != nullptr) return called;
     return alike != nullptr ? alike : &TABLE[0];

@@ -27,6 +27,7 @@
 /* Whether a file is of a format, from how it begins. */
 enum Recognised {
     UNLIKE, // it is not
+    OPEN,   // nothing tells: its name may
     LIKE,   // it may be: a name that ends as those of another format speaks against it
     CERTAIN // it is, whatever it is called
 };

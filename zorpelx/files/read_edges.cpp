@@ -58,6 +58,21 @@ static bool add_edge(Builder *builder, Walk *walk)
     return true;
 }
 
+/* Numbers under comments that begin with #, which no hypergraph file has. */
+Recognised recognise_edges(std::string_view bytes)
+{
+    constexpr size_t MOST_LOOKED_AT = size_t{1} << 16;
+    Walk walk = walk_over(bytes.substr(0, MOST_LOOKED_AT));
+    skip_space(&walk);
+    if (text_ended(walk) || *walk.at != '#') return OPEN;
+    for (; !text_ended(walk) && *walk.at == '#'; skip_space(&walk)) next_line(&walk);
+    int64_t number = 0;
+    int nnumbers = 0;
+    for (; !line_ended(walk); skip_between(&walk), nnumbers++)
+        if (!take_whole(&walk, &number)) return OPEN;
+    return nnumbers == 2 || nnumbers == 3 ? LIKE : OPEN;
+}
+
 Hypergraph read_edges(std::string_view bytes, const Reading &, Findings *findings, Budget *budget)
 {
     Builder builder = open_builder(findings, budget);

@@ -4,6 +4,8 @@
 
 #include "formats.h"
 
+Recognised recognise_edges(std::string_view bytes);
+
 /* Each line names two vertices and may give a weight; blanks, a comma or a semicolon stand between
  * them. Lines that begin with # or % are comments. Each edge becomes a hyperedge of two vertices,
  * in the order of the lines; an edge from a vertex to itself is left out and told. */

@@ -336,6 +336,18 @@ class Tables(Formats):
         done = self.run_ok("stats", "a.csv")
         self.assertIn("a.csv:2:5: '2' here is another weight than before; the first counts, 2 times in all", done.stderr)
 
+    def test_edges_under_comments_need_no_name(self):
+        text = "# Nodes: 3 Edges: 2\n#\n0\t1\n1\t2\n"
+        self.file("web.txt", text)
+        for done in (self.run_ok("stats", "web.txt"), self.run_ok("stats", "-", input=text)):
+            self.assertIn("3 vertices, 2 hyperedges, 4 pins", done.stdout)
+        self.file("words.txt", "# Nodes: 3\nnone at all\n")
+        self.assertIn("header-numbers", self.call("stats", "words.txt").stderr)
+
+    def test_a_weighted_formula_is_named(self):
+        self.file("w.cnf", "c\np wcnf 3 2 10\n10 1 2 0\n3 -1 3 0\n")
+        self.assertIn("weighted DIMACS CNF", self.call("stats", "w.cnf").stderr)
+
     def test_edges(self):
         self.file("g.edges", "# graph\n% too\na b\r\nb,c 4\n\nc\td\nd d\n")
         self.assertEqual(self.nets("g.edges"), {"1": {"a", "b"}, "2": {"b", "c"}, "3": {"c", "d"}})
