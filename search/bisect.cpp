@@ -28,6 +28,8 @@ struct SideBounds {
 static void set_sides(PartCtrl *ctrl, const SideBounds *sides)
 {
     assert(sides->total > 0);
+    assert(0 <= sides->least0 && sides->least0 <= sides->total);
+    assert(0 <= sides->least1 && sides->least1 <= sides->total);
     const double total = static_cast<double>(sides->total);
     const double low = static_cast<double>(sides->least0);
     const double high = static_cast<double>(sides->total - sides->least1);
@@ -62,6 +64,16 @@ static Range range_of(const Bounds *bounds, int first, int last)
     return range;
 }
 
+/* The least that a side should weigh: the least of its parts, or its share of the weight where
+ * that is too little for all of them. */
+static int64_t least_of_side(const Range *side, const Range *all, int64_t total)
+{
+    assert(0 <= side->least && side->least <= all->least);
+    if (total >= all->least) return side->least;
+    const double share = static_cast<double>(side->least) / static_cast<double>(all->least);
+    return std::min(total, static_cast<int64_t>(share * static_cast<double>(total)));
+}
+
 /* How the parts first to last - 1 may be bisected before middle: every half may be heavier than its
  * share by the root, of the depth of the recursion that is left, of what all of them may be. */
 static SideBounds bounds_of(const Bounds *bounds, int first, int middle, int last, int64_t total)
@@ -76,8 +88,10 @@ static SideBounds bounds_of(const Bounds *bounds, int first, int middle, int las
     for (int side = 0; side < 2; side++)
         mosts[side] = static_cast<int64_t>(
             weight * (static_cast<double>(ranges[side].most) / std::max(most, 1.0)) * slack);
-    return {total, std::max(total - mosts[1], std::min(ranges[0].least, mosts[0])),
-            std::max(total - mosts[0], std::min(ranges[1].least, mosts[1]))};
+    const int64_t leasts[2] = {least_of_side(&ranges[0], &all, total),
+                               least_of_side(&ranges[1], &all, total)};
+    return {total, std::max(total - mosts[1], std::min(leasts[0], mosts[0])),
+            std::max(total - mosts[0], std::min(leasts[1], mosts[1]))};
 }
 
 static void bisect(const SearchTask *task, PartCtrl *ctrl, HGraph *graph, int first, int last,

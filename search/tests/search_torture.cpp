@@ -261,8 +261,22 @@ static const char *try_case(unsigned seed, Seen *shared, Counts *counts)
     }
 }
 
+/* An assertion that fails or a sanitizer that aborts says which case it was. */
+static volatile unsigned current_seed;
+
+static void tell_seed(int number)
+{
+    char text[40];
+    const int n = snprintf(text, sizeof text, "seed %u: aborted\n", current_seed);
+    [[maybe_unused]] const ssize_t written =
+        write(STDOUT_FILENO, text, static_cast<size_t>(std::max(n, 0)));
+    signal(number, SIG_DFL);
+    raise(number);
+}
+
 int main(int argc, char **argv)
 {
+    signal(SIGABRT, tell_seed);
     const int ncases = argc > 1 ? atoi(argv[1]) : 100;
     const unsigned seed = argc > 2 ? static_cast<unsigned>(atoi(argv[2])) : 1;
     void *const memory =
@@ -271,6 +285,7 @@ int main(int argc, char **argv)
     Counts counts = {};
     for (int i = 0; i < ncases; i++) {
         const unsigned own = seed + static_cast<unsigned>(i);
+        current_seed = own;
         const char *const fault = try_case(own, static_cast<Seen *>(memory), &counts);
         if (fault == nullptr) continue;
         printf("seed %u: %s\n", own, fault);
