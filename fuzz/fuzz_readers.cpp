@@ -1,7 +1,8 @@
 /* fuzz/fuzz_readers.cpp: any bytes as a hypergraph file, given to all readers at once.
  *   D1  the engine's reader and that of zorpelx/files accept the same files, and read the same
  *   D2  what the reader of zorpelx/files reads without an error, libzorpelx reads as the same for
- *       its callers, C and Python; what it calls an error is refused
+ *       its callers, C and Python; what it calls an error is refused. Not so what libzorpelx takes
+ *       for a file of another format
  *   D3  what it reads without error or warning, the reader of check_partition accepts; and what
  *       both accept without an error, they read as the same
  */
@@ -16,6 +17,7 @@
 
 #include "core/hgraph.h"
 #include "core/memory.h"
+#include "formats.h"
 #include "hook.h"
 #include "io/read_hgraph.h"
 #include "read_hgr.h"
@@ -98,8 +100,10 @@ static void compare_engine(const char *name, std::string_view text)
 
 /* ---- the library's reader and the checker's -------------------------------------------------- */
 
-static void compare_library(const char *name, const Findings &findings, const Hypergraph &graph)
+static void compare_library(const char *name, std::string_view text, const Findings &findings,
+                            const Hypergraph &graph)
 {
+    if (strcmp(detect_format(text, name)->name, "hgr") != 0) return;
     zorpelx_file *file = nullptr;
     const int status = zorpelx_read_hypergraph(name, nullptr, &file, nullptr);
     const zorpelx_hypergraph *const read = zorpelx_file_hypergraph(file);
@@ -144,7 +148,7 @@ int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t size)
     compare_engine(name, text);
     const bool packed = size > 1 && (bytes[0] == 0x1f || bytes[0] == 0x28 || bytes[0] == 0xfd ||
                                      bytes[0] == 'B'); // perhaps; libzorpelx would expand it
-    if (!packed) compare_library(name, findings, graph);
+    if (!packed) compare_library(name, text, findings, graph);
     if (graph.nvertices > 0) compare_checker(name, findings, graph);
     return 0;
 }
