@@ -58,19 +58,38 @@ static bool add_edge(Builder *builder, Walk *walk)
     return true;
 }
 
-/* Numbers under comments that begin with #, which no hypergraph file has. */
+/* The numbers in the rest of the line; 0 if there is anything else. */
+static int count_numbers(Walk *walk)
+{
+    int64_t number = 0;
+    int count = 0;
+    for (skip_between(walk); !line_ended(*walk); skip_between(walk), count++)
+        if (!take_whole(walk, &number)) return 0;
+    return count;
+}
+
+/* Lines of two or of three numbers, below a comment that begins with #, as no hypergraph file has.
+ */
 Recognised recognise_edges(std::string_view bytes)
 {
     constexpr size_t MOST_LOOKED_AT = size_t{1} << 16;
     Walk walk = walk_over(bytes.substr(0, MOST_LOOKED_AT));
     skip_space(&walk);
     if (text_ended(walk) || *walk.at != '#') return OPEN;
-    for (; !text_ended(walk) && *walk.at == '#'; skip_space(&walk)) next_line(&walk);
-    int64_t number = 0;
-    int nnumbers = 0;
-    for (; !line_ended(walk); skip_between(&walk), nnumbers++)
-        if (!take_whole(&walk, &number)) return OPEN;
-    return nnumbers == 2 || nnumbers == 3 ? LIKE : OPEN;
+    walk.at++;
+    skip_blanks(&walk);
+    if (line_ended(walk)) return OPEN; // it says nothing
+    int each = 0;
+    for (next_line(&walk), skip_space(&walk); !text_ended(walk);
+         next_line(&walk), skip_space(&walk)) {
+        if (*walk.at == '#') continue;
+        const int count = count_numbers(&walk);
+        if (each == 0) each = count;
+        // the last line looked at may be cut off
+        if (count != each && walk.at - bytes.data() < static_cast<int64_t>(MOST_LOOKED_AT))
+            return OPEN;
+    }
+    return each == 2 || each == 3 ? LIKE : OPEN;
 }
 
 Hypergraph read_edges(std::string_view bytes, const Reading &, Findings *findings, Budget *budget)
