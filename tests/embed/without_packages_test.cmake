@@ -9,7 +9,7 @@ execute_process(
     -DCMAKE_DISABLE_FIND_PACKAGE_PkgConfig=ON -DCMAKE_DISABLE_FIND_PACKAGE_BZip2=ON
     -DCMAKE_DISABLE_FIND_PACKAGE_LibLZMA=ON
   OUTPUT_VARIABLE text ERROR_VARIABLE text COMMAND_ERROR_IS_FATAL ANY)
-foreach(wanted "libcli11-dev nlohmann-json3-dev libmd-dev" "zlib1g-dev libbz2-dev liblzma-dev libzstd-dev")
+foreach(wanted "libcli11-dev nlohmann-json3-dev zlib1g-dev libmd-dev" "zlib1g-dev libbz2-dev liblzma-dev libzstd-dev")
   if(NOT text MATCHES "apt-get install ${wanted}\n")
     message(FATAL_ERROR "It does not say to install ${wanted}:\n${text}")
   endif()
