@@ -10,7 +10,7 @@ from calls import EXAMPLES, Case, unfolded
 
 COMMANDS = (
     "partition", "verify", "lint", "stats", "replay", "convert", "annotate", "sweep", "compare", "explain",
-    "report"
+    "report", "merge"
 )
 
 
