@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <sys/mman.h>
 #include <unistd.h>
 #include <unordered_set>
@@ -159,6 +160,22 @@ const char *fuzz_file(int number, const uint8_t *bytes, size_t size)
         pwrite(files[number], bytes, size, 0) != static_cast<ssize_t>(size))
         abort();
     return names[number];
+}
+
+/* Its files go with it, when the process ends in order. */
+static char folder_name[] = "/dev/shm/fuzz-XXXXXX";
+
+static void remove_folder()
+{
+    std::error_code ignored;
+    std::filesystem::remove_all(folder_name, ignored);
+}
+
+const char *fuzz_folder()
+{
+    static const bool made = mkdtemp(folder_name) != nullptr && atexit(remove_folder) == 0;
+    if (!made) abort();
+    return folder_name;
 }
 
 void fuzz_silence()

@@ -22,6 +22,9 @@ const char *fuzz_message();
 /* Puts the bytes into the file in memory of that number (0 or 1); returns a name to open it by. */
 const char *fuzz_file(int number, const uint8_t *bytes, size_t size);
 
+/* A folder of this process alone, which goes when the process ends. */
+const char *fuzz_folder();
+
 /* Sends standard output nowhere. */
 void fuzz_silence();
 

@@ -74,6 +74,16 @@ note_missing_for_tests() {
     if lacks cadical; then
         MISSING="$MISSING cadical"
     fi
+    # What is drawn by others is read back by them; notebooks are run; tables and graphs are taken.
+    if lacks dot; then
+        MISSING="$MISSING graphviz"
+    fi
+    if ! /usr/bin/python3 -c 'import matplotlib, networkx, pandas' 2>/dev/null; then
+        MISSING="$MISSING python3-matplotlib python3-networkx python3-pandas"
+    fi
+    if ! /usr/bin/python3 -c 'import ipykernel, nbclient, nbformat' 2>/dev/null; then
+        MISSING="$MISSING python3-ipykernel python3-nbclient python3-nbformat"
+    fi
     # The page of zorpelx report is looked at in a browser, its pictures become PNG.
     if lacks chromium || lacks chromedriver || ! /usr/bin/python3 -c 'import selenium' 2>/dev/null; then
         MISSING="$MISSING chromium chromium-driver python3-selenium"

@@ -129,8 +129,9 @@ static Compared compare_files(const Settings &settings)
                       read_candidate(settings, settings.other, nvertices)};
     compared.nparts = parts_of(settings, compared.sides);
     for (Candidate &side : compared.sides) weigh(settings, compared.graph, compared.nparts, &side);
-    compared.agreement = agreement_of(compared.sides[0].part, compared.sides[1].part,
-                                      compared.graph.vertexwgt, compared.nparts);
+    compared.agreement =
+        agreement_of(compared.sides[0].part, compared.nparts, compared.sides[1].part,
+                     compared.nparts, compared.graph.vertexwgt);
     find_gains(settings, &compared);
     return compared;
 }

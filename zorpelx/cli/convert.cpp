@@ -95,7 +95,7 @@ Status run_convert(const Settings &settings)
     const Writer writer = open_writer({settings.output}, {settings.hypergraph});
     check_answer(settings, writer);
     Findings findings;
-    const Hypergraph graph = read_hypergraph(settings, reading_of(settings), &findings);
+    const Hypergraph graph = read_hypergraph(settings, reading_of_any_size(settings), &findings);
     if (!settings.quiet) tell_warnings(settings.hypergraph, findings);
     const std::vector<Lost> lost = lost_by(*row, graph);
     check_lost(settings, *row, lost);
@@ -114,11 +114,23 @@ Status run_convert(const Settings &settings)
     return STATUS_OK;
 }
 
-/* Its own format if parts are written back into it, otherwise a table. */
+/* What the ending of the output says; null if that is its own format, or none that takes parts. */
+static const FormatRow *ending_format(const Settings &settings, const FormatRow &own)
+{
+    if (is_stream_name(settings.output) || has_suffix(own, settings.output)) return nullptr;
+    for (const FormatRow &row : format_rows())
+        if (row.annotate != nullptr && !row.needs_own && has_suffix(row, settings.output))
+            return &row;
+    return nullptr;
+}
+
+/* What is asked for, by name or by ending; its own format if parts are written back into it,
+ * otherwise a table. */
 static const FormatRow *annotated_format(const Settings &settings, const Hypergraph &graph)
 {
     const FormatRow *row = wanted_format(settings);
     const FormatRow *const own = find_format(graph.provenance.format);
+    if (row == nullptr) row = ending_format(settings, *own);
     if (row == nullptr) row = own->annotate != nullptr ? own : find_format("csv");
     if (row->annotate == nullptr)
         fail(STATUS_USAGE, "parts are not written into a %s; --to takes %s", row->title,
@@ -177,7 +189,7 @@ Status run_annotate(const Settings &given)
     open_writer({settings.output}, inputs); // told before anything is read
     check_ending(settings);
     Findings findings;
-    const Source source = read_source(settings, reading_of(settings), &findings);
+    const Source source = read_source(settings, reading_of_any_size(settings), &findings);
     if (!settings.quiet) tell_warnings(settings.hypergraph, findings);
     const FormatRow *const row = annotated_format(settings, source.graph);
     const std::vector<int64_t> part = read_partition(settings, source.graph.nvertices);

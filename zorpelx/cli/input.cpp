@@ -39,6 +39,13 @@ Reading reading_of(const Settings &settings)
     return reading;
 }
 
+Reading reading_of_any_size(const Settings &settings)
+{
+    Reading reading = reading_of(settings);
+    reading.few = true;
+    return reading;
+}
+
 const FormatRow *format_of(const Settings &settings)
 {
     return settings.from >= 0 ? &format_rows()[static_cast<size_t>(settings.from)] : nullptr;
@@ -64,6 +71,8 @@ Source read_source(const Settings &settings, const Reading &reading, Findings *f
             read_any(view_of(bytes), format_of(settings), reading, findings, &budget);
         return Source{std::move(bytes), std::move(graph)};
     });
+    const bool own = source.graph.provenance.format == format_rows()[0].name; // it knows by itself
+    if (reading.few && !own && source.graph.nvertices < 2) forget_rule(findings, RULE_COUNTS);
     check_findings(settings, settings.hypergraph, *findings);
     return source;
 }

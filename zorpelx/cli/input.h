@@ -30,6 +30,9 @@ Budget budget_for(const Settings &settings, const std::string &name);
 /* How the command line wants the hypergraph to be read; without notes. */
 Reading reading_of(const Settings &settings);
 
+/* The same for commands that do not partition: any number of vertices will do. */
+Reading reading_of_any_size(const Settings &settings);
+
 /* The format that the command line wants it to be read by; null: by its content. */
 const FormatRow *format_of(const Settings &settings);
 

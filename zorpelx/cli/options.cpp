@@ -113,7 +113,8 @@ const std::vector<CommandRow> COMMANDS = {
      "would be lost, which makes another problem of it, nothing is written without --force. "
      "docs/FORMATS.md has a table of what each format keeps."},
     {ANNOTATE, "annotate", "Write a partition back where its hypergraph came from.",
-     "A table of names and parts, or a file of the hypergraph's own format with the parts in it. "
+     "A table of names and parts, or a file of the hypergraph's own format with the parts in it; "
+     "dot and graphml draw up to 5,000 vertices. Without --to the ending of the output decides. "
      "For a Matrix Market file: the matrix permuted to bordered block diagonal form, and beside it "
      "the part of each entry (ending .distribution.mtx) and the old number of each new row and "
      "column (.rows, .columns)."},
@@ -122,8 +123,9 @@ const std::vector<CommandRow> COMMANDS = {
      "folder of the sweep and synced before the next one starts there; the same command goes on "
      "where an interrupt, a deadline or a kill ended it. In the end the folder holds sweep.csv "
      "with "
-     "a row for each run, pictures of the objective against time and against balance, and the best "
-     "partition of each number of parts and epsilon. Every run is the one that partition makes "
+     "a row for each run, pictures of the objective against time and against balance, the best "
+     "partition of each number of parts and epsilon with its report, and sweep.html, a page with "
+     "all of it. Every run is the one that partition makes "
      "with "
      "these options; only its time depends on what runs beside it."},
     {COMPARE, "compare", "Tell which of two partitions is better, and where.",

@@ -116,10 +116,10 @@ static Json changes_json(const Hypergraph &graph, int64_t number, int64_t weight
 
 static Json twins_json(const Account &account, size_t i)
 {
-    const Likeness &agreement = account.agreements[i - 1];
+    const Likeness &likeness = account.agreements[i - 1];
     Json list = Json::array();
-    for (size_t q = 0; q < agreement.twin.size(); q++) {
-        const int64_t p = agreement.twin[q];
+    for (size_t q = 0; q < likeness.parts.twin.size(); q++) {
+        const int64_t p = likeness.parts.twin[q];
         list.push_back({{"part", q},
                         {"twin", p < 0 ? Json(nullptr) : Json(p)},
                         {"external_degree_first",
@@ -131,22 +131,22 @@ static Json twins_json(const Account &account, size_t i)
 
 static Json comparison_json(const Account &account, size_t i)
 {
-    const Likeness &agreement = account.agreements[i - 1];
+    const Likeness &likeness = account.agreements[i - 1];
     const Hypergraph &graph = *account.graph;
     const int64_t all = graph.nvertices;
-    const double same =
-        all == 0 ? 100
-                 : 100 * static_cast<double>(all - agreement.moved) / static_cast<double>(all);
-    return {{"partition", account.divisions[i].name},
-            {"agreement_percent", same},
-            {"best_matching", agreement.exact},
-            {"adjusted_rand", agreement.rand},
-            {"moved_vertices", agreement.moved},
-            {"moved_weight", agreement.movedwgt},
-            {"newly_cut", changes_json(graph, agreement.ncut, agreement.cutwgt, agreement.cut)},
-            {"no_longer_cut",
-             changes_json(graph, agreement.nmend, agreement.mendwgt, agreement.mended)},
-            {"parts", twins_json(account, i)}};
+    const double same = all == 0 ? 100
+                                 : 100 * static_cast<double>(all - likeness.parts.moved_vertices) /
+                                       static_cast<double>(all);
+    return {
+        {"partition", account.divisions[i].name},
+        {"agreement_percent", same},
+        {"best_matching", likeness.parts.exact},
+        {"adjusted_rand", likeness.parts.adjusted_rand},
+        {"moved_vertices", likeness.parts.moved_vertices},
+        {"moved_weight", likeness.parts.moved_weight},
+        {"newly_cut", changes_json(graph, likeness.ncut, likeness.cutwgt, likeness.cut)},
+        {"no_longer_cut", changes_json(graph, likeness.nmend, likeness.mendwgt, likeness.mended)},
+        {"parts", twins_json(account, i)}};
 }
 
 static Json words_json(const Words &words)

@@ -137,7 +137,7 @@ Status run_stats(const Settings &settings)
 {
     open_writer({}, {settings.hypergraph});
     Findings findings;
-    const Stats stats = collect(read_hypergraph(settings, reading_of(settings), &findings));
+    const Stats stats = collect(read_hypergraph(settings, reading_of_any_size(settings), &findings));
     tell_warnings(settings.hypergraph, findings);
     if (settings.format == FORMAT_JSON)
         fputs(json_text(stats_json(settings, stats)).c_str(), stdout);

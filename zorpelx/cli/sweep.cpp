@@ -21,7 +21,7 @@
 #include "progress.h"
 #include "solving.h"
 #include "sweep_journal.h"
-#include "sweep_tables.h"
+#include "sweep_page.h"
 #include "version.h"
 #include "write_hgr.h"
 
@@ -59,15 +59,17 @@ static std::string best_name(const std::string &folder, int64_t nparts, double e
     return folder + text_of("/best.e%g.part.%lld", epsilon, static_cast<long long>(nparts));
 }
 
-/* CSV, pictures, and the best partition of each number of parts and epsilon. */
+/* CSV, pictures, page; the best partition of each number of parts and epsilon with its page. */
 static std::vector<std::string> output_names(const std::string &folder,
                                              const std::vector<SweepCell> &plan)
 {
     std::vector<std::string> names = {folder + "/sweep.csv", folder + "/cut-time.svg",
-                                      folder + "/cut-balance.svg"};
+                                      folder + "/cut-balance.svg", folder + "/sweep.html"};
     for (const SweepCell &cell : plan) {
         const std::string name = best_name(folder, cell.nparts, cell.epsilon);
-        if (std::find(names.begin(), names.end(), name) == names.end()) names.push_back(name);
+        if (std::find(names.begin(), names.end(), name) != names.end()) continue;
+        names.push_back(name);
+        names.push_back(name + ".html"); // behind its partition
     }
     return names;
 }
@@ -180,8 +182,7 @@ static void run_all(Sweep *sweep)
     catch_signals();
     std::vector<std::thread> threads;
     const size_t n = std::min({wanted, 2 * processors, sweep->plan.size(), MOST_AT_ONCE});
-    for (size_t i = 0; i < n; i++)
-        threads.emplace_back(work, sweep);
+    for (size_t i = 0; i < n; i++) threads.emplace_back(work, sweep);
     for (std::thread &thread : threads) thread.join();
     if (wants_progress(*sweep->settings)) fputc('\n', stderr);
     if (sweep->thrown) std::rethrow_exception(sweep->thrown);
@@ -206,24 +207,44 @@ static std::vector<int> part_of_run(Sweep *sweep, size_t run)
     return solution.part;
 }
 
+/* The best partition of each group and the report about it, where the sweep is whole or has the
+ * partition at hand; the others are made when it goes on. Puts the names of the reports in place.
+ */
+static void write_best(Sweep *sweep, const std::string &folder,
+                       const std::vector<std::string> &names, SweepShown *shown,
+                       std::vector<std::string> *texts)
+{
+    const bool whole = sweep->stopped == STATUS_OK && caught_signal() == 0;
+    for (size_t n = 0; n < shown->groups.size(); n++) {
+        const SweepGroup &group = shown->groups[n];
+        if (!whole && sweep->parts.count(group.best) == 0) continue;
+        const std::vector<int> part = part_of_run(sweep, group.best);
+        const std::string name = best_name(folder, group.nparts, group.epsilon);
+        const size_t place =
+            static_cast<size_t>(std::find(names.begin(), names.end(), name) - names.begin());
+        (*texts)[place] = numbers_text(part.data(), part.size());
+        (*texts)[place + 1] = best_page(*sweep->settings, sweep->problem.graph, group, part, name);
+        shown->reports[n] = names[place + 1].substr(folder.size() + 1);
+    }
+}
+
 /* The contents of the outputs, by their names; best partitions only where there are results. */
 static void write_all_outputs(Sweep *sweep, const std::string &folder, const Writer &writer,
                               const std::vector<std::string> &names)
 {
     const auto groups = groups_of(*sweep->settings, sweep->plan, sweep->results);
     const Settings &settings = *sweep->settings;
+    SweepShown shown = {settings, sweep->problem.graph, sweep->plan, sweep->results, groups, {}};
+    shown.reports.resize(groups.size());
+    const std::vector<Picture> pictures = {
+        time_picture(settings, sweep->plan, sweep->results, groups),
+        balance_picture(settings, sweep->plan, sweep->results, groups)};
     std::vector<std::string> texts(names.size());
+    write_best(sweep, folder, names, &shown, &texts);
     texts[0] = sweep_csv(sweep->plan, sweep->results, groups);
-    texts[1] = time_picture(settings, sweep->plan, sweep->results, groups);
-    texts[2] = balance_picture(settings, sweep->plan, sweep->results, groups);
-    const bool whole = sweep->stopped == STATUS_OK && caught_signal() == 0;
-    for (const SweepGroup &group : groups) {
-        if (!whole && sweep->parts.count(group.best) == 0) continue; // made when it goes on
-        const std::vector<int> part = part_of_run(sweep, group.best);
-        const auto place =
-            std::find(names.begin(), names.end(), best_name(folder, group.nparts, group.epsilon));
-        texts[static_cast<size_t>(place - names.begin())] = numbers_text(part.data(), part.size());
-    }
+    texts[1] = picture_file(pictures[0]);
+    texts[2] = picture_file(pictures[1]);
+    texts[3] = sweep_page(shown, pictures);
     std::vector<std::string_view> contents;
     for (const std::string &text : texts)
         contents.push_back(text.empty() ? std::string_view() : std::string_view(text));

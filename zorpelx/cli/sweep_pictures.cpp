@@ -1,8 +1,8 @@
 /* zorpelx/cli/sweep_pictures.cpp: the results of a sweep as pictures. */
 #include <algorithm>
 
+#include "draw_scatter.h"
 #include "failure.h"
-#include "scatter.h"
 #include "sweep_tables.h"
 
 static std::vector<std::string> preset_names()
@@ -12,7 +12,7 @@ static std::vector<std::string> preset_names()
     return names;
 }
 
-static std::string objective_name(const Settings &settings)
+std::string objective_title(const Settings &settings)
 {
     const std::string name = choice_name(&Settings::objective, settings.objective);
     if (name == "km1") return "connectivity minus one";
@@ -35,13 +35,13 @@ static Point point_of(const Settings &settings, const SweepCell &cell, const Swe
             static_cast<size_t>(cell.preset), best, point_title(settings, cell, result)};
 }
 
-std::string time_picture(const Settings &settings, const std::vector<SweepCell> &plan,
-                         const std::vector<SweepResult> &results,
-                         const std::vector<SweepGroup> &groups)
+Picture time_picture(const Settings &settings, const std::vector<SweepCell> &plan,
+                     const std::vector<SweepResult> &results, const std::vector<SweepGroup> &groups)
 {
     constexpr double SHORTEST = 0.001; // seconds, of a logarithmic axis
-    const std::string name = objective_name(settings);
-    Scatter scatter = {name + " against time: " + settings.hypergraph,
+    const std::string name = objective_title(settings);
+    Scatter scatter = {"time",
+                       name + " against time: " + settings.hypergraph,
                        "A point for each run of a sweep; the best of each panel is ringed.",
                        "seconds",
                        name,
@@ -56,15 +56,16 @@ std::string time_picture(const Settings &settings, const std::vector<SweepCell> 
                                             i == group.best));
         scatter.panels.push_back(panel);
     }
-    return svg_of(scatter);
+    return draw_scatter(scatter);
 }
 
-std::string balance_picture(const Settings &settings, const std::vector<SweepCell> &plan,
-                            const std::vector<SweepResult> &results,
-                            const std::vector<SweepGroup> &groups)
+Picture balance_picture(const Settings &settings, const std::vector<SweepCell> &plan,
+                        const std::vector<SweepResult> &results,
+                        const std::vector<SweepGroup> &groups)
 {
-    const std::string name = objective_name(settings);
-    Scatter scatter = {name + " against balance: " + settings.hypergraph,
+    const std::string name = objective_title(settings);
+    Scatter scatter = {"balance",
+                       name + " against balance: " + settings.hypergraph,
                        "A point for each run of a sweep, a line for each epsilon; the best of each "
                        "epsilon is ringed.",
                        "heaviest part above the average, %",
@@ -83,5 +84,5 @@ std::string balance_picture(const Settings &settings, const std::vector<SweepCel
             panel->points.push_back(point_of(settings, plan[i], results[i],
                                              results[i].imbalance_percent, i == group.best));
     }
-    return svg_of(scatter);
+    return draw_scatter(scatter);
 }

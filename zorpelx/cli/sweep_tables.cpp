@@ -39,16 +39,8 @@ template <class T> static T median(std::vector<T> values)
     return values[(values.size() - 1) / 2];
 }
 
-/* The runs of one preset in a group, summed up. */
-struct Summary {
-    size_t runs, best;
-    int64_t median_objective;
-    double median_seconds;
-};
-
-static Summary summary_of(const Settings &settings, const std::vector<SweepCell> &plan,
-                          const std::vector<SweepResult> &results, const SweepGroup &group,
-                          int64_t preset)
+Summary summary_of(const Settings &settings, const std::vector<SweepCell> &plan,
+                   const std::vector<SweepResult> &results, const SweepGroup &group, int64_t preset)
 {
     Summary summary = {0, plan.size(), 0, 0};
     std::vector<int64_t> objectives;

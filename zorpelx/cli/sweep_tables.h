@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "picture.h"
 #include "sweep_plan.h"
 
 /* Runs of one number of parts and one epsilon: their results can be compared. */
@@ -18,6 +19,16 @@ struct SweepGroup {
 /* Groups with at least one result, in the order of the plan. */
 std::vector<SweepGroup> groups_of(const Settings &settings, const std::vector<SweepCell> &plan,
                                   const std::vector<SweepResult> &results);
+
+/* The runs of one preset in a group, summed up. */
+struct Summary {
+    size_t runs, best; // how many; by plan
+    int64_t median_objective;
+    double median_seconds;
+};
+Summary summary_of(const Settings &settings, const std::vector<SweepCell> &plan,
+                   const std::vector<SweepResult> &results, const SweepGroup &group,
+                   int64_t preset);
 
 /* "8 parts, epsilon 3 %" */
 std::string group_name(const SweepGroup &group);
@@ -34,12 +45,15 @@ std::string sweep_csv(const std::vector<SweepCell> &plan, const std::vector<Swee
 Json sweep_json(const Settings &settings, const std::vector<SweepCell> &plan,
                 const std::vector<SweepResult> &results, const std::vector<SweepGroup> &groups);
 
+/* "cut", "connectivity minus one", "sum of external degrees" */
+std::string objective_title(const Settings &settings);
+
 /* Pictures: the objective against time, a panel for each group; against balance, for each k. */
-std::string time_picture(const Settings &settings, const std::vector<SweepCell> &plan,
-                         const std::vector<SweepResult> &results,
-                         const std::vector<SweepGroup> &groups);
-std::string balance_picture(const Settings &settings, const std::vector<SweepCell> &plan,
-                            const std::vector<SweepResult> &results,
-                            const std::vector<SweepGroup> &groups);
+Picture time_picture(const Settings &settings, const std::vector<SweepCell> &plan,
+                     const std::vector<SweepResult> &results,
+                     const std::vector<SweepGroup> &groups);
+Picture balance_picture(const Settings &settings, const std::vector<SweepCell> &plan,
+                        const std::vector<SweepResult> &results,
+                        const std::vector<SweepGroup> &groups);
 
 #endif

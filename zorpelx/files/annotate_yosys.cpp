@@ -9,7 +9,7 @@
 #include <map>
 
 #include "fileerror.h"
-#include "json_scan.h"
+#include "json_copy.h"
 #include "read_yosys.h"
 #include "zorpelx.h"
 
@@ -20,12 +20,10 @@ struct CellParts {
     std::map<std::pair<int32_t, int32_t>, std::vector<int64_t>> cell, port;
 };
 
-/* What copying carries along: all before `copied` is in the text. */
+/* What copying carries along. */
 struct Copying {
-    JsonScan json;
+    JsonCopy copy;
     const CellParts &parts;
-    const char *copied;
-    std::string text;
     int32_t module, cell;
     std::map<std::string, const std::vector<int64_t> *, std::less<>> wires; // parts of the module's
 };
@@ -56,60 +54,16 @@ static std::string attribute_of(const std::vector<int64_t> &parts)
     return value + '"';
 }
 
-static void copy_to(Copying *copying, const char *end)
-{
-    copying->text.append(copying->copied, end);
-    copying->copied = end;
-}
-
-/* The attributes of a cell or wire, with one for its parts put before the others. */
-static void copy_attributes(Copying *copying, const std::vector<int64_t> &parts)
-{
-    JsonScan *const json = &copying->json;
-    std::string_view key;
-    JsonList list = open_object(json);
-    copy_to(copying, json->next);
-    copying->text += ' ' + attribute_of(parts);
-    const char *member = json->next; // behind the comma before it
-    while (next_key(json, &list, &key)) {
-        const bool own = key == PART || key == PARTS;
-        skip_value(json);
-        copying->copied = json->next;
-        if (!own) copying->text.append(",").append(member, json->next);
-        member = next_value(json);
-        if (member < json->end && *member == ',') member++;
-    }
-}
-
 /* The object of a cell or wire, whose attributes are made if it has none. */
 static void copy_object(Copying *copying, const std::vector<int64_t> &parts)
 {
-    JsonScan *const json = &copying->json;
-    bool there = false;
-    std::string_view key;
-    JsonList list = open_object(json);
-    const char *const inside = json->next;
-    const size_t place = copying->text.size() + static_cast<size_t>(inside - copying->copied);
-    bool members = false;
-    while (next_key(json, &list, &key)) {
-        members = true;
-        if (key == "attributes" && !there) {
-            copy_attributes(copying, parts);
-            there = true;
-        } else {
-            skip_value(json);
-        }
-    }
-    if (there) return;
-    copy_to(copying, json->next);
-    std::string made = " \"attributes\": { ";
-    made.append(attribute_of(parts)).append(members ? " }," : " }");
-    copying->text.insert(place, made);
+    static constexpr std::string_view OWN[] = {PART, PARTS};
+    copy_with_attribute(&copying->copy, "attributes", attribute_of(parts), OWN);
 }
 
 static void copy_cells(Copying *copying)
 {
-    JsonScan *const json = &copying->json;
+    JsonScan *const json = &copying->copy.json;
     std::string_view name;
     for (JsonList list = open_object(json); next_key(json, &list, &name); copying->cell++) {
         const auto parts = copying->parts.cell.find({copying->module, copying->cell});
@@ -122,7 +76,7 @@ static void copy_cells(Copying *copying)
 
 static void note_ports(Copying *copying)
 {
-    JsonScan *const json = &copying->json;
+    JsonScan *const json = &copying->copy.json;
     std::string_view name;
     int32_t port = 0;
     for (JsonList list = open_object(json); next_key(json, &list, &name); port++) {
@@ -134,7 +88,7 @@ static void note_ports(Copying *copying)
 
 static void copy_wires(Copying *copying)
 {
-    JsonScan *const json = &copying->json;
+    JsonScan *const json = &copying->copy.json;
     std::string_view name;
     for (JsonList list = open_object(json); next_key(json, &list, &name);) {
         const auto parts = copying->wires.find(name);
@@ -148,7 +102,7 @@ static void copy_wires(Copying *copying)
 /* Yosys writes ports before wires; where they come after, wires get no parts. */
 static void copy_module(Copying *copying)
 {
-    JsonScan *const json = &copying->json;
+    JsonScan *const json = &copying->copy.json;
     copying->cell = 0;
     copying->wires.clear();
     std::string_view key;
@@ -167,8 +121,8 @@ static void copy_module(Copying *copying)
 
 static std::string annotated_text(std::string_view bytes, const CellParts &parts, Budget *budget)
 {
-    Copying copying = {json_over(bytes, budget), parts, bytes.data(), "", 0, 0, {}};
-    JsonScan *const json = &copying.json;
+    Copying copying = {copy_over(bytes, budget), parts, 0, 0, {}};
+    JsonScan *const json = &copying.copy.json;
     std::string_view key;
     for (JsonList list = open_object(json); next_key(json, &list, &key);) {
         if (key == "modules")
@@ -177,9 +131,9 @@ static std::string annotated_text(std::string_view bytes, const CellParts &parts
         else
             skip_value(json);
     }
-    copy_to(&copying, json->end);
-    charge(budget, copying.text.size());
-    return std::move(copying.text);
+    copy_to(&copying.copy, json->end);
+    charge(budget, copying.copy.text.size());
+    return std::move(copying.copy.text);
 }
 
 std::vector<WrittenFile> annotate_yosys(const Hypergraph &graph, const Annotation &annotation,

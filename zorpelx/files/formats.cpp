@@ -19,8 +19,10 @@
 #include "read_table.h"
 #include "read_verilog.h"
 #include "read_yosys.h"
+#include "write_drawing.h"
 #include "write_hgr.h"
 #include "write_hif.h"
+#include "write_jsonl.h"
 #include "write_mtx.h"
 #include "write_table.h"
 #include "zorpelx.h"
@@ -58,9 +60,11 @@ constexpr FormatRow TABLE[] = {
     {"tsv", "TSV file of memberships", ".tsv .tab", "", recognise_tsv, read_tsv, write_tsv,
      annotate_tsv, KEEPS_ALL},
     {"jsonl", "JSON lines file of memberships", ".jsonl .ndjson", "", recognise_jsonl, read_jsonl,
-     nullptr, nullptr, 0},
+     write_jsonl, annotate_jsonl, KEEPS_ALL},
     {"edges", "edge list", ".edges .edgelist .el", "", recognise_edges, read_edges, nullptr,
      nullptr, 0},
+    {"dot", "Graphviz drawing", ".dot .gv", "", nullptr, nullptr, nullptr, annotate_dot, 0},
+    {"graphml", "GraphML file", ".graphml", "", nullptr, nullptr, nullptr, annotate_graphml, 0},
 };
 
 std::span<const FormatRow> format_rows()
@@ -96,11 +100,15 @@ static bool lists(std::string_view list, std::string_view word)
     return false;
 }
 
+bool has_suffix(const FormatRow &row, const std::string &path)
+{
+    return lists(row.suffixes, suffix_of(path));
+}
+
 const FormatRow *format_of_suffix(const std::string &path)
 {
-    const std::string suffix = suffix_of(path);
     for (const FormatRow &row : TABLE)
-        if (lists(row.suffixes, suffix)) return &row;
+        if (has_suffix(row, path)) return &row;
     return nullptr;
 }
 

@@ -99,6 +99,9 @@ const FormatRow *detect_format(std::string_view bytes, const std::string &path);
 /* The row for a file to be written, by its suffix; null if no format has it. */
 const FormatRow *format_of_suffix(const std::string &path);
 
+/* Whether a file's name ends as those of the format do. */
+bool has_suffix(const FormatRow &row, const std::string &path);
+
 /* Reads by the row, or by the one that is detected if that is null, and says in the provenance by
  * which. Findings and the record are as of scan_hypergraph().
  * Errors  FileError: what is wrong, with its place; a model that the format does not have */

@@ -384,8 +384,7 @@ bool has_top_key(std::string_view text, std::string_view key)
     return false;
 }
 
-/* The length of the UTF-8 character that text begins with; 0 if it begins with none. */
-static size_t utf8_length(std::string_view text)
+size_t utf8_length(std::string_view text)
 {
     const auto byte = [text](size_t i) { return static_cast<unsigned char>(text[i]); };
     const size_t length = byte(0) < 0x80 ? 1 : byte(0) < 0xe0 ? 2 : byte(0) < 0xf0 ? 3 : 4;

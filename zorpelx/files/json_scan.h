@@ -84,4 +84,8 @@ bool has_top_key(std::string_view text, std::string_view key);
 /* Text as a JSON string, with its quotes. What is not UTF-8 becomes U+FFFD. */
 std::string json_quoted(std::string_view text);
 
+/* The length of the UTF-8 character that text, which is not empty, begins with; 0 if it begins with
+ * none. */
+size_t utf8_length(std::string_view text);
+
 #endif

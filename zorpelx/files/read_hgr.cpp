@@ -133,7 +133,7 @@ static bool scan_header(Scan *scan, Hypergraph *graph)
     if (!header_count(scan, &line, "hyperedges", &graph->nnets)) return false;
     if (!header_count(scan, &line, "vertices", &graph->nvertices)) return false;
     header_code(scan, &line);
-    const bool enough = graph->nvertices >= 2 && graph->nnets >= 0;
+    const bool enough = graph->nvertices >= (scan->reading.few ? 0 : 2) && graph->nnets >= 0;
     if (!enough)
         add_finding(
             scan->findings, RULE_COUNTS, scan->header,

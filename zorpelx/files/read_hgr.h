@@ -20,6 +20,7 @@ struct Reading {
     LineMode lines;
     int64_t first;              // number of the first vertex: 1, or 0 for files numbered from 0
     bool notes;                 // look for what is only worth a note, too
+    bool few = false;           // fewer than two vertices are no error: nothing is partitioned
     std::string path = {};      // as it was given, for files that name others; "-" for a stream
     std::string model = {};     // one of the format's models; empty: its first
     std::string skip_nets = {}; // patterns of hyperedges left out, separated by commas

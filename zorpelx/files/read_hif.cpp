@@ -52,8 +52,7 @@ bool looks_whole(std::string_view text)
     return !digits.empty() && (digits[0] != '0' || text == "0");
 }
 
-/* The name of a node or an edge: a string or a whole number. */
-static std::string_view take_id(JsonScan *json, std::string *scratch)
+std::string_view take_hif_id(JsonScan *json, std::string *scratch)
 {
     const char *const begin = next_value(json);
     const JsonKind kind = json_kind(json);
@@ -128,11 +127,11 @@ static bool take_field(HifScan *scan, std::string_view key, unsigned fields, Hif
 {
     JsonScan *const json = &scan->json;
     if (key == "node" && (fields & FIELD_NODE) != 0) {
-        record->node = take_id(json, &scan->scratch[0]);
+        record->node = take_hif_id(json, &scan->scratch[0]);
         return record->has_node = true;
     }
     if (key == "edge" && (fields & FIELD_EDGE) != 0) {
-        record->edge = take_id(json, &scan->scratch[1]);
+        record->edge = take_hif_id(json, &scan->scratch[1]);
         return record->has_edge = true;
     }
     if (key == "direction" && (fields & FIELD_DIRECTION) != 0) {

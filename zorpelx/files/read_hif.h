@@ -7,11 +7,15 @@
 #define ZORPELX_FILES_READ_HIF_H
 
 #include "formats.h"
+#include "json_scan.h"
 
 Recognised recognise_hif(std::string_view bytes);
 
 Hypergraph read_hif(std::string_view bytes, const Reading &reading, Findings *findings,
                     Budget *budget);
+
+/* The name of a node or an edge, which is a string or a whole number; in the text or in scratch. */
+std::string_view take_hif_id(JsonScan *json, std::string *scratch);
 
 /* "12" or "-3", but not "-0" or "012". */
 bool looks_whole(std::string_view text);

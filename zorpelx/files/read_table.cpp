@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstring>
+#include <deque>
 
 #include "fileerror.h"
 #include "members.h"
@@ -24,8 +25,8 @@ struct TableScan {
     Walk walk;
     char separator;
     std::vector<TableField> row;
-    std::vector<std::string> copies; // [column] of fields that hold quotes
-    std::vector<Role> roles;         // [column]
+    std::deque<std::string> copies; // [column] of fields that hold quotes
+    std::vector<Role> roles;        // [column]
     Members members;
 };
 

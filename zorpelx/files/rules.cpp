@@ -187,6 +187,16 @@ int64_t count_errors(const Findings &findings)
 }
 
 /* What explains all the others comes first. */
+void forget_rule(Findings *findings, RuleIndex rule)
+{
+    const auto is_of_rule = [rule](const Finding &finding) { return finding.rule == rule; };
+    for (const Finding &finding : findings->listed)
+        if (is_of_rule(finding)) findings->severities[finding.severity]--;
+    findings->stops -= RULES[rule].stops ? findings->count[rule] : 0;
+    findings->count[rule] = 0;
+    std::erase_if(findings->listed, is_of_rule);
+}
+
 const Finding *refusal(const Findings &findings, bool strict, bool force)
 {
     const Severity least = strict ? WARNING : force ? ERROR : LOSS;

@@ -116,6 +116,9 @@ void add_finding(Findings *findings, RuleIndex rule, Place place, std::string te
 void add_finding_as(Findings *findings, RuleIndex rule, Severity severity, Place place,
                     std::string text);
 
+/* Takes all findings of a rule back. */
+void forget_rule(Findings *findings, RuleIndex rule);
+
 /* The first listed finding that is at least as severe; null if there is none. */
 const Finding *first_finding(const Findings &findings, Severity least);
 

@@ -78,15 +78,16 @@ inline void skip_space(Walk *walk)
  * if something else stands here; then the place stays. */
 inline bool take_whole(Walk *walk, int64_t *number)
 {
-    constexpr int MOST_DIGITS = 18; // no 64 bits are ever full
+    constexpr int MOST_DIGITS = 18; // beyond, the value may have wrapped
     const char *s = walk->at, *const end = walk->end;
-    int64_t value = 0;
-    while (s < end && *s >= '0' && *s <= '9') value = 10 * value + (*s++ - '0');
+    uint64_t value = 0;
+    while (s < end && *s >= '0' && *s <= '9')
+        value = 10 * value + static_cast<uint64_t>(*s++ - '0');
     const int64_t digits = s - walk->at;
     if (digits == 0 || (s < end && *s != '\n' && !is_walk_blank(*s))) return false;
     if (digits > MOST_DIGITS) return false;
     walk->at = s;
-    *number = value;
+    *number = static_cast<int64_t>(value);
     return true;
 }
 

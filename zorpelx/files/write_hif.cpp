@@ -25,7 +25,7 @@ static bool is_json_string(const std::string &name, Budget *budget)
     return json_quoted(take_string(&scan)) == name;
 }
 
-static void add_id(std::string *text, const std::string &name, Budget *budget)
+void add_hif_id(std::string *text, const std::string &name, Budget *budget)
 {
     if (looks_whole(name) || is_json_string(name, budget))
         *text += name;
@@ -64,7 +64,7 @@ static void add_node(std::string *text, const Hypergraph &graph, const std::vect
                      int64_t v, Budget *budget)
 {
     *text += "    {\"node\": ";
-    add_id(text, vertex_label(graph, v, 1), budget);
+    add_hif_id(text, vertex_label(graph, v, 1), budget);
     if (graph.vertexweights) *text += ", \"weight\": " + std::to_string(graph.vertexwgt[at(v)]);
     const std::string attributes = attributes_of(graph, part, v);
     if (!attributes.empty()) *text += ", \"attrs\": {" + attributes + "}";
@@ -74,7 +74,7 @@ static void add_node(std::string *text, const Hypergraph &graph, const std::vect
 static void add_edge(std::string *text, const Hypergraph &graph, int64_t e, Budget *budget)
 {
     *text += "    {\"edge\": ";
-    add_id(text, net_label(graph, e), budget);
+    add_hif_id(text, net_label(graph, e), budget);
     if (graph.netweights) *text += ", \"weight\": " + std::to_string(graph.netwgt[at(e)]);
     *text += e + 1 < graph.nnets ? "},\n" : "}\n";
 }
@@ -83,11 +83,11 @@ static void add_edge(std::string *text, const Hypergraph &graph, int64_t e, Budg
 static void add_incidences(std::string *text, const Hypergraph &graph, int64_t e, Budget *budget)
 {
     std::string begin = "    {\"edge\": ";
-    add_id(&begin, net_label(graph, e), budget);
+    add_hif_id(&begin, net_label(graph, e), budget);
     for (int64_t i = graph.start[at(e)]; i < graph.start[at(e) + 1]; i++) {
         *text += begin;
         *text += ", \"node\": ";
-        add_id(text, vertex_label(graph, graph.pins[at(i)], 1), budget);
+        add_hif_id(text, vertex_label(graph, graph.pins[at(i)], 1), budget);
         *text += i + 1 < static_cast<int64_t>(graph.pins.size()) ? "},\n" : "}\n";
     }
 }
@@ -102,8 +102,7 @@ static void charge_growth(const std::string &text, size_t *charged, Budget *budg
     *charged = text.size();
 }
 
-static std::string hif_text(const Hypergraph &graph, const std::vector<int64_t> *part,
-                            Budget *budget)
+std::string hif_text(const Hypergraph &graph, const std::vector<int64_t> *part, Budget *budget)
 {
     size_t charged = 0;
     std::string text = "{\n  \"network-type\": \"undirected\",\n  \"nodes\": [\n";
@@ -127,10 +126,4 @@ static std::string hif_text(const Hypergraph &graph, const std::vector<int64_t> 
 std::string write_hif(const Hypergraph &graph, Budget *budget)
 {
     return hif_text(graph, nullptr, budget);
-}
-
-std::vector<WrittenFile> annotate_hif(const Hypergraph &graph, const Annotation &annotation,
-                                      Budget *budget)
-{
-    return {{"", hif_text(graph, &annotation.part, budget)}};
 }

@@ -159,5 +159,6 @@ Picture draw_hypergraph(const Account &account)
             what_is_drawn(account),
             WIDTH,
             DRAWING_HEIGHT + 2 * MARGIN,
-            body};
+            body,
+            true};
 }

@@ -117,16 +117,16 @@ Picture draw_matrix(const Account &account)
 
 Picture draw_moves(const Account &account, size_t i)
 {
-    const Likeness &agreement = account.agreements[i - 1];
+    const Likeness &likeness = account.agreements[i - 1];
     Squares squares = {shown_parts(account.figures[0], MOST_SQUARES),
                        shown_parts(account.figures[i], MOST_SQUARES),
                        {},
                        "first",
                        "partition " + std::to_string(i + 1)};
     squares.values.assign(squares.rows.size(), std::vector<int64_t>(squares.columns.size(), 0));
-    for (const VertexFlow &flow : agreement.flows) {
-        const size_t row = place_of(squares.rows, flow.from);
-        const size_t column = place_of(squares.columns, flow.to);
+    for (const Overlap &flow : likeness.flows) {
+        const size_t row = place_of(squares.rows, flow.a);
+        const size_t column = place_of(squares.columns, flow.b);
         if (row < squares.rows.size() && column < squares.columns.size())
             squares.values[row][column] = flow.vertices;
     }
@@ -134,7 +134,7 @@ Picture draw_moves(const Account &account, size_t i)
     const std::string body = draw_squares(squares, &height);
     return {"moves" + std::to_string(i + 1),
             "Where the vertices of the first partition are in partition " + std::to_string(i + 1),
-            with_number(agreement.moved, "vertex has", "vertices have") + " moved.",
+            with_number(likeness.parts.moved_vertices, "vertex has", "vertices have") + " moved.",
             WIDTH,
             height,
             body};

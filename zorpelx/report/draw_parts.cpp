@@ -158,5 +158,5 @@ Picture draw_parts(const Account &account)
                        "parts is as thick as the hyperedges that touch both are heavy.";
     if (parts.size() < account.facts.parts.size())
         said += " The " + std::to_string(parts.size()) + " heaviest parts are shown.";
-    return {"parts", "Graph of the parts", said, WIDTH, HEIGHT, body};
+    return {"parts", "Graph of the parts", said, WIDTH, HEIGHT, body, true};
 }

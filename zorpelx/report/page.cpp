@@ -33,32 +33,32 @@ static std::string title_of(const Account &account)
            with_number(account.figures[0].nparts, "part", "parts");
 }
 
-static std::string head_of(const Account &account)
+static std::string head_of(const Frame &frame)
 {
     return "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
            "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
            "<meta name=\"color-scheme\" content=\"light dark\">\n"
            "<meta name=\"generator\" content=\"zorpelx " +
-           markup(account.version) +
+           markup(frame.version) +
            "\">\n<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; "
            "style-src 'unsafe-inline'; img-src data:\">\n<link rel=\"icon\" href=\"data:,\">\n"
            "<title>" +
-           title_of(account) + ", cut " + grouped(account.figures[0].cut) + "</title>\n<style>\n" +
-           page_style() + picture_style() + "</style>\n</head>\n";
+           frame.title + frame.window + "</title>\n<style>\n" + page_style() + picture_style() +
+           "</style>\n</head>\n";
 }
 
 static std::string share_text(int64_t number, int64_t all)
 {
     if (all == 0) return "";
     return " (" + decimal(100.0 * static_cast<double>(number) / static_cast<double>(all), 1) +
-           " %)";
+           "\u00a0%)";
 }
 
 static std::string balance_text(const Account &account)
 {
     const Figures &figures = account.figures[0];
-    std::string text =
-        "The heaviest part is " + decimal(imbalance_percent(figures), 2) + " % above the average";
+    std::string text = "The heaviest part is " + decimal(imbalance_percent(figures), 2) +
+                       "\u00a0% above the average";
     if (account.allowed.most.empty()) return text + '.';
     bool within = true;
     for (size_t p = 0; p < figures.weight.size(); p++)
@@ -79,10 +79,10 @@ static std::string lead_of(const Account &account)
             : grouped(figures.ncut) + " of " + with_number(nnets, "hyperedge", "hyperedges") +
                   share_text(figures.ncut, nnets) +
                   (figures.ncut == 1 ? " joins several parts." : " join several parts.");
-    return "<p class=\"lead\">" + cut + ' ' + balance_text(account) + "</p>\n";
+    return cut + ' ' + balance_text(account);
 }
 
-static std::string headline(const std::string &name, const Cell &cell, const std::string &more)
+std::string headline(const std::string &name, const Cell &cell, const std::string &more)
 {
     return "<div><dt>" + name + "</dt>" + figure_markup("dd", cell) +
            (more.empty() ? "" : "<dd class=\"more\">" + more + "</dd>") + "</div>\n";
@@ -141,6 +141,19 @@ static void append(const std::vector<Section> &more, std::vector<Section> *secti
     sections->insert(sections->end(), more.begin(), more.end());
 }
 
+std::string framed_page(const Frame &frame, const std::vector<Section> &sections)
+{
+    std::string page = head_of(frame) +
+                       "<body>\n<a class=\"skip\" href=\"#content\">Skip to the content</a>\n"
+                       "<header>\n<h1>" +
+                       frame.title + "</h1>\n<p class=\"lead\">" + frame.lead +
+                       "</p>\n</header>\n" + contents_list(sections) +
+                       "<main id=\"content\" tabindex=\"-1\">\n";
+    for (const Section &section : sections) page += section_markup(section);
+    return page + "</main>\n<footer>Made by zorpelx " + markup(frame.version) +
+           "</footer>\n</body>\n</html>\n";
+}
+
 std::string page_of(const Account &account, const std::vector<Picture> &pictures)
 {
     std::vector<Section> sections = {
@@ -149,12 +162,7 @@ std::string page_of(const Account &account, const std::vector<Picture> &pictures
     append(cut_sections(account, pictures), &sections);
     append(kind_sections(account), &sections);
     append(comparison_sections(account, pictures), &sections);
-    std::string page = head_of(account) +
-                       "<body>\n<a class=\"skip\" href=\"#content\">Skip to the content</a>\n"
-                       "<header>\n<h1>" +
-                       title_of(account) + "</h1>\n" + lead_of(account) + "</header>\n" +
-                       contents_list(sections) + "<main id=\"content\" tabindex=\"-1\">\n";
-    for (const Section &section : sections) page += section_markup(section);
-    return page + "</main>\n<footer>Made by zorpelx " + markup(account.version) +
-           "</footer>\n</body>\n</html>\n";
+    return framed_page({title_of(account), ", cut " + grouped(account.figures[0].cut),
+                        lead_of(account), account.version},
+                       sections);
 }

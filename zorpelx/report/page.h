@@ -10,9 +10,18 @@
 
 #include "account.h"
 #include "picture.h"
+#include "table.h"
 
 /* The whole page with its pictures, as draw_all() makes them. */
 std::string page_of(const Account &account, const std::vector<Picture> &pictures);
+
+/* What stands around the sections of any page.
+ *   title    of the page, markup; window is what the title of the window has more
+ *   lead     a sentence or two below the title, markup
+ *   version  of the program, plain */
+struct Frame {
+    std::string title, window, lead, version;
+};
 
 /* One part of the page.
  *   name     of its place: lower case letters and digits
@@ -21,6 +30,11 @@ std::string page_of(const Account &account, const std::vector<Picture> &pictures
 struct Section {
     std::string name, heading, content;
 };
+
+std::string framed_page(const Frame &frame, const std::vector<Section> &sections);
+
+/* A figure with a name above it and more below it, in a list of class "headlines". */
+std::string headline(const std::string &name, const Cell &cell, const std::string &more);
 
 /* A picture by its name, with a line below it; empty if there is none. */
 std::string figure_of(const std::vector<Picture> &pictures, const std::string &name);

@@ -69,28 +69,29 @@ static std::string verdict(const Account &account, size_t i)
                   decimal(100.0 * static_cast<double>(now > before ? now - before : before - now) /
                               static_cast<double>(before),
                           1) +
-                  " %)";
+                  "\u00a0%)";
     return "It cuts " + grouped(now > before ? now - before : before - now) + percent +
            (now > before ? " more" : " less") + " than the first.";
 }
 
 static std::string agreement_text(const Account &account, size_t i)
 {
-    const Likeness &agreement = account.agreements[i - 1];
+    const Likeness &likeness = account.agreements[i - 1];
     const int64_t all = account.graph->nvertices;
-    const double same =
-        all == 0 ? 100
-                 : 100 * static_cast<double>(all - agreement.moved) / static_cast<double>(all);
+    const double same = all == 0 ? 100
+                                 : 100 * static_cast<double>(all - likeness.parts.moved_vertices) /
+                                       static_cast<double>(all);
     const auto at = [&](const char *field) { return pointer_of("comparisons", i - 1, field); };
     return "<p>" + verdict(account, i) + " With parts matched " +
-           (agreement.exact ? "in the best way" : "one after another") + ", " +
+           (likeness.parts.exact ? "in the best way" : "one after another") + ", " +
            figure_markup("b", percent_cell(same, at("agreement_percent"))) +
            " of the vertices are in the same part; " +
-           figure_markup("b", number_cell(agreement.moved, at("moved_vertices"))) +
+           figure_markup("b", number_cell(likeness.parts.moved_vertices, at("moved_vertices"))) +
            " have moved, of weight " +
-           figure_markup("b", number_cell(agreement.movedwgt, at("moved_weight"))) +
+           figure_markup("b", number_cell(likeness.parts.moved_weight, at("moved_weight"))) +
            ". The adjusted Rand index is " +
-           figure_markup("b", {decimal(agreement.rand, 4), true, at("adjusted_rand")}) +
+           figure_markup("b",
+                         {decimal(likeness.parts.adjusted_rand, 4), true, at("adjusted_rand")}) +
            " (1: the same, 0: as by chance).</p>\n";
 }
 
@@ -106,7 +107,7 @@ static std::string signed_number(int64_t number)
 
 static std::string gains_table(const Account &account, size_t i)
 {
-    const Likeness &agreement = account.agreements[i - 1];
+    const Likeness &likeness = account.agreements[i - 1];
     const Figures &first = account.figures[0], &now = account.figures[i];
     Table table = {
         "gains-table" + std::to_string(i + 1),
@@ -118,7 +119,7 @@ static std::string gains_table(const Account &account, size_t i)
          {"Change", true, ""}},
         {}};
     for (const int64_t q : shown_parts(now, MOST_BARS)) {
-        const int64_t p = agreement.twin[static_cast<size_t>(q)];
+        const int64_t p = likeness.parts.twin[static_cast<size_t>(q)];
         const std::string list =
             "/comparisons/" + std::to_string(i - 1) + "/parts/" + std::to_string(q);
         const int64_t before = external_of(first, p), after = external_of(now, q);
@@ -143,22 +144,22 @@ static std::string changed_list(const Account &account, const std::vector<Change
 
 static std::string changes_text(const Account &account, size_t i)
 {
-    const Likeness &agreement = account.agreements[i - 1];
+    const Likeness &likeness = account.agreements[i - 1];
     const auto at = [&](const char *field) { return pointer_of("comparisons", i - 1, field); };
     std::string text =
-        "<p>" + figure_markup("b", number_cell(agreement.nmend, at("no_longer_cut/hyperedges"))) +
-        " hyperedges of weight " +
-        figure_markup("b", number_cell(agreement.mendwgt, at("no_longer_cut/weight"))) +
-        " are no longer cut, " +
-        figure_markup("b", number_cell(agreement.ncut, at("newly_cut/hyperedges"))) +
-        " of weight " + figure_markup("b", number_cell(agreement.cutwgt, at("newly_cut/weight"))) +
-        " are newly cut.</p>\n";
-    if (!agreement.mended.empty())
+        "<p>" + figure_markup("b", number_cell(likeness.nmend, at("no_longer_cut/hyperedges"))) +
+        (likeness.nmend == 1 ? " hyperedge of weight " : " hyperedges of weight ") +
+        figure_markup("b", number_cell(likeness.mendwgt, at("no_longer_cut/weight"))) +
+        (likeness.nmend == 1 ? " is no longer cut, " : " are no longer cut, ") +
+        figure_markup("b", number_cell(likeness.ncut, at("newly_cut/hyperedges"))) + " of weight " +
+        figure_markup("b", number_cell(likeness.cutwgt, at("newly_cut/weight"))) +
+        (likeness.ncut == 1 ? " is newly cut.</p>\n" : " are newly cut.</p>\n");
+    if (!likeness.mended.empty())
         text +=
-            "<p>No longer cut, the heaviest (weight): " + changed_list(account, agreement.mended) +
+            "<p>No longer cut, the heaviest (weight): " + changed_list(account, likeness.mended) +
             "</p>\n";
-    if (!agreement.cut.empty())
-        text += "<p>Newly cut, the heaviest (weight): " + changed_list(account, agreement.cut) +
+    if (!likeness.cut.empty())
+        text += "<p>Newly cut, the heaviest (weight): " + changed_list(account, likeness.cut) +
                 "</p>\n";
     return text;
 }
@@ -173,9 +174,9 @@ static std::string flows_table(const Account &account, size_t i)
                     {"Vertices", true, ""},
                     {"Weight", true, ""}},
                    {}};
-    const std::vector<VertexFlow> &flows = account.agreements[i - 1].flows;
+    const std::vector<Overlap> &flows = account.agreements[i - 1].flows;
     for (size_t j = 0; j < flows.size() && j < MOST_FLOWS; j++)
-        table.rows.push_back({number_cell(flows[j].from), number_cell(flows[j].to),
+        table.rows.push_back({number_cell(flows[j].a), number_cell(flows[j].b),
                               number_cell(flows[j].vertices), number_cell(flows[j].weight)});
     return folded("The same as a table", table_markup(table));
 }

@@ -71,7 +71,7 @@ static std::string opening(const Picture &picture, const std::string &more)
 
 std::string picture_in_page(const Picture &picture)
 {
-    return opening(picture, "") + picture.body + "</svg>\n";
+    return opening(picture, picture.whole ? " class=\"whole\"" : "") + picture.body + "</svg>\n";
 }
 
 std::string picture_file(const Picture &picture)

@@ -10,11 +10,13 @@ constexpr int NCOLOURS = 8; // parts beyond have the same again, in outline
 /* One picture.
  *   name   of its file, and of its place in the page: lower case letters and digits
  *   title  what it shows; text says what can be seen in it, both are markup already
- *   body   the drawing, markup */
+ *   body   the drawing, markup
+ *   whole  shrinks with a narrow page instead of being scrolled: it has few words */
 struct Picture {
     std::string name, title, text;
     double width, height;
     std::string body;
+    bool whole = false;
 };
 
 /* Colours and lines of all pictures, light and dark: the content of a style element. */

@@ -363,10 +363,43 @@ class Conversions(Formats):
 
     def test_tables_keep_everything(self):
         self.file("a.csv", self.FULL)
-        for words in (("b.csv",), ("b.tsv",)):
+        for words in (("b.csv",), ("b.tsv",), ("b.jsonl",)):
             self.run_ok("convert", "a.csv", *words)
             self.run_ok("convert", words[0], "c.csv")
-            self.assertEqual(self.text("c.csv"), self.FULL)
+            self.assertEqual(sorted(self.text("c.csv").split()), sorted(self.FULL.split()))
+
+    def test_json_lines_keep_the_order_too(self):
+        self.file("a.csv", self.FULL)
+        self.run_ok("convert", "a.csv", "a.jsonl")
+        lines = [json.loads(line) for line in self.text("a.jsonl").splitlines()]
+        self.assertEqual([one["vertex"] for one in lines[:4]], ["u1", "u2", "u,3", "alone"])
+        self.assertEqual(lines[0], {"vertex": "u1", "vertex_weight": 2, "kind": "AND2", "fixed": 0})
+        self.assertEqual(lines[4], {"hyperedge": "clk", "weight": 3, "vertices": ["u1", "u2"]})
+        self.assertEqual(lines[6], {"hyperedge": "empty", "weight": 2, "vertices": []})
+        self.run_ok("convert", "a.jsonl", "b.jsonl")
+        self.assertEqual(self.text("b.jsonl"), self.text("a.jsonl"))
+
+    def test_names_of_any_kind_come_through_json_lines(self):
+        names = ['a"b', "c\\d", "tab\there", "line\nend", "\u00e9\u4e2d\U0001f600", "1", " ", "{}"]
+        rows = [{"hyperedge": "e", "vertices": names}]
+        self.file("a.jsonl", "".join(json.dumps(row) + "\n" for row in rows))
+        self.run_ok("convert", "a.jsonl", "b.jsonl")
+        lines = [json.loads(line) for line in self.text("b.jsonl").splitlines()]
+        self.assertEqual([one["vertex"] for one in lines[:-1]], names)
+        self.assertEqual(lines[-1]["vertices"], names)
+
+    def test_fewer_than_two_vertices_are_converted_and_not_partitioned(self):
+        self.file("one.csv", "hyperedge,vertex\na,u\n")
+        self.assertEqual(self.stats("one.csv")["vertices"], 1)
+        self.run_ok("convert", "one.csv", "one.jsonl")
+        self.run_ok("convert", "one.jsonl", "again.csv")
+        self.assertEqual(self.text("again.csv"), self.text("one.csv"))
+        self.file("p", "0\n")
+        self.assertEqual(self.run_ok("annotate", "one.csv", "p").stdout, "vertex,part\nu,0\n")
+        self.run_ok("convert", self.file("one.hgr", "1 1\n1\n"), "h.csv")
+        self.fails(3, "H06 counts", "partition", "one.csv", "-k", 2)
+        self.assertEqual(self.stats(self.file("none.hgr", "0 0\n"))["vertices"], 0)
+        self.fails(3, "H06 counts", "stats", self.file("less.hgr", "-1 1\n"))
 
     def test_what_is_lost_is_told_or_refused(self):
         self.file("a.csv", self.FULL)
@@ -384,6 +417,8 @@ class Conversions(Formats):
         done = self.run_ok("annotate", "a.csv", "p")
         self.assertEqual(done.stdout, "vertex,part\nu1,0\nu2,0\nu3,1\n")
         self.fails(3, "3 vertices", "annotate", "a.csv", self.file("q", "0\n1\n"))
+        done = self.run_ok("annotate", "a.csv", "p", "-o", "p.jsonl")
+        self.assertEqual(json.loads(self.text("p.jsonl").splitlines()[2]), {"vertex": "u3", "part": 1})
         self.fails(2, "if the hypergraph comes from one", "annotate", "a.csv", "p", "--to", "mtx", "-o", "x")
 
     def test_usage(self):
@@ -404,6 +439,65 @@ class Conversions(Formats):
         self.assertEqual(self.stats("y.hgr", "--from", "csv")["pins"], 3)
         done = self.call("stats", "-", input="a,b\na,c\n")
         self.assertIn("2 pins", done.stdout)
+
+
+NASTY = ['a "quoted" one', "back\\\\slash", "<&>", "new\nline", "\u00e9", "plain"]
+
+# What a library for graphs reads: nodes with their data, and edges.
+READ_GRAPHML = """
+import json, sys
+import networkx
+graph = networkx.read_graphml(sys.argv[1])
+print(json.dumps([dict(graph.nodes(data=True)), sorted(map(sorted, graph.edges()))]))
+"""
+
+
+class Drawings(Formats):
+    def setUp(self):
+        super().setUp()
+        nets = [NASTY[:2], NASTY[1:5], NASTY[3:], [NASTY[0], NASTY[5]], [NASTY[2]]]
+        lines = [{"vertex": n, "vertex_weight": i, "kind": "k<"} for i, n in enumerate(NASTY)]
+        lines += [{"hyperedge": f'e"{i}', "vertices": pins} for i, pins in enumerate(nets)]
+        self.file("g.jsonl", "".join(json.dumps(line) + "\n" for line in lines))
+        self.nets, self.part = nets, [0, 0, 1, 1, 2, 0]
+        self.file("p", "".join(f"{p}\n" for p in self.part))
+
+    def test_graphviz_reads_the_drawing(self):
+        self.run_ok("annotate", "g.jsonl", "p", "-o", "g.dot")
+        made = subprocess.run(
+            ["dot", "-Tjson", "g.dot"], cwd=self.folder, check=True, capture_output=True
+        )
+        self.assertEqual(made.stderr, b"")
+        graph = json.loads(made.stdout)
+        labels = {o["_gvid"]: o.get("label") for o in graph["objects"] if "nodes" not in o}
+        clusters = {o["label"]: o["nodes"] for o in graph["objects"] if "nodes" in o}
+        for p in range(3):
+            inside = sorted(labels[i] for i in clusters[f"part {p}"])
+            wanted = [n.replace("\\", "\\\\").replace("\n", " ") for n, q in zip(NASTY, self.part) if q == p]
+            self.assertEqual([x.replace("\\\\", "\\") for x in inside], sorted(x.replace("\\\\", "\\") for x in wanted))
+        pairs = sum(1 if len(net) == 2 else len(net) for net in self.nets)
+        self.assertEqual(len(graph["edges"]), pairs)
+
+    def test_a_library_for_graphs_reads_graphml(self):
+        self.run_ok("annotate", "g.jsonl", "p", "--to", "graphml", "-o", "g.xml")
+        nodes, edges = json.loads(self.python(READ_GRAPHML, "g.xml"))
+        for v, name in enumerate(NASTY):
+            found = nodes[f"v{v}"]
+            self.assertEqual(found["name"], name.replace("\n", " "))
+            self.assertEqual((found["part"], found["weight"]), (self.part[v], v))
+            self.assertEqual((found["kind"], found["type"]), ("k<", "vertex"))
+        pins = [[f"e{e}", f"v{NASTY.index(n)}"] for e, net in enumerate(self.nets) for n in net]
+        self.assertEqual(edges, sorted(pins))
+        for e, net in enumerate(self.nets):
+            parts = {self.part[NASTY.index(n)] for n in net}
+            self.assertEqual(nodes[f"e{e}"]["cut"], len(parts) > 1)
+
+    def test_too_many_to_draw(self):
+        self.file("g.hgr", "1 5001\n1 2\n")
+        self.file("q", "0\n" * 5001)
+        for to in ("dot", "graphml"):
+            self.fails(3, "too many to draw", "annotate", "g.hgr", "q", "--to", to, "-o", "x")
+        self.fails(2, "'dot' is none of", "stats", "g.hgr", "--from", "dot")
 
 
 class ByName(Formats):

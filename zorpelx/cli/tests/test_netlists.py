@@ -366,6 +366,37 @@ class Netlists(Case):
                 scale = 10 if 2.5 in real else 1
                 self.assertEqual([e.get("weight", 1) for e in again[kind]], [scale * w for w in real])
 
+    def test_parts_go_into_hif_and_all_else_stays(self):
+        hif = {
+            "network-type": "directed", "metadata": {"by": ["others"]},
+            "nodes": [
+                {"node": "a", "weight": 2.5, "attrs": {"colour": "red", "zorpel_part": 7}},
+                {"node": 2}, {"node": "b", "attrs": {}}, {"attrs": {"x": None}, "node": 2},
+            ],
+            "edges": [{"edge": "e", "attrs": {"k": [1, {"z": 2}]}}],
+            "incidences": [
+                {"edge": "e", "node": "a", "weight": 0.5, "direction": "head"},
+                {"edge": "e", "node": 2}, {"edge": "f", "node": "2"}, {"edge": "f", "node": "b"},
+            ],
+        }  # fmt: skip
+        self.file("p", "3\n0\n1\n2\n")
+        for text in (json.dumps(hif), json.dumps(hif, indent=1)):
+            self.file("a.hif", text)
+            again = json.loads(self.run_ok("annotate", "a.hif", "p", "-q").stdout)
+            jsonschema.validate(again, HIF)
+            told = {json.dumps(n["node"]): n["attrs"].pop("zorpel_part") for n in again["nodes"]}
+            self.assertEqual(told, {'"a"': 3, "2": 0, '"b"': 1, '"2"': 2})
+            hif["nodes"][0]["attrs"].pop("zorpel_part", None)
+            self.assertEqual(again.pop("nodes")[-1], {"node": "2", "attrs": {}})
+            self.assertEqual(again, {key: hif[key] for key in again})
+            hif["nodes"][0]["attrs"]["zorpel_part"] = 7
+        del hif["nodes"]
+        self.file("b.hif", json.dumps(hif))
+        self.file("q", "0\n1\n2\n3\n")
+        again = json.loads(self.run_ok("annotate", "b.hif", "q", "-q").stdout)
+        self.assertEqual([n["node"] for n in again["nodes"]], ["a", 2, "2", "b"])
+        self.assertEqual({key: again[key] for key in hif}, hif)
+
     def test_hif_is_refused_where_its_schema_refuses(self):
         good = {"nodes": [{"node": 1}, {"node": 2}], "incidences": [{"edge": 0, "node": 1}]}
         cases = [

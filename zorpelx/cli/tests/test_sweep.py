@@ -4,6 +4,7 @@ import csv
 import hashlib
 import json
 import os
+import re
 import signal
 import subprocess
 import time
@@ -180,10 +181,10 @@ class Sweeps(Case):
             self.assertEqual(len(groups), panels)
             titles = [e for g in groups for e in g.iter(f"{space}title")]
             self.assertEqual(len(titles), 16)
-            self.assertEqual(text.count('class="best"'), 4)
+            self.assertEqual(text.count('<circle class="pen open"'), 4)
             self.assertEqual(root.get("role"), "img")
             self.assertIn("a<b&c.hgr", root.find(f"{space}title").text)
-            self.assertIn("prefers-color-scheme: dark", text)
+            self.assertIn("prefers-color-scheme:dark", text)
             self.assertNotIn("<script", text)
             self.assertEqual(text.count("http"), 1)  # its own name space
             width, height = (float(root.get(side)) for side in ("width", "height"))
@@ -193,6 +194,37 @@ class Sweeps(Case):
                         if shape.get(x) is not None:
                             self.assertTrue(0 <= float(shape.get(x)) <= width, shape.attrib)
                             self.assertTrue(0 <= float(shape.get(y)) <= height, shape.attrib)
+
+    def test_the_page_has_the_figures_of_the_answer_and_leads_to_the_reports(self):
+        words = ("sweep", "fifo.hgr", *SWEEP, "-o", "s")
+        answer = json.loads(self.run_ok(*words, "--format", "json").stdout)
+        page = self.text("s/sweep.html")
+        shown = re.findall(r'data-figure="([^"]*)">(?:<strong>)?([^<]*)<', page)
+        self.assertGreater(len(shown), 16 * 5)
+        for pointer, text in shown:
+            value = answer
+            for key in pointer.split("/")[1:]:
+                value = value[int(key)] if isinstance(value, list) else value[key]
+            number = text.replace(",", "").removesuffix(" %")
+            decimals = len(number.partition(".")[2])
+            self.assertEqual(number, f"{value:.{decimals}f}", pointer)
+        links = re.findall(r'href="([^"#]*\.html)"', page)
+        self.assertEqual(len(links), 4)
+        for link in links:
+            self.assertIn(link, {f"best.e{e}.part.{q}.html" for e in (2, 10) for q in (2, 3)})
+            self.assertIn("within its bounds", self.text(f"s/{link}"))
+            name, made = link.removesuffix(".html"), self.text(f"s/{link}")
+            self.run_ok("report", "fifo.hgr", f"s/{name}", "--epsilon", name.split(".")[1][1:])
+            self.assertEqual(self.text(f"s/{link}"), made)
+        self.assertEqual(page.count("<svg"), 2)
+        self.assertNotIn("<script", page)
+
+    def test_the_page_of_a_sweep_that_was_ended_says_so(self):
+        self.file("g.hgr", random_hypergraph(3000, 6000))
+        words = ("sweep", "g.hgr", "-k", "2,8", "--preset", "fast,best", "--seeds", 200)
+        self.fails(124, "the same command goes on from there", *words, "--timeout", 2)
+        page = self.text("g.hgr.sweep/sweep.html")
+        self.assertIn('of <span data-figure="/planned">800</span> runs', page)
 
     def test_command_lines_that_cannot_be(self):
         for words, sentence in {

@@ -57,6 +57,14 @@ class BoundsTest(unittest.TestCase):
         engine = zorpel.partition(SMALL, 6, runs=1, objective="km1")
         self.assertEqual(engine.objective, engine.connectivity)
 
+    def test_starts_that_share_are_one_search(self):
+        apart = zorpel.partition(SMALL, 4, preset="fast", starts=3)
+        shared = zorpel.partition(SMALL, 4, preset="fast", starts=3, share=True)
+        self.assertNotEqual(shared.jobs, apart.jobs)
+        self.assertEqual(zorpel.partition(SMALL, 4, preset="fast", share=True).jobs, apart.jobs)
+        with self.assertRaises(zorpel.InputError):
+            zorpel.partition(SMALL, 4, runs=1, share=True)
+
     def test_presets_do_more_or_less(self):
         jobs = [zorpel.partition(SMALL, 4, preset=p).jobs for p in ("fast", "default", "best")]
         self.assertEqual(jobs, sorted(jobs))

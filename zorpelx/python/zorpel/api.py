@@ -223,6 +223,7 @@ def partition(
     keep_in_place: Optional[int] = None,
     together: Union[Iterable[int], Path, None] = None,
     time: Optional[float] = None,
+    share: bool = False,
     preset: str = "default",
     ubfactor: Optional[int] = None,
     runs: Optional[int] = None,
@@ -276,6 +277,7 @@ def partition(
         one free; or the path of such a file.
     time: seconds to search for, the best found by then being the result; None or 0: as much is done
         as the preset says, the same on every machine.
+    share: the starts are one search, which combines the best of them all.
     preset: fast, default or best: how much is done.
 
     Of the engine alone, which gives the partition of the program zorpel:
@@ -301,7 +303,7 @@ def partition(
     schemes = {"runs": runs, "matching": matching, "refine": refine, "vcycle": vcycle}
     own = {"ubfactor": ubfactor, **schemes, "reconst": reconst, "polish": polish, "trace": trace}
     search = {"epsilon": epsilon, "least": least, "capacities": capacities, "start": start}
-    search.update(keep_in_place=keep_in_place, together=together, time=time)
+    search.update(keep_in_place=keep_in_place, together=together, time=time, share=share or None)
     engine = opt.check_apart(own, search)
     schedule = opt.of_preset(preset)
     chosen = dict(schedule) if engine else {}
@@ -319,6 +321,7 @@ def partition(
     options.epsilon = -1 if engine else _percent("epsilon", epsilon, opt.EPSILON)
     options.least = _percent("least", least, -1)
     options.time = _seconds("time", time)
+    options.shared = int(bool(share) and numbers.get("starts", 1) > 1)
     options.preset = opt.SEARCH_PRESETS[preset.lower()]
     options.timeout = _seconds("timeout", timeout)
     options.memory = opt.check_memory(memory)

@@ -1,14 +1,12 @@
-/* zorpelx/cli/scatter.h: pictures of results as points, in SVG.
- *
- * Colours and shapes both tell the series apart; the colours are those of Okabe & Ito, Color
- * universal design, 2008, which colour-blind people tell apart. A style sheet in the picture
- * follows the reader's choice of a light or dark background.
- */
-#ifndef ZORPELX_CLI_SCATTER_H
-#define ZORPELX_CLI_SCATTER_H
+/* zorpelx/report/draw_scatter.h: results as points, in panels. Colours and shapes both tell the
+ * series apart. */
+#ifndef ZORPELX_REPORT_DRAW_SCATTER_H
+#define ZORPELX_REPORT_DRAW_SCATTER_H
 
 #include <string>
 #include <vector>
+
+#include "picture.h"
 
 struct Point {
     double x, y;
@@ -24,7 +22,9 @@ struct Panel {
     std::vector<double> marks; // vertical lines
 };
 
+/* All texts are plain; they become markup in the picture. */
 struct Scatter {
+    std::string name; // of the picture: lower case letters and digits
     std::string title, description;
     std::string x_name, y_name;
     bool x_logarithmic;              // then every x is above 0
@@ -32,7 +32,6 @@ struct Scatter {
     std::vector<Panel> panels;
 };
 
-/* The picture as a file of its own: no script, no link, no font of its own. */
-std::string svg_of(const Scatter &scatter);
+Picture draw_scatter(const Scatter &scatter);
 
 #endif
