@@ -48,6 +48,11 @@ typedef struct zorpelx_read_options {
     double timeout;             /* seconds; 0: no deadline (0) */
     size_t memory;              /* most bytes held at once; 0: as many as the machine has (0) */
     const volatile int *cancel; /* polled: reading ends soon after it is not 0; or NULL */
+    const char *format;         /* "mtx", "cnf", "csv": as zorpelx --from takes it (NULL: by content) */
+    const char *model;          /* "row-net", "dual": as --model does (NULL: the format's first) */
+    const char *areas;          /* file with the area of each type of cell (NULL: none) */
+    const char *skip_nets;      /* patterns of nets to leave out, between commas (NULL: none) */
+    const char *top_module;     /* of a netlist (NULL: the top one) */
 } zorpelx_read_options;
 
 /* Something that was found in a file. The texts belong to the file. */
@@ -103,6 +108,20 @@ ZORPELX_API int zorpelx_read_numbers(const char *name, const zorpelx_read_option
 /* The hypergraph of a file; NULL if the file holds none, or none that fits 32 bits. It belongs to
  * the file. Absent weights are NULL. */
 ZORPELX_API const zorpelx_hypergraph *zorpelx_file_hypergraph(const zorpelx_file *file);
+
+/* What a hypergraph's file knows of it beyond that. They belong to the file. */
+enum { ZORPELX_OF_VERTICES = 0, ZORPELX_OF_HYPEREDGES = 1 };
+
+/* The format that the file was read by, and the names of its vertices or hyperedges, of which name i
+ * is text[start[i]] to text[start[i + 1] - 1], in UTF-8 if the file is. NULL: they are called by
+ * their numbers. */
+ZORPELX_API const char *zorpelx_file_format(const zorpelx_file *file);
+ZORPELX_API const char *zorpelx_file_names(const zorpelx_file *file, int of, const int64_t **start);
+
+/* The part that each vertex is fixed to, -1 for a free one; and the group of each, -1 for none. NULL
+ * if the file fixes or groups nothing. */
+ZORPELX_API const int *zorpelx_file_fixed(const zorpelx_file *file);
+ZORPELX_API const int *zorpelx_file_groups(const zorpelx_file *file);
 
 /* The numbers of any other file, in its order; count out: how many they are. */
 ZORPELX_API const int *zorpelx_file_numbers(const zorpelx_file *file, size_t *count);

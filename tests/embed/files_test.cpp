@@ -43,6 +43,47 @@ std::string message_of(const std::string &text, const zorpelx_read_options &opti
     return said.substr(0, name.size()) == name ? said.substr(name.size()) : said;
 }
 
+std::string name_at(const zorpelx_file *file, int of, int64_t i)
+{
+    const int64_t *start = nullptr;
+    const char *const text = zorpelx_file_names(file, of, &start);
+    return text == nullptr ? "none" : std::string(text + start[i], text + start[i + 1]);
+}
+
+TEST(files, names_and_what_is_fixed_come_with_a_format_that_has_them)
+{
+    const std::string name = store("hyperedge,vertex,fixed,group\nclk,u1,1,\nclk,u2,,4\nd,u2,,4\n");
+    zorpelx_file *file = nullptr;
+    ASSERT_EQ(zorpelx_read_hypergraph(name.c_str(), nullptr, &file, nullptr), ZORPELX_OK);
+    EXPECT_STREQ(zorpelx_file_format(file), "csv");
+    EXPECT_EQ(name_at(file, ZORPELX_OF_VERTICES, 1), "u2");
+    EXPECT_EQ(name_at(file, ZORPELX_OF_HYPEREDGES, 0), "clk");
+    EXPECT_EQ(name_at(file, 2, 0), "none");
+    EXPECT_EQ(zorpelx_file_fixed(file)[0], 1);
+    EXPECT_EQ(zorpelx_file_fixed(file)[1], -1);
+    EXPECT_EQ(zorpelx_file_groups(file)[1], 4);
+    zorpelx_file_free(file);
+    unlink(name.c_str());
+}
+
+TEST(files, format_and_model_are_chosen)
+{
+    const std::string name = store("%%MatrixMarket matrix coordinate pattern general\n2 3 3\n1 1\n"
+                                   "1 2\n2 3\n");
+    zorpelx_read_options options = defaults();
+    options.model = "column-net";
+    zorpelx_file *file = nullptr;
+    ASSERT_EQ(zorpelx_read_hypergraph(name.c_str(), &options, &file, nullptr), ZORPELX_OK);
+    EXPECT_EQ(zorpelx_file_hypergraph(file)->nvtxs, 2);
+    EXPECT_EQ(zorpelx_file_fixed(file), nullptr);
+    zorpelx_file_free(file);
+    options.format = "dot";
+    char message[ZORPELX_MESSAGE_SIZE];
+    EXPECT_EQ(zorpelx_read_hypergraph(name.c_str(), &options, &file, message), ZORPELX_BAD_OPTION);
+    EXPECT_STREQ(message, "format is 'dot', which is none that is read.");
+    unlink(name.c_str());
+}
+
 TEST(files, a_hypergraph_is_read_and_partitioned)
 {
     const std::string name = store(TEXT);

@@ -38,6 +38,9 @@ struct zorpelx_file {
     bool holds_hypergraph = false;
     std::vector<int> eptr, eind, vwgts, hewgts; // of the hypergraph
     zorpelx_hypergraph hypergraph = {};
+    std::string format;
+    Names names[2];                 // by ZORPELX_OF_*
+    std::vector<int> fixed, groups; // of its vertices
     std::vector<int> numbers;
     Findings findings;
     std::vector<zorpelx_finding> listed;
@@ -72,6 +75,9 @@ static Fault check_read_options(const zorpelx_read_options &o)
     if (std::isnan(o.timeout) || o.timeout < 0)
         return fault(ZORPELX_BAD_OPTION, "timeout is %g; it should be 0 or more seconds.",
                      o.timeout);
+    const FormatRow *const row = o.format != nullptr ? find_format(o.format) : nullptr;
+    if (o.format != nullptr && (row == nullptr || row->read == nullptr))
+        return fault(ZORPELX_BAD_OPTION, "format is '%s', which is none that is read.", o.format);
     return {};
 }
 
@@ -149,6 +155,28 @@ static bool all_fit(const std::vector<int64_t> &numbers)
     return std::all_of(numbers.begin(), numbers.end(), fits);
 }
 
+/* Those that the format or the model gives: numbers by themselves are left out. */
+template <class Label> static Names names_of(int64_t count, const Label &label, Budget *budget)
+{
+    Names names;
+    for (int64_t i = 0; i < count; i++) {
+        add_name(&names, label(i), budget);
+        if (i % 65536 == 0) check_time(*budget);
+    }
+    return names;
+}
+
+static void keep_names(FileCall *call, const Hypergraph &graph)
+{
+    Budget *const budget = &call->budget;
+    if (has_vertex_labels(graph))
+        call->file->names[ZORPELX_OF_VERTICES] = names_of(
+            graph.nvertices, [&](int64_t v) { return vertex_label(graph, v, 1); }, budget);
+    if (has_net_labels(graph))
+        call->file->names[ZORPELX_OF_HYPEREDGES] = names_of(
+            graph.nnets, [&](int64_t e) { return net_label(graph, e); }, budget);
+}
+
 /* Puts the hypergraph into the file, if 32 bits hold it. */
 static void keep_hypergraph(FileCall *call, const Hypergraph &graph)
 {
@@ -160,6 +188,10 @@ static void keep_hypergraph(FileCall *call, const Hypergraph &graph)
     file->eind = narrowed(graph.pins, &call->budget);
     if (graph.vertexweights) file->vwgts = narrowed(graph.vertexwgt, &call->budget);
     if (graph.netweights) file->hewgts = narrowed(graph.netwgt, &call->budget);
+    file->format = graph.provenance.format;
+    file->fixed = narrowed(graph.fixed, &call->budget);
+    file->groups = narrowed(graph.group, &call->budget);
+    keep_names(call, graph);
     file->holds_hypergraph = true;
     file->hypergraph = {static_cast<int>(graph.nvertices),
                         static_cast<int>(graph.nnets),
@@ -171,13 +203,20 @@ static void keep_hypergraph(FileCall *call, const Hypergraph &graph)
 
 static Hypergraph scan(FileCall *call, std::string_view bytes, Reading reading)
 {
-    return read_any(bytes, nullptr, reading, &call->file->findings, &call->budget);
+    const char *const format = call->options.format;
+    const FormatRow *const row = format != nullptr ? find_format(format) : nullptr;
+    return read_any(bytes, row, reading, &call->file->findings, &call->budget);
 }
 
 static Reading reading_for(const FileCall &call, bool notes)
 {
     Reading reading = {static_cast<LineMode>(call.options.lines), call.options.from, notes};
+    const zorpelx_read_options &options = call.options;
     reading.path = call.path;
+    if (options.model != nullptr) reading.model = options.model;
+    if (options.areas != nullptr) reading.areas = options.areas;
+    if (options.skip_nets != nullptr) reading.skip_nets = options.skip_nets;
+    if (options.top_module != nullptr) reading.top = options.top_module;
     return reading;
 }
 
@@ -257,6 +296,29 @@ int zorpelx_read_numbers(const char *name, const zorpelx_read_options *options, 
 const zorpelx_hypergraph *zorpelx_file_hypergraph(const zorpelx_file *file)
 {
     return file != nullptr && file->holds_hypergraph ? &file->hypergraph : nullptr;
+}
+
+const char *zorpelx_file_format(const zorpelx_file *file)
+{
+    return file != nullptr && file->holds_hypergraph ? file->format.c_str() : nullptr;
+}
+
+const char *zorpelx_file_names(const zorpelx_file *file, int of, const int64_t **start)
+{
+    const bool known = of == ZORPELX_OF_VERTICES || of == ZORPELX_OF_HYPEREDGES;
+    if (file == nullptr || !known || count_names(file->names[of]) == 0) return nullptr;
+    *start = file->names[of].start.data();
+    return file->names[of].text.empty() ? "" : file->names[of].text.data();
+}
+
+const int *zorpelx_file_fixed(const zorpelx_file *file)
+{
+    return file != nullptr && !file->fixed.empty() ? file->fixed.data() : nullptr;
+}
+
+const int *zorpelx_file_groups(const zorpelx_file *file)
+{
+    return file != nullptr && !file->groups.empty() ? file->groups.data() : nullptr;
 }
 
 const int *zorpelx_file_numbers(const zorpelx_file *file, size_t *count)

@@ -40,8 +40,8 @@ from .files import (
     write,
     write_partition,
 )
-from .hypergraph import Hypergraph, HypergraphLike, as_hypergraph
-from .results import Bin, Partition, Progress, Quality, Spread, Stats, Step
+from .hypergraph import Hypergraph, HypergraphLike, Origin, as_hypergraph
+from .results import Bin, Partition, Progress, Quality, Spread, Stats, Step, Table
 
 __version__ = "1.0.0"
 
@@ -58,6 +58,7 @@ __all__ = [
     "InputError",
     "LibraryError",
     "Lint",
+    "Origin",
     "OutOfMemoryError",
     "Partition",
     "Progress",
@@ -65,6 +66,7 @@ __all__ = [
     "Spread",
     "Stats",
     "Step",
+    "Table",
     "as_hypergraph",
     "cut_hyperedges",
     "cut_matrix",

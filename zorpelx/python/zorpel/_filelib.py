@@ -29,6 +29,11 @@ class CReadOptions(ctypes.Structure):
         ("timeout", c_double),
         ("memory", c_size_t),
         ("cancel", lib.int_p),
+        ("format", c_char_p),
+        ("model", c_char_p),
+        ("areas", c_char_p),
+        ("skip_nets", c_char_p),
+        ("top_module", c_char_p),
     ]
 
 
@@ -52,6 +57,10 @@ _ROUTINES = {
     "zorpelx_read_partition": (c_int, [c_char_p, c_int, _options_p, _file_p, c_char_p]),
     "zorpelx_read_numbers": (c_int, [c_char_p, _options_p, _file_p, c_char_p]),
     "zorpelx_file_hypergraph": (POINTER(lib.CHypergraph), [c_void_p]),
+    "zorpelx_file_format": (c_char_p, [c_void_p]),
+    "zorpelx_file_names": (c_void_p, [c_void_p, c_int, POINTER(POINTER(c_int64))]),
+    "zorpelx_file_fixed": (lib.int_p, [c_void_p]),
+    "zorpelx_file_groups": (lib.int_p, [c_void_p]),
     "zorpelx_file_numbers": (lib.int_p, [c_void_p, POINTER(c_size_t)]),
     "zorpelx_file_count": (c_int64, [c_void_p, c_int]),
     "zorpelx_file_findings": (POINTER(CFinding), [c_void_p, POINTER(c_size_t)]),
@@ -110,6 +119,25 @@ class OpenFile:
         found = loaded().zorpelx_file_hypergraph(self.handle)
         return found[0] if found else None
 
+    def format(self) -> str:
+        """The name of the format that the file was read by."""
+        return str((loaded().zorpelx_file_format(self.handle) or b"").decode())
+
+    def names(self, of: int, count: int) -> Optional[List[str]]:
+        """The names of vertices (0) or hyperedges (1); None if they have but numbers."""
+        start = POINTER(c_int64)()
+        text = loaded().zorpelx_file_names(self.handle, of, ctypes.byref(start))
+        if text is None:
+            return None
+        ends = start[: count + 1]
+        whole = ctypes.string_at(text, ends[count])
+        return [whole[a:b].decode(errors="replace") for a, b in zip(ends, ends[1:])]
+
+    def entries(self, kind: str, count: int) -> Optional[array[int]]:
+        """What the file says of each vertex: fixed or groups; None if nothing."""
+        found = getattr(loaded(), f"zorpelx_file_{kind}")(self.handle)
+        return copy_of(found, count) if found else None
+
     def numbers(self) -> array[int]:
         count = c_size_t()
         found = loaded().zorpelx_file_numbers(self.handle, ctypes.byref(count))
@@ -156,6 +184,16 @@ def read_options(
     except TypeError as reason:
         raise InputError(f"from_, timeout or memory is no number: {reason}.", 2) from None
     return options
+
+
+def set_format(options: CReadOptions, **words: Optional[str]) -> None:
+    """Sets the options that are texts: format, model, areas, skip_nets, top_module."""
+    for name, value in words.items():
+        if value is None:
+            continue
+        if not isinstance(value, (str, os.PathLike)):
+            raise InputError(f"{name} is {value!r}; it should be a text.", 2)
+        setattr(options, name, os.fsencode(value))
 
 
 def read_by(

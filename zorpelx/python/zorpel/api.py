@@ -257,6 +257,7 @@ def partition(
     hypergraph, nvtxs, vertex_weights, hyperedge_weights: see as_hypergraph().
     objective: what is made least: cut, km1 or soed; the result's cut, connectivity or soed.
     fix: the part of each vertex that is pre-assigned, -1 for a free one; or the path of such a file.
+        None: what the hypergraph fixes by itself.
     seed: of the first start, at least 1, the others count on; None or -1 draws one by chance.
     starts, jobs: independent starts, and how many at once; 0 jobs: one for each processor.
     threads: of each start; 0: all processors divided by the jobs. They change nothing but the time.
@@ -330,8 +331,10 @@ def partition(
     for name, value in numbers.items():
         setattr(options, opt.NUMBERS[name].field, value)
     fixed = _per_vertex(given["fix"], "fix", graph.nvtxs)
+    if fixed is None and graph.fixed is not None:
+        fixed = graph.fixed
     given_start = _per_vertex(start, "start", graph.nvtxs)
-    groups = _groups(together, graph.nvtxs)
+    groups = _groups(graph.groups if together is None else together, graph.nvtxs)
     options.fixed, options.start = pointer(fixed), pointer(given_start)
     options.groups = pointer(groups)
     options.capacities = _capacities(capacities, numbers["nparts"])
@@ -374,6 +377,7 @@ def partition(
             for name, step in zip(lib.STEPS, result.steps)
             if step.made > 0
         ],
+        source=graph,
     )
 
 

@@ -1,4 +1,4 @@
-"""Files: hypergraphs (.hgr), partitions and pre-assignments, read as the program zorpelx reads
+"""Files: hypergraphs of all formats, partitions and pre-assignments, read as the program zorpelx reads
 them, by the same code."""
 
 from __future__ import annotations
@@ -14,7 +14,7 @@ from typing import List, Optional, Sequence, Union
 from . import _filelib as filelib
 from ._output import write_files
 from .errors import InputError
-from .hypergraph import Hypergraph, HypergraphLike, as_hypergraph, pointer, to_ints
+from .hypergraph import Hypergraph, HypergraphLike, Origin, as_hypergraph, pointer, to_ints
 from .results import Partition
 
 Path = Union[str, "os.PathLike[str]"]
@@ -54,7 +54,9 @@ class Lint:
         return self.errors > 0
 
 
-def _copy(record: filelib.lib.CHypergraph) -> Hypergraph:
+def _copy(file: filelib.OpenFile, origin: Origin) -> Hypergraph:
+    record = file.hypergraph()
+    assert record is not None  # a reading without one is an error
     npins = record.eptr[record.nhedges]
     return Hypergraph(
         record.nvtxs,
@@ -62,6 +64,11 @@ def _copy(record: filelib.lib.CHypergraph) -> Hypergraph:
         filelib.copy_of(record.eind, npins),
         filelib.copy_of(record.vwgts, record.nvtxs) if record.vwgts else None,
         filelib.copy_of(record.hewgts, record.nhedges) if record.hewgts else None,
+        file.names(0, record.nvtxs),
+        file.names(1, record.nhedges),
+        file.entries("fixed", record.nvtxs),
+        file.entries("groups", record.nvtxs),
+        origin,
     )
 
 
@@ -76,6 +83,11 @@ def _warn(path: Path, file: filelib.OpenFile, told: str) -> None:
 def read(
     path: Path,
     *,
+    format: Optional[str] = None,  # pylint: disable=redefined-builtin
+    model: Optional[str] = None,
+    areas: Optional[Path] = None,
+    skip_nets: Optional[str] = None,
+    top_module: Optional[str] = None,
     from_: int = 1,
     lines: str = "whole",
     force: bool = False,
@@ -83,13 +95,22 @@ def read(
     timeout: Optional[float] = None,
     memory: Optional[int] = None,
 ) -> Hypergraph:
-    """Reads a hypergraph file, plain or compressed by gzip, zstd, xz or bzip2.
+    """Reads a hypergraph of any format, plain or compressed by gzip, zstd, xz or bzip2.
+
+    The content tells the format: hgr, mtx, cnf, yosys, hif, blif, bookshelf, verilog, csv, tsv,
+    jsonl or edges. Names, fixed vertices and groups come with it, and partition() keeps to them.
 
     An error is an InputError with file, line and column; what loses vertices or weights is one
     unless force is given. Warnings are told as a FileWarning; lint() says more. The options are
     those of the program zorpelx:
 
-    from_: number of the first vertex in the file, 1 or 0.
+    format: the format by its name; None: as the content tells.
+    model: how a matrix or a formula is read: row-net, column-net or fine-grain; primal, dual or
+        literal.
+    areas: path of the areas of types of cells, a table or a Liberty file.
+    skip_nets: patterns of nets to leave out, between commas.
+    top_module: of a netlist.
+    from_: number of the first vertex in a hypergraph file, 1 or 0.
     lines: refuse, whole or pieces: what to do with lines of more than 131071 characters.
     force: go on without vertices or weights that are lost.
     strict: take warnings for errors.
@@ -97,9 +118,17 @@ def read(
     memory: MiB that reading may take; None or 0 for no cap.
     """
     options = filelib.read_options(from_, lines, force, strict, timeout, memory)
+    filelib.set_format(options, format=format, model=model, skip_nets=skip_nets)
+    filelib.set_format(
+        options, areas=None if areas is None else os.fspath(areas), top_module=top_module
+    )
     with filelib.read_by("zorpelx_read_hypergraph", path, options) as file:
         _warn(path, file, "zorpel.lint() says more")
-        return _copy(file.hypergraph())
+        words = {"from": format or file.format(), "model": model, "skip-nets": skip_nets}
+        words.update({"top-module": top_module, "first": str(from_)})
+        words["areas"] = None if areas is None else os.fspath(areas)
+        told = {name: word for name, word in words.items() if word is not None}
+        return _copy(file, Origin(os.fspath(path), told))
 
 
 def lint(

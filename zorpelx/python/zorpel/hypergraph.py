@@ -6,12 +6,12 @@ import ctypes
 import operator
 import os
 from array import array
-from dataclasses import dataclass
-from typing import Any, Iterable, Iterator, List, Optional, Sequence, Tuple, Union
+from dataclasses import dataclass, field, replace
+from typing import Any, Dict, Iterable, Iterator, List, Optional, Sequence, Tuple, Union
 
 from ._library import CHypergraph, int_p
 from .errors import InputError
-from .results import table
+from .results import short, table
 
 Path = Union[str, "os.PathLike[str]"]
 
@@ -92,12 +92,22 @@ def _check_nvtxs(nvtxs: Any) -> int:
     return number
 
 
+@dataclass(frozen=True)
+class Origin:
+    """The file that a hypergraph was read from, and how: options of the program zorpelx."""
+
+    path: str
+    options: Dict[str, str]
+
+
 @dataclass(frozen=True, repr=False)
 class Hypergraph:
     """A hypergraph of nvtxs vertices, numbered from 0.
 
     The vertices of hyperedge e are eind[eptr[e]:eptr[e + 1]]; weights of None are all 1. The
-    arrays are of type array('i'); numpy.asarray() shows one without a copy.
+    arrays are of type array('i'); numpy.asarray() shows one without a copy. Names of None are
+    numbers. fixed has the part of each vertex, -1 for a free one, groups the number of each group
+    that stays together, -1 for none: partition() keeps to them unless it is told otherwise.
     """
 
     nvtxs: int
@@ -105,10 +115,15 @@ class Hypergraph:
     eind: array[int]
     vertex_weights: Optional[array[int]] = None
     hyperedge_weights: Optional[array[int]] = None
+    vertex_names: Optional[List[str]] = None
+    hyperedge_names: Optional[List[str]] = None
+    fixed: Optional[array[int]] = None
+    groups: Optional[array[int]] = None
+    origin: Optional[Origin] = field(default=None, compare=False)
 
     def __post_init__(self) -> None:
         object.__setattr__(self, "nvtxs", _check_nvtxs(self.nvtxs))
-        for name in ("eptr", "eind", "vertex_weights", "hyperedge_weights"):
+        for name in ("eptr", "eind", "vertex_weights", "hyperedge_weights", "fixed", "groups"):
             values = getattr(self, name)
             if values is not None:
                 object.__setattr__(self, name, to_ints(values, name))
@@ -118,11 +133,22 @@ class Hypergraph:
             raise InputError(f"eptr ends with {self.eptr[-1]}, but eind has {len(self.eind)}.")
         self._check_length("vertex_weights", self.nvtxs)
         self._check_length("hyperedge_weights", len(self))
+        for name in ("vertex_names", "fixed", "groups"):
+            self._check_length(name, self.nvtxs)
+        self._check_length("hyperedge_names", len(self))
 
     def _check_length(self, name: str, wanted: int) -> None:
         weights = getattr(self, name)
         if weights is not None and len(weights) != wanted:
             raise InputError(f"{name} has {len(weights)} entries instead of {wanted}.")
+
+    def vertex_name(self, v: int) -> str:
+        """The name of a vertex, or its number from 0."""
+        return str(v) if self.vertex_names is None else self.vertex_names[v]
+
+    def hyperedge_name(self, e: int) -> str:
+        """The name of a hyperedge, or its number from 0."""
+        return str(e) if self.hyperedge_names is None else self.hyperedge_names[e]
 
     def __len__(self) -> int:
         """The number of hyperedges."""
@@ -147,6 +173,10 @@ class Hypergraph:
         rows: List[Tuple[str, Any]] = list(self._sizes())
         rows.append(("vertex weights", "no" if self.vertex_weights is None else "yes"))
         rows.append(("hyperedge weights", "no" if self.hyperedge_weights is None else "yes"))
+        if self.vertex_names:
+            rows.append(("names of vertices", short(self.vertex_names, 4)))
+        if self.hyperedge_names:
+            rows.append(("names of hyperedges", short(self.hyperedge_names, 4)))
         return table("Hypergraph", rows)
 
     def _sizes(self) -> List[Tuple[str, int]]:
@@ -186,6 +216,74 @@ def _sparse(matrix: Any) -> Tuple[Any, Any, int]:
     return rows.indptr, rows.indices, int(rows.shape[1])
 
 
+def _named(pairs: Iterable[Tuple[Any, Any]]) -> Tuple[List[List[int]], Dict[Any, int], Dict[Any, int]]:
+    """Hyperedges of numbers, and the numbers of vertices and hyperedges, from pairs of names."""
+    vertices: Dict[Any, int] = {}
+    nets: Dict[Any, int] = {}
+    lists: List[Dict[int, None]] = []
+    for net, vertex in pairs:
+        e = nets.setdefault(net, len(nets))
+        if e == len(lists):
+            lists.append({})
+        lists[e][vertices.setdefault(vertex, len(vertices))] = None
+    return [list(pins) for pins in lists], vertices, nets
+
+
+def _column(frame: Any, name: str, place: int) -> Any:
+    names = {str(column).lower(): column for column in frame.columns}
+    if name in names:
+        return frame[names[name]]
+    if len(frame.columns) < 2:
+        raise InputError("A data frame needs two columns, hyperedge and vertex.")
+    return frame[frame.columns[place]]
+
+
+def from_frame(frame: Any) -> Hypergraph:
+    """A hypergraph from a data frame of memberships, see as_hypergraph()."""
+    given = {str(column).lower() for column in frame.columns}
+    if len(given & {"hyperedge", "vertex"}) == 1:
+        raise InputError('A data frame has both columns "hyperedge" and "vertex", or none.')
+    nets_of, vertices_of = _column(frame, "hyperedge", 0), _column(frame, "vertex", 1)
+    lists, vertices, nets = _named(zip(nets_of, vertices_of))
+    weights = None
+    if "weight" in given:
+        weights = [1] * len(nets)
+        for net, weight in zip(nets_of, _column(frame, "weight", 0)):
+            weights[nets[net]] = weight
+    eptr, eind = _lists(lists)
+    names = [str(name) for name in vertices], [str(name) for name in nets]
+    heavy = None if weights is None else to_ints(weights, "weight")
+    return Hypergraph(len(vertices), eptr, eind, None, heavy, *names)
+
+
+def from_graph(graph: Any) -> Hypergraph:
+    """A hypergraph from a graph of networkx, see as_hypergraph()."""
+    sides = {node: data.get("bipartite") for node, data in graph.nodes(data=True)}
+    two_sided = any(side is not None for side in sides.values())
+    nodes = [node for node, side in sides.items() if not two_sided or side != 1]
+    number = {node: v for v, node in enumerate(nodes)}
+    data = dict(graph.nodes(data=True))
+    lists: List[List[int]]
+    if two_sided:
+        nets = [node for node, side in sides.items() if side == 1]
+        wrong = [pair for pair in graph.edges() if (sides[pair[0]] == 1) == (sides[pair[1]] == 1)]
+        if wrong:
+            raise InputError(f"The edge {wrong[0]!r} joins two nodes of one side.")
+        joined = graph.to_undirected() if graph.is_directed() else graph
+        lists = [sorted(number[node] for node in joined.neighbors(net)) for net in nets]
+        names = [str(net) for net in nets]
+        heavy = [data[net].get("weight", 1) for net in nets]
+    else:
+        edges = [edge for edge in graph.edges(data=True) if edge[0] != edge[1]]
+        lists = [[number[u], number[v]] for u, v, _ in edges]
+        names = [f"{u} - {v}" for u, v, _ in edges]
+        heavy = [edge[2].get("weight", 1) for edge in edges]
+    eptr, eind = _lists(lists)
+    own = to_ints([data[node].get("weight", 1) for node in nodes], "weight")
+    called = [str(node) for node in nodes]
+    return Hypergraph(len(nodes), eptr, eind, own, to_ints(heavy, "weight"), called, names)
+
+
 def as_hypergraph(
     source: HypergraphLike,
     nvtxs: Optional[int] = None,
@@ -198,6 +296,10 @@ def as_hypergraph(
     - a list of hyperedges, each a list of vertices: [[0, 1, 2], [2, 3]];
     - a tuple of two flat arrays (eptr, eind), of numpy or not: ([0, 3, 5], [0, 1, 2, 2, 3]);
     - a scipy sparse matrix: rows are hyperedges, columns vertices, any value but 0 belongs;
+    - a pandas data frame with a row for each vertex in a hyperedge, in columns "hyperedge" and
+      "vertex" (or the first two) and perhaps "weight", of the hyperedge; names come with it;
+    - a networkx graph: its edges are hyperedges of two vertices, "weight" their weight; or, where
+      nodes have "bipartite", those of 1 are hyperedges and those of 0 vertices;
     - the path of a hypergraph file, as read() takes it.
 
     Without nvtxs there are as many vertices as the largest number (or the matrix) needs.
@@ -206,7 +308,13 @@ def as_hypergraph(
         from .files import read  # pylint: disable=import-outside-toplevel,cyclic-import
 
         source = read(source)
+    if hasattr(source, "itertuples") and hasattr(source, "columns"):
+        source = from_frame(source)
+    elif hasattr(source, "nodes") and hasattr(source, "is_directed"):
+        source = from_graph(source)
     if isinstance(source, Hypergraph):
+        if nvtxs is None and vertex_weights is None and hyperedge_weights is None:
+            return source
         eptr, eind, columns = source.eptr, source.eind, source.nvtxs
         vertex_weights = source.vertex_weights if vertex_weights is None else vertex_weights
         if hyperedge_weights is None:
@@ -225,7 +333,16 @@ def as_hypergraph(
         nvtxs = max(eind, default=-1) + 1 if columns is None else columns
     vwgts = None if vertex_weights is None else to_ints(vertex_weights, "vertex_weights")
     hewgts = None if hyperedge_weights is None else to_ints(hyperedge_weights, "hyperedge_weights")
-    return Hypergraph(nvtxs, eptr, eind, vwgts, hewgts)
+    made = Hypergraph(nvtxs, eptr, eind, vwgts, hewgts)
+    if not isinstance(source, Hypergraph) or nvtxs != source.nvtxs:
+        return made
+    return replace(
+        made,
+        vertex_names=source.vertex_names,
+        hyperedge_names=source.hyperedge_names,
+        fixed=source.fixed,
+        groups=source.groups,
+    )
 
 
 def wants_numpy(source: HypergraphLike) -> bool:

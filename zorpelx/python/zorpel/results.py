@@ -4,7 +4,11 @@ from __future__ import annotations
 
 from dataclasses import dataclass, field
 from html import escape
-from typing import Any, Iterable, List, Tuple
+from typing import Any, Dict, Iterable, List, Tuple
+
+from .errors import InputError, LibraryError
+
+MOST_ROWS = 20  # of a table that are shown
 
 
 def short(values: Any, most: int = 8) -> str:
@@ -20,6 +24,43 @@ def table(title: str, rows: Iterable[Tuple[str, Any]]) -> str:
         for name, value in rows
     )
     return f"<table><caption>{escape(title)}</caption>{lines}</table>"
+
+
+class Table(List[Dict[str, Any]]):
+    """A small table: a list of rows, each a dictionary with the same keys."""
+
+    def columns(self) -> List[str]:
+        """The names of the columns."""
+        return list(self[0]) if self else []
+
+    def frame(self) -> Any:
+        """The table as a data frame of pandas."""
+        try:
+            import pandas  # pylint: disable=import-outside-toplevel
+        except ImportError:
+            raise LibraryError(
+                "frame() needs pandas, which is not installed (Debian: python3-pandas)."
+            ) from None
+        return pandas.DataFrame(list(self))
+
+    def __repr__(self) -> str:
+        lines = [self.columns()] + [[_shown(row[name]) for name in row] for row in self[:MOST_ROWS]]
+        widths = [max(map(len, column)) for column in zip(*lines)]
+        text = ["  ".join(cell.rjust(width) for cell, width in zip(line, widths)) for line in lines]
+        return "\n".join(text + ([f"... {len(self)} rows in all"] if len(self) > MOST_ROWS else []))
+
+    def _repr_html_(self) -> str:
+        head = "".join(f"<th>{escape(name)}</th>" for name in self.columns())
+        body = "".join(
+            "<tr>" + "".join(f"<td>{escape(_shown(value))}</td>" for value in row.values()) + "</tr>"
+            for row in self[:MOST_ROWS]
+        )
+        more = f"<p>{len(self)} rows in all</p>" if len(self) > MOST_ROWS else ""
+        return f"<table><thead><tr>{head}</tr></thead><tbody>{body}</tbody></table>{more}"
+
+
+def _shown(value: Any) -> str:
+    return f"{value:.2f}" if isinstance(value, float) else str(value)
 
 
 @dataclass(frozen=True)
@@ -84,9 +125,54 @@ class Partition:
     generations: int = 0  #: batches of combinations that it made
     steps: List[Step] = field(default_factory=list)  #: what its steps did, by kind
 
+    source: Any = field(default=None, compare=False)  #: the hypergraph, or None
+
     def __len__(self) -> int:
         """The number of vertices."""
         return len(self.part)
+
+    def _hypergraph(self, hypergraph: Any) -> Any:
+        """The hypergraph that it is a partition of, or the one that is given."""
+        if hypergraph is None and self.source is None:
+            raise InputError("This partition does not know its hypergraph; give it.", 2)
+        from .hypergraph import as_hypergraph  # pylint: disable=import-outside-toplevel
+
+        graph = self.source if hypergraph is None else as_hypergraph(hypergraph)
+        if graph.nvtxs != len(self.part):
+            raise InputError(f"{graph.nvtxs} vertices; the partition has {len(self.part)}.")
+        return graph
+
+    def vertices(self, hypergraph: Any = None) -> Table:
+        """A table of the vertices: name and part."""
+        graph = self._hypergraph(hypergraph)
+        return Table(
+            {"vertex": graph.vertex_name(v), "part": int(p)} for v, p in enumerate(self.part)
+        )
+
+    def parts(self, hypergraph: Any = None) -> Table:
+        """A table of the parts: vertices, weight and external degree."""
+        from .tables import parts_table  # pylint: disable=import-outside-toplevel
+
+        return parts_table(self._hypergraph(hypergraph), self)
+
+    def cut_hyperedges(self, hypergraph: Any = None) -> Table:
+        """A table of the hyperedges that are cut, the most expensive first: name, weight, vertices
+        and parts."""
+        from .tables import cut_table  # pylint: disable=import-outside-toplevel
+
+        return cut_table(self._hypergraph(hypergraph), self)
+
+    def plot(self, hypergraph: Any = None) -> Any:
+        """Sizes of the parts and the cut between them, as a figure of matplotlib."""
+        from .drawing import plot  # pylint: disable=import-outside-toplevel
+
+        return plot(self._hypergraph(hypergraph), self)
+
+    def report(self, path: Any, hypergraph: Any = None) -> None:
+        """Writes the page of HTML that the program zorpelx makes of a partition."""
+        from .drawing import report  # pylint: disable=import-outside-toplevel
+
+        report(self._hypergraph(hypergraph), self, path)
 
     def _key(self) -> Tuple[Any, ...]:
         figures: Tuple[Any, ...] = (self.nparts, self.cut, self.soed, self.imbalance)
