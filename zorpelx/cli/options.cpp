@@ -307,7 +307,7 @@ const std::vector<OptionRow> OPTIONS = {
      "standard output if the hypergraph comes from standard input"},
     {PARTITION | MERGE, "--json", "FILE", &Settings::json, "", 0, 0, nullptr,
      "write options and figures there as JSON; - for standard output"},
-    {PARTITION, "--record", "FILE", &Settings::record, "", 0, 0, nullptr,
+    {PARTITION | MERGE, "--record", "FILE", &Settings::record, "", 0, 0, nullptr,
      "write a record of the run there, by which others can check or repeat it; - for standard "
      "output"},
     {VERIFY, "--record", "FILE", &Settings::record, "", 0, 0, nullptr,

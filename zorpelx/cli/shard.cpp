@@ -67,6 +67,12 @@ void check_sharing(const Settings &settings)
              "engine alone: leave one or the other out");
     if (settings.seed < 0) fail(STATUS_USAGE, "--journal needs a seed that is not drawn");
     if (settings.shard.empty()) return;
+    for (const auto &[file, option] :
+         {std::pair{settings.output, "--output"}, std::pair{settings.json, "--json"},
+          std::pair{settings.record, "--record"}})
+        if (!file.empty())
+            fail(STATUS_USAGE, "%s is for merge: a shard leaves its results in the journal",
+                 option);
     if (settings.time > 0)
         fail(STATUS_USAGE,
              "--shard has a share of work, not of time: --timeout ends it, and it goes "
@@ -302,6 +308,7 @@ static Settings settings_of(const RunNote &note, const Settings &merge)
     settings.share = true;
     settings.output = merge.output;
     settings.json = merge.json;
+    settings.record = merge.record;
     settings.quiet = merge.quiet;
     settings.threads = merge.threads;
     settings.memory = merge.memory;

@@ -76,6 +76,14 @@ class Shards(unittest.TestCase):
             self.shard(index, 3, *options)
         self.assertEqual(self.merged(), self.whole(*options))
 
+    def test_the_record_of_a_merge_is_that_of_the_whole_run(self):
+        for index in (1, 2):
+            self.shard(index, 2, EXAMPLE, "-k", "3", "--starts", "4")
+        self.merged("--record", self.folder / "record.json")
+        for words in (("replay", "record.json", EXAMPLE), ("verify", EXAMPLE, "--record", "record.json")):
+            done = run(*words, cwd=self.folder)
+            self.assertEqual(done.returncode, 0, done.stderr + done.stdout)
+
     def test_the_script_for_job_arrays_makes_the_shards(self):
         """With the variables that Slurm sets, but without Slurm."""
         options = ["-k", "3", "--starts", "4", "--preset", "fast"]
@@ -214,6 +222,9 @@ class Shards(unittest.TestCase):
         for words, text in ((["--shard", "1/2"], "--journal"),
                             (["--shard", "3/2", "--journal", "x"], "3/2"),
                             (["--wait", "--journal", "x"], "--shard"),
+                            (["--journal", "x", "--shard", "1/2", "-o", "p"], "--output is for merge"),
+                            (["--journal", "x", "--shard", "1/2", "--json", "j"], "--json is for merge"),
+                            (["--journal", "x", "--shard", "1/2", "--record", "r"], "--record is for"),
                             (["--journal", "x", "--runs", "3"], "engine"),
                             (["--journal", "x", "--seed", "-1"], "seed"),
                             (["--journal", "x", "--shard", "1/2", "--time", "3"], "--timeout")):
