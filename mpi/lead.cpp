@@ -216,7 +216,8 @@ class Leader : public PartitionHooks
         bool waiting = false;
         for (int rank = 1; rank < ranks.n; rank++)
             waiting |= !state_of(rank).ended && !state_of(rank).lost;
-        const double grace = hurried ? HURRIED : static_cast<double>(settings.patience);
+        const bool urgent = hurried || caught_signal() != 0; // while it waited for the others, too
+        const double grace = urgent ? HURRIED : static_cast<double>(settings.patience);
         if (waiting && now - ending_since < grace) return;
         const std::lock_guard lock(meeting);
         for (int rank = 1; rank < ranks.n; rank++) compare(rank);

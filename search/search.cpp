@@ -69,7 +69,8 @@ struct Search {
     const Reduction *reduction;
     SearchTask task;
     Pool pool;
-    int njobs, alljobs;
+    int njobs, alljobs; // that gave a result, and all of the schedule
+    int next;           // number of the next job; those that nobody has made yet have one too
     Found best; // published
     int *whole; // [nvtxs] for publishing
     std::mutex publishing;
@@ -331,7 +332,7 @@ static void make_batch(Search *search, int n, SearchStep step,
     const SearchOptions *const options = search->options;
     Member results[MOST] = {};
     double seconds[MOST] = {};
-    Batch batch = {search,  options->fleet, step, search->njobs, std::min(n, MOST), seconds,
+    Batch batch = {search,  options->fleet, step, search->next, std::min(n, MOST), seconds,
                    results, work,           {0}};
     const Fleet here = {&batch, nullptr, next_here, nullptr};
     if (batch.fleet == nullptr) batch.fleet = &here;
@@ -352,6 +353,8 @@ static void make_batch(Search *search, int n, SearchStep step,
             search->njobs++;
             take_in(search, results[i], step, seconds[i]);
         }
+    search->next += batch.n; // and not by what came back: a shard lacks what is of others
+    assert(search->njobs <= search->next);
     search->report.generations += step == STEP_COMBINATION;
     show_report(search);
 }
@@ -470,7 +473,7 @@ static bool solve_small(Search *search)
 
 static bool is_over(const Search *search)
 {
-    return search->stopped || is_cancelled(&search->task) || search->njobs > MOST_JOBS ||
+    return search->stopped || is_cancelled(&search->task) || search->next > MOST_JOBS ||
            (search->best.objective == 0 && search->best.excess == 0);
 }
 

@@ -154,8 +154,8 @@ Fault Worker::start(const Task &what)
 
 /* The rest of this file up to poll() runs in the child. */
 
-/* No handler of the caller's; what the caller ignores stays ignored. The terminal's signals are
- * for the caller to act on. */
+/* No handler of the caller's; what the caller ignores stays ignored. The terminal's signals, and
+ * the TERM that a batch system sends to all processes of a job, are for the caller to act on. */
 static void forget_signals()
 {
     for (int number = 1; number < NSIG; number++) {
@@ -164,7 +164,8 @@ static void forget_signals()
             sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
         if (!ignored) signal(number, SIG_DFL);
     }
-    for (const int number : {SIGINT, SIGQUIT, SIGHUP, SIGPIPE, SIGXFSZ}) signal(number, SIG_IGN);
+    for (const int number : {SIGINT, SIGTERM, SIGQUIT, SIGHUP, SIGPIPE, SIGXFSZ})
+        signal(number, SIG_IGN);
     sigset_t none;
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr);

@@ -364,6 +364,18 @@ class CutShort(Case):
     def test_termination_delivers_the_best_finished_start(self):
         self.interrupt(signal.SIGTERM, 143)
 
+    def test_termination_of_all_processes_delivers_the_best_so_far(self):
+        words = [ZORPELX, *"partition big.hgr -k 4 --time 60 -t 1 -o out".split()]
+        run = subprocess.Popen(words, cwd=self.folder, stderr=subprocess.PIPE, text=True)
+        workers = wait_for(lambda: children_of(run))
+        time.sleep(1)
+        for pid in [*workers, run.pid]:  # as a batch system ends a job, in any order
+            os.kill(pid, signal.SIGTERM)
+            time.sleep(0.1)
+        self.assertIn("the best partition found by then is kept", run.communicate()[1])
+        self.assertEqual(run.returncode, 143)
+        self.run_ok("verify", "big.hgr", "out", "-k", 4)
+
 
 class Progress(Case):
     def on_terminal(self, *words, width=0, **variables):
