@@ -49,6 +49,12 @@ note_missing_for_clusters() {
 }
 
 note_missing_for_tests() {
+    # Job arrays are run by a Slurm of one node, and their script is checked.
+    [ -x /usr/sbin/slurmctld ] || MISSING="$MISSING slurmctld"
+    [ -x /usr/sbin/slurmd ] || MISSING="$MISSING slurmd"
+    lacks sbatch && MISSING="$MISSING slurm-client"
+    [ -x /usr/sbin/munged ] || MISSING="$MISSING munge"
+    lacks shellcheck && MISSING="$MISSING shellcheck"
     if lacks python3; then
         MISSING="$MISSING python3"
     fi
