@@ -122,7 +122,8 @@ class ManualPages(unittest.TestCase):
             self.assertEqual(lines, [])
 
     def test_what_scripts_make_is_up_to_date(self):
-        scripts = [["scripts/zorpelx_3.py", "--check"], ["scripts/reliability.py", "--check"]]
+        names = ("zorpelx_3.py", "reliability.py", "frontier.py")
+        scripts = [[f"scripts/{name}", "--check"] for name in names]
         zorpelx = BUILD / "zorpelx" / "cli" / "zorpelx"
         if zorpelx.exists():
             scripts.append(["scripts/picture.py", "--check", "--zorpelx", str(zorpelx)])
