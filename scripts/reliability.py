@@ -76,7 +76,8 @@ ROWS = [
           f" fuzz/seeds/{target}", FUZZ, "{0} inputs without a finding", "an hour", True)
       for target, what in (("reader", "hypergraph reader"), ("fixfile", "fix file"),
                            ("words", "command line"), ("entry", "entry points"),
-                           ("files", "readers of zorpelx"), ("readers", "readers against each other"),
+                           ("files", "readers of zorpelx"),
+                           ("netlists", "readers and writers of all other formats"), ("readers", "readers against each other"),
                            ("numbers", "readers of fix and partition files"),
                            ("report", "a report that is checked"), ("interface", "calls of libzorpelx"))),
     Row("kills", "children of a host killed at random moments of its calls",
