@@ -2,6 +2,7 @@
 #include "cluster_commands.h"
 
 #include "cluster_distributed.h"
+#include "same_words.h"
 
 const ProgramRow ZORPELX_MPI = {"zorpelx-mpi", "Partition hypergraphs by many processes."};
 
@@ -21,6 +22,12 @@ const std::vector<CommandRow> CLUSTER_COMMANDS = {
 
 Status run_cluster_command(const CommandRow &command, const Settings &settings, MPI_Comm ranks)
 {
+    const bool search = command.command != CLUSTER_VERIFY && command.command != CLUSTER_CONVERT &&
+                        !settings.distributed; // its head compares by letters
+    if (!search) {
+        const Status status = check_same_words(settings, ranks);
+        if (status != STATUS_OK) return status;
+    }
     if (command.command == CLUSTER_VERIFY) return run_distributed_verify(settings, ranks);
     if (command.command == CLUSTER_CONVERT) return run_distributed_convert(settings, ranks);
     if (settings.distributed) return run_distributed_partition(settings, ranks);

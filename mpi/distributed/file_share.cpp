@@ -68,18 +68,19 @@ bool set_share(Ranks *ranks, int64_t skip, FileShare *share, ShareFault *fault)
     share->begin = cut_at(ranks, skip, share->size, ranks->rank);
     share->end = cut_at(ranks, skip, share->size, ranks->rank + 1);
     share->digest = digest_of(share, share->begin, share->end, fault);
-    const uint64_t head = digest_of(share, 0, skip, fault);
+    share->skip = skip;
+    share->head = digest_of(share, 0, skip, fault);
     uint64_t mine = share->digest;
     if (ranks->nranks > 1)
         mine = digest_of(share, cut_at(ranks, skip, share->size, next),
                          cut_at(ranks, skip, share->size, next + 1), fault);
     if (agree_on_fault(ranks, fault)) return false;
     const std::vector<int64_t> digests = list_all(ranks, static_cast<int64_t>(share->digest)),
-                               heads = list_all(ranks, static_cast<int64_t>(head));
+                               heads = list_all(ranks, static_cast<int64_t>(share->head));
     if (mine != static_cast<uint64_t>(digests[static_cast<size_t>(next)]) ||
-        head != static_cast<uint64_t>(heads[0]))
+        share->head != static_cast<uint64_t>(heads[0]))
         note_fault(fault, FAULT_INPUT, -1, "is not the same on ranks %d and %d", ranks->rank,
-                   head != static_cast<uint64_t>(heads[0]) ? 0 : next);
+                   share->head != static_cast<uint64_t>(heads[0]) ? 0 : next);
     rewind_share(share);
     return !agree_on_fault(ranks, fault);
 }
@@ -88,6 +89,7 @@ void check_unchanged(FileShare *share, ShareFault *fault)
 {
     struct stat status;
     if (fstat(share->file, &status) != 0 || status.st_size != share->size ||
+        digest_of(share, 0, share->skip, fault) != share->head ||
         digest_of(share, share->begin, share->end, fault) != share->digest)
         note_fault(fault, FAULT_IO, -1, "has changed while it was read");
 }

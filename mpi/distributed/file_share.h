@@ -20,7 +20,8 @@ struct FileShare {
     int64_t place;      // where the next piece begins
     std::string buffer;
     size_t at, filled;
-    uint64_t digest; // of the share
+    int64_t skip;          // bytes before all shares
+    uint64_t digest, head; // of the share, and of what is before all shares
 };
 
 /* Opens a file on all ranks and makes sure that it is one: everyone's size is the same, and each
@@ -30,7 +31,7 @@ struct FileShare {
 bool open_share(Ranks *ranks, const char *name, FileShare *share, ShareFault *fault);
 bool set_share(Ranks *ranks, int64_t skip, FileShare *share, ShareFault *fault);
 
-/* Whether the share still is what it was when it was opened; a fault otherwise. */
+/* Whether the share, and what is before all shares, still is what it was when it was opened; a fault otherwise. */
 void check_unchanged(FileShare *share, ShareFault *fault);
 void close_share(FileShare *share);
 
