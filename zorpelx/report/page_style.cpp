@@ -53,7 +53,7 @@ std::string page_style()
            "footer{margin-top:3rem;padding-top:.9rem;border-top:1px solid var(--rule);"
            "color:var(--dim);font-size:.85rem}\n"
            "@media (max-width:36rem){body{padding:1.5rem 1rem 2rem}"
-           "svg{min-width:27rem}svg.whole{min-width:0}svg.whole text.label{font-size:26px}}\n"
+           "svg.whole{min-width:0}svg.whole text.label{font-size:26px}}\n"
            "@media print{body{max-width:none;padding:0}nav,.skip{display:none}"
            "section{break-inside:avoid-page}}\n";
 }
