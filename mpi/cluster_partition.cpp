@@ -25,7 +25,7 @@ void heed_signals()
     sigaction(SIGTERM, &action, nullptr);
 }
 
-Settings with_threads(const Settings &settings, const Ranks &ranks)
+Settings with_threads(const Settings &settings, const Sharers &ranks)
 {
     Settings chosen = settings;
     const unsigned processors = std::max(1u, std::thread::hardware_concurrency());
@@ -34,9 +34,9 @@ Settings with_threads(const Settings &settings, const Ranks &ranks)
     return chosen;
 }
 
-static Ranks look_around(MPI_Comm all)
+static Sharers look_around(MPI_Comm all)
 {
-    Ranks ranks = {all, 0, 0, 1};
+    Sharers ranks = {all, 0, 0, 1};
     MPI_Comm_rank(all, &ranks.rank);
     MPI_Comm_size(all, &ranks.n);
     MPI_Comm host;
@@ -61,7 +61,7 @@ static void check_usage(const Settings &settings)
 Status run_cluster_partition(const Settings &given, MPI_Comm all)
 {
     check_usage(given);
-    const Ranks ranks = look_around(all);
+    const Sharers ranks = look_around(all);
     Settings settings = with_threads(given, ranks);
     settings.share = true;
     bool lost = false;

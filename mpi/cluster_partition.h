@@ -6,7 +6,7 @@
 #include "letters.h"
 
 /* How the ranks stand to each other. */
-struct Ranks {
+struct Sharers {
     MPI_Comm all;
     int rank, n;
     int here; // on this host
@@ -14,8 +14,8 @@ struct Ranks {
 
 /* Both return when the search is over everywhere that is still alive.
  *   lost  out: a rank is lost, so that MPI must not be finalized */
-Status lead_search(const Settings &settings, const Ranks &ranks, bool *lost);
-Status follow_search(const Settings &settings, const Ranks &ranks, bool *lost);
+Status lead_search(const Settings &settings, const Sharers &ranks, bool *lost);
+Status follow_search(const Settings &settings, const Sharers &ranks, bool *lost);
 
 double seconds_now();
 
@@ -23,7 +23,7 @@ double seconds_now();
 void heed_signals();
 
 /* Threads for the search of a rank, if the command line does not say. */
-Settings with_threads(const Settings &settings, const Ranks &ranks);
+Settings with_threads(const Settings &settings, const Sharers &ranks);
 
 constexpr double BEAT_EVERY = 0.5; // seconds
 

@@ -18,7 +18,7 @@ namespace
 class Follower
 {
   public:
-    Follower(const Settings &chosen, const Ranks &where)
+    Follower(const Settings &chosen, const Sharers &where)
         : settings(chosen), ranks(where), mail(where.all)
     {
     }
@@ -131,8 +131,8 @@ class Follower
     }
 
     Settings settings;
-    Ranks ranks;
-    Mail mail;
+    Sharers ranks;
+    Mailbox mail;
     JobServer server;
     Assignment assignment;
     Solution solution = {};
@@ -147,7 +147,7 @@ class Follower
 
 } // namespace
 
-Status follow_search(const Settings &settings, const Ranks &ranks, bool *lost)
+Status follow_search(const Settings &settings, const Sharers &ranks, bool *lost)
 {
     return Follower(settings, ranks).follow(lost);
 }

@@ -32,7 +32,7 @@ struct RankState {
 class Leader : public PartitionHooks
 {
   public:
-    Leader(const Settings &chosen, const Ranks &where)
+    Leader(const Settings &chosen, const Sharers &where)
         : settings(chosen), ranks(where), mail(where.all), states(static_cast<size_t>(where.n)),
           board({[](int, bool) { return true; }, true, false},
                 [this](int client, const Message &message, const unsigned char *parts) {
@@ -292,8 +292,8 @@ class Leader : public PartitionHooks
     }
 
     Settings settings;
-    Ranks ranks;
-    Mail mail;
+    Sharers ranks;
+    Mailbox mail;
     JobServer server;
     Sharing how = {connect_to_server, &server, false};
     std::vector<RankState> states;
@@ -316,7 +316,7 @@ class Leader : public PartitionHooks
 
 } // namespace
 
-Status lead_search(const Settings &settings, const Ranks &ranks, bool *lost)
+Status lead_search(const Settings &settings, const Sharers &ranks, bool *lost)
 {
     return Leader(settings, ranks).lead(lost);
 }

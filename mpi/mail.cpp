@@ -5,7 +5,7 @@
 
 constexpr size_t LONGEST = size_t{1} << 28; // bytes of a letter of several
 
-void Mail::post(int rank, int kind, std::shared_ptr<const Bytes> text, size_t from, size_t size)
+void Mailbox::post(int rank, int kind, std::shared_ptr<const Bytes> text, size_t from, size_t size)
 {
     underway.push_back({std::move(text), MPI_REQUEST_NULL});
     Sent &sent = underway.back();
@@ -14,20 +14,20 @@ void Mail::post(int rank, int kind, std::shared_ptr<const Bytes> text, size_t fr
               &sent.request);
 }
 
-void Mail::send(int rank, int kind, Bytes text)
+void Mailbox::send(int rank, int kind, Bytes text)
 {
     is_delivered();
     const auto shared = std::make_shared<const Bytes>(std::move(text));
     post(rank, kind, shared, 0, shared->size());
 }
 
-void Mail::send_long(int rank, int kind, const std::shared_ptr<const Bytes> &text)
+void Mailbox::send_long(int rank, int kind, const std::shared_ptr<const Bytes> &text)
 {
     for (size_t from = 0; from < text->size(); from += LONGEST)
         post(rank, kind, text, from, std::min(LONGEST, text->size() - from));
 }
 
-bool Mail::receive(Letter *letter)
+bool Mailbox::receive(Letter *letter)
 {
     int there = 0, size = 0;
     MPI_Status status;
@@ -42,7 +42,7 @@ bool Mail::receive(Letter *letter)
                     MPI_STATUS_IGNORE) == MPI_SUCCESS;
 }
 
-bool Mail::is_delivered()
+bool Mailbox::is_delivered()
 {
     underway.remove_if([](Sent &sent) {
         int done = 0;

@@ -19,10 +19,10 @@ struct Letter {
     Bytes text;
 };
 
-class Mail
+class Mailbox
 {
   public:
-    explicit Mail(MPI_Comm ranks) : comm(ranks) {}
+    explicit Mailbox(MPI_Comm ranks) : comm(ranks) {}
 
     /* Hands a letter over; its text lives until it is delivered. */
     void send(int rank, int kind, Bytes text);
