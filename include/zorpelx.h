@@ -141,8 +141,8 @@ typedef struct zorpelx_options {
     int polish;   /* 1: k-way refinement at the end if 2 < nparts < 65; 0: none (1) */
     int trace;    /* sum of ZORPEL_DBG_*, for on_trace (0) */
 
-    int seed;   /* of the first start, then seed + 1 and so on; -1: drawn by chance, and given in the
-                 * result (1). 0 and 1 give the same random numbers, so 0 is for one start only. */
+    int seed; /* of the first start, then seed + 1 and so on; -1: drawn by chance, and given in the
+               * result (1). 0 and 1 give the same random numbers, so 0 is for one start only. */
     int starts; /* independent starts, at least 1; the best is delivered (1) */
     int jobs;   /* starts at work at once; 0: one for each processor; more than two for each are
                  * as two for each (0) */

@@ -21,13 +21,15 @@
 #include "core/islands.h"
 #include "partition/prune.h"
 #include "search/bisect.h"
+#include "search/bold.h"
 #include "search/flow.h"
 #include "search/kway_fm.h"
 #include "search/rebalance.h"
 
 constexpr int64_t FLOW_PINS = 20; // that flows on a level may look at, for each of its own
 constexpr int64_t LEAST_FLOW_PINS = 10000;
-constexpr int FLOW_GROWTH = 2; // flows come again once a level has so many times the vertices
+constexpr int MOST_BOLD = 6000; // vertices of a level that is refined boldly: larger ones gain less
+constexpr int FLOW_GROWTH = 2;  // flows come again once a level has so many times the vertices
 
 static PartCtrl coarsening_ctrl(const SearchTask *task, const Pass *pass)
 {
@@ -77,6 +79,7 @@ static void refine_level(const SearchTask *task, const Pass *pass, const HGraph 
     load_parts(&parts, where);
     rebalance(&parts, &work);
     refine_kway_fm(&parts, &work, pass->rounds, random);
+    if (pass->bold && graph->ncells < MOST_BOLD) refine_boldly(&parts, &work, pass->rounds, random);
     if (flows) refine_level_by_flows(task, &parts);
     icopy__(graph->ncells, parts.part, where);
     close_kway_fm(&work);

@@ -14,6 +14,7 @@ struct Pass {
     int ntrials;      // partitions of the coarsest level that are tried, beside start
     int rounds;       // most of local refinement on a level
     bool flows;       // flows between parts on every level
+    bool bold;        // refinement beyond the bounds and back on small levels
     uint64_t seed;
 };
 

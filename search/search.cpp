@@ -31,16 +31,17 @@ constexpr int MOST_BATCH = 16; // combinations at a time, however wide the sched
 constexpr int64_t MANY_PINS = 400000; // one partition from scratch is a good one, and takes long
 
 const Schedule SCHEDULES[NPRESETS] = {
-    {"fast", 4, 1, 1, 1, 1500, 500, 2, 1, 100000},
-    {"default", 6, 1, 4, 2, 2000, 500, 3, 1, 1000000},
-    {"best", 16, 2, 24, 4, 2000, 1000, 6, 2, 20000000},
+    {"fast", 4, 1, 1, 1, 1500, 500, 2, 1, false, 100000},
+    {"default", 6, 1, 4, 2, 2000, 500, 3, 1, true, 1000000},
+    {"best", 16, 2, 24, 4, 2000, 1000, 6, 2, true, 20000000},
 };
 
 const char *const STEP_NAMES[NSTEPS] = {"packing", "start", "member", "combination", "exact"};
 
-Schedule schedule_for(Preset preset, int64_t npins)
+Schedule schedule_for(Preset preset, int64_t npins, int nparts)
 {
     Schedule schedule = SCHEDULES[preset];
+    if (preset == PRESET_FAST && nparts == 2) schedule.nmembers = 3;
     if (preset == PRESET_FAST && npins > MANY_PINS) schedule.nmembers = 2;
     return schedule;
 }
@@ -371,6 +372,7 @@ static Pass base_pass(const Search *search, int job)
     Pass pass = {};
     pass.ntrials = schedule->ntrials;
     pass.rounds = schedule->rounds;
+    pass.bold = schedule->bold && search->task.bounds->nparts > 2;
     pass.seed = seed_of(search, job);
     return pass;
 }

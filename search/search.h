@@ -18,14 +18,15 @@ struct Schedule {
     int combined_coarsest; // and a combination
     int rounds;            // of local refinement on each level
     int flows;             // 0: none; 1: in combinations; 2: everywhere
+    bool bold;             // with more than two parts: refinement beyond the bounds and back
     int64_t exact;         // steps of branch and bound on very small hypergraphs
 };
 
 enum Preset { PRESET_FAST, PRESET_DEFAULT, PRESET_BEST, NPRESETS };
 extern const Schedule SCHEDULES[NPRESETS];
 
-/* What a preset does with a hypergraph of so many pins. */
-Schedule schedule_for(Preset preset, int64_t npins);
+/* What a preset does with a hypergraph of so many pins in so many parts. */
+Schedule schedule_for(Preset preset, int64_t npins, int nparts);
 
 /* The schedule that begins with nmembers partitions instead: as many combinations for each of them,
  * in batches that grow with it. */

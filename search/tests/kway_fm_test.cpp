@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "broken.h"
+#include "search/bold.h"
 #include "search/kway_fm.h"
 #include "search/rebalance.h"
 #include "search_support.h"
@@ -88,6 +89,67 @@ TEST(KwayFm, never_makes_the_objective_or_the_excess_worse)
         improved += gain > 0;
     }
     EXPECT_GT(improved, 150); // most random partitions can be improved
+}
+
+TEST(Bold, never_makes_the_objective_or_the_excess_worse)
+{
+    int better = 0;
+    for (unsigned seed = 1; seed <= 300; seed++) {
+        RandomCase c(seed);
+        Random random = random_for(seed, 0);
+        if (seed % 3 > 0) { // and from what bounded moves alone leave
+            rebalance(&c.parts, &c.work);
+            refine_kway_fm(&c.parts, &c.work, 10, &random);
+        }
+        const int64_t before = c.parts.value, excess = excess_of(&c.parts);
+        const int64_t gain = refine_boldly(&c.parts, &c.work, 3, &random);
+        const int64_t after = excess_of(&c.parts);
+        ASSERT_EQ(c.parts.value, before - gain) << "seed " << seed;
+        ASSERT_TRUE(after < excess || (after == excess && gain >= 0)) << "seed " << seed;
+        ASSERT_EQ(c.parts.bounds, &c.bounds) << "seed " << seed;
+        ASSERT_TRUE(parts_ok(&c.parts)) << "seed " << seed;
+        ASSERT_EQ(c.parts.value, objective_of(c.graph.get(), c.nparts, c.objective, c.parts.part));
+        better += seed % 3 > 0 && excess == 0 && gain > 0;
+    }
+    EXPECT_GT(better, 50); // where bounded moves alone were at their end
+}
+
+/* Each of two cliques is in the other's part; bounds that are tight let no vertex move at all. */
+TEST(Bold, cliques_change_places_within_tight_bounds)
+{
+    HGraph *const graph = CreateHGraph__();
+    std::vector<int> ptr = {0}, ind;
+    const auto join = [&](int u, int v) {
+        ind.insert(ind.end(), {u, v});
+        ptr.push_back(static_cast<int>(ind.size()));
+    };
+    for (int side = 0; side < 2; side++)
+        for (int u = 0; u < 10; u++)
+            for (int v = u + 1; v < 10; v++) join(10 * side + u, 10 * side + v);
+    graph->ncells = 20;
+    graph->nnets = static_cast<int>(ptr.size()) - 1;
+    graph->netptr = new_array(ptr);
+    graph->netind = new_array(ind);
+    graph->cellwgt = new_array(std::vector<int>(20, 1));
+    graph->netwgt = new_array(std::vector<int>(ptr.size() - 1, 1));
+    CreateIncidentHGraph__(graph);
+    const HGraphPtr owner(graph);
+    const TestBounds bounds(graph, 2, 0);
+    Parts parts;
+    KwayFmWork work;
+    open_parts(&parts, graph, &bounds, Objective::cut, nullptr);
+    open_kway_fm(&work, graph, 2, Objective::cut);
+    std::vector<int> where(20, 1);
+    for (int v = 0; v < 8; v++) where[static_cast<size_t>(v)] = 0;
+    where[10] = where[11] = 0;
+    load_parts(&parts, where.data());
+    Random random = random_for(1, 0);
+    EXPECT_EQ(refine_kway_fm(&parts, &work, 10, &random), 0);
+    EXPECT_EQ(refine_boldly(&parts, &work, 10, &random), 32);
+    EXPECT_EQ(parts.value, 0);
+    EXPECT_TRUE(within_bounds(&parts));
+    close_kway_fm(&work);
+    close_parts(&parts);
 }
 
 TEST(KwayFm, two_cliques_are_found)

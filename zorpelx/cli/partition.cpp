@@ -97,7 +97,8 @@ static Json moved_percent(const Settings &settings, const Job &job)
     const std::vector<int> &start = job.problem.start, &part = job.solution.part;
     int64_t moved = 0;
     for (size_t v = 0; v < start.size(); v++) moved += start[v] != part[v];
-    return start.empty() ? 0.0 : 100 * static_cast<double>(moved) / static_cast<double>(start.size());
+    return start.empty() ? 0.0
+                         : 100 * static_cast<double>(moved) / static_cast<double>(start.size());
 }
 
 static Json result_json(const Settings &settings, const Job &job, Status status)

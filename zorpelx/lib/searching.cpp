@@ -149,7 +149,7 @@ void search_and_publish(const zorpelx_hypergraph &h, const zorpelx_options &o,
     const Bounds bounds = {o.nparts, most.data(), least.data()};
     Publisher publisher = {board, parts, h.nvtxs, scale_of(h, o)};
     SearchOptions options = {};
-    options.schedule = schedule_for(static_cast<Preset>(o.preset), h.eptr[h.nhedges]);
+    options.schedule = schedule_for(static_cast<Preset>(o.preset), h.eptr[h.nhedges], o.nparts);
     if (o.shared > 0) options.schedule = widened(&options.schedule, o.shared);
     options.seed = static_cast<uint64_t>(seed);
     options.endless = o.time > 0;
