@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Measures a build of the library against others, interleaved.
 
     compare_builds.py --folder DIR --base NAME=LIBRARY --base NAME=COMMIT [--csv FILE]

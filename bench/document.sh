@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # Measures all that docs/PERFORMANCE.md shows and puts the tables there. Takes hours.
 #   bench/document.sh FOLDER [--base NAME=LIBRARY|COMMIT]...
 #     FOLDER  hypergraphs, .hgr or .hgr.gz; one named ibm10 serves for stages and counts

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* bench/flat_hypergraph.h: a hypergraph file as the flat arrays that the library's entry points take.
  *
  * Reads what the program's own reader reads, except that a line may be of any length; shares no

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* bench/generator.h: what the families of zorpel-generate draw from and write to. */
 #ifndef ZORPEL_BENCH_GENERATOR_H
 #define ZORPEL_BENCH_GENERATOR_H

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What the measuring scripts share: the programs, the inputs, the builds, one run, tables.
 
 Everything that is made on the way goes to build/bench/lab: unpacked and generated inputs, and the

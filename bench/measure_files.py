@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Measures reading, writing and the whole program on files.
 
     measure_files.py [--folder DIR] [--generate netlist] [--pins 1e5,1e6,1e7] [--program 2,8]

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Measures what each option of the partitioner costs and gains.
 
     schemes.py measure LIBRARY HYPERGRAPH... [--values OPTION=LIST]... [--one] > runs.csv

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The engine with the clock of stage_clock.cpp in place of its own timers: zorpel_staged, which
 # tells zorpel-time the seconds of each stage. Not part of the default build's products.
 #

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* bench/stages.h: seconds of each stage of a call, as zorpel-time tells them. */
 #ifndef ZORPEL_BENCH_STAGES_H
 #define ZORPEL_BENCH_STAGES_H

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Wall-clock seconds of zorpelx with one thread and with more, interleaved.
 
     threads.py ZORPELX FILE... [--parts 8,32,64] [--threads 2] [--runs 2] [--rounds 3] [--seed 1]

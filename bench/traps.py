@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Sets traps for the library, the search and the readers: inputs on which a routine might become quadratic.
 
     traps.py [--sizes 1e4,1e5,1e6] [--only TRAP]... [--base NAME=LIBRARY|COMMIT] [--into FILE:NAME]

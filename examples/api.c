@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* api.c: partitions a small hypergraph given as arrays and prints the parts and the cut.
  *
  * Two groups of four vertices, each held together by three hyperedges, and one hyperedge between:

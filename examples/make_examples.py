@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Makes every hypergraph and fix file of this folder: make_examples.py [OUTPUT_FOLDER]
 
 The circuits are synthesised by yosys from the Verilog files beside this script and turned from

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Writes a trace of 3,000 orders of a shop as CSV: which records each reads. Customers order again
 what others of their town do; a few articles are in everybody's orders."""
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Writes the five-point matrix of a plate with a hole, as a Matrix Market file: half of it, since it
 is symmetric."""
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Writes a formula in DIMACS CNF: 6 teams of 8 people, each person on one of 5 shifts, neighbours
 in the team, and those three places apart, on different shifts; three of each team meet three of the next."""
 

@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # Fuzzes every target for some seconds from its kept corpus and the seeds, then keeps of the corpus
 # what adds coverage. Findings stay beside the corpus; a status other than 0 tells of them.
 # usage: fuzz/corpus.sh BUILD [SECONDS]     (BUILD configured by the preset fuzz)

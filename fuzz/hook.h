@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* fuzz/hook.h: what lets one process live through many fatal errors.
  *
  * The fuzz programs define the fatal exit themselves, in place of core/errors.cpp: it jumps back

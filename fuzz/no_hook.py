@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Checks with nm that what ships carries nothing of the fuzzers' fatal exit.
 
 usage: no_hook.py FUZZ_PROGRAM SHIPPED...

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* fuzz/take_byte.h: the bytes of an input one by one, zeros behind the last. */
 #ifndef ZORPEL_FUZZ_TAKE_BYTE_H
 #define ZORPEL_FUZZ_TAKE_BYTE_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpel.h: the public interface of libzorpel, hypergraph partitioning by multilevel recursive
  * bisection.
  *

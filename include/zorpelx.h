@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx.h: the public interface of libzorpelx, the safe way to partition hypergraphs from inside
  * another program.
  *

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx.hpp: a thin C++17 face of libzorpelx, all in this header.
  *
  * Arrays are vectors, faults are exceptions. The rules of zorpelx.h hold: what is safe for

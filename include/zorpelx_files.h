@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx_files.h: files read by libzorpelx, as the zorpelx program and the Python package read
  * them: plain or compressed by gzip, zstd, xz or bzip2, within caps on memory and time that hold
  * from the first byte, with the place of everything that is wrong.

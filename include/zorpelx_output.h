@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx_output.h: files written by libzorpelx: whole, together, and never over one another or
  * over what is read. The zorpelx program and the Python package write all their files so.
  *

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* mpi/cluster_commands.h: the commands of zorpelx-mpi. Every rank calls them together. */
 #ifndef ZORPEL_MPI_CLUSTER_COMMANDS_H
 #define ZORPEL_MPI_CLUSTER_COMMANDS_H

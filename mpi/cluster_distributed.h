@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* mpi/cluster_distributed.h: the commands on hypergraphs that no rank holds as a whole. */
 #ifndef ZORPEL_MPI_CLUSTER_DISTRIBUTED_H
 #define ZORPEL_MPI_CLUSTER_DISTRIBUTED_H

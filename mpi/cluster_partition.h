@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* mpi/cluster_partition.h: one search, shared by all ranks. */
 #ifndef ZORPEL_MPI_CLUSTER_PARTITION_H
 #define ZORPEL_MPI_CLUSTER_PARTITION_H

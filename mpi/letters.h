@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* mpi/letters.h: what the ranks of a shared search write to each other.
  *
  * Rank 0, the head, reads the files and keeps the board of jobs. Every rank, the head too, runs the

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* mpi/mail.h: letters between ranks that never wait for each other.
  *
  * No collective call is made: a rank that is dead must not hold up the others. Letters from one

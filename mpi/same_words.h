@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* mpi/same_words.h: what all ranks of a distributed command must have in common. */
 #ifndef ZORPEL_MPI_SAME_WORDS_H
 #define ZORPEL_MPI_SAME_WORDS_H

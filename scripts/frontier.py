@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Draws docs/frontier.svg and the table in docs/SEARCH.md from bench/frontier.csv: quality against
 time of the presets and of another public partitioner.
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Mutation testing: small mistakes, one at a time, that the tests should notice.
 
 usage: scripts/mutate.py [--n N] [--seed S] [--seconds T] [--jobs J] [--out CSV] [--work FOLDER]

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # shellcheck shell=sh
 # scripts/needs.sh: what the scripts beside it need, read by them with '.'.
 #

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Draws the picture of the README: the mesh of examples/lshape.hgr in eight parts.
 
     scripts/picture.py [--zorpelx PROGRAM] [--check]

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Measures the figures of docs/RELIABILITY.md and writes them into its table.
 
     scripts/reliability.py --list            the rows, and about how long each takes on two cores

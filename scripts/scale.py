@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Measures zorpelx-mpi partition --distributed and models what larger hypergraphs would take.
 
 usage: scale.py --mpi ZORPELX_MPI --generate ZORPEL_GENERATE [--family NAME] [--pins A,B,C,D]

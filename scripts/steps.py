@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Measures what each kind of step of the search gains and costs, on the larger examples, and writes
 the table of docs/SEARCH.md.
 

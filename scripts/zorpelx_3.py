@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Writes the manual page zorpelx(3) from include/zorpelx.h, so that the two can't differ.
 
     scripts/zorpelx_3.py [--check]
@@ -109,7 +110,7 @@ def page():
     items = list(sections(text))
     functions = [item for item in items if item[0] == "function"]
     names = [name for item in functions for name in item[1].split(", ")]
-    opening = re.search(r"/\*(.*?)\*/", text, re.S)[1]
+    opening = re.search(r"^/\* (?!SPDX)(.*?)\*/", text, re.S | re.M)[1]
     opening = opening[opening.index("Every argument is checked") :]
     opening = re.sub(r"\n \* Use:.*?\n \*\n", "\n", opening, flags=re.S)
     example = re.search(r"^ \* Use:\n(.*?)\n \*\n", text, re.S | re.M)[1]

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* search/bisect.h: a partition from scratch by recursive bisection within bounds on the end. */
 #ifndef ZORPEL_SEARCH_BISECT_H
 #define ZORPEL_SEARCH_BISECT_H

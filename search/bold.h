@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* search/bold.h: refinement that leaves the bounds for a while. */
 #ifndef ZORPEL_SEARCH_BOLD_H
 #define ZORPEL_SEARCH_BOLD_H

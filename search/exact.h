@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* search/exact.h: the optimum of very small hypergraphs, by branch and bound. */
 #ifndef ZORPEL_SEARCH_EXACT_H
 #define ZORPEL_SEARCH_EXACT_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* search/fleet.h: who makes the jobs of a batch.
  *
  * A batch is a range of numbered jobs. What a job gives depends on its number and on what the

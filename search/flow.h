@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* search/flow.h: refinement of a k-way partition by maximum flows between pairs of its parts.
  *
  * A move at a time finds its way only downhill; a minimum cut of a region moves any number of

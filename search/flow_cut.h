@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* search/flow_cut.h: balanced minimum cuts of a flow network. */
 #ifndef ZORPEL_SEARCH_FLOW_CUT_H
 #define ZORPEL_SEARCH_FLOW_CUT_H

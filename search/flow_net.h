@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* search/flow_net.h: the network of one pair of parts around their cut.
  *
  * A region of vertices on both sides of the cut stays as it is; the rest of the first part is

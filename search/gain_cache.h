@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* search/gain_cache.h: gains of the vertices near the boundary, kept up to date under moves.
  *
  * The gain of moving a vertex to part p is a number of its own and one for p, both sums over its

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* search/gain_heap.h: vertices ordered by the gain of their best move; the largest on top.
  *
  * An addressable heap of four children a node. Equal gains stand in an order that depends on the

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* search/kway_fm.h: localized k-way Fiduccia-Mattheyses refinement. */
 #ifndef ZORPEL_SEARCH_KWAY_FM_H
 #define ZORPEL_SEARCH_KWAY_FM_H

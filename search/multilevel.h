@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* search/multilevel.h: one multilevel pass: down to a small hypergraph, partition it, up again. */
 #ifndef ZORPEL_SEARCH_MULTILEVEL_H
 #define ZORPEL_SEARCH_MULTILEVEL_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* search/overlay.h: cells of vertices that several partitions keep together. */
 #ifndef ZORPEL_SEARCH_OVERLAY_H
 #define ZORPEL_SEARCH_OVERLAY_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* search/parts.h: a k-way partition of one hypergraph while it is being improved.
  *
  * Every step of the search works on this record: it knows how many pins of each hyperedge lie in

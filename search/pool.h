@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* search/pool.h: the best partitions that a search has, and which of them are combined. */
 #ifndef ZORPEL_SEARCH_POOL_H
 #define ZORPEL_SEARCH_POOL_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* search/rebalance.h: from any partition into its bounds. */
 #ifndef ZORPEL_SEARCH_REBALANCE_H
 #define ZORPEL_SEARCH_REBALANCE_H

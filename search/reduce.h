@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* search/reduce.h: from what a caller hands over to what the search works on, and back. */
 #ifndef ZORPEL_SEARCH_REDUCE_H
 #define ZORPEL_SEARCH_REDUCE_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* search/search.h: the best partition that a schedule of work finds within bounds. */
 #ifndef ZORPEL_SEARCH_SEARCH_H
 #define ZORPEL_SEARCH_SEARCH_H

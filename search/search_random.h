@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* search/search_random.h: the search's own random numbers.
  *
  * A small counter-based generator that hangs on the caller's record, so that every step of the

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* search/task.h: what the search works on, and for: one hypergraph, its bounds and the objective.
  *
  * The hypergraph is made ready first (search/reduce.h): vertices that are fixed in a part are one

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Runs the program under a clock that stands still and compares what it leaves behind.
 
 Shared by the golden runs and the bad-file corpus. A run happens in a scratch folder that holds

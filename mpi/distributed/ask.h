@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* mpi/distributed/ask.h: questions about vertices to their owners. */
 #ifndef ZORPEL_MPI_DISTRIBUTED_ASK_H
 #define ZORPEL_MPI_DISTRIBUTED_ASK_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* mpi/distributed/bold_moves.h: refinement by moves that may lose at first. */
 #ifndef ZORPEL_MPI_DISTRIBUTED_BOLD_MOVES_H
 #define ZORPEL_MPI_DISTRIBUTED_BOLD_MOVES_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* mpi/distributed/choose_part.h: the part that a vertex would best move to, and how urgently. */
 #ifndef ZORPEL_MPI_DISTRIBUTED_CHOOSE_PART_H
 #define ZORPEL_MPI_DISTRIBUTED_CHOOSE_PART_H

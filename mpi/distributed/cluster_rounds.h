@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* mpi/distributed/cluster_rounds.h: clusters of vertices, found in rounds by all ranks together. */
 #ifndef ZORPEL_MPI_DISTRIBUTED_CLUSTER_ROUNDS_H
 #define ZORPEL_MPI_DISTRIBUTED_CLUSTER_ROUNDS_H

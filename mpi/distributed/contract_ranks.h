@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* mpi/distributed/contract_ranks.h: the next coarser level, over ranks. */
 #ifndef ZORPEL_MPI_DISTRIBUTED_CONTRACT_RANKS_H
 #define ZORPEL_MPI_DISTRIBUTED_CONTRACT_RANKS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* mpi/distributed/divide.h: the partition of a hypergraph that no rank holds as a whole. */
 #ifndef ZORPEL_MPI_DISTRIBUTED_DIVIDE_H
 #define ZORPEL_MPI_DISTRIBUTED_DIVIDE_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* mpi/distributed/division.h: a partition of one level over ranks, while it is being improved. */
 #ifndef ZORPEL_MPI_DISTRIBUTED_DIVISION_H
 #define ZORPEL_MPI_DISTRIBUTED_DIVISION_H

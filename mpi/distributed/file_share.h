@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* mpi/distributed/file_share.h: a rank's share of a file: bytes, whole lines, and its digest.
  *
  * A line belongs to the rank in whose bytes it begins. Files are read by pread() in pieces, so that

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* mpi/distributed/gather_level.h: a level that one rank can hold is partitioned there. */
 #ifndef ZORPEL_MPI_DISTRIBUTED_GATHER_LEVEL_H
 #define ZORPEL_MPI_DISTRIBUTED_GATHER_LEVEL_H

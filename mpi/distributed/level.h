@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* mpi/distributed/level.h: one level of a hypergraph that is spread over ranks.
  *
  * Vertices have global numbers and are owned in blocks of them. A hyperedge is owned by one rank,

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* mpi/distributed/level_ok.cpp: the predicate of a level. */
 #include "core/holds.h"
 #include "distributed/level.h"

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* mpi/distributed/merge_ranks.h: identical hyperedges of all ranks become one. */
 #ifndef ZORPEL_MPI_DISTRIBUTED_MERGE_RANKS_H
 #define ZORPEL_MPI_DISTRIBUTED_MERGE_RANKS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* mpi/distributed/ranks.h: what the ranks of a run say to each other, counted.
  *
  * All routines are collective: every rank calls them in the same order. Their results do not

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* mpi/distributed/rate_moves.h: what moves of vertices would change, from exchanged pin counts. */
 #ifndef ZORPEL_MPI_DISTRIBUTED_RATE_MOVES_H
 #define ZORPEL_MPI_DISTRIBUTED_RATE_MOVES_H

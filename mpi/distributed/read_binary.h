@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* mpi/distributed/read_binary.h: the binary form of a hypergraph, in shares. */
 #ifndef ZORPEL_MPI_DISTRIBUTED_READ_BINARY_H
 #define ZORPEL_MPI_DISTRIBUTED_READ_BINARY_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* mpi/distributed/read_share.h: a hypergraph that each rank reads a share of.
  *
  * Plain text (.hgr), or the binary form:

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* mpi/distributed/refine_ranks.h: a partition of one level is improved, and brought within bounds.
  */
 #ifndef ZORPEL_MPI_DISTRIBUTED_REFINE_RANKS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* mpi/distributed/select_moves.h: the moves that fit, the best of all ranks first. */
 #ifndef ZORPEL_MPI_DISTRIBUTED_SELECT_MOVES_H
 #define ZORPEL_MPI_DISTRIBUTED_SELECT_MOVES_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* mpi/distributed/senders.h: what several ranks have to say of the same vertices, vertex by vertex.
  *
  * Every sender's records come in the order of their vertices, so a heap of the senders by the next

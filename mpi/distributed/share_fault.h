@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* mpi/distributed/share_fault.h: what is wrong with a file, agreed on by all ranks. */
 #ifndef ZORPEL_MPI_DISTRIBUTED_SHARE_FAULT_H
 #define ZORPEL_MPI_DISTRIBUTED_SHARE_FAULT_H

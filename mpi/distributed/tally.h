@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* mpi/distributed/tally.h: sums by key, of one vertex at a time.
  *
  * A table of open addresses that remembers which of its places are taken, so that emptying it costs

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What the tests of zorpelx-mpi share: runs under mpirun over loopback, small hypergraphs."""
 
 import os

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A Slurm of one node on this machine, for as long as a test takes."""
 
 import getpass

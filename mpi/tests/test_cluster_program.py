@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """zorpelx-mpi as a program: help, version, statuses."""
 
 import unittest

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The shared search: the same partition for any number of ranks, whatever happens to them."""
 
 import json

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Hypergraphs that no rank holds as a whole: the same bytes for any number of ranks, counted again."""
 
 import json

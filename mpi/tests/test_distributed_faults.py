@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Distributed runs that go wrong: nothing is delivered, no rank lives on, and it is told why."""
 
 import os

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The job array of examples/shards.slurm, and mpirun in a job, by a Slurm of one node."""
 
 import os

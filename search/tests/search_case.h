@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* search/tests/search_case.h: random searches for the programs that try many of them. */
 #ifndef ZORPEL_SEARCH_TESTS_SEARCH_CASE_H
 #define ZORPEL_SEARCH_TESTS_SEARCH_CASE_H

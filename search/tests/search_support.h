@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* search/tests/search_support.h: random hypergraphs and partitions for the tests of the search. */
 #ifndef ZORPEL_SEARCH_TESTS_SEARCH_SUPPORT_H
 #define ZORPEL_SEARCH_TESTS_SEARCH_SUPPORT_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* coarsen/coarsen.h: the multilevel coarsening drivers. */
 #ifndef ZORPEL_COARSEN_COARSEN_H
 #define ZORPEL_COARSEN_COARSEN_H

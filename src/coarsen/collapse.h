@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* coarsen/collapse.h: merging of identical hyperedges in bare lists. */
 #ifndef ZORPEL_COARSEN_COLLAPSE_H
 #define ZORPEL_COARSEN_COLLAPSE_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* coarsen/connectivity.h: sums of edge weights in a table of ints (coarsen/ only).
  *
  * While partners are searched, the integer table of coarsening holds for each vertex how strongly

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* coarsen/contract.h: construction of the next coarser level. */
 #ifndef ZORPEL_COARSEN_CONTRACT_H
 #define ZORPEL_COARSEN_CONTRACT_H

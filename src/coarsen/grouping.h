@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* coarsen/grouping.h: groups of vertices under construction, and visiting orders (coarsen/ only).
  */
 #ifndef ZORPEL_COARSEN_GROUPING_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* coarsen/match_edges.h: matching of vertex pairs by heaviest connectivity. */
 #ifndef ZORPEL_COARSEN_MATCH_EDGES_H
 #define ZORPEL_COARSEN_MATCH_EDGES_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* coarsen/match_hedges.h: matching by whole hyperedges. */
 #ifndef ZORPEL_COARSEN_MATCH_HEDGES_H
 #define ZORPEL_COARSEN_MATCH_HEDGES_H

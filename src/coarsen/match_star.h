@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* coarsen/match_star.h: first-choice matching, whose groups grow into stars. */
 #ifndef ZORPEL_COARSEN_MATCH_STAR_H
 #define ZORPEL_COARSEN_MATCH_STAR_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* coarsen/match_work.h: the work arrays of the matchings, which live as long as a coarsening. */
 #ifndef ZORPEL_COARSEN_MATCH_WORK_H
 #define ZORPEL_COARSEN_MATCH_WORK_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* coarsen/merge_nets.h: merging of identical hyperedges (coarsen/ only). */
 #ifndef ZORPEL_COARSEN_MERGE_NETS_H
 #define ZORPEL_COARSEN_MERGE_NETS_H

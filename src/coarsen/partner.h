@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* coarsen/partner.h: the partner search that all vertex matchings share (coarsen/ only).
  *
  * The candidates of a vertex are its neighbours that may join it. Their connectivity, the sum of

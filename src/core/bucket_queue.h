@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* core/bucket_queue.h: the gain queue of one side as bucket lists, one list per gain.
  *
  * A list gives its latest vertex first. A queue, or two queues over the same vertices, live in one

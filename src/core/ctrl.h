@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* core/ctrl.h: the control record that every partitioning routine takes first.
  *
  * One record lives as long as one call of an entry point. Options and limits are plain fields;

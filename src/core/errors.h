@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* core/errors.h: the fatal exit and checked file opening. */
 #ifndef ZORPEL_CORE_ERRORS_H
 #define ZORPEL_CORE_ERRORS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* core/gain_queue.h: the gain queue of one side of a bisection, a max-priority queue of vertices.
  *
  * A vertex is in the queue at most once, under its current gain. Two forms serve: bucket lists, and

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* core/heap_queue.h: the gain queue of one side as a binary heap, for gain ranges that are wide for
  * the number of vertices. An entry never passes one of equal gain.
  * Source: Williams, Algorithm 232: Heapsort, CACM 7(6), 1964.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* core/heavy_assert.h: assertions dearer than O(degree) a move, on in the check preset only.
  *
  * There sizes that only choose between two ways to the same result are small, so that tests on

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* core/hgraph.h: the hypergraph record of one level of the multilevel scheme. */
 #ifndef ZORPEL_CORE_HGRAPH_H
 #define ZORPEL_CORE_HGRAPH_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* core/holds.h: how a record's predicate says which invariant is broken.
  *
  * A record's comment numbers its invariants. Its predicate, named ..._ok, tests each of them by

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* core/islands.h: vertices without hyperedges. */
 #ifndef ZORPEL_CORE_ISLANDS_H
 #define ZORPEL_CORE_ISLANDS_H

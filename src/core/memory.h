@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* core/memory.h: checked allocation. Every array is named in a text for the error message; a
  * request for 0 elements gives null; a failed one ends the process. */
 #ifndef ZORPEL_CORE_MEMORY_H

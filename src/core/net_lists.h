@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* core/net_lists.h: hyperedges as bare lists, outside a level. */
 #ifndef ZORPEL_CORE_NET_LISTS_H
 #define ZORPEL_CORE_NET_LISTS_H

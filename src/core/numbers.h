@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* core/numbers.h: conversions whose rounding decides results. */
 #ifndef ZORPEL_CORE_NUMBERS_H
 #define ZORPEL_CORE_NUMBERS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* core/prefetch.h: asking for memory ahead of its use.
  *
  * The compiler takes a routine that does nothing but prefetch for one without effect and drops the

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* core/random.h: random numbers, seeding and random permutations.
  *
  * The numbers are those of the C library's rand(), so equal seeds give equal runs on one system.

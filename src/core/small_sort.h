@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* core/small_sort.h: sorting of a few numbers by a network, without a branch.
  *
  * A network compares the same places whatever the numbers are, here those of Batcher's odd-even

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* core/sort.h: the sorts of coarsening. The order that they leave among equal keys decides
  * results, so none may be replaced by a library sort. */
 #ifndef ZORPEL_CORE_SORT_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* core/timers.h: the CPU clock and the timers of a run. */
 #ifndef ZORPEL_CORE_TIMERS_H
 #define ZORPEL_CORE_TIMERS_H

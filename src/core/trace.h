@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* core/trace.h: where the traces of a call go. */
 #ifndef ZORPEL_CORE_TRACE_H
 #define ZORPEL_CORE_TRACE_H

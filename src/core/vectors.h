@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* core/vectors.h: short loops over arrays of n entries; n below 1 is an empty array. */
 #ifndef ZORPEL_CORE_VECTORS_H
 #define ZORPEL_CORE_VECTORS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* core/work_counts.h: exact counts of the work done, in builds that ask for them.
  *
  * Seconds vary with the machine and its load; these do not. The counted build (ZORPEL_COUNT_WORK)

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* driver/reports.h: what the program prints before and after partitioning. */
 #ifndef ZORPEL_DRIVER_REPORTS_H
 #define ZORPEL_DRIVER_REPORTS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* io/outfile.h: files that are written whole or not at all (io/ only). */
 #ifndef ZORPEL_IO_OUTFILE_H
 #define ZORPEL_IO_OUTFILE_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* io/partfile.h: the partition file and the fix file, one part number per vertex and line. */
 #ifndef ZORPEL_IO_PARTFILE_H
 #define ZORPEL_IO_PARTFILE_H

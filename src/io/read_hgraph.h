@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* io/read_hgraph.h: the hypergraph file. */
 #ifndef ZORPEL_IO_READ_HGRAPH_H
 #define ZORPEL_IO_READ_HGRAPH_H

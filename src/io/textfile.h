@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* io/textfile.h: text files as a sequence of bounded lines of integers (io/ only). */
 #ifndef ZORPEL_IO_TEXTFILE_H
 #define ZORPEL_IO_TEXTFILE_H

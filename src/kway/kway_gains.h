@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* kway/kway_gains.h: part lists of hyperedges and vertices for k-way refinement. */
 #ifndef ZORPEL_KWAY_KWAY_GAINS_H
 #define ZORPEL_KWAY_KWAY_GAINS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* kway/part_lists.h: lists of parts with a number each, and what a move changes in them (kway/
  * only).
  *

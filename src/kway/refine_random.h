@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* kway/refine_random.h: greedy k-way refinement in random order. */
 #ifndef ZORPEL_KWAY_REFINE_RANDOM_H
 #define ZORPEL_KWAY_REFINE_RANDOM_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* kway/stale_records.h: vertices' records that wait to be recomputed until they are read.
  *
  * Between two visits most records change more than once, and few are asked for more than id and ed.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* kway/uncoarsen_kway.h: uncoarsening of a k-way partition. */
 #ifndef ZORPEL_KWAY_UNCOARSEN_KWAY_H
 #define ZORPEL_KWAY_UNCOARSEN_KWAY_H

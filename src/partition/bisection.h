@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* partition/bisection.h: one multilevel bisection. */
 #ifndef ZORPEL_PARTITION_BISECTION_H
 #define ZORPEL_PARTITION_BISECTION_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* partition/entry.h: the entry point for programs that this library is part of. */
 #ifndef ZORPEL_PARTITION_ENTRY_H
 #define ZORPEL_PARTITION_ENTRY_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* partition/fixed.h: pre-assigned vertices. */
 #ifndef ZORPEL_PARTITION_FIXED_H
 #define ZORPEL_PARTITION_FIXED_H

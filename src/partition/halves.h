@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* partition/halves.h: the two halves of a bisection side by side, in two threads. */
 #ifndef ZORPEL_PARTITION_HALVES_H
 #define ZORPEL_PARTITION_HALVES_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* partition/initbisect.h: bisection of the coarsest level. */
 #ifndef ZORPEL_PARTITION_INITBISECT_H
 #define ZORPEL_PARTITION_INITBISECT_H

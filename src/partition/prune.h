@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* partition/prune.h: leaving out large hyperedges. */
 #ifndef ZORPEL_PARTITION_PRUNE_H
 #define ZORPEL_PARTITION_PRUNE_H

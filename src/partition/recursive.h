@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* partition/recursive.h: recursive bisection into any number of parts. */
 #ifndef ZORPEL_PARTITION_RECURSIVE_H
 #define ZORPEL_PARTITION_RECURSIVE_H

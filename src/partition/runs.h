@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* partition/runs.h: independent multilevel runs of one hypergraph, the best one kept. */
 #ifndef ZORPEL_PARTITION_RUNS_H
 #define ZORPEL_PARTITION_RUNS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* partition/split.h: the two halves of a bisected hypergraph. */
 #ifndef ZORPEL_PARTITION_SPLIT_H
 #define ZORPEL_PARTITION_SPLIT_H

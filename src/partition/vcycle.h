@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* partition/vcycle.h: the V-cycle loop of two-way and k-way partitions. */
 #ifndef ZORPEL_PARTITION_VCYCLE_H
 #define ZORPEL_PARTITION_VCYCLE_H

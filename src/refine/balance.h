@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* refine/balance.h: greedy repair of an unbalanced bisection. */
 #ifndef ZORPEL_REFINE_BALANCE_H
 #define ZORPEL_REFINE_BALANCE_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* refine/fm.h: Fiduccia-Mattheyses refinement of a bisection and its variants. */
 #ifndef ZORPEL_REFINE_FM_H
 #define ZORPEL_REFINE_FM_H

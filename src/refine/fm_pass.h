@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* refine/fm_pass.h: what a refiner knows of its pass: bounds, steps and the best point.
  *
  * A pass makes moves one after the other and ends at the best point that it has reached: after its

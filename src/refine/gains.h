@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* refine/gains.h: two-way refinement arrays, and gains, pin counts and cut from scratch. */
 #ifndef ZORPEL_REFINE_GAINS_H
 #define ZORPEL_REFINE_GAINS_H

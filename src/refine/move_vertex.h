@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* refine/move_vertex.h: the move of a vertex of an open bisection (refine/ only).
  *
  * A move changes the vertex's side, two weights, the cut, the counts of its hyperedges, and through

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* refine/net_counts.h: the pins of a hyperedge on each side of a bisection, packed in a word.
  *
  * A move changes the counts of every hyperedge of its vertex. What it changes of one hyperedge is

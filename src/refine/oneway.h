@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* refine/oneway.h: FM passes that move vertices in one direction. */
 #ifndef ZORPEL_REFINE_ONEWAY_H
 #define ZORPEL_REFINE_ONEWAY_H

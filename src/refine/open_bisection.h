@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* refine/open_bisection.h: the record that owns a bisection while it is refined.
  *
  * A level's where, gain and ndeg are made for those who read them. While a refiner runs, the

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* refine/relabel.h: a level's lists in an order that keeps neighbours together (refine/ only). */
 #ifndef ZORPEL_REFINE_RELABEL_H
 #define ZORPEL_REFINE_RELABEL_H

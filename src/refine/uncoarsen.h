@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* refine/uncoarsen.h: uncoarsening of one multilevel bisection. */
 #ifndef ZORPEL_REFINE_UNCOARSEN_H
 #define ZORPEL_REFINE_UNCOARSEN_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* spare/dense_vectors.h: kernels on vectors of reals, which belong to the engine's vocabulary though
  * partitioning needs none of them. */
 #ifndef ZORPEL_SPARE_DENSE_VECTORS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* spare/direct.h: direct multilevel k-way partitioning. */
 #ifndef ZORPEL_SPARE_DIRECT_H
 #define ZORPEL_SPARE_DIRECT_H

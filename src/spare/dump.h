@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* spare/dump.h: writers for inspecting hypergraphs while developing; vertices are numbered from 1.
  * None ends its last record with a newline. */
 #ifndef ZORPEL_SPARE_DUMP_H

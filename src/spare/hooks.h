@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* spare/hooks.h: places for a breakpoint while debugging.
  *
  * They look at a record and report nothing; a debugger shows what they found. The engine checks

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* spare/kway_updates.h: k-way records brought up to date at once.
  *
  * Refinement lets records wait until they are read (kway/stale_records.h). This is the plain rule

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* spare/part_cuts.h: each part's external degree alone; the report counts it along with the rest. */
 #ifndef ZORPEL_SPARE_PART_CUTS_H
 #define ZORPEL_SPARE_PART_CUTS_H

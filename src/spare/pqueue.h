@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* spare/pqueue.h: a gain queue whose form is chosen when it is made.
  *
  * The refiners choose once for a bisection and then use the forms of core/gain_queue.h directly.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Bad-file corpus: fix files for a chain of four vertices in two parts."""
 
 from make_badfiles import fix_case

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Bad-file corpus: hypergraph files, most of them variations of a chain of four vertices."""
 
 from make_badfiles import CHAIN, LITTLE_MEMORY, hypergraph_case

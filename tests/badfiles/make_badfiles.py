@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Makes the files of the bad-file corpus, each case in a folder of its own.
 
     make_badfiles.py FOLDER [CASE...]

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Bad-file corpus: names that are odd, that name no readable file, or no writable one."""
 
 from make_badfiles import CHAIN, OPTIONS, Case, Directory, Fifo, Link, Locked

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Bad-file corpus: what the program makes of every file, byte for byte.
 
 expected.json holds, for each case, both streams, the status and the partition files. The files

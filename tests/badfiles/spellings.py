@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Spellings of a number, good and bad, for every place where the files hold one."""
 
 from dataclasses import dataclass

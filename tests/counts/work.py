@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Guards speed: the work that the engine does, counted exactly, against a table.
 
 A line of counts.csv is one call of the counted library with a fixed seed. Seconds vary with the

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Holds the documents to what they describe: docs_test.py --build BUILD
 
 A program shown in the README is the one that the tests compile, a file shown in a manual page is
@@ -54,7 +55,9 @@ def run_program(folder, *words):
 class Documents(unittest.TestCase):
     def test_the_program_in_the_readme_is_the_compiled_example(self):
         shown = re.search(r"```c\n(.*?)```", text_of("README.md"), re.S).group(1)
-        self.assertEqual(shown, text_of("examples/api.c"))
+        licence, code = text_of("examples/api.c").split("\n", 1)
+        self.assertIn("SPDX", licence)
+        self.assertEqual(shown, code)
 
     def test_links_lead_to_files(self):
         for document in DOCUMENTS:

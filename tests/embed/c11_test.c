@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* tests/embed/c11_test.c: the interface from C, and what a child says. */
 #include <stdio.h>
 #include <string.h>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # LIBRARY exports routines of the zorpelx_ family and its version node, nothing else; and its soname
 # carries the major version. ARCHIVE, if given, defines the same routines and shows nothing else.
 execute_process(COMMAND ${NM} -D --defined-only ${LIBRARY} OUTPUT_VARIABLE text

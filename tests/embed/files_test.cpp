@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 // Reading by the library: statuses, messages, findings, caps, and what is written.
 #include <cstdlib>
 #include <string>

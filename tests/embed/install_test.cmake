@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Installs the build tree BUILD into WORK, moves it, builds the project CONSUMER against it and runs
 # what came out, from the archives too if STATIC; runs the program zorpelx in its new place if ZORPELX,
 # PYTHON if that is set.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Builds the Debian packages of SOURCE in WORK, unpacks them into an empty root and uses what is
 # there: programs, libraries, Python (if PYTHON is set). Lintian, if installed, has nothing to say.
 function(run)

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* tests/embed/process.h: what a call may leave behind in its process, and the children of one. */
 #ifndef ZORPEL_TESTS_EMBED_PROCESS_H
 #define ZORPEL_TESTS_EMBED_PROCESS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* tests/embed/sample.h: hypergraphs for the tests of libzorpelx. */
 #ifndef ZORPEL_TESTS_EMBED_SAMPLE_H
 #define ZORPEL_TESTS_EMBED_SAMPLE_H

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Configures SOURCE in WORK as if the packages that zorpelx needs for its program and for compressed
 # files were not there: both are left out, and what to install is told. The readers are built all
 # the same.

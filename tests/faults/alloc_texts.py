@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Runs the allocation loop and compares the arrays that it saw fail with those in the sources.
 
 usage: alloc_texts.py FAULT_MEMORY SOURCES

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* faults/fault_points.h: failures injected one at a time, each in a child process.
  *
  * At every point where a call could fail the process forks: the child sees the failure and runs on

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """The program itself on a full disk, beyond a quota, and with files that cannot be read.
 
 usage: full_disk.py ZORPEL

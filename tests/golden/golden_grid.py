@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Golden grid: every scheme of coarsening, refinement, V-cycle and reconstruction, as checksums.
 
 A line of grid.csv is a run of the program with all traces but the timers on: its words, the

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Table of results: what the library gives on the shipped examples, for every scheme.
 
 A line of results.csv is one call of an entry point with a fixed seed: the cut it returned, then

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Golden runs: the program's whole output on a case, byte for byte.
 
 A case is a folder beside this file:

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* tests/golden/job.h: a call of an entry point as a line of standard input: entry point, parts,
  * factor, options, seed, fix file or "-".
  */

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* tests/golden/pinclock.c: a clock that stands still, to be preloaded.
  *
  * The program seeds its random numbers from the time of day and prints CPU times. Under this

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* tests/model/chains.h: levels and settings for tests that coarsen. */
 #ifndef ZORPEL_TESTS_CHAINS_H
 #define ZORPEL_TESTS_CHAINS_H

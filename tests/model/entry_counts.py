@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Files with as many vertex entries as 32 bits count, and more.
 
 usage: entry_counts.py ZORPEL

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* tests/model/plain_queue.h: the gain queue as a list that is scanned, or as a textbook heap: the
  * model of the queue that the refiners use.
  */

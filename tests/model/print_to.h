@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* tests/model/print_to.h: the traces of a twin, line by line. */
 #ifndef ZORPEL_TESTS_MODEL_PRINT_TO_H
 #define ZORPEL_TESTS_MODEL_PRINT_TO_H

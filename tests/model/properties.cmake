@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Random levels against plain twins, and the properties that refiners and matchings must keep.
 foreach(model fm_twin kway_twin coarsen_twin properties coarsen_properties kway_properties)
   add_executable(${model}_test

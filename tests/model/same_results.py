@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """One checksum of results for every compiler, optimisation level, address layout and allocator.
 
 usage: same_results.py BUILD [--cases N]

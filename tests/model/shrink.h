@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* tests/model/shrink.h: makes a failing sequence short enough to read. */
 #ifndef ZORPEL_TESTS_MODEL_SHRINK_H
 #define ZORPEL_TESTS_MODEL_SHRINK_H

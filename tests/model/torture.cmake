@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The model-based tester: random cases of every family against counts of its own.
 set(torture_dir ${CMAKE_CURRENT_LIST_DIR})
 add_library(torture_cases STATIC

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* model/torture_case.h: one trial of the tester, a hypergraph with the call to make on it, and its
  * text form, in which failures are saved and replayed.
  */

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* model/torture_check.h: makes the call of a case and judges what comes back.
  *
  * The figures of a partition are counted here, from the case's own lists, by code that shares

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* model/torture_draw.h: random cases, each a function of its seed alone. */
 #ifndef ZORPEL_TESTS_TORTURE_DRAW_H
 #define ZORPEL_TESTS_TORTURE_DRAW_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* model/torture_shrink.h: the smallest case that still fails. */
 #ifndef ZORPEL_TESTS_TORTURE_SHRINK_H
 #define ZORPEL_TESTS_TORTURE_SHRINK_H

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Looks at the programs and libraries of a build for what protects them: hardening.py BUILD
 
 Position-independent, relocations read-only and resolved at the start, no executable stack, no path

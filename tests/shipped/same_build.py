@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Builds and installs the sources twice, in folders of different names, and compares what came out:
 same_build.py WORK [CMAKE_OPTION ...]
 

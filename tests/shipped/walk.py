@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Walks through a document as a newcomer does: walk.py DOCUMENT WORK
 
 Every command of the document runs in the order in which it stands, in one shell, in a fresh copy of

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Checks the order of the sources of the engine and of the search.
 
 usage: sources_test.py --compiler CXX --nm NM --library LIBZORPEL_A [--heavy]
@@ -6,7 +7,7 @@ usage: sources_test.py --compiler CXX --nm NM --library LIBZORPEL_A [--heavy]
 Folders of src/ include only folders below them, whose sources open with what they do and how; in
 src/ and in search/ every header compiles alone, invariants have numbers that are documented, tested
 for and named by a test, and asserts are as dense as the style asks for; the release library contains
-none of the predicates. File names are unique in the whole tree.
+none of the predicates. In the whole tree file names are unique and sources name their licence.
 """
 import argparse
 import concurrent.futures
@@ -22,6 +23,7 @@ TESTS = {SRC: ROOT / "tests", SEARCH: SEARCH / "tests"}  # of each library
 # From the bottom to the top; docs/ARCHITECTURE.md has the same list.
 ORDER = ["core", "coarsen", "refine", "kway", "partition", "io", "driver", "spare"]
 LEAST_ASSERTS = 40  # a thousand lines
+LICENSED = {".c", ".cpp", ".h", ".in", ".py", ".sh", ".cmake", ".slurm"}
 INCLUDE = re.compile(r'#include "(\w+)/')
 RULE = re.compile(r"HOLDS\(([A-Z][0-9]),")
 DOCUMENTED = re.compile(r"^(?: |/)\*\s+([A-Z][0-9])  ", re.MULTILINE)
@@ -107,9 +109,18 @@ def wrong_rules(library):
 def short_openings():
     """Sources whose first comment is no more than a title."""
     for path in sources():
-        opening = re.match(r"/\*.*?\*/", path.read_text(), re.S)
+        opening = re.search(r"^/\* (?!SPDX).*?\*/", path.read_text(), re.S | re.M)
         if path.suffix == ".cpp" and (opening is None or opening.group().count("\n") < 3):
             yield f"{path.relative_to(ROOT)} does not open with what it does and how"
+
+
+def unlicensed():
+    """Sources that leave their licence to be guessed once they are copied out of here."""
+    for path in tree():
+        if path.suffix in LICENSED or path.name in ("CMakeLists.txt", "run", "test", "demo"):
+            first = path.read_text().splitlines()[:2]
+            if not any("SPDX-License-Identifier: MIT" in line for line in first):
+                yield f"{path.relative_to(ROOT)} does not name its licence on top"
 
 
 def thin_asserts(library):
@@ -136,7 +147,7 @@ def main():
     parser.add_argument("--library", dest="archive", required=True)
     parser.add_argument("--heavy", action="store_true", help="the library has heavy asserts")
     options = parser.parse_args()
-    wrong = [*wrong_includes(), *repeated_names(), *short_openings()]
+    wrong = [*wrong_includes(), *repeated_names(), *short_openings(), *unlicensed()]
     for library in TESTS:
         wrong += [*wrong_rules(library), *thin_asserts(library)]
     wrong += wrong_headers(options.compiler)

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* tests/unit/broken.h: which invariant a predicate says is broken. */
 #ifndef ZORPEL_TESTS_UNIT_BROKEN_H
 #define ZORPEL_TESTS_UNIT_BROKEN_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* tests/unit/calls.h: calls of the public entry points on hypergraphs held in vectors. */
 #ifndef ZORPEL_TESTS_UNIT_CALLS_H
 #define ZORPEL_TESTS_UNIT_CALLS_H

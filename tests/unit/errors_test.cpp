@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* tests/unit/errors_test.cpp: the fatal exit and checked file opening. */
 #include "core/errors.h"
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # LIBRARY exports the three entry points and nothing else, and its soname ends in MAJOR.
 execute_process(COMMAND ${NM} -D --defined-only ${LIBRARY}
   OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)

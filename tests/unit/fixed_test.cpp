@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* tests/unit/fixed_test.cpp: pre-assigned vertices. */
 #include "partition/fixed.h"
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* tests/unit/header_c.c: zorpel.h compiles alone and first as C11, and links as C. */
 #include "zorpel.h"
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* tests/unit/hypergraphs.h: small hypergraphs built by hand, and the control record of the
  * defaults: what the tests of whole calls (support.h) and those of single levels (levels.h) share.
  */

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* tests/unit/kway_levels.h: levels with a k-way partition, for tests. */
 #ifndef ZORPEL_TESTS_KWAY_LEVELS_H
 #define ZORPEL_TESTS_KWAY_LEVELS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* tests/unit/levels.h: hypergraph levels for tests, built by hand or drawn at random, control
  * records that go with them, and counts taken from the pin lists alone.
  */

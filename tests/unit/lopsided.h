@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* tests/unit/lopsided.h: an order of keys that is hard on the quicksort. */
 #ifndef ZORPEL_TESTS_UNIT_LOPSIDED_H
 #define ZORPEL_TESTS_UNIT_LOPSIDED_H

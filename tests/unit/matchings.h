@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* tests/unit/matchings.h: every matching under one signature, with its work arrays, for tests. */
 #ifndef ZORPEL_TESTS_MATCHINGS_H
 #define ZORPEL_TESTS_MATCHINGS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* tests/unit/memory_test.cpp: checked allocation and release of arrays in groups. */
 #include "core/memory.h"
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Coarsening, two-way refinement and k-way refinement; direct k-way runs on the shipped examples.
 zorpel_unit_tests(coarsen_tests
   partner_test.cpp records_ok_test.cpp

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* tests/unit/support.h: what the unit tests share: small hypergraphs, captured output, calls in a
  * child process (for what ends the process), and a folder of one's own.
  */

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* tests/unit/traces.h: what a call prints, and its lines. */
 #ifndef ZORPEL_TESTS_TRACES_H
 #define ZORPEL_TESTS_TRACES_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/advice.h: what a balance factor means for the parts, and whether it can be kept. */
 #ifndef ZORPELX_CLI_ADVICE_H
 #define ZORPELX_CLI_ADVICE_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/app.h: the command line, parsed by the table of options. */
 #ifndef ZORPELX_CLI_APP_H
 #define ZORPELX_CLI_APP_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/bounds.h: what each part may weigh, counted by the program itself.
  *
  * The search has code of its own for its bounds, on purpose: these here check its results.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/byname.h: vertices chosen on the command line by patterns of their names. */
 #ifndef ZORPELX_CLI_BYNAME_H
 #define ZORPELX_CLI_BYNAME_H

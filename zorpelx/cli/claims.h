@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/claims.h: what verify was told to check. */
 #ifndef ZORPELX_CLI_CLAIMS_H
 #define ZORPELX_CLI_CLAIMS_H

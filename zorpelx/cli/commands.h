@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/commands.h: the commands; each returns the exit status. */
 #ifndef ZORPELX_CLI_COMMANDS_H
 #define ZORPELX_CLI_COMMANDS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/difference.cpp: where two JSON values differ. */
 #include "difference.h"
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/difference.h: where two JSON values differ. */
 #ifndef ZORPELX_CLI_DIFFERENCE_H
 #define ZORPELX_CLI_DIFFERENCE_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/digest.h: SHA-256 digests, in hexadecimal, of what a record speaks of.
  *
  * What is digested is a text of which each number has one form, whatever file it came from:

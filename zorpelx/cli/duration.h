@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/duration.h: how long the presets of a search take, roughly. */
 #ifndef ZORPELX_CLI_DURATION_H
 #define ZORPELX_CLI_DURATION_H

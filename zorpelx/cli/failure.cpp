@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/failure.cpp: formatted texts and failures. */
 #include "failure.h"
 

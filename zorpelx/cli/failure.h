@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/failure.h: exit statuses of zorpelx, and how a command gives up. */
 #ifndef ZORPELX_CLI_FAILURE_H
 #define ZORPELX_CLI_FAILURE_H

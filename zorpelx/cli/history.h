@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/history.h: the history of a run, from the JSON answer of the partition command. */
 #ifndef ZORPELX_CLI_HISTORY_H
 #define ZORPELX_CLI_HISTORY_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/input.h: the files of a command, read within its caps. */
 #ifndef ZORPELX_CLI_INPUT_H
 #define ZORPELX_CLI_INPUT_H

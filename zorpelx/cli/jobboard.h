@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/jobboard.h: who makes which job of a shared search.
  *
  * Searches at work, here or on other machines, are clients. Each goes through the same batches of

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/jobserver.h: the near end of the channels to the searches of this process. */
 #ifndef ZORPELX_CLI_JOBSERVER_H
 #define ZORPELX_CLI_JOBSERVER_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/journal.h: the results of jobs in files, which outlive who wrote them.
  *
  * A folder holds run.json, which says what is partitioned and how, and a file of results for each

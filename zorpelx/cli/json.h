@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/json.h: answers as JSON: what all of them have in common. */
 #ifndef ZORPELX_CLI_JSON_H
 #define ZORPELX_CLI_JSON_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/machine.h: what kind of machine and program this is. */
 #ifndef ZORPELX_CLI_MACHINE_H
 #define ZORPELX_CLI_MACHINE_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/options.h: the commands and their options, in one table.
  *
  * The parser, its help, the manual page and the completions are all made from it.

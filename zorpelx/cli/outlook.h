@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/outlook.h: what bounds balance and cut of a hypergraph before it is partitioned. */
 #ifndef ZORPELX_CLI_OUTLOOK_H
 #define ZORPELX_CLI_OUTLOOK_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/output.cpp: what a command writes, with failures for faults. */
 #include "output.h"
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/output.h: what a command writes, with failures for faults. */
 #ifndef ZORPELX_CLI_OUTPUT_H
 #define ZORPELX_CLI_OUTPUT_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/partition_hooks.h: what differs where a partition is made together with others. */
 #ifndef ZORPELX_CLI_PARTITION_HOOKS_H
 #define ZORPELX_CLI_PARTITION_HOOKS_H

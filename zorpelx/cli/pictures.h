@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/pictures.h: pictures as files, SVG and PNG. */
 #ifndef ZORPELX_CLI_PICTURES_H
 #define ZORPELX_CLI_PICTURES_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/progress.h: the progress line of a run. */
 #ifndef ZORPELX_CLI_PROGRESS_H
 #define ZORPELX_CLI_PROGRESS_H

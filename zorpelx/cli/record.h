@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/record.h: the record of a run, by which others can check or repeat it.
  *
  * docs/RECORDS.md describes it and docs/zorpel-record.schema.json has its fields. The last field is

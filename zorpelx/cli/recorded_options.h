@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/recorded_options.h: the options of the partition command in a record, and back. */
 #ifndef ZORPELX_CLI_RECORDED_OPTIONS_H
 #define ZORPELX_CLI_RECORDED_OPTIONS_H

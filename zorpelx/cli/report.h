@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/report.h: what zorpel prints about a partition, rebuilt from the files. */
 #ifndef ZORPELX_CLI_REPORT_H
 #define ZORPELX_CLI_REPORT_H

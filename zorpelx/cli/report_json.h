@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/report_json.h: a report as JSON: what the page shows, and all of the lists. */
 #ifndef ZORPELX_CLI_REPORT_JSON_H
 #define ZORPELX_CLI_REPORT_JSON_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/shard.h: searches whose jobs are kept in a journal, and spread over shards. */
 #ifndef ZORPELX_CLI_SHARD_H
 #define ZORPELX_CLI_SHARD_H

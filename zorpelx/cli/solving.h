@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/solving.h: from the files of the partition command to a partition. */
 #ifndef ZORPELX_CLI_SOLVING_H
 #define ZORPELX_CLI_SOLVING_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/suggest.h: what a misspelt word was meant to be. */
 #ifndef ZORPELX_CLI_SUGGEST_H
 #define ZORPELX_CLI_SUGGEST_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/sweep_journal.h: the results of a sweep, line by line, as they come.
  *
  * A line is appended and synced when its run has ended. Whatever ends the process, the lines before

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/sweep_page.h: a sweep as one page of HTML, and a page for each of its best
  * partitions. */
 #ifndef ZORPELX_CLI_SWEEP_PAGE_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/sweep_pictures.cpp: the results of a sweep as pictures. */
 #include <algorithm>
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/sweep_plan.h: the runs of a sweep, and what came of them. */
 #ifndef ZORPELX_CLI_SWEEP_PLAN_H
 #define ZORPELX_CLI_SWEEP_PLAN_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/sweep_tables.h: what a sweep came to: table, CSV, JSON and pictures. */
 #ifndef ZORPELX_CLI_SWEEP_TABLES_H
 #define ZORPELX_CLI_SWEEP_TABLES_H

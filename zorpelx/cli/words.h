@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/words.h: the words of a command line before they are parsed, and what is wrong with
  * them where the parser has no good sentence. */
 #ifndef ZORPELX_CLI_WORDS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/annotate_yosys.h: the parts of a Yosys netlist as attributes of its cells. */
 #ifndef ZORPELX_FILES_ANNOTATE_YOSYS_H
 #define ZORPELX_FILES_ANNOTATE_YOSYS_H

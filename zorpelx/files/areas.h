@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/areas.h: areas of cells by their type, from a table or a Liberty file.
  *
  * A table has lines TYPE,AREA; a first line whose area is no number is its header. A Liberty file

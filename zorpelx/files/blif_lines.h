@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/blif_lines.h: the lines of a BLIF file.
  *
  * A backslash at the end of a line joins the next one to it; a # begins a comment.

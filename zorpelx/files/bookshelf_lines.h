@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/bookshelf_lines.h: one file of a Bookshelf benchmark, line by line.
  *
  * A # begins a comment; the first line says "UCLA" and what the file is; colons stand by

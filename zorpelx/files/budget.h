@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/budget.h: the memory and the time that reading may take.
  *
  * Everything whose size a file decides is charged before it is taken, from the first byte on: the

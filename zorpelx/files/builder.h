@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/builder.h: how readers of formats other than hypergraph files make the record.
  *
  * A reader adds vertices and hyperedges, by number or by name, then pins in any order: a pin is one

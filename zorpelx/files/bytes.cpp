@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/bytes.cpp: a whole file in memory, plain or expanded. */
 #include "bytes.h"
 

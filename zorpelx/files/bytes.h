@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/bytes.h: a whole file in memory, plain or expanded. */
 #ifndef ZORPELX_FILES_BYTES_H
 #define ZORPELX_FILES_BYTES_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/clock_nets.h: which nets of a netlist look like clocks and resets.
  *
  * A net is one by the ports that it meets: CLK, CK, RST and names like them on a cell of any type,

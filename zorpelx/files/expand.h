@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/expand.h: compressed files, expanded block by block within a budget. */
 #ifndef ZORPELX_FILES_EXPAND_H
 #define ZORPELX_FILES_EXPAND_H

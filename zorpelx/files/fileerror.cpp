@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/fileerror.cpp: formatted texts and errors. */
 #include "fileerror.h"
 

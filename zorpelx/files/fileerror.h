@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/fileerror.h: how reading gives up: a status and a sentence, thrown to whoever
  * asked for the file. */
 #ifndef ZORPELX_FILES_FILEERROR_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/formats.cpp: the table of formats. */
 #include "formats.h"
 

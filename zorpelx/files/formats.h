@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/formats.h: the table of formats: how each is recognised, read and written.
  *
  * To add a format:

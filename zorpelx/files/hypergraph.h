@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/hypergraph.h: a hypergraph as its file has it; what every reader makes and every
  * writer takes. */
 #ifndef ZORPELX_FILES_HYPERGRAPH_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/json_copy.h: JSON text copied as it is, but for attributes that are put in.
  *
  * The scan goes over the text; what it has passed is copied when something is to be put in behind

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/json_scan.h: JSON read value by value, from front to back, without a tree.
  *
  *     JsonScan scan = json_over(bytes, budget);

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/known.h: other formats, recognised by how their files begin. */
 #ifndef ZORPELX_FILES_KNOWN_H
 #define ZORPELX_FILES_KNOWN_H

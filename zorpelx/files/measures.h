@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/measures.h: sizes, degrees, components and memory of a hypergraph. */
 #ifndef ZORPELX_FILES_MEASURES_H
 #define ZORPELX_FILES_MEASURES_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/members.h: memberships, the rows of tables and of JSON lines, and what they become.
  *
  * A row says that a vertex is in a hyperedge, and may say more of either; a row with one of the two

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/names.h: names of vertices, hyperedges and kinds, and the table that numbers them.
  *
  * All names of one kind stand one behind another in one array of characters. A format without names

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/netlist.h: a netlist of modules, as files have it, and the hypergraph of its top
  * module with all that lies below.
  *

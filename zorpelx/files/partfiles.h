@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/partfiles.h: partition and fix files, a number per vertex. */
 #ifndef ZORPELX_FILES_PARTFILES_H
 #define ZORPELX_FILES_PARTFILES_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/rawfile.h: the bytes of a file, block by block, within a budget. */
 #ifndef ZORPELX_FILES_RAWFILE_H
 #define ZORPELX_FILES_RAWFILE_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/read_blif.h: netlists in the Berkeley Logic Interchange Format.
  *
  * Each .names, .latch, .gate and .subckt is a vertex, each net a hyperedge, each input and output

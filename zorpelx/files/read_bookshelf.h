@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/read_bookshelf.h: placement benchmarks in the Bookshelf format.
  *
  * The .aux file names the others, which are read from its folder: .nodes with sizes, .nets, and, if

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/read_cnf.h: the reader of DIMACS CNF files.
  *
  * The hypergraph that is made of a formula is one of three:

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/read_edges.h: the reader of edge lists: a graph, two vertices a line. */
 #ifndef ZORPELX_FILES_READ_EDGES_H
 #define ZORPELX_FILES_READ_EDGES_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/read_hgr.h: the reader of hypergraph files.
  *
  * It follows the rules of zorpel's own but shares nothing with it: it counts in 64 bits, goes on

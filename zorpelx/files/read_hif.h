@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/read_hif.h: the Hypergraph Interchange Format, in JSON.
  *
  * What its schema refuses is refused. Numbers and strings are different names: a string that looks

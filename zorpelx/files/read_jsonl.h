@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/read_jsonl.h: the reader of memberships as JSON lines.
  *
  * Each line is an object or an array:

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/read_mtx.h: the reader of Matrix Market files.
  *
  * The hypergraph that is made of a matrix is one of three (Catalyurek & Aykanat, Hypergraph-

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/read_table.h: the reader of tables of memberships, as CSV or TSV.
  *
  * A row names a hyperedge and a vertex in it. Without a header these are the first two columns, and

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/read_verilog.h: structural Verilog, through Yosys where it is installed. */
 #ifndef ZORPELX_FILES_READ_VERILOG_H
 #define ZORPELX_FILES_READ_VERILOG_H

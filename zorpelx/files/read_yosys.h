@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/read_yosys.h: netlists in JSON, as Yosys writes them (write_json).
  *
  * Cells are vertices, the bits of nets are hyperedges; ports of the top module are vertices too,

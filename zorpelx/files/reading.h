@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/reading.h: what the reader of hypergraph files carries from line to line. */
 #ifndef ZORPELX_FILES_READING_H
 #define ZORPELX_FILES_READING_H

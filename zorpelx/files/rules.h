@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/rules.h: the numbered rules that files are held against. */
 #ifndef ZORPELX_FILES_RULES_H
 #define ZORPELX_FILES_RULES_H

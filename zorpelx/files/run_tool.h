@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/run_tool.h: another program, given a text and giving one back. */
 #ifndef ZORPELX_FILES_RUN_TOOL_H
 #define ZORPELX_FILES_RUN_TOOL_H

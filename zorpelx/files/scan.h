@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/scan.h: lines and tokens of a text, with their places. */
 #ifndef ZORPELX_FILES_SCAN_H
 #define ZORPELX_FILES_SCAN_H

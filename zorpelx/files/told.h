@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/told.h: places and words of what readers tell. */
 #ifndef ZORPELX_FILES_TOLD_H
 #define ZORPELX_FILES_TOLD_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/walk.h: the characters of a text, line by line, for readers that must be fast.
  *
  * Beside scan.h, which makes a token with its place of everything: here a number costs its digits,

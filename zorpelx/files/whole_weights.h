@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/whole_weights.h: weights of files that have real ones, as whole numbers. */
 #ifndef ZORPELX_FILES_WHOLE_WEIGHTS_H
 #define ZORPELX_FILES_WHOLE_WEIGHTS_H

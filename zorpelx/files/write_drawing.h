@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/write_drawing.h: small hypergraphs for programs that draw graphs.
  *
  * A hyperedge of two vertices is an edge, any other a small node of its own with an edge to each of

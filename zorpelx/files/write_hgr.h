@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/write_hgr.h: the text of hypergraph files, and of files of numbers. */
 #ifndef ZORPELX_FILES_WRITE_HGR_H
 #define ZORPELX_FILES_WRITE_HGR_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/write_hif.h: the writer of the Hypergraph Interchange Format. */
 #ifndef ZORPELX_FILES_WRITE_HIF_H
 #define ZORPELX_FILES_WRITE_HIF_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/write_jsonl.h: memberships and partitions as JSON lines. */
 #ifndef ZORPELX_FILES_WRITE_JSONL_H
 #define ZORPELX_FILES_WRITE_JSONL_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/files/write_table.h: tables as text: memberships, and partitions by name. */
 #ifndef ZORPELX_FILES_WRITE_TABLE_H
 #define ZORPELX_FILES_WRITE_TABLE_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/lib/channel.h: the jobs of a search shared over a socket: the side of the search. */
 #ifndef ZORPELX_LIB_CHANNEL_H
 #define ZORPELX_LIB_CHANNEL_H

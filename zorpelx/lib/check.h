@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/lib/check.h: checks of everything that a caller hands over. Each heeds its watch. */
 #ifndef ZORPELX_LIB_CHECK_H
 #define ZORPELX_LIB_CHECK_H

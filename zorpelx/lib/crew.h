@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/lib/crew.h: threads for the engine in a child process. */
 #ifndef ZORPELX_LIB_CREW_H
 #define ZORPELX_LIB_CREW_H

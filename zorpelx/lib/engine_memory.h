@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/lib/engine_memory.h: a cap on what the engine allocates in a child. */
 #ifndef ZORPELX_LIB_ENGINE_MEMORY_H
 #define ZORPELX_LIB_ENGINE_MEMORY_H

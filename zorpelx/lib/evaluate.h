@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/lib/evaluate.h: exact quality of partitions that were checked before. */
 #ifndef ZORPELX_LIB_EVALUATE_H
 #define ZORPELX_LIB_EVALUATE_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/lib/fault.cpp: sentences. */
 #include "fault.h"
 

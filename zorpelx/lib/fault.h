@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/lib/fault.h: what went wrong: a status and a sentence. */
 #ifndef ZORPELX_LIB_FAULT_H
 #define ZORPELX_LIB_FAULT_H

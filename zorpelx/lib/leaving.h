@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/lib/leaving.h: ways out of a call other than its return.
  *
  * A callback of the caller's may leave by a C++ exception, by the end of its thread, or by

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/lib/limits.h: how much weight each part may get. */
 #ifndef ZORPELX_LIB_LIMITS_H
 #define ZORPELX_LIB_LIMITS_H

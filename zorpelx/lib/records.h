@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/lib/records.h: records of programs built with this or an older header.
  *
  * A record starts with its size. Later versions add fields at the end, so a smaller size means an

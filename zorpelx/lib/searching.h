@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/lib/searching.h: the search in a start's own process, and what it leaves there. */
 #ifndef ZORPELX_LIB_SEARCHING_H
 #define ZORPELX_LIB_SEARCHING_H

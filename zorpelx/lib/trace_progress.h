@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/lib/trace_progress.h: progress read off the engine's trace while it grows. */
 #ifndef ZORPELX_LIB_TRACE_PROGRESS_H
 #define ZORPELX_LIB_TRACE_PROGRESS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/lib/transfer.h: the jobs of a search shared over a socket: the messages.
  *
  * The search asks, whoever is at the other end answers:

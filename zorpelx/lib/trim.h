@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/lib/trim.h: a hypergraph without the hyperedges that no partition can cut. */
 #ifndef ZORPELX_LIB_TRIM_H
 #define ZORPELX_LIB_TRIM_H

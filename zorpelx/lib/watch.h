@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/lib/watch.h: the deadline, the cancel flag and the memory cap of one call, heeded
  * wherever the caller's own process works for it. */
 #ifndef ZORPELX_LIB_WATCH_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/lib/worker.h: the engine at work in a child process. */
 #ifndef ZORPELX_LIB_WORKER_H
 #define ZORPELX_LIB_WORKER_H

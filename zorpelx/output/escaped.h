@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/output/escaped.h: names as messages show them. */
 #ifndef ZORPELX_OUTPUT_ESCAPED_H
 #define ZORPELX_OUTPUT_ESCAPED_H

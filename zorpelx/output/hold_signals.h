@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/output/hold_signals.h: signals of this thread, held back while files are written. */
 #ifndef ZORPELX_OUTPUT_HOLD_SIGNALS_H
 #define ZORPELX_OUTPUT_HOLD_SIGNALS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/output/newfile.h: the file that is to take a place, while it has no name there. */
 #ifndef ZORPELX_OUTPUT_NEWFILE_H
 #define ZORPELX_OUTPUT_NEWFILE_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/output/outputs.h: everything that a command writes, decided before it runs.
  *
  *     Outputs outputs;

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/output/place.h: where an output goes, found once, before anything is done.
  *
  * A name is followed as the system follows it, link by link, and what is found is kept open: the

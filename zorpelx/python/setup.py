@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Builds the package with the library inside, so that a wheel needs nothing but Python.
 
 The library is the one that the variable ZORPELX_LIBRARY names, or is built by CMake from the

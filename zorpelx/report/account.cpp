@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/report/account.cpp: everything that a report tells. */
 #include "account.h"
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/report/account.h: everything that a report tells. The page, the pictures and the JSON
  * answer are all made from this record, so they say the same. */
 #ifndef ZORPELX_REPORT_ACCOUNT_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/report/agreement.h: how far two partitions of the same vertices agree. */
 #ifndef ZORPELX_REPORT_AGREEMENT_H
 #define ZORPELX_REPORT_AGREEMENT_H

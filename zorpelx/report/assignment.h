@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/report/assignment.h: which part of one partition is which of another. */
 #ifndef ZORPELX_REPORT_ASSIGNMENT_H
 #define ZORPELX_REPORT_ASSIGNMENT_H

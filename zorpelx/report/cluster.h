@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/report/cluster.h: clusters of vertices, for pictures of large hypergraphs. */
 #ifndef ZORPELX_REPORT_CLUSTER_H
 #define ZORPELX_REPORT_CLUSTER_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/report/contents.cpp: what lies in each part: kinds of cells, or beginnings of names. */
 #include "contents.h"
 

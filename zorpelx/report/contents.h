@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/report/contents.h: what lies in each part: kinds of cells, or beginnings of names. */
 #ifndef ZORPELX_REPORT_CONTENTS_H
 #define ZORPELX_REPORT_CONTENTS_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/report/draw.h: the pictures of a report, one function each. */
 #ifndef ZORPELX_REPORT_DRAW_H
 #define ZORPELX_REPORT_DRAW_H

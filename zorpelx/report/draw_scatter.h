@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/report/draw_scatter.h: results as points, in panels. Colours and shapes both tell the
  * series apart. */
 #ifndef ZORPELX_REPORT_DRAW_SCATTER_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/report/facts.h: what a report tells of a partition beyond its figures, counted in 64
  * bits.
  */

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/report/figures.h: what a partition is worth, counted afresh in 64 bits. */
 #ifndef ZORPELX_REPORT_FIGURES_H
 #define ZORPELX_REPORT_FIGURES_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/report/kinds.h: what a hypergraph is made from, and what the cut means there. */
 #ifndef ZORPELX_REPORT_KINDS_H
 #define ZORPELX_REPORT_KINDS_H

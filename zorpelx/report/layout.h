@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/report/layout.h: places for the points of a picture, near to what they are joined with.
  */
 #ifndef ZORPELX_REPORT_LAYOUT_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/report/likeness.h: how far two partitions of one hypergraph agree. */
 #ifndef ZORPELX_REPORT_LIKENESS_H
 #define ZORPELX_REPORT_LIKENESS_H

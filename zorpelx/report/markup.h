@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/report/markup.h: text and numbers as HTML and SVG show them. */
 #ifndef ZORPELX_REPORT_MARKUP_H
 #define ZORPELX_REPORT_MARKUP_H

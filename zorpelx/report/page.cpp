@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/report/page.cpp: the report as one page of HTML. */
 #include "page.h"
 

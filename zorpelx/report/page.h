@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/report/page.h: the report as one page of HTML.
  *
  * It needs no network and no script. Every picture has a table beside it that says the same. What

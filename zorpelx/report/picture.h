@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/report/picture.h: pictures in SVG, inside a page or by themselves. */
 #ifndef ZORPELX_REPORT_PICTURE_H
 #define ZORPELX_REPORT_PICTURE_H

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/report/pivots.h: first places for a layout, from distances to a few nodes. */
 #ifndef ZORPELX_REPORT_PIVOTS_H
 #define ZORPELX_REPORT_PIVOTS_H

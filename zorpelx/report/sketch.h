@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/report/sketch.h: what of a hypergraph is drawn: its vertices, or clusters of them. */
 #ifndef ZORPELX_REPORT_SKETCH_H
 #define ZORPELX_REPORT_SKETCH_H

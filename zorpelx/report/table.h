@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/report/table.h: tables of a page. */
 #ifndef ZORPELX_REPORT_TABLE_H
 #define ZORPELX_REPORT_TABLE_H

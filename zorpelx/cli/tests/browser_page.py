@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The page of report in Chromium: no complaint, the figures of the JSON answer, no overflow at two
 widths, light and dark, names and order of what the keyboard reaches, colours that stand apart.
 

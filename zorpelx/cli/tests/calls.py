@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Calls of the programs under test, in a folder of their own."""
 
 import json

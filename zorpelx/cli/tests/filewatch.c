@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* zorpelx/cli/tests/filewatch.c: a shim that watches how a program writes its files.
  *
  * Preloaded, it notes in the file FILEWATCH_LOG what the program does to files, a line each, and,

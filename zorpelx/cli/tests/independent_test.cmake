@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The code that reads files, counts and verifies shares nothing with the engine: in ARCHIVE only
 # solving.cpp calls the library, and nothing calls the engine by itself. NM lists symbols.
 execute_process(COMMAND ${NM} --undefined-only ${ARCHIVE}

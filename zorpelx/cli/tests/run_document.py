@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Runs the commands of a document and compares what they print with what the document shows.
 
 In a block fenced by ```console a line that begins with "$ " is a command, continued by lines that

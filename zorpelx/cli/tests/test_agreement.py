@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """lint and the plain program agree on every file: random files, most of them damaged.
 
 ZORPEL_AGREEMENT_FILES sets how many; ZORPEL_AGREEMENT_SEED the first seed. A file on which they

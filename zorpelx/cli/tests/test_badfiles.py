@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The bad-file corpus through lint, partition and verify, against what zorpel makes of it.
 
 What zorpel accepts, zorpelx reads in the same way: its own count of zorpel's partition has to give

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Caps on reading: compressed files, pipes and headers, against --memory and --timeout."""
 
 import bz2

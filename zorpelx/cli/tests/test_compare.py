@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Two partitions compared: figures, agreement, what each gains."""
 
 import itertools

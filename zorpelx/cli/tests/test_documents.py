@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The documents say what the program and the sources say."""
 
 import re
@@ -15,7 +16,9 @@ class Documents(Case):
     def test_programs_are_those_that_the_tests_build(self):
         for language, name in (("c", "embed.c"), ("cpp", "embed.cpp")):
             shown = re.search(rf"```{language}\n(.*?)```", self.text_of("API.md"), re.S).group(1)
-            self.assertEqual(shown, (SOURCE / "tests/embed/consumer" / name).read_text())
+            licence, built = (SOURCE / "tests/embed/consumer" / name).read_text().split("\n", 1)
+            self.assertIn("SPDX", licence)
+            self.assertEqual(shown, built)
 
     def test_presets_are_those_of_the_help(self):
         for name in ("fast", "default", "best"):

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What explain says holds for every partition within the bounds, and is tight where it can be."""
 
 import itertools

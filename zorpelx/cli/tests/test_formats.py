@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Formats other than hypergraph files: what is read from files that other programs wrote, held
 against what those programs say of them."""
 

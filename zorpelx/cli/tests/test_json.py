@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """JSON answers: all of them are as the published schema says, those of failures too."""
 
 import copy

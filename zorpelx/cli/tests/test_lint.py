@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """lint: a corpus of bad files, each with the rule, line and column that must be found."""
 
 import json

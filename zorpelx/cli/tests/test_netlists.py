@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Netlists through convert, partition and annotate, with Yosys and Python as judges.
 
 What is read is looked at as HIF, which Python's own json reads. Inputs are made by Yosys from the

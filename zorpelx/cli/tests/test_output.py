@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Output files are the old ones or the new ones, whatever happens while they are written.
 
 A shim (filewatch.c) stops the program before every single file operation, or lets it fail; the

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """partition: options, input, progress, what is left behind when a run is cut short."""
 
 import fcntl

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Records of runs: partition --record, verify --record and replay."""
 
 import copy

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """report: its figures counted again in Python, its names escaped, what goes wrong told."""
 
 import html.parser

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Journals and shards: the partition of the whole run to the bit, whatever was killed on the way."""
 
 import json

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """stats: counts of small hypergraphs by hand, and the picture in the terminal."""
 
 import os

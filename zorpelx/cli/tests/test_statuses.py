@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Exit statuses: what every command has in common, and what only partition knows.
 
 Deadlines and interrupts are in test_partition, claims that are false in test_verify, weights that

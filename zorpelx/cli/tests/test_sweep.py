@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Sweeps: what is run, what is kept after a kill, what is written in the end."""
 
 import csv

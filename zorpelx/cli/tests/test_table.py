@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Help, manual page, completions and parser hold the same options: they come from one table."""
 
 import pathlib

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """verify: figures counted by hand and by zorpel, and files that are wrong on purpose."""
 
 import csv

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """report: the words that parts send each other for a product of a matrix and a vector are those that
 SciPy counts. Ends with 77 if python3-scipy is not installed."""
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Calls with random arguments, sound and absurd: whatever they are, a result or a zorpel.Error.
 
 Usage: fuzz_calls.py COUNT [SEED]; prints the call at fault and ends with 1 if one is met.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Hypergraphs from lists, flat arrays and sparse matrices."""
 
 import unittest

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Files, and a package without its library."""
 
 import bz2

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Names and units of the options, paths, and how records show themselves."""
 
 import dataclasses

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Partitioning from Python."""
 
 import doctest

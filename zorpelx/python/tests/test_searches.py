@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Searches within bounds, from Python."""
 
 import os

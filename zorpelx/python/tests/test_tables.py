@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Files of all formats with their names, tables, pictures, and what other packages hold."""
 
 import importlib.util

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Files are written whole or not at all, where they belong, and nothing else is lost."""
 
 import errno

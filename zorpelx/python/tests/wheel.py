@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Builds a wheel without a network, installs it into an empty environment, and runs it there.
 
 Usage: wheel.py SOURCE LIBRARY WORK, where SOURCE is the folder of the package, LIBRARY the library

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Hypergraph partitioning by multilevel recursive bisection.
 
 >>> import zorpel

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Reading and writing by the library: its records and routines, as declared in zorpelx_files.h."""
 
 from __future__ import annotations

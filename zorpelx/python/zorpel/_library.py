@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The C library: its records, as declared in zorpelx.h, and where to find it."""
 
 from __future__ import annotations

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Files written by the library: whole or not at all, and never over what should stay."""
 
 from __future__ import annotations

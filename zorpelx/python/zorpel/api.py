@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Partitioning and evaluation."""
 
 from __future__ import annotations

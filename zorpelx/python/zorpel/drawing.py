@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Pictures of a partition: by matplotlib, and as the page of the program zorpelx."""
 
 from __future__ import annotations

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Exceptions. Each carries a sentence that names the place at fault."""
 
 from __future__ import annotations

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Files: hypergraphs of all formats, partitions and pre-assignments, read as the program zorpelx reads
 them, by the same code."""
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Hypergraphs: flat arrays of 32-bit integers, made from whatever a program has at hand."""
 
 from __future__ import annotations

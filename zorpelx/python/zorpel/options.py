@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Options of partition(): the names, choices and presets of the program zorpelx."""
 
 from __future__ import annotations

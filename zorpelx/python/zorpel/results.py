@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What comes out: records that compare, and that show themselves in a line or a table."""
 
 from __future__ import annotations

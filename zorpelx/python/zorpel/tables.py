@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Small tables about a partition."""
 
 from __future__ import annotations
