@@ -73,8 +73,8 @@ struct Search {
     Pool pool;
     int njobs, alljobs; // that gave a result, and all of the schedule
     int next;           // number of the next job; those that nobody has made yet have one too
-    Found best; // published
-    int *whole; // [nvtxs] for publishing
+    Found best;         // published
+    int *whole;         // [nvtxs] for publishing
     std::mutex publishing;
     bool stopped; // by the fleet
     SearchReport report;
@@ -334,8 +334,8 @@ static void make_batch(Search *search, int n, SearchStep step,
     const SearchOptions *const options = search->options;
     Member results[MOST] = {};
     double seconds[MOST] = {};
-    Batch batch = {search,  options->fleet, step, search->next, std::min(n, MOST), seconds,
-                   results, work,           {0}};
+    Batch batch = {search,  options->fleet, step, search->next, std::min(n, MOST),
+                   seconds, results,        work, {0}};
     const Fleet here = {&batch, nullptr, next_here, nullptr};
     if (batch.fleet == nullptr) batch.fleet = &here;
     if (batch.fleet->open != nullptr)

@@ -32,7 +32,8 @@ struct FileShare {
 bool open_share(Ranks *ranks, const char *name, FileShare *share, ShareFault *fault);
 bool set_share(Ranks *ranks, int64_t skip, FileShare *share, ShareFault *fault);
 
-/* Whether the share, and what is before all shares, still is what it was when it was opened; a fault otherwise. */
+/* Whether the share, and what is before all shares, still is what it was when it was opened; a
+ * fault otherwise. */
 void check_unchanged(FileShare *share, ShareFault *fault);
 void close_share(FileShare *share);
 

@@ -1,5 +1,6 @@
 /* SPDX-License-Identifier: MIT */
-/* zorpelx/files/write_mtx.h: a partition of a matrix: who has which entry, and the matrix in blocks.
+/* zorpelx/files/write_mtx.h: a partition of a matrix: who has which entry, and the matrix in
+ * blocks.
  *
  * The rows and columns of each part come together, those that several parts touch come last: a
  * bordered block diagonal form (Aykanat, Pinar & Catalyurek, Permuting sparse rectangular matrices
