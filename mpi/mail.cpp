@@ -3,6 +3,7 @@
 #include "mail.h"
 
 #include <algorithm>
+#include <set>
 
 constexpr size_t LONGEST = size_t{1} << 28; // bytes of a letter of several
 
@@ -28,19 +29,46 @@ void Mailbox::send_long(int rank, int kind, const std::shared_ptr<const Bytes> &
         post(rank, kind, text, from, std::min(LONGEST, text->size() - from));
 }
 
-bool Mailbox::receive(Letter *letter)
+void Mailbox::look_for_letters()
 {
     int there = 0, size = 0;
+    MPI_Message message;
     MPI_Status status;
-    if (MPI_Iprobe(MPI_ANY_SOURCE, MPI_ANY_TAG, comm, &there, &status) != MPI_SUCCESS || !there)
-        return false;
-    MPI_Get_count(&status, MPI_BYTE, &size);
-    letter->from = status.MPI_SOURCE;
-    letter->kind = status.MPI_TAG;
-    letter->text.resize(static_cast<size_t>(size));
-    received_bytes += size;
-    return MPI_Recv(letter->text.data(), size, MPI_BYTE, status.MPI_SOURCE, status.MPI_TAG, comm,
-                    MPI_STATUS_IGNORE) == MPI_SUCCESS;
+    while (MPI_Improbe(MPI_ANY_SOURCE, MPI_ANY_TAG, comm, &there, &message, &status) ==
+               MPI_SUCCESS &&
+           there) {
+        MPI_Get_count(&status, MPI_BYTE, &size);
+        arriving.push_back({{status.MPI_SOURCE, status.MPI_TAG, Bytes(static_cast<size_t>(size))},
+                            MPI_REQUEST_NULL});
+        Arriving &last = arriving.back();
+        if (MPI_Imrecv(last.letter.text.data(), size, MPI_BYTE, &message, &last.request) !=
+            MPI_SUCCESS)
+            arriving.pop_back();
+    }
+}
+
+bool Mailbox::receive(Letter *letter)
+{
+    look_for_letters();
+    std::set<int> late; // ranks whose next letter is not all here
+    for (auto next = arriving.begin(); next != arriving.end();) {
+        int done = 0;
+        const int from = next->letter.from;
+        if (late.count(from) > 0) {
+            next++;
+        } else if (MPI_Test(&next->request, &done, MPI_STATUS_IGNORE) != MPI_SUCCESS) {
+            next = arriving.erase(next);
+        } else if (!done) {
+            late.insert(from);
+            next++;
+        } else {
+            *letter = std::move(next->letter);
+            arriving.erase(next);
+            received_bytes += static_cast<int64_t>(letter->text.size());
+            return true;
+        }
+    }
+    return false;
 }
 
 bool Mailbox::is_delivered()

@@ -29,6 +29,7 @@ class Mailbox
     void send(int rank, int kind, Bytes text);
     /* A text for several ranks, in letters of a size that MPI can count. */
     void send_long(int rank, int kind, const std::shared_ptr<const Bytes> &text);
+    /* The next letter that has arrived as a whole, if there is one. */
     bool receive(Letter *letter);
     /* Whether all that was sent is delivered. */
     bool is_delivered();
@@ -41,10 +42,18 @@ class Mailbox
         MPI_Request request;
     };
 
+    /* A letter whose sender may be gone before all of it is here. */
+    struct Arriving {
+        Letter letter;
+        MPI_Request request;
+    };
+
+    void look_for_letters();
     void post(int rank, int kind, std::shared_ptr<const Bytes> text, size_t from, size_t size);
 
     MPI_Comm comm;
     std::list<Sent> underway;
+    std::list<Arriving> arriving; // those of one rank in order
 };
 
 #endif

@@ -167,7 +167,7 @@ void bisect_recursively(const SearchTask *task, const HGraph *graph, const Bisec
     PartCtrl ctrl = {};
     ctrl.nparts = task->bounds->nparts;
     ctrl.CoarsenTo = COARSEN_TO;
-    ctrl.maxnetsize = task->maxnetsize;
+    ctrl.maxnetsize = options->maxnetsize;
     ctrl.Nruns = options->nruns;
     ctrl.CType = options->ctype;
     ctrl.RType = RTYPE_FM;

@@ -10,6 +10,7 @@ struct BisectOptions {
     int nruns;  // of the engine, each bisection
     int vcycle; // VCycleMode
     int ctype;  // MatchScheme
+    int maxnetsize; // pins: larger hyperedges stay out of coarsening
     int seed;
 };
 

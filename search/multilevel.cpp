@@ -142,7 +142,7 @@ static void partition_coarsest(const SearchTask *task, const Pass *pass, HGraph 
     }
     for (int t = 0; t < pass->ntrials; t++) {
         const BisectOptions options = {
-            1, VCYCLE_NO, t % 2 == 0 ? CTYPE_HFC : CTYPE_FC,
+            1, VCYCLE_NO, t % 2 == 0 ? CTYPE_HFC : CTYPE_FC, task->maxnetsize,
             static_cast<int>((pass->seed * 1000003 + static_cast<uint64_t>(t)) % 2147483647u)};
         bisect_recursively(task, graph, &options, trial);
         refine_level(task, pass, graph, pass->flows, random, trial);

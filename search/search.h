@@ -12,7 +12,8 @@
 struct Schedule {
     const char *name;
     int nmembers;          // partitions from scratch, each by a coarsening of its own
-    int ntrials;           // partitions of the coarsest level that each of them chooses from
+    int nengine;           // of which the first so many are runs of the engine on the whole
+    int ntrials;           // partitions of the coarsest level that each of the others chooses from
     int ncombined;         // combinations of two of the best partitions
     int batch;             // of which so many are made at a time, without knowing of each other
     int coarsest;          // vertices that a member coarsens to, at least

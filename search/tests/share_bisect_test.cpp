@@ -29,7 +29,7 @@ int weight_of_side_0(int n, int64_t least0, int64_t least1, int64_t most)
     int64_t mosts[] = {most, most}, leasts[] = {least0, least1};
     const Bounds bounds = {2, mosts, leasts};
     const SearchTask task = {graph, &bounds, Objective::cut, nullptr, 50, nullptr};
-    const BisectOptions options = {1, 0, 1, 1};
+    const BisectOptions options = {1, 0, 1, MAX_NET_SIZE, 1};
     std::vector<int> part(static_cast<size_t>(n), -1);
     bisect_recursively(&task, graph, &options, part.data());
     return n - std::accumulate(part.begin(), part.end(), 0);
