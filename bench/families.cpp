@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* bench/families.cpp: the families of zorpel-generate that resemble what is partitioned in earnest.
  */
 #include <algorithm>

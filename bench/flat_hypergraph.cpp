@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* bench/flat_hypergraph.cpp: reads a hypergraph file in one sweep over its bytes. */
 #include "flat_hypergraph.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* bench/generate.cpp: zorpel-generate, a seeded writer of test hypergraphs of any size.
  *
  * Each family is a routine that walks its hyperedges in order and hands them one at a time to

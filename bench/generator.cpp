@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* bench/generator.cpp: random numbers, writing and numbering for the families of zorpel-generate.
  */
 #include "generator.h"

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* bench/micro.cpp: zorpel-micro, which times the hot routines one by one on made-up levels.
  *
  * All take their size from the argument and report items a second, so that growth beyond linear

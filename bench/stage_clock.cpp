@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* bench/stage_clock.cpp: the engine's timers with each second charged to one stage.
  *
  * Stands in for core/timers.cpp in the staged library. The engine's own timers overlap, and the

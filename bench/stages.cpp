@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* bench/stages.cpp: takes the stages from a library, or from the timers that it printed.
  *
  * Printed timers overlap and are told to the millisecond. Which of matching's work they charge is

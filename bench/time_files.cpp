@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* bench/time_files.cpp: zorpel-io, which times the program's own reader and writer.
  *
  *   zorpel-io FILE [NPARTS]

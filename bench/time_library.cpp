@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* bench/time_library.cpp: zorpel-time, which calls an entry point of a library and tells its cost.
  *
  * Prints one line of CSV: CPU seconds and wall seconds of the call, the most memory it added (kB),

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* bench/traps.cpp: the families of zorpel-generate that set traps: inputs on which a routine that
  * is linear on others might become quadratic. */
 #include <algorithm>

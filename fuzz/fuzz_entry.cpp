@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* fuzz/fuzz_entry.cpp: any bytes as a call of an entry point.
  *
  * Bytes become counts, options, weights and hyperedges; most are folded into the range where the

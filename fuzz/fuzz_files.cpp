@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* fuzz/fuzz_files.cpp: any bytes as a hypergraph file of zorpelx, compressed or not, numbered from 0 or
  * 1, with long lines refused, whole or in pieces, within a cap; the first byte chooses. Whatever
  * the bytes are, the record is sound, and what was charged to the budget is within its cap. */

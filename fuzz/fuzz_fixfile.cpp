@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* fuzz/fuzz_fixfile.cpp: any bytes as a fix file, behind one byte that gives the count of vertices.
  * Entries are taken in order and those behind the first malformed one keep their value.
  */

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* fuzz/fuzz_interface.cpp: any bytes as calls of libzorpelx.
  *
  * Bytes become a hypergraph, options and a partition; most are folded into the range where a call

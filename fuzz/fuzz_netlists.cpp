@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* fuzz/fuzz_netlists.cpp: any bytes as a file of any format but zorpel's own, or as a table of
  * areas; the first byte tells which, and by which model. N1  what is read keeps the invariants of
  * the record, and the budget is never passed N2  a record written as HIF is read as the same N3

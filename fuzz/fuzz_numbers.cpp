@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* fuzz/fuzz_numbers.cpp: any bytes as a partition or fix file of zorpelx; the first two bytes tell how
  * many vertices and parts there should be. */
 #include "bytes.h"

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* fuzz/fuzz_reader.cpp: any bytes as a hypergraph file. What is accepted must be a sound record. */
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* fuzz/fuzz_readers.cpp: any bytes as a hypergraph file, given to all readers at once.
  *   D1  the engine's reader and that of zorpelx/files accept the same files, and read the same
  *   D2  what the reader of zorpelx/files reads without an error, libzorpelx reads as the same for

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* fuzz/fuzz_report.cpp: any bytes as a report, held against a small partition. The first byte chooses:
  * the bytes as they are, or put over the report that is right at a place that the second tells. */
 #include <string>

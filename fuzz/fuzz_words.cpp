@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* fuzz/fuzz_words.cpp: any words on the command line, one a line; "g" and "f" name a small hypergraph
  * and a fix file. Numbers that would only make the run long are passed over.
  */

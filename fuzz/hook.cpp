@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* fuzz/hook.cpp: a fatal exit that jumps back, files in memory, and tracked allocations. */
 #include "hook.h"
 

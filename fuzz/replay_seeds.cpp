@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* fuzz/replay_seeds.cpp: feeds files, or all files of folders, to a fuzz target without the fuzzer. */
 #include <cstdio>
 #include <filesystem>

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* mpi/cluster_commands.cpp: the table of the commands of zorpelx-mpi. */
 #include "cluster_commands.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* mpi/cluster_convert.cpp: convert: the binary form of a hypergraph, written by all ranks.
  *
  * The file is made beside its place: rank 0 makes it, every rank writes the bytes of its share, and

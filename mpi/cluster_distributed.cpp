@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* mpi/cluster_distributed.cpp: partition --distributed: files and options around divide(). */
 #include "cluster_distributed.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* mpi/cluster_main.cpp: zorpelx-mpi, from the command line to a command and its status.
  *
  * Rank 0 speaks for all where all have the same to say. A rank that fails alone ends the others.

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* mpi/cluster_partition.cpp: the partition command of zorpelx-mpi. */
 #include "cluster_partition.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* mpi/cluster_verify.cpp: verify --distributed: cut, km1 and weights, counted by all ranks.
  *
  * Nothing here is shared with the partitioner but the transport and the reading of shares: no

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* mpi/follow.cpp: a rank that makes jobs for the head.
  *
  * The search runs in a process of its own, called by a thread; this one carries what it says to the

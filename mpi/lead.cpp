@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* mpi/lead.cpp: rank 0, which reads, hands out jobs, and delivers.
  *
  * The partition command runs in a thread, with a search of its own like every rank's; this one

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* mpi/letters.cpp: what the ranks of a shared search write to each other. */
 #include "letters.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* mpi/mail.cpp: letters between ranks that never wait for each other. */
 #include "mail.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* mpi/same_words.cpp: versions and command lines are compared by digests, in one exchange. */
 #include "same_words.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* search/bisect.cpp: recursive bisection whose bounds follow from those of the parts.
  *
  * A half that is lighter than it might be leaves its parts more room: so each bisection takes the

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* search/bold.cpp: refinement that leaves the bounds for a while.
  *
  * With tight bounds a group of vertices that belongs elsewhere cannot move there one by one: the

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* search/exact.cpp: branch and bound over the parts of one vertex after the other.
  *
  * The cost of the hyperedges that the vertices placed so far have cut never falls when another is

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* search/flow.cpp: which pairs of parts are refined by flows, with regions of which size.
  *
  * Small regions are tried first: they cost little and mostly find what there is. Regions of twice

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* search/flow_cut.cpp: balanced minimum cuts by growing both ends of a flow network.
  *
  * Once the flow is maximum, what the source reaches is one minimum cut and what reaches the sink is

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* search/flow_net.cpp: the region around a cut and its network.
  *
  * Two breadth-first searches from the cut collect the region. The network is then filled from the

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* search/flow_ok.cpp: the invariants of flow networks and of their cuts, tested from scratch. */
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* search/gain_cache.cpp: rows of gains. See the header for what they hold. */
 #include "search/gain_cache.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* search/gain_heap.cpp: the heap of moves. See the header for its invariants. */
 #include "search/gain_heap.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* search/kway_fm.cpp: localized k-way Fiduccia-Mattheyses refinement.
  *
  * Gains of vertices that searches have come near are kept in rows (search/gain_cache.h). A vertex

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* search/multilevel.cpp: one multilevel pass.
  *
  * The engine's matchings make the levels. With labels only vertices of one label are merged, so

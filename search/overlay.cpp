@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* search/overlay.cpp: cells of an overlay of partitions.
  *
  * Vertices are listed by label, counted and placed; within a label a table of parts with stamps

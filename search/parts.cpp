@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* search/parts.cpp: pin counts of a k-way partition, moves and gains.
  *
  * A list of the parts that a hyperedge touches is short (most touch one or two), so it is searched

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* search/parts_ok.cpp: the invariants of partitions, gains, pools and reductions, tested from
  * scratch. */
 #include <algorithm>

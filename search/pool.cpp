@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* search/pool.cpp: which partitions stay in the pool, and which are combined.
  *
  * A pool that keeps the best alone soon holds one partition with small changes, and combinations of

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* search/rebalance.cpp: moves that mend the weights of parts.
  *
  * Two loops of one kind: vertices leave parts that are too heavy, then vertices enter parts that

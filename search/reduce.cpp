@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* search/reduce.cpp: clusters of what must stay together, without what cannot matter.
  *
  * Stages: number the clusters (fixed ones, groups, single vertices), find those with hyperedges of

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* search/search.cpp: a pool of partitions, improved by combining the best of them.
  *
  * Jobs are numbered: first the members of the pool, then combinations in batches. What a job does

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/check_partition.cpp: check_partition, a judge of partition files that trusts nobody.
  *
  * It reads the hypergraph, partition and fix files again with code of its own, shares not a line

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* mpi/distributed/bold_moves.cpp: plan, judge again, move, rebalance, keep the best.
  *
  * A plan is a move that each vertex would make by itself. Ghosts learn it, and every hyperedge

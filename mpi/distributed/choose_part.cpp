@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* mpi/distributed/choose_part.cpp: the part of the largest gain, among equals the one with most
  * room.
  *

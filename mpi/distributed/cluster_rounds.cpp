@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* mpi/distributed/cluster_rounds.cpp: rating, proposing, accepting, in turns.
  *
  * A turn has four exchanges:

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* mpi/distributed/cluster_rounds_ok.cpp: the predicate of clusters. */
 #include "core/holds.h"
 #include "distributed/cluster_rounds.h"

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* mpi/distributed/contract_ranks.cpp: clusters become vertices, over ranks.
  *
  * Stages: number the leaders; tell the members; weights to the coarser vertices' owners; rename the

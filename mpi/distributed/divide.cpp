@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* mpi/distributed/divide.cpp: coarsen over ranks, partition on one, refine over ranks.
  *
  * What stays true: every step is a function of the hypergraph, the options and global numbers.

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* mpi/distributed/division.cpp: parts of own vertices and of ghosts, and weights of parts. */
 #include "distributed/division.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* mpi/distributed/division_ok.cpp: the predicate of a division. */
 #include "core/holds.h"
 #include "distributed/division.h"

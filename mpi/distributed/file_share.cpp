@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* mpi/distributed/file_share.cpp: pieces of a file, lines in them, digests. */
 #include "distributed/file_share.h"
 

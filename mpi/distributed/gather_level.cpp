@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* mpi/distributed/gather_level.cpp: all of a level on one rank.
  *
  * Ranks hold vertices in the order of their numbers, and hyperedges in the order in which they were

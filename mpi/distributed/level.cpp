@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* mpi/distributed/level.cpp: ghosts, mirrors and totals of a level.
  *
  * Stages: leave out what cannot be cut, list the ghosts (sort, unique), number the pins by them,

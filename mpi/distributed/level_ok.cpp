@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* mpi/distributed/level_ok.cpp: the predicate of a level. */
 #include "core/holds.h"
 #include "distributed/level.h"

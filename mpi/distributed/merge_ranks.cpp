@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* mpi/distributed/merge_ranks.cpp: a sample sort of hyperedges by content.
  *
  * Stages: keys; bounds of the ranks' keys, from samples; exchange; sort; merge neighbours.

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* mpi/distributed/ranks.cpp: exchanges of records between ranks, and what they cost. */
 #include "distributed/ranks.h"
 

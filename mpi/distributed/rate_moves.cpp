@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* mpi/distributed/rate_moves.cpp: one sweep over a rank's hyperedges.
  *
  * A hyperedge of weight w that touches d parts costs w c(d). If a pin leaves part a for b, it

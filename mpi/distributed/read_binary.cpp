@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* mpi/distributed/read_binary.cpp: offsets are searched in the file, so that none reads them all.
  */
 #include "distributed/read_binary.h"

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* mpi/distributed/read_share.cpp: hyperedges of a text, weights of vertices, lists of numbers.
  *
  * A rank first counts the lines that begin in its share; the sum over the ranks before it tells

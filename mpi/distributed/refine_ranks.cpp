@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* mpi/distributed/refine_ranks.cpp: turns of moves whose gains are added up from all ranks.
  *
  * A turn: rate, choose the best part for each vertex whose turn it is, keep the best moves that the

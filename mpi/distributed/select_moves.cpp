@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* mpi/distributed/select_moves.cpp: a search for the last key that fits, byte by byte.
  *
  * Nobody sees all the moves. Weights are summed by the leading byte of the key over all ranks; that

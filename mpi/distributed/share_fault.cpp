@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* mpi/distributed/share_fault.cpp: of many faults, one that all ranks name alike. */
 #include "distributed/share_fault.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* search/tests/exact_test.cpp: branch and bound against all partitions tried one by one. */
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* search/tests/flow_test.cpp: flows between parts against a network with every node spelt out. */
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* search/tests/gain_heap_test.cpp: the heap of moves against a sorted list. */
 #include <gtest/gtest.h>
 

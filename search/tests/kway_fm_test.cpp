@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* search/tests/kway_fm_test.cpp: gain rows, local refinement, rebalancing, packing. */
 #include <gtest/gtest.h>
 

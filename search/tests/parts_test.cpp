@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* search/tests/parts_test.cpp: pin counts, moves and gains against fresh counts. */
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* search/tests/pool_test.cpp: which partitions a pool keeps and which it combines. */
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* search/tests/search_optima.cpp: how often each preset finds the optimum of small hypergraphs.
  *
  * Hypergraphs of 4 to 12 vertices in 2 to 4 parts, bounds of 0 to 20 percent, all objectives. The

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* search/tests/search_test.cpp: overlays, reductions and whole searches, against brute force. */
 #include <gtest/gtest.h>
 

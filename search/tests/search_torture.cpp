@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* search/tests/search_torture.cpp: many random searches, each checked by plain code.
  *
  * Weights of 0, fixed vertices, groups, parts of unequal size, starts out of bounds, all presets

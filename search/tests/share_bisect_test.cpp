@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* search/tests/share_bisect_test.cpp: bisections whose bounds follow from those of the parts. */
 #include <gtest/gtest.h>
 #include <numeric>

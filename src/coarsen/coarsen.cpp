@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* coarsen/coarsen.cpp: the multilevel coarsening drivers.
  *
  * One loop serves ordinary and restricted coarsening: park the islands, match and contract, look at

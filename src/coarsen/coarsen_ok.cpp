@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* coarsen/coarsen_ok.cpp: the invariants of matching's records, tested from scratch.
  *
  * The search for partners, the marks of cut hyperedges, bare lists, and the two kinds of groups.

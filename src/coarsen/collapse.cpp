@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* coarsen/collapse.cpp: merging of identical hyperedges in bare lists.
  *
  * Splitting a bisected hypergraph often leaves several hyperedges with the same pins; one of their

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* coarsen/contract.cpp: construction of the next coarser level.
  *
  *     map         each finer hyperedge to coarse vertices, in order and each once; those within one

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* coarsen/match_edges.cpp: matching of vertex pairs by heaviest connectivity.
  *
  * Vertices are visited by increasing degree, at random among equals; each free one takes the free

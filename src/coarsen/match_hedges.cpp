@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* coarsen/match_hedges.cpp: matching by whole hyperedges.
  *
  * Hyperedges are taken by decreasing weight, smaller ones first among equals. One routine serves

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* coarsen/match_star.cpp: first-choice matching, whose groups grow into stars.
  *
  * A vertex may join a group formed earlier in the same pass if the group has room. Stopping at

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* coarsen/merge_nets.cpp: merging of identical hyperedges.
  *
  * Candidates for merging stand next to each other once the hyperedges are sorted by a key computed

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* core/bucket_queue.cpp: opening, emptying and searching of bucket queues.
  *
  * The operations of the move loop are inline in the header, with a picture of the block. Here is

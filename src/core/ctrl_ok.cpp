@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* core/ctrl_ok.cpp: the invariants of the control record and of the generator on it.
  *
  * The fields that have two readings (CType, RType) are not tested: a stage refuses what it does not

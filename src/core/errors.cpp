@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* core/errors.cpp: the fatal exit and checked file opening.
  *
  * Every unrecoverable condition ends here, with one sentence on standard error and status 0.

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* core/heap_queue.cpp: the binary heap of vertices by gain.
  *
  * A vertex on its way moves as a hole: the entries that it passes are shifted, and it is written

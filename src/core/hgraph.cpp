@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* core/hgraph.cpp: the hypergraph record: creation, release, incidence, derived weights.
  *
  * Incidence comes from the pin lists by counting transposition (count, prefix sum, place), so each

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* core/hgraph_ok.cpp: the invariants of a level, tested from scratch.
  *
  * A level's arrays come to life one after the other; the caller says which of them hold at its

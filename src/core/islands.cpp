@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* core/islands.cpp: vertices without hyperedges.
  *
  * An island cannot influence the cut, so it is kept out of matching and refinement and only serves

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* core/memory.cpp: checked allocation and release of arrays in groups.
  *
  * Every request goes through checked_malloc: nothing for no bytes, and a sentence and the end for

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* core/queue_ok.cpp: the invariants of the gain queues, tested from scratch.
  *
  * Bucket queues are followed link by link, backwards pointers included; the count of nodes bounds

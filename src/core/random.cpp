@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* core/random.cpp: random numbers, seeding and random permutations.
  *
  * The number and order of draws is part of every result: a routine draws its numbers in pairs,

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* core/sort.cpp: counting sort, and one quicksort for every element type and order.
  *
  * The quicksort partitions down to ranges of at most 21 elements, each of which is then put in

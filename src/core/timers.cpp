@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* core/timers.cpp: the CPU clock and the timers of a run.
  *
  * A timer is a sum: starting subtracts the clock, stopping adds it, and stages that nest charge the

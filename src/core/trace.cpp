@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* core/trace.cpp: where the traces of a call go.
  *
  * All output of the engine while it partitions passes through these three: to standard output, or

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* core/vectors.cpp: short loops over arrays.
  *
  * The first of equal extremes is taken, and sums of 32 bits wrap: results depend on both. The last

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* core/work_counts.cpp: the counted build's own two symbols.
  *
  * Only libzorpel_counted is compiled with ZORPEL_COUNT_WORK; for every other library this file is

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* driver/reports.cpp: what the program prints before and after partitioning.
  *
  * Before: the banner, the sizes and the options by name. After: cut, sum of external degrees,

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* driver/zorpel_main.cpp: the program: read, partition, write, report.
  *
  * Errors end the process with status 0, as everywhere in this program: its callers read messages.

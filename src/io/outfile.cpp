@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* io/outfile.cpp: files that are written whole or not at all.
  *
  * Whoever finds a partition file takes it for a partition. So one that could not be written to its

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* io/partfile.cpp: the partition file and the fix file.
  *
  * The number in the partition file's name is the count of parts really used, as judged by the

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* io/read_hgraph.cpp: the hypergraph file.
  *
  * A first pass counts the vertex entries so that the second may fill arrays of the final size. A

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* io/textfile.cpp: text files as a sequence of bounded lines of integers.
  *
  * A file is read once, whole, so that several passes cost no further reading and pipes work too.

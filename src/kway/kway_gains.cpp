@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* kway/kway_gains.cpp: part lists of hyperedges and vertices for k-way refinement.
  *
  * Each hyperedge lists the parts it touches with its pins in each; each vertex lists the other

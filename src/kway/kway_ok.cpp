@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* kway/kway_ok.cpp: the invariants of k-way records, tested by computing everything aside.
  *
  * A second set of records is made for the same level and partition and compared with the first, as

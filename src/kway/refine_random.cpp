@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* kway/refine_random.cpp: greedy k-way refinement in random order.
  *
  * A vertex moves at most once a sweep, and no move is taken back. The two objectives differ in how

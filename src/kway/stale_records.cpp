@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* kway/stale_records.cpp: vertices' records that wait to be recomputed until they are read.
  *
  * A move makes records stale in two ways. Where gains change, the record is marked and listed.

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* kway/uncoarsen_kway.cpp: uncoarsening of a k-way partition.
  *
  * From the coarsest level to the one asked for: project, refine for the objective, give every

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* partition/bisection.cpp: one multilevel bisection.
  *
  * What the runs of a bisection are made of: the coarsest level is bisected by growing a side,

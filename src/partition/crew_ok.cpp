@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* partition/crew_ok.cpp: the invariants of the threads of a call.
  *
  * Threads come and go while W1 is tested, so one reading of the counter has to do. W2 is for the

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* partition/entry.cpp: the exported entry points.
  *
  * Each checks its arguments before anything is built, copies the caller's arrays into a fresh

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* partition/fixed.cpp: pre-assigned vertices.
  *
  * All vertices fixed to one part are merged into one; partitioning keeps these merged vertices

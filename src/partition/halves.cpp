@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* partition/halves.cpp: the two halves of a bisection side by side, in two threads.
  *
  * Each bisection seeds its generator, so a half's result does not depend on what was done before:

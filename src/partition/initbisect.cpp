@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* partition/initbisect.cpp: bisection of the coarsest level.
  *
  * Side 0 takes vertices in random order until it reaches its share of the weight; side 1 gets the

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* partition/prune.cpp: leaving out large hyperedges.
  *
  * A large hyperedge is cut almost always, and would make matching and gains costly. No map back is

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* partition/recursive.cpp: recursive bisection into any number of parts.
  *
  * The left half is recursed into, the right half iterated on. With an odd number of parts the

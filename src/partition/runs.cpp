@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* partition/runs.cpp: independent multilevel runs of one hypergraph, the best one kept.
  *
  * Coarsening works on a copy without the large hyperedges; its result is refined on the whole

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* partition/split.cpp: the two halves of a bisected hypergraph.
  *
  * The lists of both halves grow side by side in one sweep over the hyperedges. A cut hyperedge goes

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* partition/vcycle.cpp: the V-cycle loop of two-way and k-way partitions.
  *
  * A cycle coarsens without merging across parts and refines on the way back. Cycles alternate the

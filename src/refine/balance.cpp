@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* refine/balance.cpp: greedy repair of an unbalanced bisection.
  *
  * Vertices leave the side that keeps its bound for the one that does not, by gain; one that is too

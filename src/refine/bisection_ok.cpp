@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* refine/bisection_ok.cpp: the invariants of an open bisection, tested from scratch.
  *
  * Sides, weights, cut, pin counts and pinxor are counted again from the level's lists, gains from

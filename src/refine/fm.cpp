@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* refine/fm.cpp: Fiduccia-Mattheyses refinement, one loop for four variants.
  *
  * A pass moves the best-gain vertex that the balance rule allows, over and over, and then goes back

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* refine/gains.cpp: two-way refinement arrays, and gains, pin counts and cut from scratch.
  *
  * The plain rule that everything incremental must agree with: a hyperedge counts for a vertex that

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* refine/oneway.cpp: FM passes that move vertices in one direction.
  *
  * The movable vertices of the giving side are queued, nobody of the other. A vertex that the side's

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* refine/open_bisection.cpp: opening, loading, queueing and storing a bisection under refinement.
  *
  * Gains are computed hyperedge by hyperedge: uncut ones take their weight off each pin's gain, so

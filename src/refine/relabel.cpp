@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* refine/relabel.cpp: a level's lists in an order that keeps neighbours together.
  *
  * Coarse numbers follow the order of matching, which scatters neighbours over memory. In a copy in

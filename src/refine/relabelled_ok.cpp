@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* refine/relabelled_ok.cpp: the invariants of a renumbered copy of a level, tested from scratch.
  *
  * The copy's lists are those of the level, in the level's order, with other numbers: a list that

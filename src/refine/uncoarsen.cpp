@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* refine/uncoarsen.cpp: uncoarsening of one multilevel bisection.
  *
  * True between levels: where is a bisection of the current level, islands included, and no coarser

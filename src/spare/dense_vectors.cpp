@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* spare/dense_vectors.cpp: kernels on vectors of reals.
  *
  * Plain loops from the first entry to the last, in the precision of the vectors: no sum is

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* spare/direct.cpp: direct multilevel k-way partitioning.
  *
  * The coarsest level is partitioned by recursive bisection and refined; the finer ones are refined

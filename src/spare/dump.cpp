@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* spare/dump.cpp: writers for inspecting hypergraphs while developing.
  *
  * They write what the reader of hypergraph files takes, vertices from 1, to files in the working

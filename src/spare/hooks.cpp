@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* spare/hooks.cpp: places for a breakpoint while debugging.
  *
  * CheckDegrees and CheckHGraph compute something afresh and report nothing: one stops in them and

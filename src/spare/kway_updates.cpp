@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* spare/kway_updates.cpp: k-way records brought up to date at once.
  *
  * After a move every hyperedge of the vertex is brought up to date, then every vertex whose gains

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* spare/part_cuts.cpp: each part's external degree.
  *
  * Hyperedge by hyperedge: count its pins in each part, charge the parts if there are several, and

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* spare/pqueue.cpp: the gain queue whose form is chosen when it is made.
  *
  * Ties decide results: a bucket gives its latest vertex first, and a heap entry never passes one

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/counts/count_work.cpp: calls the counted library and tells how much work each call did.
  *
  *   count_work HGR <JOBS >COUNTS

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/embed/caps_test.cpp: memory cap, deadline and cancel flag hold in the caller's process too.
  *
  * What the library allocates here is counted by operator new, which it takes from this program.

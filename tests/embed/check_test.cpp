@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/embed/check_test.cpp: every fault of a call has a status and a sentence naming the place.
  */
 #include <climits>

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/embed/evaluate_test.cpp: figures of a partition against a naive count. */
 #include <climits>
 #include <cmath>

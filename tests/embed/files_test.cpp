@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 // Reading by the library: statuses, messages, findings, caps, and what is written.
 #include <cstdlib>
 #include <string>

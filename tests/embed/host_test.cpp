@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/embed/host_test.cpp: the caller's process survives everything and is left as it was.
  *
  * What befalls a child is arranged by a handler that fork() runs in it, before the library's own

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/embed/leaving_test.cpp: callbacks that do not return leave no child, file or memory behind.
  *
  * Memory is the leak sanitizer's business, in the check preset.

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/embed/limits_test.cpp: how much weight each part may get. */
 #include <cstring>
 #include <gtest/gtest.h>

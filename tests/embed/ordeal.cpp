@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/embed/ordeal.cpp: a host of libzorpelx under kills, interrupts and failing system calls.
  *
  * Usage: embed_ordeal kills|hosts|interrupts|failures COUNT SEED

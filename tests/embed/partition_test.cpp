@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/embed/partition_test.cpp: what libzorpelx delivers, against the engine called directly. */
 #include <climits>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/embed/searches_test.cpp: searches through libzorpelx: bounds, objectives, constraints,
  * starts to improve, time. Every partition is evaluated anew. */
 #include <chrono>

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/embed/threads_test.cpp: several threads in a start: same bits, same traces, same limits. */
 #include <climits>
 #include <cstddef>

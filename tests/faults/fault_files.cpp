@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* faults/fault_files.cpp: every opening, read, write and closing of a run of the program fails
  * once, alone and with all later ones.
  *

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* faults/fault_memory.cpp: every allocation of small runs over all schemes fails once, alone and
  * with all later ones.
  *

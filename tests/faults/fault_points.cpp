@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* faults/fault_points.cpp: failures injected one at a time, each in a child process. */
 #include "fault_points.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/golden/partition_driver.cpp: calls the library's entry points and measures what they give.
  *
  *   partition_driver HGR FOLDER <JOBS >TABLE

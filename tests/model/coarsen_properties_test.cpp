@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/model/coarsen_properties_test.cpp: what every matching and every coarsening scheme must
  * keep, on thousands of random levels: weights, cuts of projected partitions, fixed vertices,
  * weight limits, parts. Everything is recounted from the pin lists.

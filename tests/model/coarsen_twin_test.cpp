@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/model/coarsen_twin_test.cpp: matchings, contraction and collapsing against plain twins.
  *
  * The twins keep groups as lists and look partners up by scanning; only the random permutation and

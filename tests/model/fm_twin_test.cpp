@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/model/fm_twin_test.cpp: every two-way refiner against a plain twin, move by move.
  *
  * The twin has no gain buckets, no pin counts and no incremental gains: a queue is a list that is

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/model/kway_properties_test.cpp: what k-way records, refinement and uncoarsening must keep,
  * on thousands of random levels. Everything is recounted from the pin lists.
  */

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/model/kway_twin_test.cpp: k-way refinement against a plain twin, move by move.
  *
  * The twin counts every vertex's record from the hyperedges' part lists at each visit. Two things

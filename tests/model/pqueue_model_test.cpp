@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/model/pqueue_model_test.cpp: the gain queue against naive twins under random operations.
  *
  * The twin of the bucket form is one list, latest entry first, searched from end to end; the twin

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/model/properties_test.cpp: what every two-way refiner and the refinement driver must keep,
  * on thousands of random levels: several families of hyperedges, weights, heavy and fixed vertices,
  * gain ranges for both queue forms. Everything is recounted from the pin lists.

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/model/sort_model_test.cpp: the sorts against a plain retelling, equal keys included.
  *
  * Quicksort partitions around the median of three and leaves ranges of at most 21 elements to one

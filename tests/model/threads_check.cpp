@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* model/threads_check.cpp: random cases with one, two and four threads, which must give the same.
  *
  * usage: threads_check --n CASES --seed SEED [--jobs J]

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* model/torture_calls.cpp: makes the call of a case, with a clock and an output of its own.
  *
  * The arrays handed over are copies of their exact size, so that the address sanitizer sees every

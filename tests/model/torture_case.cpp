@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* model/torture_case.cpp: cases and their text form.
  *
  * The text is words: each field's name, then its numbers; lists begin with their length, a null

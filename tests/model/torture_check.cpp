@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* model/torture_check.cpp: judges the outcome of a call.
  *
  * What holds of every outcome:

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* model/torture_draw.cpp: families of hypergraphs and random option points.
  *
  * Most cases are tiny, since most mistakes show on a dozen vertices and a dozen costs little; one

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* model/torture_edges_test.cpp: sums at the edge of 32 bits.
  *
  * Totals of weights reach 2147483646: up to there every figure is exact, above the call is refused

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* model/torture_exhaustive.cpp: every hypergraph up to a small size, on a grid of options.
  *
  * A hypergraph of n vertices is a choice of at most four distinct sets of vertices, each once or

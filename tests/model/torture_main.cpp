@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* model/torture_main.cpp: zorpel-torture, random cases in child processes, failures shrunk.
  *
  * Cases run in children, a batch each, so that one that crashes or ends the process takes only its

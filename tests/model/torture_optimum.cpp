@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* model/torture_optimum.cpp: how far results are from the optimum, found by trying everything.
  *
  * Random hypergraphs of at most 12 vertices (9 for 3 parts, 8 for 4) with weights of 1. Two parts:

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* model/torture_shrink.cpp: the smallest case that still fails.
  *
  * Blocks of hyperedges and vertices are dropped, halves first, then ever smaller ones; then single

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/balance_test.cpp: greedy repair of an unbalanced bisection. */
 #include "refine/balance.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/bisection_ok_test.cpp: each invariant of an open bisection and of its queues, broken
  * once by hand, is named by its number.
  */

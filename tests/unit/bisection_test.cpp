@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/bisection_test.cpp: one multilevel bisection and its measures. */
 #include "partition/bisection.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/coarsen_test.cpp: the coarsening drivers. */
 #include "coarsen/coarsen.h"
 

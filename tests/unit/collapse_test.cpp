@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/collapse_test.cpp: merging of identical hyperedges in bare lists. */
 #include "coarsen/collapse.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/contract_test.cpp: construction of the next coarser level. */
 #include "coarsen/contract.h"
 

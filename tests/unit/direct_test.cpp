@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/direct_test.cpp: direct k-way partitioning, on the shipped examples.
  *
  * The coarsest level is partitioned by a call that seeds from the clock, so no result is pinned:

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/dump_test.cpp: writers for inspecting hypergraphs. */
 #include "spare/dump.h"
 

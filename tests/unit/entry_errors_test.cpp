@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/entry_errors_test.cpp: what the entry points refuse, in which order and words. */
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/entry_test.cpp: what the entry points do with arguments they accept. */
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/errors_test.cpp: the fatal exit and checked file opening. */
 #include "core/errors.h"
 

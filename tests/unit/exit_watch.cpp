@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/exit_watch.cpp: a routine that ends the process does so with status 0, which would
  * pass for a passed test; here such an end becomes a failure of the test program. Child processes,
  * in which ends are expected, are left alone.

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/fixed_test.cpp: pre-assigned vertices. */
 #include "partition/fixed.h"
 

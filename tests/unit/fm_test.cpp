@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/fm_test.cpp: the four variants of FM refinement. */
 #include "refine/fm.h"
 

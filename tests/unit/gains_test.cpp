@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/gains_test.cpp: gains, pin counts and cut from scratch. */
 #include "refine/gains.h"
 

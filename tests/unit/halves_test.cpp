@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/halves_test.cpp: the two halves of a bisection side by side: whoever is first, the
  * result and the control record are those of one thread.
  */

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/header_cxx.cpp: zorpel.h compiles alone and first as C++17, and links as C++. */
 #include "zorpel.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/hgraph_test.cpp: the hypergraph record, its derived arrays and its checker. */
 #include "core/hgraph.h"
 

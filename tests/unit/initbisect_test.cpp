@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/initbisect_test.cpp: bisection of the coarsest level. */
 #include "partition/initbisect.h"
 

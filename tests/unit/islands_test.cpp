@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/islands_test.cpp: parking vertices without hyperedges, and bringing them back. */
 #include "core/islands.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/kway_gains_test.cpp: the k-way records, from scratch and after moves. */
 #include "kway/kway_gains.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/main_test.cpp: the program's own checks of words and fix file, on the program built.
  */
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/match_edges_test.cpp: matching of pairs. On fewer than 16 vertices the random order is
  * the order of numbers, so vertices are visited by degree, then by number.
  */

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/match_hedges_test.cpp: matching by whole hyperedges. */
 #include "coarsen/match_hedges.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/match_star_test.cpp: first-choice matching. On fewer than 16 vertices the random order
  * is the order of numbers.
  */

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/memory_test.cpp: checked allocation and release of arrays in groups. */
 #include "core/memory.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/net_counts_test.cpp: the packed counts of a hyperedge against the plain rule, for
  * every combination of counts that fits.
  */

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/numbers_test.cpp: conversions whose rounding decides results. */
 #include "core/numbers.h"
 #include "spare/dense_vectors.h"

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/oneway_test.cpp: FM passes in one direction. */
 #include "refine/oneway.h"
 

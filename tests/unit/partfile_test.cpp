@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/partfile_test.cpp: the partition file and the fix file. */
 #include "io/partfile.h"
 

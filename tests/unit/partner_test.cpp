@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/partner_test.cpp: sums of edge weights in a table of ints, and when a survey is sure
  * of the strongest candidate.
  */

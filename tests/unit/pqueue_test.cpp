@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/pqueue_test.cpp: the gain queue, in both its forms. */
 #include "spare/pqueue.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/prune_test.cpp: leaving out large hyperedges. */
 #include "partition/prune.h"
 

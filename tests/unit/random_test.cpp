@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/random_test.cpp: seeding and random permutations, against a plain retelling of the
  * draws with the C library's own generator.
  */

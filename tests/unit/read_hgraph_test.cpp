@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/read_hgraph_test.cpp: the hypergraph file, good and bad. */
 #include "io/read_hgraph.h"
 

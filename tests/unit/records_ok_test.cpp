@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/records_ok_test.cpp: each invariant of the records of matching, of a renumbered copy
  * and of k-way refinement, broken once by hand, is named by its number.
  */

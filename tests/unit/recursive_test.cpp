@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/recursive_test.cpp: recursive bisection into any number of parts. */
 #include "partition/recursive.h"
 

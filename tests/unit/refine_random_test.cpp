@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/refine_random_test.cpp: greedy k-way refinement. On fewer than 16 vertices the random
  * order is the order of numbers.
  */

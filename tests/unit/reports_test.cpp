@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/reports_test.cpp: what the program prints before and after partitioning. */
 #include "driver/reports.h"
 

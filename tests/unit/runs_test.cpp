@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/runs_test.cpp: which run is kept and which gets V-cycles, driven by scripts: each run
  * finds the value that the script holds for it, and marks its partition with its number.
  */

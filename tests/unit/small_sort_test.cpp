@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/small_sort_test.cpp: sorting networks, for every input of zeros and ones. A network
  * that sorts these sorts any numbers.
  */

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/sort_test.cpp: the sorts of coarsening. Their order among equal keys is compared with
  * a twin in tests/model/sort_model_test.cpp.
  */

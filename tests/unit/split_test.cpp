@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/split_test.cpp: the two halves of a bisected hypergraph. */
 #include "partition/split.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/timers_test.cpp: the CPU clock and the timers of a run. */
 #include "core/timers.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/uncoarsen_kway_test.cpp: uncoarsening of k-way partitions, islands, V-cycles. */
 #include "kway/uncoarsen_kway.h"
 

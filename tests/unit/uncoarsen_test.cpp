@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/uncoarsen_test.cpp: the refinement driver and projection. */
 #include "refine/uncoarsen.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/vcycle_test.cpp: the V-cycle loop, driven by a script of values. */
 #include "partition/vcycle.h"
 

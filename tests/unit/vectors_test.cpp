@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* tests/unit/vectors_test.cpp: short loops over arrays. */
 #include "core/vectors.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/advice.cpp: what a balance factor means for the parts, and whether it can be kept.
  *
  * k parts come from a tree of bisections: floor(k/2) parts to side 0, the rest to side 1, and so on

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/app.cpp: the command line, parsed by the table of options. */
 #include "app.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/bounds.cpp: what each part may weigh. */
 #include "bounds.h"
 

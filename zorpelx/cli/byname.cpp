@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/byname.cpp: vertices chosen on the command line by patterns of their names. */
 #include "byname.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/compare.cpp: the compare command: which of two partitions is better, and where.
  *
  * Better is what partition would deliver of the two: first the one that is nearer to its bounds,

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/completion.cpp: completions of bash and zsh, from the table of options. */
 #include "commands.h"
 #include "rules.h"

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/convert.cpp: the convert and annotate commands: hypergraphs and partitions in other
  * formats. */
 #include <cstdio>

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/difference.cpp: where two JSON values differ. */
 #include "difference.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/digest.cpp: SHA-256 digests of hypergraphs, partitions and texts.
  *
  * The text of a hypergraph is never there as a whole: it passes through a small buffer.

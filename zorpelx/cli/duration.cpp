@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/duration.cpp: how long the presets of a search take, roughly. */
 #include "duration.h"
 

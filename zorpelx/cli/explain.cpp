@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/explain.cpp: the explain command: what bounds a partition, in words with figures. */
 #include <algorithm>
 #include <cmath>

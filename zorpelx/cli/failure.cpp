@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/failure.cpp: formatted texts and failures. */
 #include "failure.h"
 

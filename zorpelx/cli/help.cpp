@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/help.cpp: the help of the program and of its commands, from the table of options.
  *
  * Every line fits 80 columns: a head, then its text in a column of its own, or below the head if

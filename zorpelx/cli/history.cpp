@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/history.cpp: the history of a run, from the JSON answer of the partition command. */
 #include "history.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/input.cpp: the files of a command, read within its caps. */
 #include "input.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/jobboard.cpp: who makes which job of a shared search. */
 #include "jobboard.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/jobserver.cpp: the near end of the channels to the searches of this process. */
 #include "jobserver.h"
 

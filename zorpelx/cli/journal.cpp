@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/journal.cpp: the results of jobs in files. */
 #include "journal.h"
 

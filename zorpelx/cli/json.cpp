@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/json.cpp: answers as JSON: what all of them have in common. */
 #include "json.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/lint.cpp: the lint command: findings, the clean file, and advice on balance. */
 #include <algorithm>
 #include <cstdio>

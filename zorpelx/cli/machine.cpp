@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/machine.cpp: what kind of machine and program this is. */
 #include "machine.h"
 

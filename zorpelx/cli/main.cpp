@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/main.cpp: from the command line to a command and its status. */
 #include <algorithm>
 #include <csignal>

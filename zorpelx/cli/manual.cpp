@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/manual.cpp: the manual page, from the table of options and that of rules. */
 #include <cctype>
 

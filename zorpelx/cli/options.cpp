@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/options.cpp: the commands and their options, in one table. */
 #include "options.h"
 

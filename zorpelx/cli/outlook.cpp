@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/outlook.cpp: what bounds balance and cut of a hypergraph.
  *
  * All is proved, nothing guessed: a bound holds for every partition within the bounds on the parts.

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/output.cpp: what a command writes, with failures for faults. */
 #include "output.h"
 

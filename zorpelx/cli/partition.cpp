@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/partition.cpp: the partition command: what it writes and reports.
  *
  * The work is the library's, in processes of its own, called by solving.cpp.

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/pictures.cpp: pictures as files, SVG and PNG. */
 #include "pictures.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/progress.cpp: the progress line of a run.
  *
  * The work is counted in runs of bisections. They are not all equal: the later ones are shorter,

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/read_record.cpp: a record read again. */
 #include <algorithm>
 #include <cstring>

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/record.cpp: what a record of a run holds, and its text. */
 #include "record.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/recorded_options.cpp: the options of the partition command in a record, and back.
  *
  * Both ways go through the table of options, so that an option which is added there is recorded.

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/replay.cpp: the replay command: a recorded run made again and compared.
  *
  * The run makes a record of its own; the two are compared field by field, but for the machine, the

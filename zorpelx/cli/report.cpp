@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/report.cpp: what zorpel prints about a partition, rebuilt from the files.
  *
  * A report is compared from its first byte to its last: a text that the files settle must be there

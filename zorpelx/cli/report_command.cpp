@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/report_command.cpp: the report command: from the files to a page, figures and
  * pictures. */
 #include <algorithm>

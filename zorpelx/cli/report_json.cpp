@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/report_json.cpp: a report as JSON. */
 #include "report_json.h"
 

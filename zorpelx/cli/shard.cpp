@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/shard.cpp: searches whose jobs are kept in a journal, and spread over shards.
  *
  * The search runs as always and asks for each job; a thread beside it answers from the journal, and

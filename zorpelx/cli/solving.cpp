@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/solving.cpp: from the files of the partition command to a partition.
  *
  * The only file of the program that calls the library. Whatever the library delivers is counted

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/stats.cpp: the stats command: what a hypergraph is like. */
 #include <algorithm>
 #include <cstdio>

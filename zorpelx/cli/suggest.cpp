@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/suggest.cpp: what a misspelt word was meant to be.
  *
  * Source: Damerau, A technique for computer detection and correction of spelling errors, CACM 7(3),

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/sweep.cpp: the sweep command: many settings over one hypergraph.
  *
  * The runs are taken in the order of the plan by as many threads as there are to be runs at once;

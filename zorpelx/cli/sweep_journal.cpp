@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/sweep_journal.cpp: the results of a sweep, line by line, as they come. */
 #include "sweep_journal.h"
 

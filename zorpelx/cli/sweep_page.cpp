@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/sweep_page.cpp: a sweep as one page of HTML, and a page for each of its best
  * partitions.
  *

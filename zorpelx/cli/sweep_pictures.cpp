@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/sweep_pictures.cpp: the results of a sweep as pictures. */
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/sweep_plan.cpp: the runs of a sweep, and what came of them. */
 #include "sweep_plan.h"
 

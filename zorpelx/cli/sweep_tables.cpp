@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/sweep_tables.cpp: what a sweep came to: table, CSV and JSON. */
 #include "sweep_tables.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/verify.cpp: the verify command: every figure of a partition, and what was claimed. */
 #include <algorithm>
 #include <cmath>

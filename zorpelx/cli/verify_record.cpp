@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/verify_record.cpp: a record held against the files, without running anything.
  *
  * The pieces of the record that follow from the files are made again and compared field by field.

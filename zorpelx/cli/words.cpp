@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/words.cpp: the words of a command line before they are parsed. */
 #include "words.h"
 

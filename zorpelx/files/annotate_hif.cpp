@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/annotate_hif.cpp: the parts of an HIF file as attributes of its nodes.
  *
  * A file that was HIF is copied, with an attribute put into each record of a node; what else it

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/annotate_yosys.cpp: the parts of a Yosys netlist as attributes of its cells.
  *
  * The netlist is read again, for the cells that its vertices come from; then the text is copied,

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/areas.cpp: areas of cells by their type. */
 #include "areas.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/blif_lines.cpp: the lines of a BLIF file. */
 #include "blif_lines.h"
 

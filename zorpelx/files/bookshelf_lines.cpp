@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/bookshelf_lines.cpp: one file of a Bookshelf benchmark, line by line. */
 #include "bookshelf_lines.h"
 

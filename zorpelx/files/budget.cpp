@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/budget.cpp: the memory and the time that reading may take. */
 #include "budget.h"
 

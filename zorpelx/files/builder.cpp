@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/builder.cpp: how readers of formats other than hypergraph files make the record. */
 #include "builder.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/bytes.cpp: a whole file in memory, plain or expanded. */
 #include "bytes.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/checks.cpp: what shows once a hypergraph file is read to its end. */
 #include <algorithm>
 #include <cstdint>

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/clock_nets.cpp: which nets of a netlist look like clocks and resets. */
 #include "clock_nets.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/expand.cpp: gzip, zstd, xz and bzip2.
  *
  * Each expander turns one block of input after the other into output that is appended at once, so

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/fileerror.cpp: formatted texts and errors. */
 #include "fileerror.h"
 

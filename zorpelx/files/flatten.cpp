@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/flatten.cpp: the hypergraph of a netlist: its top module with all modules below
  * opened.
  *

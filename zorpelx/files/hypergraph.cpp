@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/hypergraph.cpp: a hypergraph as its file has it. */
 #include "hypergraph.h"
 

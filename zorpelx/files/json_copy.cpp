@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/json_copy.cpp: JSON text copied as it is, but for attributes that are put in. */
 #include "json_copy.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/json_scan.cpp: JSON read value by value.
  * Source: Bray, The JavaScript Object Notation (JSON) data interchange format, RFC 8259, 2017. */
 #include "json_scan.h"

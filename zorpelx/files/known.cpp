@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/known.cpp: other formats, recognised by how their files begin.
  *
  * A format is recognised by bytes that no hypergraph file begins with: a magic number, or the first word

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/measures.cpp: sizes, degrees, components and memory of a hypergraph. */
 #include "measures.h"
 

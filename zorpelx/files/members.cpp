@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/members.cpp: memberships, the rows of tables and of JSON lines. */
 #include "members.h"
 

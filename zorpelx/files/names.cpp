@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/names.cpp: names in one array, and a table of open addressing over them.
  *
  * The hash stands in the slot, so that names are compared only where 32 bits agree, and the table

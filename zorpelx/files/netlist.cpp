@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/netlist.cpp: the modules of a netlist, and which is the top one. */
 #include "netlist.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/partfiles.cpp: partition and fix files, a number per vertex. */
 #include "partfiles.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/rawfile.cpp: the bytes of a file, block by block, within a budget.
  *
  * A pipe is opened without waiting for its writer and polled, so that a deadline holds even if no

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/read_blif.cpp: netlists in the Berkeley Logic Interchange Format.
  *
  * A cell goes by its .cname if there is one, else by the net that it drives, which for a .gate is

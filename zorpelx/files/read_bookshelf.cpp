@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/read_bookshelf.cpp: placement benchmarks in the Bookshelf format.
  *
  * .aux: RowBasedPlacement : a.nodes a.nets a.wts a.pl a.scl, in any order; .nodes and .nets must be

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/read_cnf.cpp: the reader of DIMACS CNF files.
  *
  * Clauses end with 0, not with their line. Lines that begin with c are comments wherever they

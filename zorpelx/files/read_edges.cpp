@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/read_edges.cpp: the reader of edge lists. */
 #include "read_edges.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/read_hgr.cpp: the reader of hypergraph files.
  *
  * One pass over the text. A mark per vertex (the last hyperedge that listed it) shows repeated

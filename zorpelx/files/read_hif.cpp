@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/read_hif.cpp: the Hypergraph Interchange Format.
  *
  *     {"network-type": "undirected" | "directed" | "asc", "metadata": {...},

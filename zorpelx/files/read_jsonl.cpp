@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/read_jsonl.cpp: the reader of memberships as JSON lines.
  *
  * A value never crosses a line, so the walk needs no count of lines within one. Strings are looked

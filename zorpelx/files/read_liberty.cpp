@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/read_liberty.cpp: areas from a Liberty file.
  *
  * Only what tells areas is looked at: groups "cell (NAME) { ... }" anywhere and in them the

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/read_mtx.cpp: the reader of Matrix Market files.
  *
  * Entries become pins as they are read: of a row and a column one is the hyperedge and the other

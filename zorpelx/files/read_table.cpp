@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/read_table.cpp: the reader of tables of memberships.
  *
  * Fields are looked at where they stand; only a quoted field that holds a quote is copied.

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/read_verilog.cpp: structural Verilog, through Yosys where it is installed. */
 #include "read_verilog.h"
 

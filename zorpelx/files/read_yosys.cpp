@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/read_yosys.cpp: netlists in JSON, as Yosys writes them.
  *
  *     {"modules": {NAME: {"attributes": {"top": ...},

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/rules.cpp: the numbered rules, with their explanations. */
 #include "rules.h"
 

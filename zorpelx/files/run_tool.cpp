@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/run_tool.cpp: another program, given a text and giving one back.
  *
  * Both streams are served at once by poll(), so neither side waits for the other. The input goes

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/scan.cpp: lines and tokens of a text, with their places. */
 #include "scan.h"
 

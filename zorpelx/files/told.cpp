@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/told.cpp: places and words of what readers tell. */
 #include "told.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/walk.cpp: what messages show of a text. */
 #include "walk.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/whole_weights.cpp: weights of files that have real ones, as whole numbers. */
 #include "whole_weights.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/write_drawing.cpp: small hypergraphs for programs that draw graphs.
  *
  * Names are foreign: DOT has them in quotes with every quote and backslash escaped, GraphML as

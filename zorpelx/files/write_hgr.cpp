@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/write_hgr.cpp: the text of hypergraph files, and of files of numbers. */
 #include "write_hgr.h"
 

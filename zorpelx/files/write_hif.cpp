@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/write_hif.cpp: the writer of the Hypergraph Interchange Format. */
 #include "write_hif.h"
 

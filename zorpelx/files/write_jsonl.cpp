@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/write_jsonl.cpp: memberships and partitions as JSON lines.
  *
  * Every vertex has a line of its own before any hyperedge names it: that keeps the order of the

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/write_mtx.cpp: a partition of a matrix: who has which entry, and the matrix in
  * blocks.
  *

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/files/write_table.cpp: tables as text: memberships, and partitions by name. */
 #include "write_table.h"
 

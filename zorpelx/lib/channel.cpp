@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/lib/channel.cpp: the side of the search.
  *
  * Threads that want a job take turns in waiting for an answer. What was made is sent past them.

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/lib/check.cpp: checks of everything that a caller hands over.
  *
  * The order matters: sizes before the arrays they measure, offsets before what they point to. A

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/lib/crew.cpp: threads for the engine in a child process.
  *
  * Its threads share one heap. Heaps of their own would reserve 64 MB of address space each, which a

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/lib/describe.cpp: what a hypergraph is like, for callers in C. */
 #include <algorithm>
 #include <cstddef>

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/lib/engine_libc.cpp: the C library as the engine inside libzorpelx sees it.
  *
  * The linker sends the engine's calls of exit() here: exit() would run the caller's handlers and

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/lib/engine_memory.cpp: a cap on what the engine allocates in a child.
  *
  * The linker sends the engine's calls of malloc() and free() here. A limit of the address space

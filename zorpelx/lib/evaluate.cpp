@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/lib/evaluate.cpp: exact quality of a partition.
  *
  * One pass over the pins; the parts that a hyperedge touches are listed with the help of a mark

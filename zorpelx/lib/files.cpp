@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/lib/files.cpp: reading and the texts of files, for callers in C.
  *
  * The work is done by zorpelx/files; here it is put into records of 32 bits, and what it throws

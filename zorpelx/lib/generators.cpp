@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/lib/generators.cpp: a number by which the generators of two machines can be compared. */
 #include "zorpelx.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/lib/leaving.cpp: ways out of a call other than its return. */
 #include "leaving.h"
 

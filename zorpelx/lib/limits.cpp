@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/lib/limits.cpp: how much weight each part may get.
  *
  * Follows the engine down its bisections with the least and the most weight that a half can have,

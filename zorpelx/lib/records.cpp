@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/lib/records.cpp: defaults and sizes of the records, version and names of the statuses. */
 #include "records.h"
 

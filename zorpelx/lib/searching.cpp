@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/lib/searching.cpp: the search in a start's own process.
  *
  * A price for moved weight needs no objective of its own: a hyperedge between each vertex and one

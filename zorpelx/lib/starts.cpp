@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/lib/starts.cpp: several starts at work in child processes, the best one delivered.
  *
  * The caller's thread hands out starts to idle workers, sleeps until one rings or a moment is

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/lib/trace_progress.cpp: progress read off the engine's trace while it grows. */
 #include "trace_progress.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/lib/trim.cpp: a hypergraph without the hyperedges that no partition can cut.
  *
  * The engine counts a hyperedge of a single vertex as cut in some of its sums, so such ones never

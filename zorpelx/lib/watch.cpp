@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/lib/watch.cpp: the deadline, the cancel flag and the memory cap of one call. */
 #include "watch.h"
 

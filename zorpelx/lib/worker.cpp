@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/lib/worker.cpp: the engine at work in a child process.
  *
  * The child is a copy of the caller's process with this thread only. Before the engine runs it

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/output/escaped.cpp: names as messages show them.
  *
  * The text is taken character by character. What a terminal might obey is a control character (of

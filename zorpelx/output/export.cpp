@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/output/export.cpp: outputs for other languages; nothing is thrown past this file. */
 #include <algorithm>
 #include <cstring>

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/output/hold_signals.cpp: signals of this thread, held back while files are written. */
 #include "hold_signals.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/output/newfile.cpp: the file that is to take a place, while it has no name there.
  *
  * A nameless file (O_TMPFILE) needs no clearing up: it goes with its descriptor, whatever ends the

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/output/outputs.cpp: everything that a command writes, decided before it runs.
  *
  * Stages of writing: every new file is filled and synced; streams and devices are written; then,

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/output/place.cpp: where an output goes, found once, before anything is done.
  *
  * A name is a folder and a last name in it. If the last one is a symbolic link its target is the

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/report/account.cpp: everything that a report tells. */
 #include "account.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/report/agreement.cpp: how far two partitions of the same vertices agree.
  *
  * The overlaps of parts are counted once; matching and index are made from them.

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/report/assignment.cpp: which part of one partition is which of another.
  *
  * Rows enter one after another. For each a shortest path leads from it, over columns that are taken

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/report/cluster.cpp: clusters of vertices, for pictures of large hypergraphs.
  *
  * Neighbours of one part are joined as long as their cluster stays within a size, which doubles

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/report/contents.cpp: what lies in each part: kinds of cells, or beginnings of names. */
 #include "contents.h"
 

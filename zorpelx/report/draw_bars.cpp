@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/report/draw_bars.cpp: pictures of bars: sizes of parts, hyperedges by parts touched. */
 #include <algorithm>
 

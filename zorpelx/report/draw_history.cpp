@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/report/draw_history.cpp: how the search went: its best partition by time and step. */
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/report/draw_hypergraph.cpp: the hypergraph itself, or its clusters.
  *
  * Thousands of points are a few paths: all hyperedges of one kind, and all points of one part and

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/report/draw_matrix.cpp: pictures of matrices: the cut between parts, vertices moved. */
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/report/draw_parts.cpp: the graph of parts: how much each two have in common.
  *
  * Parts stand on a circle, in an order that keeps those with much in common near each other: each

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/report/draw_scatter.cpp: results as points, in panels. */
 #include "draw_scatter.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/report/facts.cpp: what a report tells of a partition beyond its figures.
  *
  * One pass over the hyperedges finds the parts of each with their numbers of vertices; all counts

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/report/figures.cpp: what a partition is worth.
  *
  * A cut hyperedge of s vertices in c parts adds (s - c) / (s - 1) to the absorption. Its numerators

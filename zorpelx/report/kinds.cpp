@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/report/kinds.cpp: what a hypergraph is made from, and what the cut means there. */
 #include "kinds.h"
 

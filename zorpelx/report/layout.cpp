@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/report/layout.cpp: places for the points of a picture.
  *
  * From the first places on, links pull and nodes push each other. Pushes are exact between nodes in

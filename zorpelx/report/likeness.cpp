@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/report/likeness.cpp: how far two partitions of one hypergraph agree. */
 #include "likeness.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/report/markup.cpp: text and numbers as HTML and SVG show them. */
 #include "markup.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/report/page.cpp: the report as one page of HTML. */
 #include "page.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/report/page_compare.cpp: the section that compares partitions with the first one. */
 #include <algorithm>
 

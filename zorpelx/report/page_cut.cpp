@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/report/page_cut.cpp: sections on the cut: between parts, by parts touched, the costly
  * hyperedges, and how the search got there. */
 #include "draw.h"

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/report/page_kinds.cpp: the section that depends on what the hypergraph is made from. */
 #include <algorithm>
 

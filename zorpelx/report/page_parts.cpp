@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/report/page_parts.cpp: sections on the parts: sizes, contents, graph, drawing. */
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/report/page_style.cpp: how the page looks: narrow and wide, light and dark, on paper. */
 #include "page.h"
 

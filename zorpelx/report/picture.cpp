@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/report/picture.cpp: pictures in SVG, inside a page or by themselves. */
 #include "picture.h"
 

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/report/pivots.cpp: first places for a layout, from distances to a few nodes.
  *
  * A pivot is as far from all earlier ones as can be. The squared distances to the pivots, centred

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/report/sketch.cpp: what of a hypergraph is drawn. */
 #include "sketch.h"
 

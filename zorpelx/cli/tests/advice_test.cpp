@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/tests/advice_test.cpp: limits against the library's, verdicts against all
  * assignments. */
 #include "advice.h"

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/tests/layout_test.cpp: what a report is made of: matching of parts, clusters, places
  * in pictures, names as markup. */
 #include <algorithm>

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/tests/places_test.cpp: names as messages show them, places, slips of the pen. */
 #include <gtest/gtest.h>
 

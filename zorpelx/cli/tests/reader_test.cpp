@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/tests/reader_test.cpp: the program's own reader against zorpel's.
  *
  * Thousands of files with random damage go through both: what zorpel refuses must be an error here

@@ -1,4 +1,4 @@
-/* SPDX-License-Identifier: MIT */
+// SPDX-License-Identifier: MIT
 /* zorpelx/cli/tests/report_test.cpp: a report of zorpel, and the same with every byte changed. */
 #include "report.h"
 
