@@ -153,7 +153,7 @@ TEST(Layout, neighbours_are_near_and_corners_are_far)
 TEST(Layout, takes_islands_pairs_and_points_on_one_spot)
 {
     EXPECT_TRUE(lay_out(0, {}, 10, 10).empty());
-    for (const size_t nnodes : {1, 2, 3, 50}) {
+    for (const size_t nnodes : {size_t{1}, size_t{2}, size_t{3}, size_t{50}}) {
         const std::vector<Spot> places = lay_out(nnodes, {}, 10, 10);
         for (const Spot &place : places) {
             EXPECT_TRUE(std::isfinite(place.x) && std::isfinite(place.y));
