@@ -8,7 +8,7 @@ build=$1
 seconds=${2:-3600}
 here=$(cd "$(dirname "$0")" && pwd)
 status=0
-for target in reader fixfile words entry files netlists numbers readers report; do
+for target in reader fixfile words entry files netlists numbers readers report interface; do
     kept=$build/fuzz/corpus/$target
     mkdir -p "$kept"
     "$build/fuzz/fuzz_$target" -max_total_time="$seconds" -max_len=4096 -print_final_stats=1 \
