@@ -7,9 +7,9 @@
 
 /* How bisections are made. */
 struct BisectOptions {
-    int nruns;  // of the engine, each bisection
-    int vcycle; // VCycleMode
-    int ctype;  // MatchScheme
+    int nruns;      // of the engine, each bisection
+    int vcycle;     // VCycleMode
+    int ctype;      // MatchScheme
     int maxnetsize; // pins: larger hyperedges stay out of coarsening
     int seed;
 };

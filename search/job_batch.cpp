@@ -71,10 +71,10 @@ static void work_off(void *place)
         JobResult result = {0, 0, 0, member.part};
         const FleetTurn turn = fleet->turn(fleet->user, &result);
         if (turn == FLEET_MAKE) {
-            const double start = seconds_now();
+            const double start = search_seconds();
             batch->work(search, result.job, &member);
             complete(search, &member);
-            batch->seconds[result.job - batch->first] = seconds_now() - start;
+            batch->seconds[result.job - batch->first] = search_seconds() - start;
             result = {result.job, member.objective, member.excess, member.part};
             if (fleet->made != nullptr) fleet->made(fleet->user, &result);
         } else if (turn == FLEET_TAKE) {

@@ -52,7 +52,7 @@ static void take_start(Search *search)
 {
     const int *const start = search->options->start;
     if (start == nullptr) return;
-    const double begun = seconds_now();
+    const double begun = search_seconds();
     Member member = new_member(search);
     for (int v = 0; v < search->flat->nvtxs; v++)
         member.part[search->reduction->cluster[v]] = start[v];
@@ -61,13 +61,13 @@ static void take_start(Search *search)
     measure(search, &member);
     if (member.excess > 0) mend(search, &member);
     publish_if_better(search, &member, STEP_NAMES[STEP_START]);
-    take_in(search, member, STEP_START, seconds_now() - begun);
+    take_in(search, member, STEP_START, search_seconds() - begun);
 }
 
 /* A partition within the bounds at once, however bad. */
 static void take_packing(Search *search)
 {
-    const double begun = seconds_now();
+    const double begun = search_seconds();
     Member member = new_member(search);
     HGraph graph = {};
     graph.ncells = search->reduction->nclusters;
@@ -75,7 +75,7 @@ static void take_packing(Search *search)
     pack(&graph, search->task.bounds, search->reduction->fixed, false, member.part);
     measure(search, &member);
     publish_if_better(search, &member, STEP_NAMES[STEP_PACKING]);
-    take_in(search, member, STEP_PACKING, seconds_now() - begun);
+    take_in(search, member, STEP_PACKING, search_seconds() - begun);
 }
 
 /* Replaces the best partition of a very small hypergraph by an optimum; false if it may not be one.
@@ -85,7 +85,7 @@ static bool solve_small(Search *search)
     const Reduction *const reduction = search->reduction;
     if (reduction->nclusters > EXACT_VERTICES || search->task.bounds->nparts > EXACT_PARTS)
         return false;
-    const double begun = seconds_now();
+    const double begun = search_seconds();
     Member member = new_member(search);
     const Member *const best = &search->pool.members[0];
     icopy__(reduction->nclusters, best->part, member.part);
@@ -97,7 +97,7 @@ static bool solve_small(Search *search)
                                       &member.objective, &member.excess, member.part);
     QXfree__(&graph.incptr, LTERM);
     publish_if_better(search, &member, STEP_NAMES[STEP_EXACT]);
-    take_in(search, member, STEP_EXACT, seconds_now() - begun);
+    take_in(search, member, STEP_EXACT, search_seconds() - begun);
     return solved && search->best.excess == 0;
 }
 

@@ -136,7 +136,7 @@ void show_report(const Search *search)
     if (search->options->report != nullptr) *search->options->report = search->report;
 }
 
-double seconds_now()
+double search_seconds()
 {
     using namespace std::chrono;
     return duration<double>(steady_clock::now().time_since_epoch()).count();

@@ -66,6 +66,6 @@ void show_report(const Search *search);
 HGraph with_islands(const Reduction *reduction);
 
 /* Of a clock that never goes back. */
-double seconds_now();
+double search_seconds();
 
 #endif
