@@ -25,12 +25,12 @@ static long long ll(int64_t number)
 }
 
 /* Lower bounds of the two sides of one bisection. */
-struct Bounds {
+struct BisectionBounds {
     int64_t side0, side1;
 };
 
 /* Side 0 in single precision, side 1 in double, both cut to whole numbers; no side is below 0. */
-static Bounds bisection_bounds(int64_t nparts, int ubfactor, int64_t total)
+static BisectionBounds bisection_bounds(int64_t nparts, int ubfactor, int64_t total)
 {
     const float share =
         static_cast<float>(static_cast<double>(nparts / 2) / static_cast<double>(nparts));
@@ -43,24 +43,24 @@ static Bounds bisection_bounds(int64_t nparts, int ubfactor, int64_t total)
 }
 
 /* Weights that a part, or several together, can have. */
-struct Range {
+struct WeightRange {
     int64_t least, most;
 };
 
 /* In single precision a bound does not quite grow with the weight: where the weight is only known
  * to be in a range, this much is added on both sides. */
-static int64_t rounding(Range range)
+static int64_t rounding(WeightRange range)
 {
     return range.least == range.most ? 0 : range.most >> SINGLE_PRECISION;
 }
 
-static Range widened(int64_t least, int64_t most, int64_t by)
+static WeightRange widened(int64_t least, int64_t most, int64_t by)
 {
     return {std::max(least - by, int64_t{0}), most + by};
 }
 
 /* Ranges of nparts parts that weigh range together, into least and most. */
-static void compound(int64_t nparts, int ubfactor, Range range, int64_t *least, int64_t *most)
+static void compound(int64_t nparts, int ubfactor, WeightRange range, int64_t *least, int64_t *most)
 {
     if (nparts == 1) {
         *least = range.least;
@@ -68,8 +68,8 @@ static void compound(int64_t nparts, int ubfactor, Range range, int64_t *least, 
         return;
     }
     const int64_t half = nparts / 2, error = rounding(range);
-    const Bounds low = bisection_bounds(nparts, ubfactor, range.least);
-    const Bounds high = bisection_bounds(nparts, ubfactor, range.most);
+    const BisectionBounds low = bisection_bounds(nparts, ubfactor, range.least);
+    const BisectionBounds high = bisection_bounds(nparts, ubfactor, range.most);
     compound(half, ubfactor, widened(low.side0, range.most - high.side1, error), least, most);
     compound(nparts - half, ubfactor, widened(low.side1, range.most - high.side0, error),
              least + half, most + half);
@@ -77,7 +77,7 @@ static void compound(int64_t nparts, int ubfactor, Range range, int64_t *least, 
 
 /* The refinement of all parts together bounds them all by the ratio of the heaviest to the
  * average, which is at most what the bisections leave. */
-static Range polished(int64_t nparts, int64_t total, Range all)
+static WeightRange polished(int64_t nparts, int64_t total, WeightRange all)
 {
     const float weight = static_cast<float>(total), count = static_cast<float>(nparts);
     const float ratio = static_cast<float>(
@@ -92,8 +92,8 @@ PartRanges part_ranges(int64_t nparts, int ubfactor, int64_t total)
     const size_t size = static_cast<size_t>(nparts);
     PartRanges limits = {std::vector<int64_t>(size), std::vector<int64_t>(size), 0, 0};
     compound(nparts, ubfactor, {total, total}, limits.least.data(), limits.most.data());
-    Range all = {*std::min_element(limits.least.begin(), limits.least.end()),
-                 *std::max_element(limits.most.begin(), limits.most.end())};
+    WeightRange all = {*std::min_element(limits.least.begin(), limits.least.end()),
+                       *std::max_element(limits.most.begin(), limits.most.end())};
     if (nparts > 2 && nparts <= MOST_POLISHED && total > 0) all = polished(nparts, total, all);
     limits.lightest = all.least;
     limits.heaviest = all.most;
@@ -124,7 +124,7 @@ std::string no_factor_text(int64_t nparts, int64_t total, double percent)
 
 /* A search for an assignment: free vertices in decreasing weight, and the fixed weight of each
  * part. */
-struct Search {
+struct SideSearch {
     const std::vector<int64_t> &fixed; // [nparts]
     int ubfactor;
 };
@@ -147,14 +147,14 @@ static void fill_side(const std::vector<int64_t> &free, int64_t most, std::vecto
 
 /* Assigns the free weights [decreasing] to the parts begin .. begin + nparts - 1; false if that
  * is not managed. */
-static bool assign(const Search &search, const std::vector<int64_t> &free, int64_t begin,
+static bool assign(const SideSearch &search, const std::vector<int64_t> &free, int64_t begin,
                    int64_t nparts)
 {
     if (nparts == 1) return true;
     const int64_t half = nparts / 2;
     const int64_t fixed = sum_of(search.fixed, begin, begin + nparts);
     const int64_t total = fixed + total_weight(free);
-    const Bounds bounds = bisection_bounds(nparts, search.ubfactor, total);
+    const BisectionBounds bounds = bisection_bounds(nparts, search.ubfactor, total);
     const int64_t most = total - bounds.side1;
     const int64_t goal = std::clamp(total * half / nparts, std::min(bounds.side0, most), most);
     int64_t sum = sum_of(search.fixed, begin, begin + half);
@@ -228,7 +228,7 @@ static std::string impossible(const std::vector<int64_t> &sorted, const std::vec
             return text_of("vertices that weigh %lld are fixed to part %zu, and no part may weigh "
                            "more than %lld",
                            ll(fixed[p]), p, ll(heaviest));
-    const Bounds bounds = bisection_bounds(nparts, ubfactor, total);
+    const BisectionBounds bounds = bisection_bounds(nparts, ubfactor, total);
     if (no_sum_between(sorted, bounds.side0, total - bounds.side1))
         return text_of("no set of vertices weighs between %lld and %lld, as the first bisection "
                        "needs",

@@ -25,10 +25,10 @@ static std::vector<long double> averages(int64_t nparts, const std::vector<doubl
     return list;
 }
 
-Bounds search_bounds(int64_t nparts, double epsilon, double least,
-                     const std::vector<double> &capacities, int64_t total)
+PartBounds search_bounds(int64_t nparts, double epsilon, double least,
+                         const std::vector<double> &capacities, int64_t total)
 {
-    Bounds bounds;
+    PartBounds bounds;
     for (const long double average : averages(nparts, capacities, total)) {
         const long double rounded = std::ceil(average * (1 - CLOSER));
         const long double most = rounded * (1 + static_cast<long double>(epsilon) / 100);
@@ -41,7 +41,7 @@ Bounds search_bounds(int64_t nparts, double epsilon, double least,
     return bounds;
 }
 
-Bounds engine_bounds(int64_t nparts, int ubfactor, int64_t total, bool fixed)
+PartBounds engine_bounds(int64_t nparts, int ubfactor, int64_t total, bool fixed)
 {
     const PartRanges limits = part_ranges(nparts, ubfactor, total);
     if (!fixed && (nparts == 2 || nparts > MOST_POLISHED)) return {limits.least, limits.most};
@@ -49,7 +49,7 @@ Bounds engine_bounds(int64_t nparts, int ubfactor, int64_t total, bool fixed)
     return {std::vector<int64_t>(n, limits.lightest), std::vector<int64_t>(n, limits.heaviest)};
 }
 
-int64_t part_outside(const Bounds &bounds, const std::vector<int64_t> &weight)
+int64_t part_outside(const PartBounds &bounds, const std::vector<int64_t> &weight)
 {
     for (size_t p = 0; p < weight.size(); p++)
         if (weight[p] < bounds.least[p] || weight[p] > bounds.most[p])

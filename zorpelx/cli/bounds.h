@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <vector>
 
-struct Bounds {
+struct PartBounds {
     std::vector<int64_t> least, most; // [nparts]
 };
 
@@ -17,14 +17,14 @@ struct Bounds {
  * whole unit.
  *   least       percent below the average; negative: 0 is allowed
  *   capacities  sizes of the parts, [nparts]; empty: all are equal */
-Bounds search_bounds(int64_t nparts, double epsilon, double least,
-                     const std::vector<double> &capacities, int64_t total);
+PartBounds search_bounds(int64_t nparts, double epsilon, double least,
+                         const std::vector<double> &capacities, int64_t total);
 
 /* Of the engine alone. Fixed vertices may exchange the numbers of parts, and the final refinement
  * their weights; then the limits of all parts hold for each. */
-Bounds engine_bounds(int64_t nparts, int ubfactor, int64_t total, bool fixed);
+PartBounds engine_bounds(int64_t nparts, int ubfactor, int64_t total, bool fixed);
 
 /* The first part that is not within; -1 if all are. */
-int64_t part_outside(const Bounds &bounds, const std::vector<int64_t> &weight);
+int64_t part_outside(const PartBounds &bounds, const std::vector<int64_t> &weight);
 
 #endif

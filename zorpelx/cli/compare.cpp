@@ -25,7 +25,7 @@ static long long ll(int64_t number)
 }
 
 /* One of the two. */
-struct Candidate {
+struct Contender {
     std::string file;
     std::vector<int64_t> part;
     Figures figures;
@@ -42,7 +42,7 @@ struct Change {
 struct Compared {
     Hypergraph graph;
     int64_t nparts;
-    std::array<Candidate, 2> sides;
+    std::array<Contender, 2> sides;
     Agreement agreement;
     std::array<std::vector<Change>, 2> gains; // hyperedges that cost less in this one, most first
 };
@@ -55,7 +55,7 @@ static int64_t objective_of(const Settings &settings, const Figures &figures)
     return settings.objective == ZORPELX_SOED ? figures.soed : figures.cut;
 }
 
-static int64_t excess_over(const Bounds &bounds, const std::vector<int64_t> &weight)
+static int64_t excess_over(const PartBounds &bounds, const std::vector<int64_t> &weight)
 {
     int64_t excess = 0;
     for (size_t p = 0; p < weight.size(); p++)
@@ -63,7 +63,7 @@ static int64_t excess_over(const Bounds &bounds, const std::vector<int64_t> &wei
     return excess;
 }
 
-static Candidate read_candidate(const Settings &settings, const std::string &file,
+static Contender read_candidate(const Settings &settings, const std::string &file,
                                 int64_t nvertices)
 {
     Settings reading = settings;
@@ -72,11 +72,11 @@ static Candidate read_candidate(const Settings &settings, const std::string &fil
 }
 
 /* What -k says, else the names of the files, else the largest number in them. */
-static int64_t parts_of(const Settings &settings, const std::array<Candidate, 2> &sides)
+static int64_t parts_of(const Settings &settings, const std::array<Contender, 2> &sides)
 {
     int64_t nparts = settings.nparts, named = 0;
     if (nparts > 0) return nparts;
-    for (const Candidate &side : sides) {
+    for (const Contender &side : sides) {
         named = std::max(named, parts_in_name(side.file));
         for (const int64_t p : side.part) nparts = std::max(nparts, p + 1);
     }
@@ -84,7 +84,7 @@ static int64_t parts_of(const Settings &settings, const std::array<Candidate, 2>
 }
 
 static void weigh(const Settings &settings, const Hypergraph &graph, int64_t nparts,
-                  Candidate *side)
+                  Contender *side)
 {
     for (size_t v = 0; v < side->part.size(); v++)
         if (side->part[v] >= nparts)
@@ -129,7 +129,7 @@ static Compared compare_files(const Settings &settings)
     compared.sides = {read_candidate(settings, settings.partition, nvertices),
                       read_candidate(settings, settings.other, nvertices)};
     compared.nparts = parts_of(settings, compared.sides);
-    for (Candidate &side : compared.sides) weigh(settings, compared.graph, compared.nparts, &side);
+    for (Contender &side : compared.sides) weigh(settings, compared.graph, compared.nparts, &side);
     compared.agreement =
         agreement_of(compared.sides[0].part, compared.nparts, compared.sides[1].part,
                      compared.nparts, compared.graph.vertexwgt);
@@ -140,7 +140,7 @@ static Compared compare_files(const Settings &settings)
 /* -1: A is better; 1: B is; 0: neither. */
 static int better_side(const Compared &compared)
 {
-    const auto rank = [](const Candidate &side) {
+    const auto rank = [](const Contender &side) {
         const std::vector<int64_t> &weight = side.figures.weight;
         return std::tuple(side.excess, side.objective, side.figures.cut, side.figures.soed,
                           *std::max_element(weight.begin(), weight.end()));
@@ -156,7 +156,7 @@ static std::string lesser_text(const char *name, int64_t less, int64_t more)
                    100.0 * static_cast<double>(more - less) / static_cast<double>(more));
 }
 
-static std::string reason(const Settings &settings, const Candidate &good, const Candidate &bad)
+static std::string reason(const Settings &settings, const Contender &good, const Contender &bad)
 {
     const char *const name = settings.objective == ZORPELX_KM1    ? "connectivity minus one"
                              : settings.objective == ZORPELX_SOED ? "sum of external degrees"
@@ -270,7 +270,7 @@ static void print_text(const Settings &settings, const Compared &compared)
     printf("\n%s.\n", verdict(settings, compared).c_str());
 }
 
-static Json side_json(const Candidate &side)
+static Json side_json(const Contender &side)
 {
     return {{"file", side.file},
             {"objective", side.objective},

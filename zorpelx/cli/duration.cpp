@@ -12,14 +12,14 @@ struct Cost {
 
 static const Cost COSTS[NPRESETS] = {{6.5, 0.6}, {17, 0.7}, {140, 0.85}};
 
-double expected_seconds(Preset preset, int64_t pins, int64_t nparts)
+double expected_seconds(PresetNumber preset, int64_t pins, int64_t nparts)
 {
     const Cost &cost = COSTS[preset];
     const double growth = std::pow(static_cast<double>(nparts) / 2, cost.power);
     return 1e-6 * cost.microseconds * static_cast<double>(pins) * growth;
 }
 
-Preset advised_preset(int64_t pins, int64_t nparts)
+PresetNumber advised_preset(int64_t pins, int64_t nparts)
 {
     constexpr double MINUTE = 60;
     if (expected_seconds(PRESET_BEST, pins, nparts) <= MINUTE) return PRESET_BEST;

@@ -9,10 +9,10 @@
 
 /* Seconds on one processor of the machine that docs/SEARCH.md names, right within a factor of
  * about three. */
-double expected_seconds(Preset preset, int64_t pins, int64_t nparts);
+double expected_seconds(PresetNumber preset, int64_t pins, int64_t nparts);
 
 /* The preset to take where nothing else is said: the best that takes about a minute at most, and
  * fast if default takes more than ten. */
-Preset advised_preset(int64_t pins, int64_t nparts);
+PresetNumber advised_preset(int64_t pins, int64_t nparts);
 
 #endif

@@ -189,7 +189,7 @@ static Explained explain_files(const Settings &settings)
     tell_warnings(settings.hypergraph, findings);
     explained.fix = fixed_vertices(settings, explained.graph, settings.nparts);
     const int64_t total = total_weight(explained.graph.vertexwgt);
-    const Bounds bounds = search_bounds(settings.nparts, settings.epsilon, -1, {}, total);
+    const PartBounds bounds = search_bounds(settings.nparts, settings.epsilon, -1, {}, total);
     explained.outlook = outlook_of(explained.graph, settings.nparts, bounds.most[0], explained.fix);
     explain_balance(settings, &explained);
     explain_cut(&explained);
@@ -198,7 +198,7 @@ static Explained explain_files(const Settings &settings)
 
 static double seconds_of(int preset, const Settings &settings, const Explained &explained)
 {
-    return expected_seconds(static_cast<Preset>(preset),
+    return expected_seconds(static_cast<PresetNumber>(preset),
                             static_cast<int64_t>(explained.graph.pins.size()), settings.nparts);
 }
 
@@ -212,7 +212,7 @@ static std::string duration_text(double seconds)
     return text_of("%.0f h", seconds / HOUR);
 }
 
-static Preset preset_for(const Settings &settings, const Explained &explained)
+static PresetNumber preset_for(const Settings &settings, const Explained &explained)
 {
     return advised_preset(static_cast<int64_t>(explained.graph.pins.size()), settings.nparts);
 }

@@ -95,7 +95,7 @@ extern const std::vector<CommandRow> COMMANDS;
 extern const std::vector<OptionRow> OPTIONS;
 
 /* What a preset says of the options that the command line leaves open. */
-enum Preset { PRESET_FAST, PRESET_DEFAULT, PRESET_BEST, NPRESETS };
+enum PresetNumber { PRESET_FAST, PRESET_DEFAULT, PRESET_BEST, NPRESETS };
 struct PresetRow {
     const char *name;
     int64_t runs, matching, refine, vcycle, starts;

@@ -9,7 +9,7 @@
 
 #include "failure.h"
 
-static void throw_fault(const Fault &fault)
+static void throw_fault(const OutputFault &fault)
 {
     if (fault.status != 0) throw Failure{static_cast<Status>(fault.status), fault.text};
 }

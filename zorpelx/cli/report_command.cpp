@@ -106,7 +106,7 @@ static std::vector<Division> read_divisions(Settings settings, int64_t nvertices
 
 static Allowed allowed_by(double epsilon, double least, const Figures &figures)
 {
-    const Bounds bounds =
+    const PartBounds bounds =
         search_bounds(figures.nparts, epsilon, least, {}, total_weight(figures.weight));
     return {bounds.least, bounds.most, epsilon};
 }

@@ -186,7 +186,7 @@ std::string best_page(const Settings &settings, const Hypergraph &graph, const S
     account.name = settings.hypergraph;
     account.version = ZORPELX_CLI_VERSION;
     account.first = settings.first;
-    const Bounds bounds =
+    const PartBounds bounds =
         search_bounds(group.nparts, group.epsilon, -1, {}, total_weight(account.figures[0].weight));
     account.allowed = {bounds.least, bounds.most, group.epsilon};
     return page_of(account, draw_all(account));

@@ -68,7 +68,7 @@ static Claim check_fix(const Settings &settings, const Verified &verified,
 static Claim check_balance(const Settings &settings, const Verified &verified)
 {
     const std::vector<int64_t> &weight = verified.figures.weight;
-    const Bounds bounds =
+    const PartBounds bounds =
         engine_bounds(verified.figures.nparts, static_cast<int>(settings.ubfactor),
                       total_weight(weight), !settings.fix.empty());
     const int64_t bad = part_outside(bounds, weight);

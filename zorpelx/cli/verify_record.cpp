@@ -99,8 +99,8 @@ static bool fixed_are_in_place(const std::vector<int64_t> &fix, const std::vecto
     return true;
 }
 
-static Bounds bounds_of(const Settings &recorded, const Inputs &inputs, const Figures &figures,
-                        const std::vector<double> &capacities)
+static PartBounds bounds_of(const Settings &recorded, const Inputs &inputs, const Figures &figures,
+                            const std::vector<double> &capacities)
 {
     const int64_t total = total_weight(figures.weight);
     if (wants_engine(recorded))
@@ -124,7 +124,7 @@ static std::vector<double> capacities_of(const Json &options, int64_t nparts)
 static bool is_valid(const Settings &recorded, const Json &record, const Inputs &inputs,
                      const std::vector<int64_t> &part, const Figures &figures)
 {
-    const Bounds bounds =
+    const PartBounds bounds =
         bounds_of(recorded, inputs, figures, capacities_of(record["options"], figures.nparts));
     const bool valid = part_outside(bounds, figures.weight) < 0 &&
                        fixed_are_in_place(inputs.fix, part) &&

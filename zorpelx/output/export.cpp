@@ -14,7 +14,7 @@ struct zorpelx_outputs {
     Outputs outputs;
 };
 
-static int told(const Fault &fault, char *message)
+static int told(const OutputFault &fault, char *message)
 {
     if (message != nullptr) {
         const size_t length =
@@ -36,7 +36,7 @@ template <typename Work> static int guarded(char *message, Work work)
     }
 }
 
-static Fault fault_of_list(const char *what, const char *const *list, int count)
+static OutputFault fault_of_list(const char *what, const char *const *list, int count)
 {
     if (count < 0)
         return {ZORPELX_BAD_OPTION, std::string("the number of ") + what + " is negative"};
@@ -47,13 +47,14 @@ static Fault fault_of_list(const char *what, const char *const *list, int count)
     return {};
 }
 
-static Fault open_lists(zorpelx_outputs **outputs, const char *const *names, int count,
-                        const char *const *inputs, int ninputs)
+static OutputFault open_lists(zorpelx_outputs **outputs, const char *const *names, int count,
+                              const char *const *inputs, int ninputs)
 {
-    if (Fault fault = fault_of_list("names", names, count); fault.status != 0) return fault;
-    if (Fault fault = fault_of_list("inputs", inputs, ninputs); fault.status != 0) return fault;
+    if (OutputFault fault = fault_of_list("names", names, count); fault.status != 0) return fault;
+    if (OutputFault fault = fault_of_list("inputs", inputs, ninputs); fault.status != 0)
+        return fault;
     zorpelx_outputs *const made = new zorpelx_outputs;
-    Fault fault;
+    OutputFault fault;
     try {
         fault = open_outputs(std::vector<std::string>(names, names + count),
                              std::vector<std::string>(inputs, inputs + ninputs), &made->outputs);
@@ -76,7 +77,8 @@ int zorpelx_outputs_open(zorpelx_outputs **outputs, const char *const *names, in
     return guarded(message, [&] { return open_lists(outputs, names, count, inputs, ninputs); });
 }
 
-static Fault write_arrays(zorpelx_outputs *outputs, const void *const *bytes, const size_t *sizes)
+static OutputFault write_arrays(zorpelx_outputs *outputs, const void *const *bytes,
+                                const size_t *sizes)
 {
     if (outputs == nullptr || bytes == nullptr || sizes == nullptr)
         return {ZORPELX_BAD_OPTION, "outputs, bytes or sizes is null"};

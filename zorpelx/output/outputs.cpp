@@ -37,7 +37,7 @@ static const char *sentence_of(int error)
     return strerror(error);
 }
 
-static Fault cannot_write(const std::string &name, int error)
+static OutputFault cannot_write(const std::string &name, int error)
 {
     return {OUTPUT_FAILED, "cannot write " + shown_output(name) + ": " + sentence_of(error)};
 }
@@ -57,8 +57,8 @@ static std::string shown_input(const std::string &name)
     return name == "-" ? "standard input" : escaped(name);
 }
 
-static Fault fault_of_inputs(const std::string &name, const FilePlace &place,
-                             const std::vector<std::string> &inputs)
+static OutputFault fault_of_inputs(const std::string &name, const FilePlace &place,
+                                   const std::vector<std::string> &inputs)
 {
     for (const std::string &input : inputs) {
         if (!is_input(place, input)) continue;
@@ -69,7 +69,7 @@ static Fault fault_of_inputs(const std::string &name, const FilePlace &place,
     return {};
 }
 
-static Fault written_twice(const std::string &name, const std::string &other)
+static OutputFault written_twice(const std::string &name, const std::string &other)
 {
     std::string text = shown_output(name) + " would be written twice";
     if (name != other) text += " (it is " + shown_output(other) + ")";
@@ -107,15 +107,15 @@ static int open_output(Output *output)
     }
 }
 
-static Fault find_places(const std::vector<std::string> &names,
-                         const std::vector<std::string> &inputs, Outputs *outputs)
+static OutputFault find_places(const std::vector<std::string> &names,
+                               const std::vector<std::string> &inputs, Outputs *outputs)
 {
     for (const std::string &name : names) {
         Output &output = outputs->list.emplace_back();
         output.name = name;
         if (name.empty()) continue;
         if (const int error = find_place(name, &output.place)) return cannot_write(name, error);
-        if (Fault fault = fault_of_inputs(name, output.place, inputs); fault.status != 0)
+        if (OutputFault fault = fault_of_inputs(name, output.place, inputs); fault.status != 0)
             return fault;
         for (const Output &other : outputs->list)
             if (&other != &output && !other.name.empty() && is_one_place(other.place, output.place))
@@ -124,11 +124,11 @@ static Fault find_places(const std::vector<std::string> &names,
     return {};
 }
 
-Fault open_outputs(const std::vector<std::string> &names, const std::vector<std::string> &inputs,
-                   Outputs *outputs)
+OutputFault open_outputs(const std::vector<std::string> &names,
+                         const std::vector<std::string> &inputs, Outputs *outputs)
 {
     outputs->list.reserve(names.size());
-    if (Fault fault = find_places(names, inputs, outputs); fault.status != 0) return fault;
+    if (OutputFault fault = find_places(names, inputs, outputs); fault.status != 0) return fault;
     for (Output &output : outputs->list) {
         if (output.name.empty()) continue;
         if (const int error = open_output(&output)) return cannot_write(output.name, error);
@@ -145,13 +145,14 @@ static bool stream_to_file(int descriptor, FilePlace *place)
     return place->exists && S_ISREG(place->old.st_mode);
 }
 
-Fault check_streams(const Outputs &outputs, const std::vector<std::string> &inputs)
+OutputFault check_streams(const Outputs &outputs, const std::vector<std::string> &inputs)
 {
     for (const int descriptor : {STDOUT_FILENO, STDERR_FILENO}) {
         const char *const name = descriptor == STDOUT_FILENO ? "standard output" : "standard error";
         FilePlace place;
         if (!stream_to_file(descriptor, &place)) continue;
-        if (Fault fault = fault_of_inputs(name, place, inputs); fault.status != 0) return fault;
+        if (OutputFault fault = fault_of_inputs(name, place, inputs); fault.status != 0)
+            return fault;
         for (const Output &output : outputs.list)
             if (!output.name.empty() && output.place.kind == PLACE_FILE &&
                 is_one_place(output.place, place))
@@ -213,16 +214,16 @@ static std::string standing(const std::vector<Draft> &drafts)
     return names;
 }
 
-static Fault failed_draft(const std::vector<Draft> &drafts, const Draft &draft, int error)
+static OutputFault failed_draft(const std::vector<Draft> &drafts, const Draft &draft, int error)
 {
-    Fault fault = cannot_write(draft.output->name, error);
+    OutputFault fault = cannot_write(draft.output->name, error);
     const std::string names = standing(drafts);
     if (!names.empty()) fault.text += "; written in spite of it: " + names;
     return fault;
 }
 
 /* One stage over those outputs that are files, or over those that are not. */
-static Fault run_stage(std::vector<Draft> *drafts, bool files, int (*step)(Draft *))
+static OutputFault run_stage(std::vector<Draft> *drafts, bool files, int (*step)(Draft *))
 {
     for (Draft &draft : *drafts) {
         if ((draft.output->place.kind == PLACE_FILE) != files) continue;
@@ -294,18 +295,18 @@ static bool lack_nameless_files(const std::vector<Draft> &drafts)
     });
 }
 
-static Fault name_files(std::vector<Draft> *drafts)
+static OutputFault name_files(std::vector<Draft> *drafts)
 {
-    Fault fault = run_stage(drafts, true, prepare_name);
+    OutputFault fault = run_stage(drafts, true, prepare_name);
     return fault.status != 0 ? fault : run_stage(drafts, true, place_file);
 }
 
 /* As long as a file that is not yet in its place has a name, no signal may end the process. A FIFO
  * may wait for its reader for ever, so streams come before that. */
-static Fault write_drafts(std::vector<Draft> *drafts)
+static OutputFault write_drafts(std::vector<Draft> *drafts)
 {
     const bool named = lack_nameless_files(*drafts);
-    Fault fault =
+    OutputFault fault =
         named ? run_stage(drafts, false, write_stream) : run_stage(drafts, true, make_file);
     if (fault.status == 0 && !named) fault = run_stage(drafts, false, write_stream);
     const Held held = hold_all_signals();
@@ -317,14 +318,14 @@ static Fault write_drafts(std::vector<Draft> *drafts)
     return fault;
 }
 
-Fault write_outputs(Outputs *outputs, const std::vector<std::string_view> &contents)
+OutputFault write_outputs(Outputs *outputs, const std::vector<std::string_view> &contents)
 {
     std::vector<Draft> drafts;
     for (size_t i = 0; i < outputs->list.size() && i < contents.size(); i++)
         if (!outputs->list[i].name.empty() && contents[i].data() != nullptr)
             drafts.push_back({&outputs->list[i], contents[i], "", false});
     const Held held = hold_write_signals();
-    Fault fault = write_drafts(&drafts);
+    OutputFault fault = write_drafts(&drafts);
     release_signals(held);
     return fault;
 }

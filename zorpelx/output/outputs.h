@@ -2,7 +2,7 @@
 /* zorpelx/output/outputs.h: everything that a command writes, decided before it runs.
  *
  *     Outputs outputs;
- *     Fault fault = open_outputs({"g.part.2", "g.json"}, {"g.hgr"}, &outputs);
+ *     OutputFault fault = open_outputs({"g.part.2", "g.json"}, {"g.hgr"}, &outputs);
  *     ... the run ...
  *     fault = write_outputs(&outputs, {part, json});
  *     close_outputs(&outputs);
@@ -26,7 +26,7 @@ constexpr int OUTPUT_REFUSED = 2; // two names for one place
 constexpr int OUTPUT_FAILED = 5;  // it cannot be written
 
 /* Why something is not done; status 0: it is. */
-struct Fault {
+struct OutputFault {
     int status = 0;
     std::string text; // a sentence that names the file
 };
@@ -47,12 +47,12 @@ struct Outputs {
  *   inputs   what is read; empty names and files that are not there are passed over
  *   outputs  out: to be released by close_outputs(), also after a fault
  * Faults  OUTPUT_REFUSED if two outputs are one place, or an output is an input; OUTPUT_FAILED */
-Fault open_outputs(const std::vector<std::string> &names, const std::vector<std::string> &inputs,
-                   Outputs *outputs);
+OutputFault open_outputs(const std::vector<std::string> &names,
+                         const std::vector<std::string> &inputs, Outputs *outputs);
 
 /* The same test for what goes to standard output and standard error beside the outputs: each may
  * be redirected to a file, which must be neither read nor, under its name, written. */
-Fault check_streams(const Outputs &outputs, const std::vector<std::string> &inputs);
+OutputFault check_streams(const Outputs &outputs, const std::vector<std::string> &inputs);
 
 /* Writes all outputs. Everything is on its disk before the first file appears, and no signal that
  * can be held back comes between the first and the last.
@@ -60,7 +60,7 @@ Fault check_streams(const Outputs &outputs, const std::vector<std::string> &inpu
  * Faults  OUTPUT_FAILED; the text says which files stand in spite of it, if any do. May be called
  *         again, with other contents or with the empty view that has no data for those that are to
  *         stay as they are. */
-Fault write_outputs(Outputs *outputs, const std::vector<std::string_view> &contents);
+OutputFault write_outputs(Outputs *outputs, const std::vector<std::string_view> &contents);
 
 void close_outputs(Outputs *outputs);
 

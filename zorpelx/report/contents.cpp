@@ -33,9 +33,9 @@ std::string_view name_prefix(std::string_view name, int depth)
     return name.substr(0, end);
 }
 
-Grouping group_by_kind(const Hypergraph &graph)
+VertexGrouping group_by_kind(const Hypergraph &graph)
 {
-    Grouping grouping = {};
+    VertexGrouping grouping = {};
     if (graph.kind.empty()) return grouping;
     for (int64_t i = 0; i < count_names(graph.kindnames); i++)
         grouping.names.emplace_back(name_of(graph.kindnames, i));
@@ -45,9 +45,9 @@ Grouping group_by_kind(const Hypergraph &graph)
     return grouping;
 }
 
-static Grouping group_at(const Hypergraph &graph, int depth)
+static VertexGrouping group_at(const Hypergraph &graph, int depth)
 {
-    Grouping grouping = {};
+    VertexGrouping grouping = {};
     std::unordered_map<std::string_view, int32_t> numbers;
     for (int64_t v = 0; v < graph.nvertices; v++) {
         const std::string_view prefix = name_prefix(name_of(graph.vertexnames, v), depth);
@@ -59,13 +59,13 @@ static Grouping group_at(const Hypergraph &graph, int depth)
     return grouping;
 }
 
-Grouping group_by_prefix(const Hypergraph &graph, int64_t nparts)
+VertexGrouping group_by_prefix(const Hypergraph &graph, int64_t nparts)
 {
     if (graph.vertexnames.start.empty()) return {};
-    Grouping grouping = group_at(graph, 1);
+    VertexGrouping grouping = group_at(graph, 1);
     for (int depth = 2; depth <= DEEPEST; depth++) {
         if (static_cast<int64_t>(grouping.names.size()) > nparts) break;
-        Grouping deeper = group_at(graph, depth);
+        VertexGrouping deeper = group_at(graph, depth);
         if (deeper.names.size() == grouping.names.size()) break;
         grouping = std::move(deeper);
     }
@@ -91,7 +91,7 @@ static PartContents largest_groups(std::vector<GroupFacts> groups, size_t most)
 }
 
 std::vector<PartContents> contents_of(const Hypergraph &graph, const Division &division,
-                                      const Grouping &grouping, size_t most)
+                                      const VertexGrouping &grouping, size_t most)
 {
     if (grouping.group.empty()) return {};
     std::vector<std::map<int32_t, GroupFacts>> parts(static_cast<size_t>(division.nparts));

@@ -21,17 +21,17 @@ struct PartContents {
 
 /* Groups of the vertices.
  *   group  [nvertices] number of a name */
-struct Grouping {
+struct VertexGrouping {
     std::vector<int32_t> group;
     std::vector<std::string> names;
 };
 
 /* By the kinds of cells; empty if the record has none. */
-Grouping group_by_kind(const Hypergraph &graph);
+VertexGrouping group_by_kind(const Hypergraph &graph);
 
 /* By the beginnings of names: as many levels of the hierarchy as tell the parts apart, or what
  * stands before a number. Empty if vertices have no names. */
-Grouping group_by_prefix(const Hypergraph &graph, int64_t nparts);
+VertexGrouping group_by_prefix(const Hypergraph &graph, int64_t nparts);
 
 /* The first `depth` levels of a hierarchical name; without levels, the name without the number or
  * index at its end. */
@@ -39,6 +39,6 @@ std::string_view name_prefix(std::string_view name, int depth);
 
 /* At most so many groups for each part, by falling weight, then by number and name. */
 std::vector<PartContents> contents_of(const Hypergraph &graph, const Division &division,
-                                      const Grouping &grouping, size_t most);
+                                      const VertexGrouping &grouping, size_t most);
 
 #endif

@@ -58,11 +58,11 @@ static double share_of(const Axis &axis, double value)
     return (value - axis.least) / (axis.most - axis.least);
 }
 
-struct Frame {
+struct ScatterFrame {
     Axis x, y;
 };
 
-static Frame frame_of(const Scatter &scatter, const Panel &panel)
+static ScatterFrame frame_of(const Scatter &scatter, const Panel &panel)
 {
     std::vector<double> xs = panel.marks, ys;
     for (const Point &point : panel.points) {
@@ -78,12 +78,12 @@ static Frame frame_of(const Scatter &scatter, const Panel &panel)
             linear_axis(*y0, *y1)};
 }
 
-static double place_x(const Frame &frame, double x)
+static double place_x(const ScatterFrame &frame, double x)
 {
     return LEFT + share_of(frame.x, x) * (WIDTH - LEFT - RIGHT);
 }
 
-static double place_y(const Frame &frame, double y)
+static double place_y(const ScatterFrame &frame, double y)
 {
     return HEIGHT - BOTTOM - share_of(frame.y, y) * (HEIGHT - TOP - BOTTOM);
 }
@@ -113,7 +113,7 @@ static std::string shape(size_t series, double x, double y, const std::string &t
            points_text(x - R - 1, low) + "\">" + inside + "</polygon>\n";
 }
 
-static std::string axes(const Scatter &scatter, const Panel &panel, const Frame &frame)
+static std::string axes(const Scatter &scatter, const Panel &panel, const ScatterFrame &frame)
 {
     const double right = WIDTH - RIGHT, bottom = HEIGHT - BOTTOM, middle = (LEFT + right) / 2;
     std::string out = text("ink mid strong", middle, TOP - 14, markup(panel.title));
@@ -135,7 +135,7 @@ static std::string axes(const Scatter &scatter, const Panel &panel, const Frame 
 
 static std::string panel_text(const Scatter &scatter, const Panel &panel)
 {
-    const Frame frame = frame_of(scatter, panel);
+    const ScatterFrame frame = frame_of(scatter, panel);
     std::string out = axes(scatter, panel, frame);
     for (const double mark : panel.marks) {
         const double x = place_x(frame, mark);
