@@ -4,8 +4,9 @@
 
     scripts/reliability.py --list            the rows, and about how long each takes on two cores
     scripts/reliability.py NAME...           measures these rows
-    scripts/reliability.py --output FILE NAME  reads what the row's command printed in a run of before,
-                                             when fuzzing in several
+    scripts/reliability.py --output FILE NAME  reads what the row's command printed in runs of before,
+                                             several in turn when fuzzing; lines "cpu USER SYSTEM"
+                                             with their seconds add up too
     scripts/reliability.py --all             measures every row: days
     scripts/reliability.py --check           whether every row of the page is one of the script's
 
@@ -39,7 +40,21 @@ class Row:
     rounds: bool = False  # an output of several runs in turn counts as one long run
 
 
+CPU = re.compile(r"^cpu ([0-9.]+) ([0-9.]+)$", re.MULTILINE)
 FUZZ = r"stat::number_of_executed_units: (\d+)"
+FUZZED = {
+    "reader": "hypergraph reader",
+    "fixfile": "fix file",
+    "words": "command line",
+    "entry": "entry points",
+    "files": "readers of zorpelx",
+    "netlists": "readers and writers of all other formats",
+    "readers": "readers against each other",
+    "numbers": "readers of fix and partition files",
+    "report": "a report that is checked",
+    "interface": "calls of libzorpelx",
+}
+SHORT = {"interface": 800}  # bytes, where no call takes more
 ROWS = [
     Row("random-check", "random cases under address and undefined-behaviour sanitizers with heavy"
         " asserts", f"build/check/{TORTURE} --n 25000 --seed 1000000 --jobs 2",
@@ -73,14 +88,10 @@ ROWS = [
         " files without permission", "python3 -B tests/badfiles/run_badfiles.py --build build/release",
         r"(\d+) cases, 0 failed", "{0} files, all as recorded", "a minute"),
     *(Row(f"fuzz-{target}", f"fuzzing with libFuzzer under sanitizers: {what}",
-          f"build/fuzz/fuzz/fuzz_{target} -max_total_time=3600 -max_len=4096 -print_final_stats=1"
-          f" fuzz/seeds/{target}", FUZZ, "{0} inputs without a finding", "an hour", True)
-      for target, what in (("reader", "hypergraph reader"), ("fixfile", "fix file"),
-                           ("words", "command line"), ("entry", "entry points"),
-                           ("files", "readers of zorpelx"),
-                           ("netlists", "readers and writers of all other formats"), ("readers", "readers against each other"),
-                           ("numbers", "readers of fix and partition files"),
-                           ("report", "a report that is checked"), ("interface", "calls of libzorpelx"))),
+          f"build/fuzz/fuzz/fuzz_{target} -max_total_time=3600 -max_len={SHORT.get(target, 4096)}"
+          f" -print_final_stats=1 fuzz/seeds/{target}", FUZZ, "{0} inputs without a finding",
+          "an hour", True)
+      for target, what in FUZZED.items()),
     Row("kills", "children of a host killed at random moments of its calls",
         "build/release/tests/embed/embed_ordeal kills 1000 2",
         r"(\d+) children killed in (\d+) calls, (\d+) starts failed",
@@ -100,8 +111,9 @@ ROWS = [
         "{0} failed in {1} calls, {2} of which returned an error; the others did their work",
         "a minute"),
     Row("python-calls", "random arguments of the Python package",
-        "ctest --preset release -R python.fuzz_20000 -V", r"(\d+) calls", "{0} calls, each error one"
-        " of the package's own", "10 minutes"),
+        "PYTHONPATH=zorpelx/python ZORPELX_LIBRARY=build/release/zorpelx/lib/libzorpelx.so.1 python3 -B"
+        " zorpelx/python/tests/fuzz_calls.py 1000000 101", r"(\d+) calls", "{0} calls, each error one"
+        " of the package's own", "an hour", True),
     Row("threads", "embedding under the thread sanitizer: calls at once, forks while other threads"
         " draw and allocate", "build/tsan/tests/embed/embed_tests"
         " --gtest_filter='-*memory*:*standard_output*:*cap*'", r"PASSED  \] (\d+) tests",
@@ -154,7 +166,9 @@ def figures(row, output):
     found = re.search(row.figure, output, re.S)
     if row.rounds and found is not None:
         total = sum(int(count) for count in re.findall(row.figure, output))
-        return row.result.format(f"{total:,}")
+        seconds = [float(user) + float(system) for user, system in CPU.findall(output)]
+        cpu = f", in {sum(seconds) / 60:.0f} CPU minutes" if seconds else ""
+        return row.result.format(f"{total:,}") + cpu
     if found is None:
         print("\n".join(output.splitlines()[-20:]))
         sys.exit(f"{row.name} printed no figure")
