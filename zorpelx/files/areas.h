@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "hypergraph.h"
+#include "interner.h"
 #include "rules.h"
 
 /* Names of types with their areas; each name once, the last area counts. */

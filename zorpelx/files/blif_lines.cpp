@@ -12,7 +12,9 @@ BlifLines blif_lines_over(std::string_view text, Budget *budget)
 {
     constexpr std::string_view MARK = "\xef\xbb\xbf";
     const size_t begin = text.substr(0, MARK.size()) == MARK ? MARK.size() : 0;
-    return {text, text.data() + begin, text.data() + text.size(), text.data(), {}, budget};
+    return {
+        text,  text.data() + begin, text.data() + text.size(), text.data(), {}, {}, {}, 0, false,
+        budget};
 }
 
 void blif_error(const BlifLines &lines, const char *at, const char *format, ...)
@@ -54,7 +56,7 @@ static const char *take_word(BlifLines *lines, const char *s)
     while (s < end && !is_blank(*s) && *s != '\n' && *s != '#' &&
            (*s != '\\' || joined_line(s, end) == s))
         s++;
-    push_charged(lines->budget, &lines->words,
+    push_charged(lines->budget, &lines->ahead,
                  std::string_view(begin, static_cast<size_t>(s - begin)));
     return s;
 }
@@ -79,12 +81,58 @@ static const char *take_line_words(BlifLines *lines, const char *s)
     return s;
 }
 
+/* Behind the rows of a cover that begin here: lines of at most two words of 0, 1 and -. */
+static const char *skip_covers(const char *s, const char *end)
+{
+    for (const char *line = s; line < end; line = s) {
+        int nwords = 0;
+        for (bool within = false; s < end && *s != '\n'; s++) {
+            const bool row = *s == '0' || *s == '1' || *s == '-';
+            if (!row && !is_blank(*s)) return line;
+            nwords += row && !within;
+            within = row;
+        }
+        if (nwords > 2) return line;
+        s += s < end;
+    }
+    return s;
+}
+
+/* Takes one line more apart; it may have no words. */
+static void take_line_ahead(BlifLines *lines)
+{
+    const size_t before = lines->ahead.size();
+    look_at_clock(lines, lines->next);
+    lines->next = take_line_words(lines, lines->next);
+    if (lines->ahead.size() == before) return;
+    push_charged(lines->budget, &lines->ends, lines->ahead.size());
+    const std::string_view word = lines->ahead[before];
+    lines->covers = word == ".names" || word == ".barbuf";
+}
+
+static void take_lines_ahead(BlifLines *lines)
+{
+    constexpr size_t AHEAD = 32;
+    lines->ahead.clear();
+    lines->ends.clear();
+    lines->line = 0;
+    while (lines->next < lines->end && lines->ends.size() < AHEAD) {
+        if (lines->covers) lines->next = skip_covers(lines->next, lines->end);
+        if (lines->next < lines->end) take_line_ahead(lines);
+    }
+}
+
 bool take_words(BlifLines *lines)
 {
-    lines->words.clear();
-    while (lines->next < lines->end && lines->words.empty()) {
-        look_at_clock(lines, lines->next);
-        lines->next = take_line_words(lines, lines->next);
-    }
-    return !lines->words.empty();
+    if (lines->line == lines->ends.size()) take_lines_ahead(lines);
+    if (lines->ends.empty()) return false;
+    const size_t begin = lines->line == 0 ? 0 : lines->ends[lines->line - 1];
+    lines->words = BlifWords(lines->ahead).subspan(begin, lines->ends[lines->line] - begin);
+    lines->line++;
+    return true;
+}
+
+bool is_first_ahead(const BlifLines &lines)
+{
+    return lines.line == 1;
 }

@@ -54,4 +54,14 @@ template <class T> void push_charged(Budget *budget, std::vector<T> *list, const
     list->push_back(value);
 }
 
+/* Makes room for so many in all, where the number is known. */
+template <class T> void reserve_charged(Budget *budget, std::vector<T> *list, size_t count)
+{
+    const size_t old = list->capacity();
+    if (count <= old) return;
+    charge(budget, count * sizeof(T));
+    list->reserve(count);
+    give_back(budget, old * sizeof(T));
+}
+
 #endif

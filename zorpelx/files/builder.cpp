@@ -150,27 +150,59 @@ static void sort_pins(Builder *builder)
     builder->net = {};
 }
 
+/* Pins of few are compared with each other, which takes no memory of its own. Pins begin at `pins`,
+ * are count in number, and are written to `kept`, which is no further. Returns how many stay. */
+static size_t drop_among_few(const int32_t *pins, size_t count, int32_t *kept)
+{
+    size_t nkept = 0;
+    for (size_t i = 0; i < count; i++) {
+        const int32_t v = pins[i];
+        bool again = false;
+        for (size_t j = 0; j < nkept; j++) again = again || kept[j] == v;
+        kept[nkept] = v;
+        nkept += !again;
+    }
+    return nkept;
+}
+
+/* The same for any number. last[v] is the last hyperedge that v was met in. */
+static size_t drop_among_many(const int32_t *pins, size_t count, int32_t *kept, int32_t e,
+                              std::vector<int32_t> *last)
+{
+    size_t nkept = 0;
+    for (size_t i = 0; i < count; i++) {
+        const int32_t v = pins[i];
+        const bool again = (*last)[at(v)] == e;
+        (*last)[at(v)] = e;
+        kept[nkept] = v;
+        nkept += !again;
+    }
+    return nkept;
+}
+
 /* Leaves out every pin of a hyperedge that has it already; returns how many. */
 static int64_t drop_repeated(Builder *builder)
 {
+    constexpr size_t FEW = 8;
     Hypergraph *const graph = &builder->graph;
-    charge(builder->budget, at(graph->nvertices) * sizeof(int32_t));
-    std::vector<int32_t> last(at(graph->nvertices), -1);
+    std::vector<int32_t> last; // made for the first hyperedge that needs it
+    int32_t *const pins = graph->pins.data();
     size_t kept = 0;
     for (size_t e = 0; e + 1 < graph->start.size(); e++) {
-        const size_t begin = at(graph->start[e]), end = at(graph->start[e + 1]);
+        const size_t begin = at(graph->start[e]), count = at(graph->start[e + 1]) - begin;
         graph->start[e] = static_cast<int64_t>(kept);
-        for (size_t i = begin; i < end; i++) {
-            int32_t *const mark = &last[at(graph->pins[i])];
-            if (*mark == static_cast<int32_t>(e)) continue;
-            *mark = static_cast<int32_t>(e);
-            graph->pins[kept++] = graph->pins[i];
+        if (count > FEW && last.empty()) {
+            charge(builder->budget, at(graph->nvertices) * sizeof(int32_t));
+            last.assign(at(graph->nvertices), -1);
         }
+        kept += count <= FEW ? drop_among_few(pins + begin, count, pins + kept)
+                             : drop_among_many(pins + begin, count, pins + kept,
+                                               static_cast<int32_t>(e), &last);
     }
     const int64_t dropped = static_cast<int64_t>(graph->pins.size() - kept);
     graph->start.back() = static_cast<int64_t>(kept);
     graph->pins.resize(kept);
-    give_back(builder->budget, at(graph->nvertices) * sizeof(int32_t));
+    give_back(builder->budget, last.size() * sizeof(int32_t));
     return dropped;
 }
 

@@ -18,6 +18,7 @@
 #define ZORPELX_FILES_BUILDER_H
 
 #include "hypergraph.h"
+#include "interner.h"
 #include "rules.h"
 
 /*   P1  net and graph.pins are of one length: pin i is a vertex of hyperedge net[i]; net stays

@@ -365,19 +365,36 @@ static Names net_names(const Flattening &flat, const std::vector<int32_t> &numbe
     for (size_t i = 0; i < flat.instances.size(); i++) choose_names_of(flat, i, number, &chosen);
     check_time(*flat.budget);
     Names names;
+    reserve_charged(flat.budget, &names.start, at(nnets) + 1);
     for (int64_t e = 0; e < nnets; e++)
         add_name(&names, net_name(flat, chosen[at(e)], e), flat.budget);
     give_back(flat.budget, at(nnets) * sizeof(NameChoice));
     return names;
 }
 
+/* Pins by hyperedge instead of by vertex: count, prefix sum, place. */
 static void add_pins(Flattening *flat, Builder *builder)
 {
-    for (size_t v = 0; v < flat->first.size(); v++) {
-        const size_t end = v + 1 < flat->first.size() ? at(flat->first[v + 1]) : flat->pins.size();
+    const size_t npins = flat->pins.size(), nvertices = flat->first.size();
+    if (npins > INT32_MAX)
+        file_error(ZORPELX_BAD_INPUT, "%s: more than %d vertex entries, which 32 bits do not count",
+                   flat->budget->name.c_str(), INT32_MAX);
+    std::vector<int64_t> *const start = &builder->graph.start;
+    std::vector<int32_t> *const pins = &builder->graph.pins;
+    reserve_charged(flat->budget, start, at(flat->graph.nnets) + 1);
+    reserve_charged(flat->budget, pins, npins);
+    start->assign(at(flat->graph.nnets) + 1, 0);
+    pins->resize(npins);
+    for (const int32_t e : flat->pins) (*start)[at(e) + 1]++;
+    for (size_t e = 1; e < start->size(); e++) (*start)[e] += (*start)[e - 1];
+    for (size_t v = 0; v < nvertices; v++) {
+        const size_t end = v + 1 < nvertices ? at(flat->first[v + 1]) : npins;
         for (size_t i = at(flat->first[v]); i < end; i++)
-            add_pin(builder, flat->pins[i], static_cast<int32_t>(v));
+            (*pins)[at((*start)[at(flat->pins[i])]++)] = static_cast<int32_t>(v);
     }
+    for (size_t e = start->size() - 1; e > 0; e--) (*start)[e] = (*start)[e - 1];
+    start->front() = 0;
+    check_time(*flat->budget);
     give_back(flat->budget, flat->pins.capacity() * sizeof flat->pins[0]);
     flat->pins = {};
 }
@@ -440,6 +457,16 @@ static Hypergraph finish(Flattening *flat, Findings *findings)
     return graph;
 }
 
+/* Room for what the top module has by itself. */
+static void reserve_for_top(Flattening *flat, const NetModule &module)
+{
+    const size_t ncells = module.cells.size();
+    reserve_charged(flat->budget, &flat->graph.kind, ncells);
+    reserve_charged(flat->budget, &flat->graph.vertexwgt, ncells);
+    reserve_charged(flat->budget, &flat->first, ncells);
+    reserve_charged(flat->budget, &flat->graph.vertexnames.start, ncells + 1);
+}
+
 Hypergraph flatten_design(const NetDesign &design, size_t top, Findings *findings, Budget *budget,
                           std::vector<NetOrigin> *origins)
 {
@@ -447,6 +474,7 @@ Hypergraph flatten_design(const NetDesign &design, size_t top, Findings *finding
     flat.uses = uses_of(design);
     flat.opened = modules_to_open(design);
     flat.open.assign(design.modules.size(), false);
+    reserve_for_top(&flat, design.modules[top]);
     const int32_t kind = port_kind(design, &flat.graph.kindnames, budget);
     open_module(&flat, new_instance(&flat, top, 0, ""));
     add_ports(&flat, top, kind);

@@ -8,7 +8,7 @@
 #include "walk.h"
 
 struct RoleName {
-    const char *name;
+    std::string_view name;
     Role role;
 };
 
@@ -49,18 +49,23 @@ constexpr RoleName ROLE_NAMES[] = {{"hyperedge", ROLE_NET},
                                    {"area", ROLE_VERTEX_WEIGHT},
                                    {"type", ROLE_KIND}};
 
+static Role role_called(std::string_view name)
+{
+    for (const RoleName &row : ROLE_NAMES)
+        if (name == row.name) return row.role;
+    return ROLE_NONE;
+}
+
 Role role_of_name(std::string_view name)
 {
-    const std::string small = small_letters(name);
-    for (const RoleName &row : ROLE_NAMES)
-        if (small == row.name) return row.role;
-    return ROLE_NONE;
+    const Role role = role_called(name);
+    return role != ROLE_NONE ? role : role_called(small_letters(name));
 }
 
 const char *name_of_role(Role role)
 {
     for (const RoleName &row : ROLE_NAMES)
-        if (row.role == role) return row.name;
+        if (row.role == role) return row.name.data();
     return "";
 }
 
@@ -137,8 +142,30 @@ static void say_of_vertex(Members *members, const Member &member, int32_t v)
             ROLE_KIND);
 }
 
+static void add_waiting(Members *members)
+{
+    WaitingRows *const waiting = &members->waiting;
+    for (size_t i = 0; i < waiting->count; i++) {
+        const WaitingRows::Row &row = waiting->rows[i];
+        const int32_t e = number_net(members, row.net);
+        add_pin(&members->builder, e, named_vertex(&members->builder, row.vertex));
+    }
+    waiting->count = 0;
+}
+
+void add_later(Members *members, std::string_view net, std::string_view vertex)
+{
+    WaitingRows *const waiting = &members->waiting;
+    if (waiting->count == WaitingRows::MOST) add_waiting(members);
+    const bool again = waiting->count > 0 && waiting->rows[waiting->count - 1].net == net;
+    if (!again) prefetch_name(members->builder.nets, net);
+    prefetch_name(members->builder.vertices, vertex);
+    waiting->rows[waiting->count++] = {net, vertex};
+}
+
 void add_member(Members *members, const Member &member)
 {
+    add_waiting(members);
     const bool net = is_there(member, ROLE_NET), vertex = is_there(member, ROLE_VERTEX);
     const int32_t e = net ? number_net(members, member.words[ROLE_NET].text) : -1;
     const int32_t v = vertex ? named_vertex(&members->builder, member.words[ROLE_VERTEX].text) : -1;
@@ -183,6 +210,7 @@ static void tell_conflicts(const Members &members)
 Hypergraph finish_members(Members *members)
 {
     Hypergraph *const graph = &members->builder.graph;
+    add_waiting(members);
     put_weights(members);
     put_entries(members, members->fixed, &graph->fixed);
     put_entries(members, members->group, &graph->group);

@@ -37,6 +37,17 @@ struct Member {
     Word words[NROLES] = {};
 };
 
+/* Rows that say no more than that a vertex is in a hyperedge wait, so that the names of many are
+ * asked for before the first is looked up. */
+struct WaitingRows {
+    struct Row {
+        std::string_view net, vertex;
+    };
+    static constexpr size_t MOST = 64;
+    Row rows[MOST] = {};
+    size_t count = 0;
+};
+
 /*   M1  an entry of a list is -1 until a row says something; the first one counts */
 struct Members {
     Builder builder;
@@ -46,12 +57,16 @@ struct Members {
     Place conflict;     // of the first
     std::string what;   // in words
     int32_t net;        // of the last row, or -1
+    WaitingRows waiting;
 };
 
 Members open_members(Findings *findings, Budget *budget);
 
 /* Errors  FileError: a weight or a part that is no whole number from 0 */
 void add_member(Members *members, const Member &member);
+
+/* Adds a row of a hyperedge and a vertex, sooner or later, in order; the texts have to stay. */
+void add_later(Members *members, std::string_view net, std::string_view vertex);
 
 /* The record; what rows contradict each other in is told. */
 Hypergraph finish_members(Members *members);

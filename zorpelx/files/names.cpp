@@ -1,19 +1,10 @@
 // SPDX-License-Identifier: MIT
-/* zorpelx/files/names.cpp: names in one array, and a table of open addressing over them.
- *
- * The hash stands in the slot, so that names are compared only where 32 bits agree, and the table
- * grows without looking at them.
- */
+/* zorpelx/files/names.cpp: names in one array, and patterns that they fit. */
 #include "names.h"
 
 #include <cassert>
-#include <climits>
-#include <cstring>
 
-#include "fileerror.h"
-#include "zorpelx.h"
-
-constexpr size_t FEWEST_SLOTS = 64;
+constexpr size_t LEAST_ROOM = 64; // characters
 
 int64_t count_names(const Names &names)
 {
@@ -43,7 +34,7 @@ static void reserve_text(Names *names, size_t more, Budget *budget)
 {
     const size_t old = names->text.capacity(), wanted = names->text.size() + more;
     if (wanted <= old) return;
-    const size_t larger = wanted < 2 * old ? 2 * old : wanted + FEWEST_SLOTS;
+    const size_t larger = wanted < 2 * old ? 2 * old : wanted + LEAST_ROOM;
     charge(budget, larger);
     names->text.reserve(larger);
     give_back(budget, old);
@@ -126,84 +117,4 @@ bool name_fits(std::string_view name, std::string_view pattern)
     }
     while (p < pattern.size() && pattern[p] == '*') p++;
     return p == pattern.size();
-}
-
-static uint64_t eight_bytes(const char *at, size_t count)
-{
-    uint64_t word = 0;
-    memcpy(&word, at, count);
-    return word;
-}
-
-/* Eight bytes at a time, each mixed by a multiplication whose upper half is folded in. */
-static uint32_t hash_of(std::string_view name)
-{
-    constexpr uint64_t ODD = 0x9e3779b97f4a7c15;
-    uint64_t hash = name.size() * ODD;
-    size_t at = 0;
-    for (; at + 8 <= name.size(); at += 8) {
-        hash = (hash ^ eight_bytes(name.data() + at, 8)) * ODD;
-        hash ^= hash >> 32;
-    }
-    if (at < name.size()) hash = (hash ^ eight_bytes(name.data() + at, name.size() - at)) * ODD;
-    hash ^= hash >> 32;
-    hash *= 0xbf58476d1ce4e5b9;
-    return static_cast<uint32_t>(hash >> 32);
-}
-
-static void grow_slots(Interner *interner, Budget *budget)
-{
-    const size_t old = interner->slots.size(), larger = old == 0 ? FEWEST_SLOTS : 2 * old;
-    charge(budget, larger * sizeof(Interner::Slot));
-    std::vector<Interner::Slot> slots(larger, {0, -1});
-    for (const Interner::Slot &slot : interner->slots) {
-        if (slot.index < 0) continue;
-        size_t at = slot.hash & (larger - 1);
-        while (slots[at].index >= 0) at = (at + 1) & (larger - 1);
-        slots[at] = slot;
-    }
-    interner->slots.swap(slots);
-    give_back(budget, old * sizeof(Interner::Slot));
-}
-
-/* The slot of a name, or the free one where it belongs. There is a free one. */
-static size_t slot_of(const Interner &interner, std::string_view name, uint32_t hash)
-{
-    const size_t mask = interner.slots.size() - 1;
-    size_t at = hash & mask;
-    for (;; at = (at + 1) & mask) {
-        const Interner::Slot &slot = interner.slots[at];
-        if (slot.index < 0) return at;
-        if (slot.hash == hash && name_of(interner.names, slot.index) == name) return at;
-    }
-}
-
-int32_t intern(Interner *interner, std::string_view name, Budget *budget)
-{
-    const size_t count = static_cast<size_t>(count_names(interner->names));
-    if (2 * count >= interner->slots.size()) grow_slots(interner, budget);
-    const uint32_t hash = hash_of(name);
-    Interner::Slot *const slot = &interner->slots[slot_of(*interner, name, hash)];
-    if (slot->index >= 0) return slot->index;
-    if (count >= INT_MAX - 1)
-        file_error(ZORPELX_BAD_INPUT, "%s: more than %d names, which 32 bits do not count",
-                   budget->name.c_str(), INT_MAX - 1);
-    add_name(&interner->names, name, budget);
-    *slot = {hash, static_cast<int32_t>(count)};
-    return slot->index;
-}
-
-int32_t find_name(const Interner &interner, std::string_view name)
-{
-    if (interner.slots.empty()) return -1;
-    return interner.slots[slot_of(interner, name, hash_of(name))].index;
-}
-
-Names take_names(Interner *interner, Budget *budget)
-{
-    give_back(budget, interner->slots.size() * sizeof(Interner::Slot));
-    interner->slots = {};
-    Names names;
-    std::swap(names, interner->names);
-    return names;
 }

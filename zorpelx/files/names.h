@@ -1,5 +1,5 @@
 /* SPDX-License-Identifier: MIT */
-/* zorpelx/files/names.h: names of vertices, hyperedges and kinds, and the table that numbers them.
+/* zorpelx/files/names.h: names of vertices, hyperedges and kinds.
  *
  * All names of one kind stand one behind another in one array of characters. A format without names
  * has none here either; whoever shows a vertex then shows its number.
@@ -37,28 +37,5 @@ std::string name_or_number(const Names &names, int64_t i, int64_t first);
 /* Whether a name fits a pattern, in which * stands for any characters, also none, ? for one, and
  * [...] for one of a set, as in the shell; a backslash takes the next character as it is. */
 bool name_fits(std::string_view name, std::string_view pattern);
-
-/* Names that are all different, each with its number.
- *   I1  slots[s].index is -1 or the number of a name whose search passes s
- *   I2  at most half of the slots are taken; their number is a power of two, or 0 */
-struct Interner {
-    struct Slot {
-        uint32_t hash;
-        int32_t index;
-    };
-    Names names = {};
-    std::vector<Slot> slots = {};
-};
-
-/* The number of a name, which is added if it is new. Numbers begin at 0 and have no gaps.
- * Cost    O(length)
- * Errors  FileError: more than 2^31 - 2 names; past the budget */
-int32_t intern(Interner *interner, std::string_view name, Budget *budget);
-
-/* The number of a name; -1 if it is not there. */
-int32_t find_name(const Interner &interner, std::string_view name);
-
-/* The names, and an interner as new. */
-Names take_names(Interner *interner, Budget *budget);
 
 #endif

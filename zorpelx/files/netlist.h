@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "hypergraph.h"
+#include "interner.h"
 #include "rules.h"
 
 constexpr int32_t CONSTANT_BIT = -1; // in place of the number of a net

@@ -83,6 +83,9 @@ static void add_wires(BlifScan *scan)
 {
     NetModule *const module = &scan->model.module;
     const Names &names = scan->netnames.emplace_back(take_names(&scan->model.nets, scan->budget));
+    const size_t nnets = at(count_names(names));
+    reserve_charged(scan->budget, &module->wires, nnets);
+    reserve_charged(scan->budget, &module->bits, module->bits.size() + nnets);
     for (int64_t net = 0; net < count_names(names); net++) {
         const std::string_view name = name_of(names, net);
         const bool hidden = !name.empty() && name[0] == '$';
@@ -169,7 +172,7 @@ static void take_names_line(BlifScan *scan)
 static void take_latch(BlifScan *scan)
 {
     constexpr size_t FEWEST = 3, MOST = 6, WITH_CONTROL = 5;
-    const std::vector<std::string_view> &words = scan->lines.words;
+    const BlifWords words = scan->lines.words;
     if (words.size() < FEWEST || words.size() > MOST)
         blif_error(scan->lines, words[0].data(),
                    ".latch has an input, an output, perhaps a type with a control, and a value");
@@ -192,7 +195,7 @@ static void connect_formal(BlifScan *scan, std::string_view word)
 }
 
 /* The net of the last FORMAL=ACTUAL. */
-static std::string_view last_actual(const std::vector<std::string_view> &words, size_t nformals)
+static std::string_view last_actual(BlifWords words, size_t nformals)
 {
     const std::string_view word = words[1 + nformals];
     const size_t sign = word.find('=');
@@ -202,7 +205,7 @@ static std::string_view last_actual(const std::vector<std::string_view> &words, 
 /* .gate, .subckt or .mlatch; the last has a control and a value behind its nets. */
 static void take_gate(BlifScan *scan)
 {
-    const std::vector<std::string_view> &words = scan->lines.words;
+    const BlifWords words = scan->lines.words;
     if (words.size() < 2) blif_error(scan->lines, words[0].data(), "there should be a type behind");
     size_t nformals = words.size() - 2;
     if (words[0] == ".mlatch")
@@ -223,7 +226,7 @@ static void take_gate(BlifScan *scan)
 
 static void take_conn(BlifScan *scan)
 {
-    const std::vector<std::string_view> &words = scan->lines.words;
+    const BlifWords words = scan->lines.words;
     if (words.size() != 3) blif_error(scan->lines, words[0].data(), ".conn joins two nets");
     const int32_t a = net_called(scan, words[1]), b = net_called(scan, words[2]);
     scan->model.same[at(same_net(&scan->model, b))] = same_net(&scan->model, a);
@@ -231,14 +234,14 @@ static void take_conn(BlifScan *scan)
 
 static void name_cell(BlifScan *scan)
 {
-    const std::vector<std::string_view> &words = scan->lines.words;
+    const BlifWords words = scan->lines.words;
     if (words.size() != 2 || scan->model.module.cells.empty())
         blif_error(scan->lines, words[0].data(), ".cname gives the cell before it a name");
     scan->model.module.cells.back().name = words[1];
 }
 
 /* A row of a .names: nothing but 0, 1 and -, in one word or two. */
-static bool is_cover(const std::vector<std::string_view> &words)
+static bool is_cover(BlifWords words)
 {
     for (const std::string_view word : words)
         if (word.find_first_not_of("01-") != std::string_view::npos) return false;
@@ -322,13 +325,23 @@ static void take_statement(BlifScan *scan)
     take_other(scan);
 }
 
+/* Nets of the lines ahead. */
+static void ask_for_names(const BlifScan &scan)
+{
+    for (const std::string_view word : scan.lines.ahead)
+        if (word[0] != '.') prefetch_name(scan.model.nets, word.substr(word.find('=') + 1));
+}
+
 Hypergraph read_blif(std::string_view bytes, const Reading &reading, Findings *findings,
                      Budget *budget)
 {
     BlifScan scan = {
         blif_lines_over(bytes, budget), {}, {}, false, false, {}, {}, findings, budget};
     scan.design.outputs = "out:";
-    while (take_words(&scan.lines)) take_statement(&scan);
+    while (take_words(&scan.lines)) {
+        if (is_first_ahead(scan.lines)) ask_for_names(scan);
+        take_statement(&scan);
+    }
     if (scan.open && !scan.design.modules.empty())
         tell_warning(findings, place_of(bytes, scan.lines.end), "the last model has no .end");
     close_model(&scan);

@@ -2,6 +2,8 @@
 /* zorpelx/files/read_edges.cpp: the reader of edge lists. */
 #include "read_edges.h"
 
+#include <algorithm>
+
 #include "builder.h"
 #include "fileerror.h"
 #include "walk.h"
@@ -41,22 +43,52 @@ static int64_t take_weight(Walk *walk, const Budget &budget)
     return weight;
 }
 
-/* Returns whether the line has an edge of two vertices. */
-static bool add_edge(Builder *builder, Walk *walk)
+/* Lines read and not yet added: their names are asked for while more lines are read. */
+struct EdgeLine {
+    std::string_view from, to;
+    int64_t weight; // -1: none
+};
+constexpr size_t EDGE_BLOCK = 64;
+
+struct EdgeScan {
+    Builder builder;
+    Walk walk;
+    EdgeLine lines[EDGE_BLOCK];
+    size_t nlines;
+    int64_t nloops;
+};
+
+static EdgeLine take_line(EdgeScan *scan)
 {
+    Walk *const walk = &scan->walk;
     const std::string_view from = take_name(walk), to = take_name(walk);
     if (to.empty())
-        bad_input(*builder->budget, place_of(*walk),
+        bad_input(*scan->builder.budget, place_of(*walk),
                   "the line ends where a second vertex should be");
-    const int64_t weight = take_weight(walk, *builder->budget);
-    const int32_t u = named_vertex(builder, from), v = named_vertex(builder, to);
-    if (u == v) return false;
+    prefetch_name(scan->builder.vertices, from);
+    prefetch_name(scan->builder.vertices, to);
+    return {from, to, take_weight(walk, *scan->builder.budget)};
+}
+
+static void add_edge(EdgeScan *scan, const EdgeLine &line)
+{
+    Builder *const builder = &scan->builder;
+    const int32_t u = named_vertex(builder, line.from), v = named_vertex(builder, line.to);
+    if (u == v) {
+        scan->nloops++;
+        return;
+    }
     const int64_t e = builder->graph.nnets;
     need_nets(builder, e + 1);
     add_pin(builder, static_cast<int32_t>(e), u);
     add_pin(builder, static_cast<int32_t>(e), v);
-    if (weight >= 0) set_net_weight(builder, static_cast<int32_t>(e), weight);
-    return true;
+    if (line.weight >= 0) set_net_weight(builder, static_cast<int32_t>(e), line.weight);
+}
+
+static void add_edges(EdgeScan *scan)
+{
+    for (size_t i = 0; i < scan->nlines; i++) add_edge(scan, scan->lines[i]);
+    scan->nlines = 0;
 }
 
 /* The numbers in the rest of the line; 0 if there is anything else. */
@@ -93,18 +125,33 @@ Recognised recognise_edges(std::string_view bytes)
     return each == 2 || each == 3 ? LIKE : OPEN;
 }
 
+/* Room for as many edges as the begin of the file lets expect, and no more than it can hold. */
+static void reserve_edges(Builder *builder, std::string_view bytes)
+{
+    constexpr size_t SAMPLE = size_t{1} << 20, SHORTEST = 4; // "1 2" and its newline
+    const std::string_view head = bytes.substr(0, SAMPLE);
+    if (head.size() == bytes.size()) return;
+    const size_t nlines = static_cast<size_t>(std::count(head.begin(), head.end(), '\n'));
+    const size_t expected = (bytes.size() / SAMPLE + 1) * nlines;
+    const size_t nedges = std::min(expected + expected / 32, bytes.size() / SHORTEST);
+    reserve_charged(builder->budget, &builder->graph.pins, 2 * nedges);
+    reserve_charged(builder->budget, &builder->graph.start, nedges + 1);
+}
+
 Hypergraph read_edges(std::string_view bytes, const Reading &, Findings *findings, Budget *budget)
 {
-    Builder builder = open_builder(findings, budget);
-    Walk walk = walk_over(bytes);
-    int64_t nloops = 0;
-    for (skip_space(&walk); !text_ended(walk); skip_space(&walk)) {
-        if (*walk.at != '#' && *walk.at != '%' && !add_edge(&builder, &walk)) nloops++;
-        next_line(&walk);
+    EdgeScan scan = {open_builder(findings, budget), walk_over(bytes), {}, 0, 0};
+    reserve_edges(&scan.builder, bytes);
+    Walk *const walk = &scan.walk;
+    for (skip_space(walk); !text_ended(*walk); skip_space(walk)) {
+        if (*walk->at != '#' && *walk->at != '%') scan.lines[scan.nlines++] = take_line(&scan);
+        if (scan.nlines == EDGE_BLOCK) add_edges(&scan);
+        next_line(walk);
     }
-    if (nloops > 0)
+    add_edges(&scan);
+    if (scan.nloops > 0)
         tell_note(findings, {0, 0},
                   text_of("edges that join a vertex to itself, left out: %lld",
-                          static_cast<long long>(nloops)));
-    return finish_hypergraph(&builder);
+                          static_cast<long long>(scan.nloops)));
+    return finish_hypergraph(&scan.builder);
 }

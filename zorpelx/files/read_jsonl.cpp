@@ -223,6 +223,16 @@ static void take_array(JsonLine *line)
     expect(line, ']', "a comma or ]");
 }
 
+/* Whether the line is of a hyperedge and its vertices and no more, and its texts are the file's. */
+static bool is_plain_line(const JsonLine &line)
+{
+    for (const Role role : {ROLE_NET_WEIGHT, ROLE_VERTEX_WEIGHT, ROLE_KIND, ROLE_FIXED, ROLE_GROUP})
+        if (line.member.words[role].place.line > 0) return false;
+    for (const Member::Word &vertex : line.vertices)
+        if (vertex.place.line == 0) return false;
+    return line.copies.empty() && line.number.empty() && line.member.words[ROLE_NET].place.line > 0;
+}
+
 static void add_line(JsonLine *line)
 {
     Member *const member = &line->member;
@@ -236,6 +246,11 @@ static void add_line(JsonLine *line)
         member->words[ROLE_NET] = {line->number, {line->walk.line, 1}};
     }
     if (line->vertices.empty()) return add_member(&line->members, *member);
+    if (is_plain_line(*line)) {
+        for (const Member::Word &vertex : line->vertices)
+            add_later(&line->members, member->words[ROLE_NET].text, vertex.text);
+        return;
+    }
     for (const Member::Word &vertex : line->vertices) {
         member->words[ROLE_VERTEX] = vertex;
         add_member(&line->members, *member);
@@ -247,6 +262,7 @@ static void take_line(JsonLine *line)
     line->member = Member();
     line->vertices.clear();
     line->copies.clear();
+    line->number.clear();
     if (next_is(line, '{'))
         take_object(line);
     else if (next_is(line, '['))

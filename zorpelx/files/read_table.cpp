@@ -182,8 +182,21 @@ static bool is_absent(const TableField &field)
     return field.text.empty() && !field.quoted;
 }
 
+/* Whether the row is of a hyperedge and a vertex and no more, and its texts are the file's. */
+static bool is_plain_row(const TableScan &scan)
+{
+    if (scan.row.size() != 2 || scan.roles.size() < 2) return false;
+    for (const TableField &field : scan.row)
+        if (field.quoted || field.text.empty()) return false;
+    return scan.roles[0] + scan.roles[1] == ROLE_NET + ROLE_VERTEX;
+}
+
 static void add_row(TableScan *scan)
 {
+    if (is_plain_row(*scan)) {
+        const size_t net = scan->roles[0] == ROLE_NET ? 0 : 1;
+        return add_later(&scan->members, scan->row[net].text, scan->row[1 - net].text);
+    }
     Member member;
     if (scan->row.size() < 2)
         bad_input(*scan->members.builder.budget, scan->row[0].place,
