@@ -46,7 +46,7 @@ constexpr FormatRow TABLE[] = {
      KEEPS_VERTEX_WEIGHTS | KEEPS_NET_WEIGHTS | KEEPS_ISLANDS},
     {"mtx", "Matrix Market file", ".mtx .mm", "row-net column-net fine-grain", recognise_mtx,
      read_mtx, nullptr, annotate_mtx, 0, true},
-    {"cnf", "DIMACS CNF file", ".cnf .dimacs", "primal dual literal", recognise_cnf, read_cnf,
+    {"cnf", "DIMACS CNF file", ".cnf .dimacs .wcnf", "primal dual literal", recognise_cnf, read_cnf,
      nullptr, nullptr, 0},
     {"yosys", "Yosys netlist", ".json", "", recognise_yosys, read_yosys, nullptr, annotate_yosys, 0,
      true},

@@ -61,7 +61,6 @@ static const Opening OPENINGS[] = {
     {"(edif", "EDIF"},
     {"(kicad_pcb", "KiCad board"},
     {"p cnf", "DIMACS CNF"},
-    {"p wcnf", "weighted DIMACS CNF"},
     {"p edge", "DIMACS graph"},
     {"p col", "DIMACS graph"},
     {"ucla", "Bookshelf"},

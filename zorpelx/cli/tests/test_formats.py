@@ -178,6 +178,46 @@ class Matrices(Formats):
 
 
 class Formulas(Formats):
+    def weights(self, name, *words):
+        """Weights of the hyperedges of a file, in order."""
+        self.run_ok("convert", name, "w.hgr", "--force", *words)
+        rows = (self.folder / "w.hgr").read_text().splitlines()
+        code = rows[0].split()[2:]
+        return [int(row.split()[0]) for row in rows[1:]] if code in (["1"], ["11"]) else None
+
+    def test_weighted_formulas_in_both_forms(self):
+        clauses = [(7, "1 -2 0"), ("h", "2 3 0"), (12, "-1 3 4 0"), ("h", "4 1 0"), (1, "2 4 0")]
+        nets = {"1": {"1", "2"}, "2": {"2", "3"}, "3": {"1", "3", "4"}, "4": {"1", "4"}, "5": {"2", "4"}}
+        old = "c x\np wcnf 4 5 21\n"
+        old += "".join("%s %s\n" % (21 if w == "h" else w, c) for w, c in clauses)
+        soft_first = "c x\n" + "".join("%s %s\n" % row for row in clauses)
+        hard_first = "c x\nh 2 3 0\n7 1 -2 0\n"
+        self.file("old.txt", old)
+        self.file("soft.wcnf", soft_first)
+        for name in ("old.txt", "soft.wcnf"):
+            self.assertEqual(self.nets(name), nets)
+            self.assertEqual(self.weights(name), [7, 12, 12, 12, 1])
+            self.assertIsNone(self.weights(name, "--model", "dual"))
+            self.assertIn("2 hard clauses count 12", self.run_ok("stats", name).stderr)
+        self.assertEqual(self.weights(self.file("hard", hard_first)), [7, 7])
+        self.assertEqual(self.weights(self.file("dos", hard_first.replace("\n", "\r\n"))), [7, 7])
+        self.assertEqual(self.weights(self.file("no-top", "p wcnf 3 2\n5 1 2 0 9 2 3 0\n")), [5, 9])
+        self.assertEqual(self.weights(self.file("all-hard", "h 1 2 0\nh 2 3 0\n")), [1, 1])
+
+    def test_weighted_formulas_that_are_wrong(self):
+        for place, sentence, text in (
+            ("2:1", "'-3' where the weight of a clause", "p wcnf 3 1 9\n-3 1 2 0\n"),
+            ("2:1", "'1.5' where the weight of a clause", "p wcnf 3 1 9\n1.5 1 2 0\n"),
+            ("2:1", "'h' where the weight of a clause", "p wcnf 3 1 9\nh 1 2 0\n"),
+            ("1:12", "'x' where the weight of hard clauses", "p wcnf 3 1 x\n3 1 2 0\n"),
+            ("2:3", "'x' where a literal", "h 1 2 0\n3 x 0\n"),
+        ):
+            self.fails(3, f"f.wcnf:{place}: {sentence}", "stats", self.file("f.wcnf", text))
+        self.file("f.wcnf", "p wcnf 3 2 9999999999\n2000000000 1 2 0\n2000000000 2 3 0\n")
+        self.assertIn("total more than 2147483646", self.call("lint", "f.wcnf").stdout)
+        self.assertIn("does not end with 0", self.run_ok("stats", self.file("f.wcnf", "h 1 2 0\n3 1 3")).stderr)
+        self.assertIn("1 clause is empty", self.run_ok("stats", self.file("f.wcnf", "h 1 2 0\n3 0\n")).stderr)
+
     def formula(self, nvariables, nclauses, seed):
         numbers = random.Random(seed)
         clauses = [
@@ -344,10 +384,6 @@ class Tables(Formats):
             self.assertIn("3 vertices, 2 hyperedges, 4 pins", done.stdout)
         self.file("words.txt", "# Nodes: 3\nnone at all\n")
         self.assertIn("header-numbers", self.call("stats", "words.txt").stderr)
-
-    def test_a_weighted_formula_is_named(self):
-        self.file("w.cnf", "c\np wcnf 3 2 10\n10 1 2 0\n3 -1 3 0\n")
-        self.assertIn("weighted DIMACS CNF", self.call("stats", "w.cnf").stderr)
 
     def test_edges(self):
         self.file("g.edges", "# graph\n% too\na b\r\nb,c 4\n\nc\td\nd d\n")
