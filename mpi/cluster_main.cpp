@@ -3,6 +3,7 @@
  *
  * Rank 0 speaks for all where all have the same to say. A rank that fails alone ends the others.
  */
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -48,19 +49,67 @@ static Status parse_failed(const CLI::App &app, const CLI::ParseError &error,
          row ? row->name : "");
 }
 
-static Status run(std::vector<std::string> words, int rank)
+/* The command that this rank's words ask for; null: they asked for help, which was given. */
+static const CommandRow *read_words(std::vector<std::string> words, int rank, Settings *settings)
 {
     words = without_help_command(words, CLUSTER_COMMANDS);
-    Settings settings = fallback_settings();
-    settings.words = words;
-    const auto app = make_app(&settings, CLUSTER_COMMANDS);
+    *settings = fallback_settings();
+    settings->words = words;
+    const auto app = make_app(settings, CLUSTER_COMMANDS);
     try {
         app->parse(std::vector<std::string>(words.rbegin(), words.rend())); // the last one first
     } catch (const CLI::ParseError &error) {
-        return parse_failed(*app, error, words, rank);
+        parse_failed(*app, error, words, rank);
+        return nullptr;
     }
     const CommandRow *const row = chosen_command(*app, CLUSTER_COMMANDS);
     if (row == nullptr) fail(STATUS_USAGE, "a command is needed; see --help");
+    return row;
+}
+
+enum WordsKind { WORDS_WRONG, WORDS_ANSWERED, WORDS_RUN };
+
+/* Whether all ranks run, or all have given help: one that would wait for ranks which have nothing
+ * to run would wait forever. The first rank with wrong words speaks for all. */
+static Status agree_on_words(WordsKind mine, const std::string &fault, int rank)
+{
+    int nranks;
+    MPI_Comm_size(MPI_COMM_WORLD, &nranks);
+    const int kind = mine;
+    std::vector<int> kinds(static_cast<size_t>(nranks));
+    MPI_Allgather(&kind, 1, MPI_INT, kinds.data(), 1, MPI_INT, MPI_COMM_WORLD);
+    const auto wrong = std::find(kinds.begin(), kinds.end(), WORDS_WRONG);
+    if (wrong != kinds.end()) {
+        const int speaker = static_cast<int>(wrong - kinds.begin());
+        if (rank != speaker) return STATUS_USAGE;
+        tell(rank == 0 ? fault : text_of("rank %d: %s", rank, fault.c_str()));
+        return STATUS_USAGE;
+    }
+    const auto other =
+        std::find_if(kinds.begin(), kinds.end(), [&](int k) { return k != kinds[0]; });
+    if (other == kinds.end()) return STATUS_OK;
+    if (rank == 0)
+        tell(text_of("rank %d has another command line than rank 0",
+                     static_cast<int>(other - kinds.begin())));
+    return STATUS_USAGE;
+}
+
+static Status run(const std::vector<std::string> &words, int rank)
+{
+    Settings settings;
+    WordsKind kind = WORDS_WRONG;
+    std::string fault;
+    const CommandRow *row = nullptr;
+    try {
+        row = read_words(words, rank, &settings);
+        kind = row != nullptr ? WORDS_RUN : WORDS_ANSWERED;
+    } catch (...) {
+        const Failure failure = current_failure();
+        if (failure.status != STATUS_USAGE) throw;
+        fault = failure.text;
+    }
+    const Status agreed = agree_on_words(kind, fault, rank);
+    if (agreed != STATUS_OK || row == nullptr) return agreed;
     const Status status = run_cluster_command(*row, settings, MPI_COMM_WORLD);
     flush_output();
     return status;

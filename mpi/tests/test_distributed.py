@@ -8,7 +8,7 @@ import struct
 import tempfile
 import unittest
 
-from cluster import mpirun, random_hyperedges, write_hypergraph
+from cluster import ZORPELX_MPI, mpirun, random_hyperedges, write_hypergraph
 
 
 def counted(hyperedges, parts):
@@ -181,6 +181,25 @@ class Distributed(unittest.TestCase):
             done = mpirun(3, ["partition", self.file, "--distributed", "-k", "2"])
             self.assertEqual(done.returncode, 3, done.stderr)
             self.assertEqual(done.stderr.count(message), 1, done.stderr)
+
+    def test_wrong_words_on_one_rank_end_all(self):
+        write_hypergraph(self.file, 10, [[0, 1]])
+        right = ["partition", self.file, "--distributed", "-k", "2", "-o", self.path("part")]
+        cases = [(["partition", self.file, "--distributed", "-k", "two"], "rank 1: "),
+                 (["no-such-command"], "rank 1: "),
+                 (["partition", "--help"], "rank 1 has another command line"),
+                 (["--version"], "rank 1 has another command line")]
+        for wrong, message in cases:
+            with self.subTest(wrong[-1]):
+                done = mpirun(1, [*right, ":", "-np", "1", ZORPELX_MPI, *wrong], timeout=60)
+                self.assertEqual(done.returncode, 2, done.stderr)
+                self.assertEqual(done.stderr.count("rank 1"), 1, done.stderr)
+                self.assertIn(message, done.stderr)
+                self.assertFalse(os.path.exists(self.path("part")))
+        swapped = mpirun(1, ["partition", "-k", "two", ":", "-np", "1", ZORPELX_MPI, *right],
+                         timeout=60)
+        self.assertEqual(swapped.returncode, 2, swapped.stderr)
+        self.assertNotIn("rank", swapped.stderr.split("See zorpelx-mpi")[0])
 
     def test_options_that_nobody_would_obey_are_refused(self):
         write_hypergraph(self.file, 10, [[0, 1]])
