@@ -14,9 +14,16 @@
 #include "distributed/refine_ranks.h"
 #include "distributed/senders.h"
 
-constexpr int ITERATIONS = 40, PATIENCE = 8; // in all, and without a gain worth it
-constexpr int64_t BOLDNESS = 4;              // a vertex may lose its hyperedges' weight by so much
-constexpr int64_t WORTH_IT = 1000;           // of the objective, that a gain is
+constexpr int ITERATIONS = 40, PATIENCE = 8; // of one boldness, and without a gain worth it
+
+/* How a pass goes about it. */
+struct Boldness {
+    int64_t share;  // a vertex may lose one in so many of its hyperedges' weight
+    uint64_t turns; // one in so many vertices, by lot, plans in each iteration
+};
+/* First far, then with fewer neighbours that move at once. */
+constexpr Boldness PASSES[] = {{16, 1}, {64, 2}};
+constexpr int64_t WORTH_IT = 1000; // of the objective, that a gain is
 
 struct Plan {
     int to; // -1: stays
@@ -25,8 +32,8 @@ struct Plan {
 
 /* The moves that vertices would make by themselves. */
 static std::vector<Plan> make_plans(const Level *level, const Goal *goal, const Division *division,
-                                    uint64_t seed, const std::vector<char> &rests,
-                                    const Mail<Share> &mail)
+                                    uint64_t seed, const Boldness *boldness,
+                                    const std::vector<char> &rests, const Mail<Share> &mail)
 {
     std::vector<Plan> plans(level->weight.size(), {-1, 0});
     Chooser chooser = open_chooser(level, goal, division);
@@ -39,8 +46,10 @@ static std::vector<Plan> make_plans(const Level *level, const Goal *goal, const 
             const size_t v = static_cast<size_t>(vertex);
             const Choice choice = choose_part(&chooser, v, &tally);
             empty_tally(&tally);
+            const uint64_t number = static_cast<uint64_t>(level->begin + vertex);
+            if (lot(seed, number, 9) % boldness->turns != 0) return;
             if (rests[v] || !is_free(level, v) || choice.part < 0) return;
-            if (choice.gain < -(scale * level->incident[v] / BOLDNESS)) return;
+            if (choice.gain < -(scale * level->incident[v] / boldness->share)) return;
             plans[v] = {choice.part,
                         key_of(class_of_gain(choice.gain), seed, level->begin + vertex)};
         });
@@ -106,12 +115,12 @@ static std::vector<int64_t> judge(Ranks *ranks, const Level *level, const Goal *
 
 /* One iteration without its rebalancing. */
 static void move_once(Ranks *ranks, const Level *level, const Goal *goal, uint64_t seed,
-                      std::vector<char> *rests, Division *division)
+                      const Boldness *boldness, std::vector<char> *rests, Division *division)
 {
     const Turn all = {seed, 0, 1, {}};
     Mail<Share> mail;
     rate_moves(ranks, level, goal, division, &all, &mail);
-    const std::vector<Plan> plans = make_plans(level, goal, division, seed, *rests, mail);
+    const std::vector<Plan> plans = make_plans(level, goal, division, seed, boldness, *rests, mail);
     mail = Mail<Share>();
     const std::vector<int64_t> gains = judge(ranks, level, goal, division, plans);
     std::vector<Move> moves;
@@ -124,8 +133,9 @@ static void move_once(Ranks *ranks, const Level *level, const Goal *goal, uint64
     make_moves(ranks, level, moves, false, division);
 }
 
-int64_t move_boldly(Ranks *ranks, const Level *level, const Goal *goal, uint64_t seed,
-                    Division *division)
+/* Iterations of one boldness; the best partition on the way stays. Returns its objective. */
+static int64_t move_until_idle(Ranks *ranks, const Level *level, const Goal *goal, uint64_t seed,
+                               const Boldness *boldness, Division *division)
 {
     int64_t best = rate_moves(ranks, level, goal, division, nullptr, nullptr);
     int64_t excess = excess_of(goal, division), start = best;
@@ -133,7 +143,7 @@ int64_t move_boldly(Ranks *ranks, const Level *level, const Goal *goal, uint64_t
     std::vector<char> rests(bestpart.size(), 0);
     for (int i = 0, idle = 0; i < ITERATIONS && idle < PATIENCE; i++) {
         const uint64_t mine = lot(seed, static_cast<uint64_t>(i), 3);
-        move_once(ranks, level, goal, mine, &rests, division);
+        move_once(ranks, level, goal, mine, boldness, &rests, division);
         rebalance_level(ranks, level, goal, mine, division);
         const int64_t value = rate_moves(ranks, level, goal, division, nullptr, nullptr);
         const int64_t over = excess_of(goal, division);
@@ -148,6 +158,17 @@ int64_t move_boldly(Ranks *ranks, const Level *level, const Goal *goal, uint64_t
     }
     division->part = std::move(bestpart);
     load_division(ranks, level, goal, division);
-    HEAVY_ASSERT(division_ok(ranks, level, goal, division));
     return best;
+}
+
+int64_t move_boldly(Ranks *ranks, const Level *level, const Goal *goal, uint64_t seed,
+                    Division *division)
+{
+    int64_t value = 0;
+    for (const Boldness &boldness : PASSES)
+        value =
+            move_until_idle(ranks, level, goal, lot(seed, static_cast<uint64_t>(boldness.share), 5),
+                            &boldness, division);
+    HEAVY_ASSERT(division_ok(ranks, level, goal, division));
+    return value;
 }

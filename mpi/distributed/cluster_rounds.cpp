@@ -40,6 +40,7 @@ struct Reply {
 struct Rounds {
     Ranks *ranks;
     const Level *level;
+    const Division *inside; // or null
     Clustering *clustering;
     uint64_t seed; // of this round
     int turn;
@@ -73,6 +74,12 @@ static void list_incidence(const Level *level, std::vector<int> *ptr, std::vecto
     (*ptr)[0] = 0;
 }
 
+static bool may_join(const Division *inside, int g, int pin)
+{
+    return pin != g && (inside == nullptr || inside->seen[static_cast<size_t>(pin)] ==
+                                                 inside->seen[static_cast<size_t>(g)]);
+}
+
 /* Rates for ghost g what hyperedge e connects it to: each cluster once. */
 static void rate_net(const Rounds *rounds, int g, int e, Tally *tally)
 {
@@ -90,7 +97,8 @@ static void rate_net(const Rounds *rounds, int g, int e, Tally *tally)
         n = NEIGHBOURS + 1;
     }
     for (int i = 0; i < n; i++, at = at + 1 < size ? at + 1 : 0)
-        if (pins[at] != g) add_tally(tally, leader_of(seen[pins[at]]), score, e);
+        if (may_join(rounds->inside, g, pins[at]))
+            add_tally(tally, leader_of(seen[pins[at]]), score, e);
 }
 
 /* Exchange 1. Ghosts rise, and so do their owners: the mail is in order as it is written. */
@@ -301,7 +309,9 @@ static int64_t join_lonely(const Rounds *rounds)
     for (size_t v = 0; v < clustering->label.size(); v++) {
         if (v % GRAIN == 0) any = false;
         if (rounds->rated[v] || !is_single(clustering->label[v])) continue;
-        const bool alike = any && (level->fixed.empty() || level->fixed[v] == level->fixed[leader]);
+        const bool alike =
+            any && (level->fixed.empty() || level->fixed[v] == level->fixed[leader]) &&
+            (rounds->inside == nullptr || rounds->inside->part[v] == rounds->inside->part[leader]);
         if (alike &&
             clustering->clusterweight[leader] + level->weight[v] <= clustering->mostweight) {
             clustering->clusterweight[leader] += level->weight[v];
@@ -328,11 +338,11 @@ static void open_clustering(const Level *level, int64_t mostweight, Clustering *
 }
 
 void form_clusters(Ranks *ranks, const Level *level, uint64_t seed, int64_t mostweight,
-                   int64_t enough, Clustering *clustering)
+                   int64_t enough, const Division *inside, Clustering *clustering)
 {
     open_clustering(level, mostweight, clustering);
     const size_t nown = level->weight.size();
-    Rounds rounds = {ranks, level, clustering, 0, 0, {}, {}, {}, {}, {}, {}, {}};
+    Rounds rounds = {ranks, level, inside, clustering, 0, 0, {}, {}, {}, {}, {}, {}, {}};
     rounds.wanted.assign(nown, -1);
     rounds.banned.assign(nown, -1);
     rounds.changed.assign(nown, 0);

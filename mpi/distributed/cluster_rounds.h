@@ -3,7 +3,7 @@
 #ifndef ZORPEL_MPI_DISTRIBUTED_CLUSTER_ROUNDS_H
 #define ZORPEL_MPI_DISTRIBUTED_CLUSTER_ROUNDS_H
 
-#include "distributed/level.h"
+#include "distributed/division.h"
 
 /* Clusters of one level.
  *   L1  label[v] / 2 is the leader of v's cluster, a vertex that leads itself; label[v] % 2 says
@@ -31,6 +31,7 @@ inline bool is_single(int64_t label)
 }
 
 /* Forms clusters until there are no more than enough of them, or rounds are over.
+ *   inside  in  null, or a partition: clusters keep to one of its parts
  * A vertex that is alone proposes to join the cluster that it is connected to most heavily; the
  * owner of a cluster's leader takes what fits, the strongest connection first. Vertices take turns
  * by lot, drawn from their numbers, so that proposals of one turn hardly ever cross.
@@ -40,7 +41,7 @@ inline bool is_single(int64_t label)
  *         (clusters of bounded size by labels that travel); Gottesbueren, Hamann, Deterministic
  *         parallel hypergraph partitioning, Euro-Par 2022 (rounds in parts, decided together). */
 void form_clusters(Ranks *ranks, const Level *level, uint64_t seed, int64_t mostweight,
-                   int64_t enough, Clustering *clustering);
+                   int64_t enough, const Division *inside, Clustering *clustering);
 
 /* Tests L1 to L4; all ranks call it together. */
 bool clustering_ok(Ranks *ranks, const Level *level, const Clustering *clustering);

@@ -17,7 +17,9 @@
 constexpr double SHRINK = 2.5;          // vertices of a level for each of the next one
 constexpr int64_t GROWN = 4;            // times the average, that a cluster may weigh
 constexpr int64_t CLUSTERS_A_PART = 40; // that the heaviest ones still leave to choose from
-constexpr double LITTLE = 0.95;         // fewer vertices are left: that was worth a level
+constexpr int64_t CHOICES_A_PART = 150, CHOICES = 2000; // vertices that the search is left with
+constexpr int CYCLES = 2;                               // the later ones start from a partition
+constexpr double LITTLE = 0.95; // fewer vertices are left: that was worth a level
 
 using Levels = std::vector<std::unique_ptr<Level>>;
 
@@ -38,14 +40,25 @@ static int64_t most_weight(const Level *level, const Goal *goal)
     return std::min(grown, cap);
 }
 
-/* The next level, or null if there is none worth it. */
+/* Few vertices that are in many hyperedges leave the search nothing to choose, if they became
+ * fewer: it is the number of hyperedges then that keeps the pins up. */
+static bool is_coarse_enough(const Level *level, const DivideOptions *options)
+{
+    const int64_t choices = std::max(CHOICES, CHOICES_A_PART * options->goal.nparts);
+    return level->nvertices <= std::min(options->fits, choices) ||
+           std::max(level->npins, level->nvertices) <= options->fits;
+}
+
+/* The next level, or null if there is none worth it.
+ *   inside  null, or a partition that clusters keep to */
 static std::unique_ptr<Level> coarser_level(Ranks *ranks, Level *level,
-                                            const DivideOptions *options, size_t depth)
+                                            const DivideOptions *options, uint64_t seed,
+                                            const Division *inside)
 {
     const int64_t enough = static_cast<int64_t>(static_cast<double>(level->nvertices) / SHRINK);
     Clustering clustering;
-    form_clusters(ranks, level, lot(options->finishing.seed, depth),
-                  most_weight(level, &options->goal), enough, &clustering);
+    form_clusters(ranks, level, seed, most_weight(level, &options->goal), enough, inside,
+                  &clustering);
     if (static_cast<double>(clustering.nclusters) > LITTLE * static_cast<double>(level->nvertices))
         return nullptr;
     auto coarser = std::make_unique<Level>();
@@ -53,13 +66,48 @@ static std::unique_ptr<Level> coarser_level(Ranks *ranks, Level *level,
     return coarser;
 }
 
-static void coarsen(Ranks *ranks, const DivideOptions *options, Levels *levels)
+struct PartOfCluster {
+    int vertex, part; // by the receiver's numbers
+};
+
+/* The partition that the clusters kept to becomes that of the coarser level. */
+static void carry_up(Ranks *ranks, const Level *level, const Level *coarser, const Goal *goal,
+                     Division *division)
 {
-    while (levels->back()->npins > options->fits || levels->back()->nvertices > options->fits) {
+    Mail<PartOfCluster> mail;
+    begin_mail(ranks, &mail);
+    const int64_t n = coarser->nvertices;
+    for (const int64_t c : level->coarse) count_mail(&mail, share_owner(ranks, n, c));
+    open_mail(&mail);
+    for (size_t v = 0; v < level->coarse.size(); v++) {
+        const int64_t c = level->coarse[v];
+        const int owner = share_owner(ranks, n, c);
+        add_mail(&mail, owner,
+                 {static_cast<int>(c - share_begin(ranks, n, owner)), division->part[v]});
+    }
+    exchange(ranks, &mail);
+    division->part.assign(static_cast<size_t>(nown_of(coarser)), -1);
+    for (const PartOfCluster &record : mail.records) {
+        int *const part = &division->part[static_cast<size_t>(record.vertex)];
+        assert(*part < 0 || *part == record.part);
+        *part = record.part;
+    }
+    load_division(ranks, coarser, goal, division);
+}
+
+/*   division  in/out  of the finest level, then of the coarsest; without parts: there is none */
+static void coarsen(Ranks *ranks, const DivideOptions *options, int cycle, Levels *levels,
+                    Division *division)
+{
+    const bool within = cycle > 0;
+    while (!is_coarse_enough(levels->back().get(), options)) {
         watch(options, ranks, "coarsen", levels->size() - 1, levels->back().get(), 0);
+        const uint64_t seed =
+            lot(options->finishing.seed, levels->size(), 2 * static_cast<uint64_t>(cycle));
         std::unique_ptr<Level> coarser =
-            coarser_level(ranks, levels->back().get(), options, levels->size());
+            coarser_level(ranks, levels->back().get(), options, seed, within ? division : nullptr);
         if (coarser == nullptr) break;
+        if (within) carry_up(ranks, levels->back().get(), coarser.get(), &options->goal, division);
         levels->push_back(std::move(coarser));
     }
 }
@@ -77,26 +125,39 @@ static void project(Ranks *ranks, Levels *levels, const Goal *goal, Division *di
     load_division(ranks, level, goal, division);
 }
 
+/* From the coarsest level to the finest. */
+static void refine_levels(Ranks *ranks, const DivideOptions *options, int cycle, Levels *levels,
+                          Division *division, Divided *divided)
+{
+    for (;;) {
+        const Level *const at = levels->back().get();
+        const uint64_t seed =
+            lot(options->finishing.seed, levels->size(), 2 * static_cast<uint64_t>(cycle) + 1);
+        rebalance_level(ranks, at, &options->goal, seed, division);
+        move_boldly(ranks, at, &options->goal, seed, division);
+        divided->value = refine_level(ranks, at, &options->goal, seed, division);
+        watch(options, ranks, "refine", levels->size() - 1, at, divided->value);
+        if (levels->size() == 1) break;
+        project(ranks, levels, &options->goal, division);
+    }
+}
+
 Divided divide(Ranks *ranks, Level *level, const DivideOptions *options, std::vector<int> *part)
 {
     Levels levels;
     levels.push_back(std::make_unique<Level>(std::move(*level)));
-    coarsen(ranks, options, &levels);
-    Divided divided = {static_cast<int>(levels.size()), 0, 0, {}};
+    Divided divided = {};
     Division division;
-    watch(options, ranks, "gather", levels.size() - 1, levels.back().get(), 0);
-    divide_gathered(ranks, levels.back().get(), &options->goal, &options->finishing, &division);
-    for (;;) {
-        const Level *const at = levels.back().get();
-        const uint64_t seed = lot(options->finishing.seed, levels.size(), 1);
-        divided.excess = rebalance_level(ranks, at, &options->goal, seed, &division);
-        move_boldly(ranks, at, &options->goal, seed, &division);
-        divided.value = refine_level(ranks, at, &options->goal, seed, &division);
-        divided.weight = division.weight;
-        watch(options, ranks, "refine", levels.size() - 1, at, divided.value);
-        if (levels.size() == 1) break;
-        project(ranks, &levels, &options->goal, &division);
+    for (int cycle = 0; cycle < CYCLES; cycle++) {
+        coarsen(ranks, options, cycle, &levels, &division);
+        watch(options, ranks, "gather", levels.size() - 1, levels.back().get(), 0);
+        divide_gathered(ranks, levels.back().get(), &options->goal, &options->finishing,
+                        static_cast<uint64_t>(cycle), &division);
+        divided.levels = std::max(divided.levels, static_cast<int>(levels.size()));
+        refine_levels(ranks, options, cycle, &levels, &division, &divided);
+        if (divided.levels == 1) break; // the search had all of it
     }
+    divided.weight = division.weight;
     divided.excess = excess_of(&options->goal, &division);
     *part = std::move(division.part);
     *level = std::move(*levels.back());

@@ -44,9 +44,10 @@ struct Whole {
     std::vector<int> eptr, eind;
     std::vector<int64_t> vwgts, hewgts;
     std::vector<int> fixed; // empty: all free
+    std::vector<int> start; // a partition; empty: none
 };
 
-static Whole gather_whole(Ranks *ranks, const Level *level)
+static Whole gather_whole(Ranks *ranks, const Level *level, const Division *division)
 {
     Whole whole;
     std::vector<int> list(level->netind.size());
@@ -61,11 +62,12 @@ static Whole gather_whole(Ranks *ranks, const Level *level)
     whole.hewgts = gather(ranks, level->netweight);
     whole.vwgts = gather(ranks, level->weight);
     whole.fixed = gather(ranks, level->fixed);
+    whole.start = gather(ranks, division->part);
     return whole;
 }
 
 static std::vector<int> divide_whole(const Whole &whole, const Goal *goal,
-                                     const Finishing *finishing)
+                                     const Finishing *finishing, uint64_t draw)
 {
     const int vbits = bits_to_drop(whole.vwgts);
     const std::vector<int> vwgts = dropped(whole.vwgts, vbits),
@@ -83,7 +85,8 @@ static std::vector<int> divide_whole(const Whole &whole, const Goal *goal,
     const Bounds bounds = {goal->nparts, most.data(), least.data()};
     SearchOptions options = {};
     options.schedule = SCHEDULES[finishing->preset];
-    options.seed = finishing->seed;
+    options.seed = finishing->seed + draw;
+    options.start = whole.start.empty() ? nullptr : whole.start.data();
     options.threads = finishing->threads;
     options.crew = finishing->crew;
     std::vector<int> part(vwgts.size());
@@ -104,7 +107,7 @@ static std::vector<int> scatter(Ranks *ranks, const Level *level, std::vector<in
 }
 
 void divide_gathered(Ranks *ranks, const Level *level, const Goal *goal, const Finishing *finishing,
-                     Division *division)
+                     uint64_t draw, Division *division)
 {
     if (std::max({level->nvertices, level->nnets, level->npins}) > MOST_COUNT)
         give_up(ranks,
@@ -113,8 +116,8 @@ void divide_gathered(Ranks *ranks, const Level *level, const Goal *goal, const F
                 static_cast<long long>(level->nvertices), static_cast<long long>(level->npins));
     std::vector<int> part;
     {
-        const Whole whole = gather_whole(ranks, level);
-        if (ranks->rank == 0) part = divide_whole(whole, goal, finishing);
+        const Whole whole = gather_whole(ranks, level, division);
+        if (ranks->rank == 0) part = divide_whole(whole, goal, finishing, draw);
     }
     division->part = scatter(ranks, level, std::move(part));
     load_division(ranks, level, goal, division);

@@ -16,10 +16,13 @@ struct Finishing {
 };
 
 /* Gathers the level on rank 0, partitions it by the search, and gives every rank the parts of its
- * vertices. Weights that total more than 2147483646 are divided by a power of two for the search,
+ * vertices.
+ *   draw      in      searches of one run differ by it
+ *   division  in/out  if it has parts, the search starts with them too
+ * Weights that total more than 2147483646 are divided by a power of two for the search,
  * so that bounds may be missed by a little.
  * Ends all ranks if the level has more than 2147482624 vertices, hyperedges or pins. */
 void divide_gathered(Ranks *ranks, const Level *level, const Goal *goal, const Finishing *finishing,
-                     Division *division);
+                     uint64_t draw, Division *division);
 
 #endif
