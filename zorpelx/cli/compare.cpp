@@ -17,6 +17,7 @@
 #include "input.h"
 #include "json.h"
 #include "output.h"
+#include "sizes.h"
 #include "zorpelx.h"
 
 static long long ll(int64_t number)
@@ -261,9 +262,9 @@ static void print_text(const Settings &settings, const Compared &compared)
 {
     for (size_t side = 0; side < 2; side++)
         printf("%c: %s\n", SIDE[side], shown_name(compared.sides[side].file).c_str());
-    printf("%s: %lld vertices, %lld hyperedges; %lld parts\n\n",
-           shown_name(settings.hypergraph).c_str(), ll(compared.graph.nvertices),
-           ll(compared.graph.nnets), ll(compared.nparts));
+    printf("%s: %s; %s\n\n", shown_name(settings.hypergraph).c_str(),
+           vertices_and_nets(compared.graph).c_str(),
+           counted(compared.nparts, "part", "parts").c_str());
     print_figures(settings, compared);
     print_agreement(compared);
     for (size_t side = 0; side < 2; side++) print_gains(settings, compared, side);

@@ -8,6 +8,7 @@
 #include "input.h"
 #include "json.h"
 #include "output.h"
+#include "sizes.h"
 
 static long long ll(int64_t number)
 {
@@ -108,9 +109,8 @@ Status run_convert(const Settings &settings)
         json.update({{"to", row->name}, {"lost", lost_json(lost)}});
         fputs(json_text(json).c_str(), stdout);
     } else if (!settings.quiet && !standard_output_taken(writer)) {
-        printf("%s: %s: %lld vertices, %lld hyperedges, %zu pins\n",
-               shown_output(settings.output).c_str(), row->title, ll(graph.nvertices),
-               ll(graph.nnets), graph.pins.size());
+        printf("%s: %s: %s\n", shown_output(settings.output).c_str(), row->title,
+               sizes_of(graph).c_str());
     }
     return STATUS_OK;
 }

@@ -13,6 +13,7 @@
 #include "json.h"
 #include "outlook.h"
 #include "output.h"
+#include "sizes.h"
 
 static long long ll(int64_t number)
 {
@@ -235,9 +236,8 @@ static void print_sentences(const char *title, const std::vector<std::string> &s
 
 static void print_text(const Settings &settings, const Explained &explained)
 {
-    printf("%s: %lld vertices, %lld hyperedges, %zu pins; %lld parts\n",
-           shown_name(settings.hypergraph).c_str(), ll(explained.graph.nvertices),
-           ll(explained.graph.nnets), explained.graph.pins.size(), ll(settings.nparts));
+    printf("%s: %s; %s\n", shown_name(settings.hypergraph).c_str(),
+           sizes_of(explained.graph).c_str(), counted(settings.nparts, "part", "parts").c_str());
     print_sentences("Balance", explained.balance);
     print_sentences("Cut", explained.cut);
     print_presets(settings, explained);

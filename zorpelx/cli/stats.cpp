@@ -11,6 +11,7 @@
 #include "json.h"
 #include "measures.h"
 #include "output.h"
+#include "sizes.h"
 
 constexpr int BAR = 40; // characters of the longest bar
 
@@ -67,14 +68,12 @@ static void print_heavy(const Stats &stats, int64_t first)
 static void print_text(const Settings &settings, const Stats &stats)
 {
     const Hypergraph &graph = stats.graph;
-    printf("%s: %lld vertices, %lld hyperedges, %zu pins\n",
-           shown_name(settings.hypergraph).c_str(), ll(graph.nvertices), ll(graph.nnets),
-           graph.pins.size());
+    printf("%s: %s\n", shown_name(settings.hypergraph).c_str(), sizes_of(graph).c_str());
     printf("  Vertices weigh %lld%s, hyperedges %lld%s\n", ll(total_weight(graph.vertexwgt)),
            graph.vertexweights ? "" : " (1 each)", ll(total_weight(graph.netwgt)),
            graph.netweights ? "" : " (1 each)");
-    printf("  Components: %lld, the largest of %lld vertices\n",
-           ll(stats.measures.components.number), ll(stats.measures.components.largest));
+    printf("  Components: %lld, the largest of %s\n", ll(stats.measures.components.number),
+           counted(stats.measures.components.largest, "vertex", "vertices").c_str());
     printf("  Vertices in no hyperedge: %lld; in none of 2 to %lld vertices: %lld\n",
            ll(stats.measures.islands), ll(PRUNED_SIZE), ll(stats.measures.parked));
     printf("  Hyperedges of more than %lld vertices, left out of coarsening: %lld\n",
@@ -138,7 +137,8 @@ Status run_stats(const Settings &settings)
 {
     open_writer({}, {settings.hypergraph});
     Findings findings;
-    const Stats stats = collect(read_hypergraph(settings, reading_of_any_size(settings), &findings));
+    const Stats stats =
+        collect(read_hypergraph(settings, reading_of_any_size(settings), &findings));
     tell_warnings(settings.hypergraph, findings);
     if (settings.format == FORMAT_JSON)
         fputs(json_text(stats_json(settings, stats)).c_str(), stdout);

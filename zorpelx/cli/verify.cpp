@@ -16,6 +16,7 @@
 #include "output.h"
 #include "recorded_options.h"
 #include "report.h"
+#include "sizes.h"
 
 constexpr int64_t MOST_PARTS = 1000000; // as -k takes
 constexpr size_t MOST_LISTED = 20;      // empty parts named in a text
@@ -233,10 +234,9 @@ static void print_text(const Settings &settings, const Verified &verified)
 {
     const Hypergraph &graph = verified.graph;
     if (!settings.quiet) {
-        printf("%s: %lld vertices, %lld hyperedges, %zu pins\n%s: %lld parts\n\n",
-               shown_name(settings.hypergraph).c_str(), ll(graph.nvertices), ll(graph.nnets),
-               graph.pins.size(), shown_name(settings.partition).c_str(),
-               ll(verified.figures.nparts));
+        printf("%s: %s\n%s: %s\n\n", shown_name(settings.hypergraph).c_str(),
+               sizes_of(graph).c_str(), shown_name(settings.partition).c_str(),
+               counted(verified.figures.nparts, "part", "parts").c_str());
         print_figures(verified);
     }
     if (settings.list_cut) print_cut(verified);

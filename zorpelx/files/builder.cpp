@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "fileerror.h"
+#include "sizes.h"
 #include "zorpelx.h"
 
 constexpr int64_t MOST_WEIGHT = 2147483646; // total of one kind of weights, as in hypergraph files
@@ -235,9 +236,7 @@ static void check_built(Builder *builder)
 {
     const Hypergraph &graph = builder->graph;
     if (graph.nvertices < 2)
-        add_finding(
-            builder->findings, RULE_COUNTS, {0, 0},
-            text_of("%lld hyperedges and %lld vertices", ll(graph.nnets), ll(graph.nvertices)));
+        add_finding(builder->findings, RULE_COUNTS, {0, 0}, nets_and_vertices(graph));
     check_sum(builder, graph.netwgt, "hyperedges");
     check_sum(builder, graph.vertexwgt, "vertices");
     const bool weightless = std::all_of(graph.vertexwgt.begin(), graph.vertexwgt.end(),

@@ -13,6 +13,7 @@
 #include "fileerror.h"
 #include "known.h"
 #include "reading.h"
+#include "sizes.h"
 
 constexpr int64_t HOLLOW_COUNT = 1000000, HOLLOW_RATIO = 16;
 
@@ -135,10 +136,7 @@ static bool scan_header(Scan *scan, Hypergraph *graph)
     if (!header_count(scan, &line, "vertices", &graph->nvertices)) return false;
     header_code(scan, &line);
     const bool enough = graph->nvertices >= (scan->reading.few ? 0 : 2) && graph->nnets >= 0;
-    if (!enough)
-        add_finding(
-            scan->findings, RULE_COUNTS, scan->header,
-            text_of("%lld hyperedges and %lld vertices", ll(graph->nnets), ll(graph->nvertices)));
+    if (!enough) add_finding(scan->findings, RULE_COUNTS, scan->header, nets_and_vertices(*graph));
     const bool hollow =
         graph->nvertices > HOLLOW_COUNT && graph->nvertices / HOLLOW_RATIO > scan->text.size;
     if (hollow)

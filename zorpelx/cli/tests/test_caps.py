@@ -217,7 +217,7 @@ class Time(Case):
                 pipe.flush()
                 time.sleep(0.3)
                 pipe.write("1 2 3\n")
-            self.assertIn("3 vertices, 1 hyperedges, 3 pins", run.communicate()[0])
+            self.assertIn("3 vertices, 1 hyperedge, 3 pins", run.communicate()[0])
 
 
 if __name__ == "__main__":
