@@ -242,6 +242,28 @@ class Records(Case):
             self.file("other", "\n".join(other) + "\n")
             self.assertIn("FALSE: partition: sha256: ", self.check(1, "other"))
 
+    def test_a_run_with_parts_fixed_by_name(self):
+        rows = [f"n{e},core/u{v}\nn{e},io/u{v + 1}\n" for e, v in enumerate(range(0, 60, 2))]
+        rows += [f"m{v},core/u{v}\nm{v},core/u{v + 2}\n" for v in range(0, 58, 2)]
+        self.file("t.csv", "net,cell\n" + "".join(rows))
+        words = ("t.csv", "-k", 2, "--fix", "io/u?=1,core/u1?=0", "--together", "core/u2?=0")
+        record = self.record(*words)
+        self.assertTrue(record["figures"]["valid"])
+        self.assertNotIn("FALSE", self.check(0, file="t.csv"))
+        self.assertIn("the same", self.replay(0, file="t.csv"))
+        names = []
+        for row in "".join(rows).split():
+            if row.split(",")[1] not in names:
+                names.append(row.split(",")[1])
+        parts = self.text("p").split()
+        self.assertEqual({p for n, p in zip(names, parts) if re.fullmatch("io/u.", n)}, {"1"})
+        self.assertEqual({p for n, p in zip(names, parts) if re.fullmatch("core/u1.", n)}, {"0"})
+        moved = ["0" if n == "io/u3" else p for n, p in zip(names, parts)]
+        self.file("p", "\n".join(moved) + "\n")
+        self.assertIn("FALSE", self.check(1, "p", file="t.csv"))
+        self.file("t.csv", self.text("t.csv").replace("io/u3", "io/x3"))
+        self.assertIn("FALSE", self.check(1, file="t.csv"))
+
     def test_changed_inputs_are_found(self):
         self.file("fix", "0\n-1\n1\n" + "-1\n" * 382)
         self.file("groups", "-1\n-1\n-1\n7\n7\n" + "-1\n" * 380)

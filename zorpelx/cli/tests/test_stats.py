@@ -33,6 +33,12 @@ class Stats(Case):
         self.assertIn("                2        80 " + "#" * 40, lines)
         self.assertIn("                3         1 #", lines)
 
+    def test_one_of_a_kind_is_told_in_the_singular(self):
+        self.file("g.hgr", "1 2\n1\n")
+        self.assertIn("g.hgr: 2 vertices, 1 hyperedge, 1 pin\n", self.run_ok("stats", "g.hgr").stdout)
+        self.file("h.hgr", "1 1\n1\n")
+        self.assertIn("1 hyperedge and 1 vertex", self.call("lint", "h.hgr").stdout)
+
     def test_no_hyperedges(self):
         self.file("g.hgr", "0 3\n")
         answer = self.json_of("stats", "g.hgr", "--format", "json")
