@@ -23,13 +23,13 @@ static long long ll(int64_t number)
 }
 
 /* Sums over all ranks. */
-struct Counted {
+struct CountedHere {
     int64_t cut = 0, km1 = 0, pins = 0, cutnets = 0;
     std::vector<int64_t> weight;
 };
 
 /* One hyperedge; its parts are at the disposal of the count. */
-static void count_net(int64_t weight, int *begin, int *end, Counted *counted)
+static void count_net(int64_t weight, int *begin, int *end, CountedHere *counted)
 {
     std::sort(begin, end);
     const int64_t touched = std::unique(begin, end) - begin;
@@ -40,7 +40,7 @@ static void count_net(int64_t weight, int *begin, int *end, Counted *counted)
 }
 
 static void count_nets(Ranks *ranks, int64_t nvertices, const LooseNets &nets,
-                       const std::vector<int> &own, Counted *counted)
+                       const std::vector<int> &own, CountedHere *counted)
 {
     size_t e = 0;
     const size_t n = nets.weight.size();
@@ -59,7 +59,7 @@ static void count_nets(Ranks *ranks, int64_t nvertices, const LooseNets &nets,
 }
 
 static void count_weights(Ranks *ranks, const std::vector<int64_t> &weights,
-                          const std::vector<int> &own, int64_t nparts, Counted *counted)
+                          const std::vector<int> &own, int64_t nparts, CountedHere *counted)
 {
     int64_t largest = nparts - 1;
     for (const int part : own) largest = std::max<int64_t>(largest, part);
@@ -69,7 +69,7 @@ static void count_weights(Ranks *ranks, const std::vector<int64_t> &weights,
     sum_all(ranks, counted->weight.data(), counted->weight.size());
 }
 
-static void sum_counts(Ranks *ranks, const LooseNets &nets, Counted *counted)
+static void sum_counts(Ranks *ranks, const LooseNets &nets, CountedHere *counted)
 {
     int64_t sums[] = {counted->cut, counted->km1, static_cast<int64_t>(nets.pins.size()),
                       counted->cutnets};
@@ -80,7 +80,7 @@ static void sum_counts(Ranks *ranks, const LooseNets &nets, Counted *counted)
     counted->cutnets = sums[3];
 }
 
-static void print_counts(const Settings &settings, const Counted &counted, bool within)
+static void print_counts(const Settings &settings, const CountedHere &counted, bool within)
 {
     const auto [lightest, heaviest] =
         std::minmax_element(counted.weight.begin(), counted.weight.end());
@@ -103,7 +103,7 @@ static void print_counts(const Settings &settings, const Counted &counted, bool 
 }
 
 /* Whether the parts are what -k and --epsilon say. */
-static bool within_bounds_of(const Settings &settings, const Counted &counted)
+static bool within_bounds_of(const Settings &settings, const CountedHere &counted)
 {
     if (!was_given(settings, &Settings::epsilon)) return true;
     const int nparts = static_cast<int>(counted.weight.size());
@@ -131,7 +131,7 @@ Status run_distributed_verify(const Settings &settings, MPI_Comm comm)
     if (!read_vertex_numbers(&ranks, settings.partition.c_str(), header.nvertices, 0,
                              told ? settings.nparts - 1 : (1 << 24) - 1, &own, &fault))
         return tell_fault(&ranks, settings.partition, fault);
-    Counted counted;
+    CountedHere counted;
     count_nets(&ranks, header.nvertices, nets, own, &counted);
     sum_counts(&ranks, nets, &counted);
     count_weights(&ranks, level.weight, own, told ? settings.nparts : 1, &counted);

@@ -35,7 +35,7 @@ struct Contender {
 };
 
 /* A hyperedge that costs more in one than in the other. */
-struct Change {
+struct CheaperNet {
     int64_t net;
     int64_t gain; // what it costs less in the better one
 };
@@ -45,7 +45,8 @@ struct Compared {
     int64_t nparts;
     std::array<Contender, 2> sides;
     Agreement agreement;
-    std::array<std::vector<Change>, 2> gains; // hyperedges that cost less in this one, most first
+    std::array<std::vector<CheaperNet>, 2>
+        gains; // hyperedges that cost less in this one, most first
 };
 
 static const char SIDE[] = {'A', 'B'};
@@ -115,9 +116,9 @@ static void find_gains(const Settings &settings, Compared *compared)
         const int64_t b = cost_of_net(settings, compared->graph, compared->sides[1].part, e);
         if (a != b) compared->gains[a < b ? 0 : 1].push_back({e, std::abs(a - b)});
     }
-    for (std::vector<Change> &list : compared->gains)
+    for (std::vector<CheaperNet> &list : compared->gains)
         std::stable_sort(list.begin(), list.end(),
-                         [](const Change &x, const Change &y) { return x.gain > y.gain; });
+                         [](const CheaperNet &x, const CheaperNet &y) { return x.gain > y.gain; });
 }
 
 static Compared compare_files(const Settings &settings)
@@ -234,16 +235,16 @@ static void print_agreement(const Compared &compared)
     puts("");
 }
 
-static int64_t sum_of(const std::vector<Change> &list)
+static int64_t sum_of(const std::vector<CheaperNet> &list)
 {
     int64_t sum = 0;
-    for (const Change &change : list) sum += change.gain;
+    for (const CheaperNet &change : list) sum += change.gain;
     return sum;
 }
 
 static void print_gains(const Settings &settings, const Compared &compared, size_t side)
 {
-    const std::vector<Change> &list = compared.gains[side];
+    const std::vector<CheaperNet> &list = compared.gains[side];
     printf("  Cheaper in %c: %zu hyperedges, by %lld in all\n", SIDE[side], list.size(),
            ll(sum_of(list)));
     const size_t shown = std::min(list.size(), static_cast<size_t>(settings.top));
@@ -299,7 +300,7 @@ static Json agreement_json(const Agreement &agreement)
 
 static Json gains_json(const Settings &settings, const Compared &compared, size_t side)
 {
-    const std::vector<Change> &list = compared.gains[side];
+    const std::vector<CheaperNet> &list = compared.gains[side];
     Json first = Json::array();
     for (size_t i = 0; i < std::min(list.size(), static_cast<size_t>(settings.top)); i++)
         first.push_back({{"hyperedge", list[i].net + 1},

@@ -16,39 +16,41 @@
 
 constexpr int64_t BY_NUMBER = 1; // as the `most` of a list of choices: zorpel knows their numbers
 
-static const Choice MATCHINGS[] = {{"hfc", 1},   {"fc", 2},   {"gfc", 3},
-                                   {"hedge", 4}, {"edge", 5}, {nullptr, 0}};
-static const Choice REFINEMENTS[] = {{"fm", 1}, {"1wayfm", 2}, {"eefm", 3}, {nullptr, 0}};
-static const Choice VCYCLES[] = {{"no", 0}, {"end", 1}, {"formin", 2}, {"all", 3}, {nullptr, 0}};
-static const Choice NO_YES[] = {{"no", 0}, {"yes", 1}, {nullptr, 0}};
-static const Choice PRESETS[] = {
+static const NamedValue MATCHINGS[] = {{"hfc", 1},   {"fc", 2},   {"gfc", 3},
+                                       {"hedge", 4}, {"edge", 5}, {nullptr, 0}};
+static const NamedValue REFINEMENTS[] = {{"fm", 1}, {"1wayfm", 2}, {"eefm", 3}, {nullptr, 0}};
+static const NamedValue VCYCLES[] = {
+    {"no", 0}, {"end", 1}, {"formin", 2}, {"all", 3}, {nullptr, 0}};
+static const NamedValue NO_YES[] = {{"no", 0}, {"yes", 1}, {nullptr, 0}};
+static const NamedValue PRESETS[] = {
     {"fast", PRESET_FAST}, {"default", PRESET_DEFAULT}, {"best", PRESET_BEST}, {nullptr, 0}};
-static const Choice OBJECTIVES[] = {
+static const NamedValue OBJECTIVES[] = {
     {"cut", ZORPELX_CUT}, {"km1", ZORPELX_KM1}, {"soed", ZORPELX_SOED}, {nullptr, 0}};
-static const Choice WHEN[] = {
+static const NamedValue WHEN[] = {
     {"auto", PROGRESS_AUTO}, {"always", PROGRESS_ALWAYS}, {"never", PROGRESS_NEVER}, {nullptr, 0}};
-static const Choice LINES[] = {{"refuse", 0}, {"whole", 1}, {"pieces", 2}, {nullptr, 0}};
-static const Choice FORMATS[] = {
+static const NamedValue LINES[] = {{"refuse", 0}, {"whole", 1}, {"pieces", 2}, {nullptr, 0}};
+static const NamedValue FORMATS[] = {
     {"text", FORMAT_TEXT}, {"json", FORMAT_JSON}, {"csv", FORMAT_CSV}, {nullptr, 0}};
-static const Choice SHELLS[] = {{"bash", SHELL_BASH}, {"zsh", SHELL_ZSH}, {nullptr, 0}};
-static const Choice TEXT_OR_JSON[] = {{"text", FORMAT_TEXT}, {"json", FORMAT_JSON}, {nullptr, 0}};
+static const NamedValue SHELLS[] = {{"bash", SHELL_BASH}, {"zsh", SHELL_ZSH}, {nullptr, 0}};
+static const NamedValue TEXT_OR_JSON[] = {
+    {"text", FORMAT_TEXT}, {"json", FORMAT_JSON}, {nullptr, 0}};
 
 /* The formats that are read, by their rows; then the older spelling of --first. */
-static std::vector<Choice> reading_choices()
+static std::vector<NamedValue> reading_choices()
 {
-    std::vector<Choice> choices = {{"auto", FROM_CONTENT}};
+    std::vector<NamedValue> choices = {{"auto", FROM_CONTENT}};
     const std::span<const FormatRow> rows = format_rows();
     for (size_t i = 0; i < rows.size(); i++)
         if (rows[i].read != nullptr) choices.push_back({rows[i].name, static_cast<int64_t>(i)});
     choices.insert(choices.end(), {{"0", FROM_FIRST_0}, {"1", FROM_FIRST_1}, {nullptr, 0}});
     return choices;
 }
-static const std::vector<Choice> READ_FORMATS = reading_choices();
+static const std::vector<NamedValue> READ_FORMATS = reading_choices();
 
 /* The formats into which something is written. */
-static std::vector<Choice> writing_choices()
+static std::vector<NamedValue> writing_choices()
 {
-    std::vector<Choice> choices = {{"auto", TO_NAME}};
+    std::vector<NamedValue> choices = {{"auto", TO_NAME}};
     const std::span<const FormatRow> rows = format_rows();
     for (size_t i = 0; i < rows.size(); i++)
         if (rows[i].write != nullptr || rows[i].annotate != nullptr)
@@ -56,7 +58,7 @@ static std::vector<Choice> writing_choices()
     choices.push_back({nullptr, 0});
     return choices;
 }
-static const std::vector<Choice> WRITTEN_FORMATS = writing_choices();
+static const std::vector<NamedValue> WRITTEN_FORMATS = writing_choices();
 
 /* Measured: docs/OPTIONS.md. 1WayFM wants several runs, and V-cycles are what sees large
  * hyperedges, so fast has both; several starts of ten runs use more processors than many runs. */
@@ -410,8 +412,8 @@ const std::vector<OptionRow> OPTIONS = {
     {CLUSTER_PARTITION, "--fits", "PINS", &Settings::fits, "2000000", 1, 2147482624, nullptr,
      "with --distributed: so many pins, and vertices, fit rank 0"},
     {CLUSTER_PARTITION, "--gather", "", &Settings::gather, "", 0, 0, nullptr,
-     "with --distributed: rank 0 writes one partition file; otherwise each rank writes the slice of "
-     "its vertices, OUTPUT.slice-I-of-N"},
+     "with --distributed: rank 0 writes one partition file; otherwise each rank writes the slice "
+     "of its vertices, OUTPUT.slice-I-of-N"},
     {CLUSTER_VERIFY | CLUSTER_CONVERT, "HYPERGRAPH", "FILE", &Settings::hypergraph, nullptr, 0, 0,
      nullptr, "hypergraph file, plain .hgr or the binary form of convert"},
     {CLUSTER_VERIFY, "PARTITION", "FILE", &Settings::partition, nullptr, 0, 0, nullptr,
@@ -463,7 +465,8 @@ std::string long_name(const OptionRow &row)
 std::string choice_names(const OptionRow &row, const char *separator)
 {
     std::string names;
-    for (const Choice *choice = row.choices; choice != nullptr && choice->name != nullptr; choice++)
+    for (const NamedValue *choice = row.choices; choice != nullptr && choice->name != nullptr;
+         choice++)
         names.append(names.empty() ? "" : separator).append(choice->name);
     return names;
 }
@@ -471,7 +474,7 @@ std::string choice_names(const OptionRow &row, const char *separator)
 std::string choice_name(const Field &field, int64_t value)
 {
     for (const OptionRow &row : OPTIONS)
-        for (const Choice *choice = row.choices; choice != nullptr && choice->name != nullptr;
+        for (const NamedValue *choice = row.choices; choice != nullptr && choice->name != nullptr;
              choice++)
             if (row.field == field && choice->value == value) return choice->name;
     return std::to_string(value);
@@ -487,7 +490,7 @@ static std::string numbered_choices(const OptionRow &row)
 {
     if (!known_by_number(row)) return choice_names(row, ", ");
     std::string names;
-    for (const Choice *choice = row.choices; choice->name != nullptr; choice++)
+    for (const NamedValue *choice = row.choices; choice->name != nullptr; choice++)
         names += text_of("%s%s (%lld)", names.empty() ? "" : ", ", choice->name,
                          static_cast<long long>(choice->value));
     return names;
@@ -505,14 +508,15 @@ std::string full_help(const OptionRow &row)
 static std::vector<std::string> choice_list(const OptionRow &row)
 {
     std::vector<std::string> names;
-    for (const Choice *choice = row.choices; choice->name != nullptr; choice++)
+    for (const NamedValue *choice = row.choices; choice->name != nullptr; choice++)
         names.push_back(choice->name);
     return names;
 }
 
 static std::string set_number(const OptionRow &row, const std::string &word, int64_t *number)
 {
-    for (const Choice *choice = row.choices; choice != nullptr && choice->name != nullptr; choice++)
+    for (const NamedValue *choice = row.choices; choice != nullptr && choice->name != nullptr;
+         choice++)
         if (strcasecmp(word.c_str(), choice->name) == 0 ||
             (known_by_number(row) && word == std::to_string(choice->value))) {
             *number = choice->value;

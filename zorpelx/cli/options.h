@@ -72,7 +72,7 @@ struct CommandRow {
 };
 
 /* A value that an option takes by name or by number; the last of a list has no name. */
-struct Choice {
+struct NamedValue {
     const char *name;
     int64_t value;
 };
@@ -85,10 +85,10 @@ struct OptionRow {
     const char *names; // "-k,--nparts"; a name without dashes is a place on the line
     const char *value; // what the value is called; empty for a switch
     Field field;
-    const char *fallback;  // value if it is not given; null if it must be, empty for none
-    int64_t least, most;   // of numbers; of choices: whether they are known by number too
-    const Choice *choices; // or null
-    const char *help;      // without a full stop
+    const char *fallback;      // value if it is not given; null if it must be, empty for none
+    int64_t least, most;       // of numbers; of choices: whether they are known by number too
+    const NamedValue *choices; // or null
+    const char *help;          // without a full stop
 };
 
 extern const std::vector<CommandRow> COMMANDS;

@@ -53,7 +53,7 @@ std::string record_name(const OptionRow &row)
 
 static std::string name_of_choice(const OptionRow &row, int64_t value)
 {
-    for (const Choice *choice = row.choices; choice->name != nullptr; choice++)
+    for (const NamedValue *choice = row.choices; choice->name != nullptr; choice++)
         if (choice->value == value) return choice->name;
     return "";
 }

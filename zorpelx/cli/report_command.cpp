@@ -92,9 +92,9 @@ static int64_t count_parts(const Settings &settings, const std::string &name,
     return told > 0 ? told : largest + 1;
 }
 
-static std::vector<Division> read_divisions(Settings settings, int64_t nvertices)
+static std::vector<NamedPartition> read_divisions(Settings settings, int64_t nvertices)
 {
-    std::vector<Division> divisions;
+    std::vector<NamedPartition> divisions;
     for (const std::string &name : settings.partitions) {
         settings.partition = name;
         std::vector<int64_t> part = read_partition(settings, nvertices);

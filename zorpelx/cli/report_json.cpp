@@ -57,7 +57,7 @@ static Json costly_json(const Account &account)
     Json list = Json::array();
     for (const CostlyNet &net : account.facts.costly) {
         Json shares = Json::array();
-        for (const Share &share : net.shares)
+        for (const PartShare &share : net.shares)
             shares.push_back({{"part", share.part}, {"vertices", share.vertices}});
         Json row = {{"hyperedge", net.net + 1},
                     {"weight", net.weight},

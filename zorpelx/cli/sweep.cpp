@@ -27,7 +27,7 @@
 #include "write_hgr.h"
 
 /* All that the threads share. */
-struct Sweep {
+struct SweepAtWork {
     const Settings *settings;
     std::vector<SweepCell> plan;
     std::vector<SweepResult> results; // by plan
@@ -83,7 +83,7 @@ static Json head_of(const Settings &settings, const Problem &problem)
             {"objective", choice_name(&Settings::objective, settings.objective)}};
 }
 
-static void take_journal(Sweep *sweep)
+static void take_journal(SweepAtWork *sweep)
 {
     for (size_t i = 0; i < sweep->journal.lines.size(); i++) try {
             const SweepCell cell = cell_of_line(sweep->journal.lines[i]);
@@ -111,7 +111,7 @@ static SweepResult result_of(const Solution &solution, Status status)
 }
 
 /* Keeps the partition if no other of its number of parts and epsilon is better so far. */
-static void keep_if_best(Sweep *sweep, size_t run, const Solution &solution)
+static void keep_if_best(SweepAtWork *sweep, size_t run, const Solution &solution)
 {
     for (const SweepGroup &group : groups_of(*sweep->settings, sweep->plan, sweep->results)) {
         if (group.best != run) continue;
@@ -120,7 +120,7 @@ static void keep_if_best(Sweep *sweep, size_t run, const Solution &solution)
     }
 }
 
-static void take_result(Sweep *sweep, size_t run, Status status, const Solution &solution)
+static void take_result(SweepAtWork *sweep, size_t run, Status status, const Solution &solution)
 {
     const std::lock_guard hold(sweep->mutex);
     if (status != STATUS_OK && (status != STATUS_INFEASIBLE || solution.result.finished == 0)) {
@@ -135,7 +135,7 @@ static void take_result(Sweep *sweep, size_t run, Status status, const Solution 
     keep_if_best(sweep, run, solution);
 }
 
-static size_t count_done(const Sweep &sweep)
+static size_t count_done(const SweepAtWork &sweep)
 {
     return static_cast<size_t>(
         std::count_if(sweep.results.begin(), sweep.results.end(),
@@ -143,7 +143,7 @@ static size_t count_done(const Sweep &sweep)
 }
 
 /* The next run that is to be made; the number of runs if there is none. */
-static size_t take_run(Sweep *sweep)
+static size_t take_run(SweepAtWork *sweep)
 {
     const std::lock_guard hold(sweep->mutex);
     while (sweep->next < sweep->plan.size() && sweep->results[sweep->next].done) sweep->next++;
@@ -154,7 +154,7 @@ static size_t take_run(Sweep *sweep)
     return sweep->next < sweep->plan.size() ? sweep->next++ : sweep->next;
 }
 
-static void work(Sweep *sweep)
+static void work(SweepAtWork *sweep)
 {
     try {
         for (size_t run; (run = take_run(sweep)) < sweep->plan.size();) {
@@ -175,7 +175,7 @@ constexpr size_t MOST_AT_ONCE = 1; // the sanitizer's heap does not outlive a fo
 constexpr size_t MOST_AT_ONCE = SIZE_MAX;
 #endif
 
-static void run_all(Sweep *sweep)
+static void run_all(SweepAtWork *sweep)
 {
     const size_t processors = std::max(1u, std::thread::hardware_concurrency());
     const size_t wanted =
@@ -190,7 +190,7 @@ static void run_all(Sweep *sweep)
 }
 
 /* The partition of a run; made again if an earlier process made it. */
-static std::vector<int> part_of_run(Sweep *sweep, size_t run)
+static std::vector<int> part_of_run(SweepAtWork *sweep, size_t run)
 {
     const auto known = sweep->parts.find(run);
     if (known != sweep->parts.end()) return known->second;
@@ -211,7 +211,7 @@ static std::vector<int> part_of_run(Sweep *sweep, size_t run)
 /* The best partition of each group and the report about it, where the sweep is whole or has the
  * partition at hand; the others are made when it goes on. Puts the names of the reports in place.
  */
-static void write_best(Sweep *sweep, const std::string &folder,
+static void write_best(SweepAtWork *sweep, const std::string &folder,
                        const std::vector<std::string> &names, SweepShown *shown,
                        std::vector<std::string> *texts)
 {
@@ -230,7 +230,7 @@ static void write_best(Sweep *sweep, const std::string &folder,
 }
 
 /* The contents of the outputs, by their names; best partitions only where there are results. */
-static void write_all_outputs(Sweep *sweep, const std::string &folder, const Writer &writer,
+static void write_all_outputs(SweepAtWork *sweep, const std::string &folder, const Writer &writer,
                               const std::vector<std::string> &names)
 {
     const auto groups = groups_of(*sweep->settings, sweep->plan, sweep->results);
@@ -252,7 +252,7 @@ static void write_all_outputs(Sweep *sweep, const std::string &folder, const Wri
     write_together(writer, contents);
 }
 
-static void print_answer(const Sweep &sweep, const std::string &folder, Status status)
+static void print_answer(const SweepAtWork &sweep, const std::string &folder, Status status)
 {
     const Settings &settings = *sweep.settings;
     const auto groups = groups_of(settings, sweep.plan, sweep.results);
@@ -270,7 +270,7 @@ static void print_answer(const Sweep &sweep, const std::string &folder, Status s
                shown_name(folder).c_str(), count_done(sweep), sweep.plan.size());
 }
 
-static Status status_of(const Sweep &sweep)
+static Status status_of(const SweepAtWork &sweep)
 {
     if (caught_signal() != 0) return static_cast<Status>(128 + caught_signal());
     if (sweep.stopped != STATUS_OK) return sweep.stopped;
@@ -279,7 +279,7 @@ static Status status_of(const Sweep &sweep)
                                                                           : STATUS_INFEASIBLE;
 }
 
-static void tell_end(const Sweep &sweep, Status status)
+static void tell_end(const SweepAtWork &sweep, Status status)
 {
     if (count_done(sweep) < sweep.plan.size())
         tell(text_of("%zu of %zu runs are done%s%s; the same command goes on from there",
@@ -300,7 +300,7 @@ static Problem read_problem_of(const Settings &settings, const std::vector<Sweep
 Status run_sweep(const Settings &settings)
 {
     const std::string folder = folder_of(settings);
-    Sweep sweep;
+    SweepAtWork sweep;
     sweep.settings = &settings;
     sweep.plan = sweep_plan(settings);
     sweep.results.resize(sweep.plan.size());

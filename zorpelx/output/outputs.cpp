@@ -19,7 +19,7 @@
 #include "newfile.h"
 
 /* What is written to one output. */
-struct Draft {
+struct OutputDraft {
     Output *output;
     std::string_view content;
     std::string beside; // the name that the new file has for a moment; empty: none
@@ -179,7 +179,7 @@ static int look_again(FilePlace *place)
     return S_ISREG(place->old.st_mode) ? 0 : EEXIST;
 }
 
-static int make_file(Draft *draft)
+static int make_file(OutputDraft *draft)
 {
     Output *const output = draft->output;
     if (const int error = look_again(&output->place)) return error;
@@ -191,7 +191,7 @@ static int make_file(Draft *draft)
     return error != 0 ? error : fill_file(output->file, draft->content);
 }
 
-static int write_stream(Draft *draft)
+static int write_stream(OutputDraft *draft)
 {
     Output *const output = draft->output;
     const bool ours = output->place.kind == PLACE_STREAM;
@@ -206,15 +206,16 @@ static int write_stream(Draft *draft)
 }
 
 /* The names of those that stand, for a message. */
-static std::string standing(const std::vector<Draft> &drafts)
+static std::string standing(const std::vector<OutputDraft> &drafts)
 {
     std::string names;
-    for (const Draft &draft : drafts)
+    for (const OutputDraft &draft : drafts)
         if (draft.stands) names += (names.empty() ? "" : ", ") + shown_output(draft.output->name);
     return names;
 }
 
-static OutputFault failed_draft(const std::vector<Draft> &drafts, const Draft &draft, int error)
+static OutputFault failed_draft(const std::vector<OutputDraft> &drafts, const OutputDraft &draft,
+                                int error)
 {
     OutputFault fault = cannot_write(draft.output->name, error);
     const std::string names = standing(drafts);
@@ -223,9 +224,10 @@ static OutputFault failed_draft(const std::vector<Draft> &drafts, const Draft &d
 }
 
 /* One stage over those outputs that are files, or over those that are not. */
-static OutputFault run_stage(std::vector<Draft> *drafts, bool files, int (*step)(Draft *))
+static OutputFault run_stage(std::vector<OutputDraft> *drafts, bool files,
+                             int (*step)(OutputDraft *))
 {
-    for (Draft &draft : *drafts) {
+    for (OutputDraft &draft : *drafts) {
         if ((draft.output->place.kind == PLACE_FILE) != files) continue;
         if (const int error = step(&draft)) return failed_draft(*drafts, draft, error);
     }
@@ -238,7 +240,7 @@ static int rename_file(const FilePlace &place, const std::string &beside)
 }
 
 /* Names beside their places for those that replace something; the others get their own at once. */
-static int prepare_name(Draft *draft)
+static int prepare_name(OutputDraft *draft)
 {
     const Output &output = *draft->output;
     if (!draft->beside.empty() || !output.place.exists) return 0;
@@ -247,7 +249,7 @@ static int prepare_name(Draft *draft)
 
 /* A name that was free a moment ago and is taken now is somebody else's, or that of another output
  * on a file system to which the two names are one: either would be lost. */
-static int place_file(Draft *draft)
+static int place_file(OutputDraft *draft)
 {
     const Output &output = *draft->output;
     if (draft->beside.empty()) {
@@ -260,9 +262,9 @@ static int place_file(Draft *draft)
     return 0;
 }
 
-static void remove_beside(const std::vector<Draft> &drafts)
+static void remove_beside(const std::vector<OutputDraft> &drafts)
 {
-    for (const Draft &draft : drafts)
+    for (const OutputDraft &draft : drafts)
         if (!draft.beside.empty()) unlinkat(draft.output->place.folder, draft.beside.c_str(), 0);
 }
 
@@ -276,9 +278,9 @@ static void sync_folder(const FilePlace &place)
 }
 
 /* A file that had a name once gets no other: a second write makes a new one. */
-static void finish(const std::vector<Draft> &drafts)
+static void finish(const std::vector<OutputDraft> &drafts)
 {
-    for (const Draft &draft : drafts) {
+    for (const OutputDraft &draft : drafts) {
         Output *const output = draft.output;
         if (output->place.kind != PLACE_FILE || output->file < 0) continue;
         if (draft.stands) sync_folder(output->place);
@@ -288,14 +290,14 @@ static void finish(const std::vector<Draft> &drafts)
 }
 
 /* Files that have a name beside their places from the beginning. */
-static bool lack_nameless_files(const std::vector<Draft> &drafts)
+static bool lack_nameless_files(const std::vector<OutputDraft> &drafts)
 {
-    return std::any_of(drafts.begin(), drafts.end(), [](const Draft &draft) {
+    return std::any_of(drafts.begin(), drafts.end(), [](const OutputDraft &draft) {
         return draft.output->place.kind == PLACE_FILE && draft.output->file < 0;
     });
 }
 
-static OutputFault name_files(std::vector<Draft> *drafts)
+static OutputFault name_files(std::vector<OutputDraft> *drafts)
 {
     OutputFault fault = run_stage(drafts, true, prepare_name);
     return fault.status != 0 ? fault : run_stage(drafts, true, place_file);
@@ -303,7 +305,7 @@ static OutputFault name_files(std::vector<Draft> *drafts)
 
 /* As long as a file that is not yet in its place has a name, no signal may end the process. A FIFO
  * may wait for its reader for ever, so streams come before that. */
-static OutputFault write_drafts(std::vector<Draft> *drafts)
+static OutputFault write_drafts(std::vector<OutputDraft> *drafts)
 {
     const bool named = lack_nameless_files(*drafts);
     OutputFault fault =
@@ -320,7 +322,7 @@ static OutputFault write_drafts(std::vector<Draft> *drafts)
 
 OutputFault write_outputs(Outputs *outputs, const std::vector<std::string_view> &contents)
 {
-    std::vector<Draft> drafts;
+    std::vector<OutputDraft> drafts;
     for (size_t i = 0; i < outputs->list.size() && i < contents.size(); i++)
         if (!outputs->list[i].name.empty() && contents[i].data() != nullptr)
             drafts.push_back({&outputs->list[i], contents[i], "", false});

@@ -27,7 +27,7 @@ static std::vector<Link> links_of(const Sketch &sketch, size_t *nnodes)
 static void count_kind(Account *account)
 {
     const Hypergraph &graph = *account->graph;
-    const Division &division = account->divisions[0];
+    const NamedPartition &division = account->divisions[0];
     account->origin = origin_of(graph);
     account->kinds = contents_of(graph, division, group_by_kind(graph), MOST_GROUPS);
     account->prefixes =
@@ -36,14 +36,14 @@ static void count_kind(Account *account)
     if (account->origin == FROM_FORMULA) account->variables = shared_variables(graph, division);
 }
 
-Account account_of(const Hypergraph &graph, std::vector<Division> divisions, size_t ncostly)
+Account account_of(const Hypergraph &graph, std::vector<NamedPartition> divisions, size_t ncostly)
 {
     Account account = {};
     account.first = 1;
     account.graph = &graph;
     account.divisions = std::move(divisions);
-    const Division &main = account.divisions[0];
-    for (const Division &division : account.divisions)
+    const NamedPartition &main = account.divisions[0];
+    for (const NamedPartition &division : account.divisions)
         account.figures.push_back(figures_of(graph, division.part, division.nparts));
     for (size_t i = 1; i < account.divisions.size(); i++)
         account.agreements.push_back(likeness_of(graph, main, account.divisions[i], MOST_CHANGED));

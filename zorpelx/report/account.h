@@ -51,7 +51,7 @@ struct Account {
     std::string version; // of the program
     int64_t first;       // number of the first vertex
     const Hypergraph *graph;
-    std::vector<Division> divisions;
+    std::vector<NamedPartition> divisions;
     std::vector<Figures> figures;
     Facts facts;
     Allowed allowed;
@@ -72,7 +72,7 @@ constexpr double DRAWING_WIDTH = 700, DRAWING_HEIGHT = 520;
  *   graph      must stay as long as the account
  *   divisions  at least one
  *   ncostly    most hyperedges in the list of costly ones */
-Account account_of(const Hypergraph &graph, std::vector<Division> divisions, size_t ncostly);
+Account account_of(const Hypergraph &graph, std::vector<NamedPartition> divisions, size_t ncostly);
 
 /* At most so many parts, the heaviest, by rising number. */
 std::vector<int64_t> shown_parts(const Figures &figures, size_t most);

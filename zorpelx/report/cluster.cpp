@@ -52,7 +52,7 @@ static std::vector<int64_t> small_nets_first(const Hypergraph &graph)
     return nets;
 }
 
-static void join_neighbours(const Hypergraph &graph, const Division &division, int64_t e,
+static void join_neighbours(const Hypergraph &graph, const NamedPartition &division, int64_t e,
                             int64_t most, Sets *sets)
 {
     const size_t begin = static_cast<size_t>(graph.start[static_cast<size_t>(e)]);
@@ -65,7 +65,7 @@ static void join_neighbours(const Hypergraph &graph, const Division &division, i
 }
 
 /* Clusters of one part that are next to each other by number. */
-static void join_rest(const Division &division, int64_t most, Sets *sets)
+static void join_rest(const NamedPartition &division, int64_t most, Sets *sets)
 {
     std::vector<int32_t> last(static_cast<size_t>(division.nparts), -1);
     for (size_t v = 0; v < division.part.size(); v++) {
@@ -88,7 +88,8 @@ static std::vector<int32_t> numbered(Sets *sets)
     return cluster;
 }
 
-std::vector<int32_t> clusters_of(const Hypergraph &graph, const Division &division, int64_t most)
+std::vector<int32_t> clusters_of(const Hypergraph &graph, const NamedPartition &division,
+                                 int64_t most)
 {
     Sets sets = {std::vector<int32_t>(division.part.size()),
                  std::vector<int64_t>(division.part.size(), 1), graph.nvertices};

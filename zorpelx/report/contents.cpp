@@ -90,7 +90,7 @@ static PartContents largest_groups(std::vector<GroupFacts> groups, size_t most)
     return contents;
 }
 
-std::vector<PartContents> contents_of(const Hypergraph &graph, const Division &division,
+std::vector<PartContents> contents_of(const Hypergraph &graph, const NamedPartition &division,
                                       const VertexGrouping &grouping, size_t most)
 {
     if (grouping.group.empty()) return {};

@@ -38,7 +38,7 @@ VertexGrouping group_by_prefix(const Hypergraph &graph, int64_t nparts);
 std::string_view name_prefix(std::string_view name, int depth);
 
 /* At most so many groups for each part, by falling weight, then by number and name. */
-std::vector<PartContents> contents_of(const Hypergraph &graph, const Division &division,
+std::vector<PartContents> contents_of(const Hypergraph &graph, const NamedPartition &division,
                                       const VertexGrouping &grouping, size_t most);
 
 #endif

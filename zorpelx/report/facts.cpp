@@ -10,21 +10,21 @@
 #include <map>
 #include <unordered_map>
 
-std::vector<Share> shares_of(const Hypergraph &graph, const Division &division, int64_t e,
-                             std::vector<int64_t> *count)
+std::vector<PartShare> shares_of(const Hypergraph &graph, const NamedPartition &division, int64_t e,
+                                 std::vector<int64_t> *count)
 {
-    std::vector<Share> shares;
+    std::vector<PartShare> shares;
     const size_t begin = static_cast<size_t>(graph.start[static_cast<size_t>(e)]);
     const size_t end = static_cast<size_t>(graph.start[static_cast<size_t>(e) + 1]);
     for (size_t j = begin; j < end; j++) {
         const int64_t p = division.part[static_cast<size_t>(graph.pins[j])];
         if ((*count)[static_cast<size_t>(p)]++ == 0) shares.push_back({p, 0});
     }
-    for (Share &share : shares) {
+    for (PartShare &share : shares) {
         share.vertices = (*count)[static_cast<size_t>(share.part)];
         (*count)[static_cast<size_t>(share.part)] = 0;
     }
-    std::sort(shares.begin(), shares.end(), [](const Share &a, const Share &b) {
+    std::sort(shares.begin(), shares.end(), [](const PartShare &a, const PartShare &b) {
         return a.vertices != b.vertices ? a.vertices > b.vertices : a.part < b.part;
     });
     return shares;
@@ -33,7 +33,7 @@ std::vector<Share> shares_of(const Hypergraph &graph, const Division &division, 
 /* Pairs by first x nparts + second, which is below 10^12. */
 using Pairs = std::unordered_map<int64_t, PairFacts>;
 
-static void add_pairs(const std::vector<Share> &shares, int64_t weight, int64_t nparts,
+static void add_pairs(const std::vector<PartShare> &shares, int64_t weight, int64_t nparts,
                       Pairs *pairs)
 {
     for (size_t i = 0; i < shares.size(); i++)
@@ -46,9 +46,9 @@ static void add_pairs(const std::vector<Share> &shares, int64_t weight, int64_t 
         }
 }
 
-static void add_cut_net(const std::vector<Share> &shares, Facts *facts)
+static void add_cut_net(const std::vector<PartShare> &shares, Facts *facts)
 {
-    for (const Share &share : shares) {
+    for (const PartShare &share : shares) {
         PartFacts &part = facts->parts[static_cast<size_t>(share.part)];
         part.cutnets++;
         part.cutpins += share.vertices;
@@ -62,7 +62,7 @@ static void mark_boundary(const Hypergraph &graph, int64_t e, std::vector<bool> 
         (*boundary)[static_cast<size_t>(graph.pins[static_cast<size_t>(j)])] = true;
 }
 
-static void count_boundary(const Division &division, const std::vector<bool> &boundary,
+static void count_boundary(const NamedPartition &division, const std::vector<bool> &boundary,
                            Facts *facts)
 {
     for (size_t v = 0; v < boundary.size(); v++)
@@ -110,7 +110,7 @@ static void add_touched(int64_t parts, int64_t weight, std::map<int64_t, Touched
     row.weight += weight;
 }
 
-Facts facts_of(const Hypergraph &graph, const Division &division, size_t ncostly)
+Facts facts_of(const Hypergraph &graph, const NamedPartition &division, size_t ncostly)
 {
     Facts facts = {};
     facts.parts.resize(static_cast<size_t>(division.nparts));
@@ -119,7 +119,7 @@ Facts facts_of(const Hypergraph &graph, const Division &division, size_t ncostly
     std::vector<int64_t> count(static_cast<size_t>(division.nparts), 0);
     std::vector<bool> boundary(static_cast<size_t>(graph.nvertices), false);
     for (int64_t e = 0; e < graph.nnets; e++) {
-        std::vector<Share> shares = shares_of(graph, division, e, &count);
+        std::vector<PartShare> shares = shares_of(graph, division, e, &count);
         const int64_t weight = graph.netwgt[static_cast<size_t>(e)];
         const int64_t nparts = static_cast<int64_t>(shares.size());
         add_touched(nparts, weight, &touched);

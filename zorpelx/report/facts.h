@@ -19,7 +19,7 @@ constexpr int64_t MOST_PAIRED = 64;
 
 /* A partition as it was given.
  *   part  [nvertices] from 0 and below nparts */
-struct Division {
+struct NamedPartition {
     std::string name;
     int64_t nparts;
     std::vector<int64_t> part;
@@ -45,14 +45,14 @@ struct TouchedFacts {
 };
 
 /* How many vertices of a hyperedge are in a part. */
-struct Share {
+struct PartShare {
     int64_t part, vertices;
 };
 
 /* A cut hyperedge, its parts by falling number of vertices. */
 struct CostlyNet {
     int64_t net, weight, size;
-    std::vector<Share> shares;
+    std::vector<PartShare> shares;
 };
 
 /*   F1  parts has an entry for each part, touched one for each number of parts that occurs, rising
@@ -67,11 +67,11 @@ struct Facts {
 };
 
 /* Counts all of it, with at most so many costly hyperedges, in O(pins) and what the pairs take. */
-Facts facts_of(const Hypergraph &graph, const Division &division, size_t ncostly);
+Facts facts_of(const Hypergraph &graph, const NamedPartition &division, size_t ncostly);
 
 /* The parts of e with their numbers of vertices, by falling number, then by part.
  *   count  [nparts] all 0 before and after */
-std::vector<Share> shares_of(const Hypergraph &graph, const Division &division, int64_t e,
-                             std::vector<int64_t> *count);
+std::vector<PartShare> shares_of(const Hypergraph &graph, const NamedPartition &division, int64_t e,
+                                 std::vector<int64_t> *count);
 
 #endif

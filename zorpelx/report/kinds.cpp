@@ -28,7 +28,7 @@ static bool is_column(const Hypergraph &graph, int64_t e)
 }
 
 /* Part of the nonzero on the diagonal of each row; -1 where there is none. */
-static std::vector<int64_t> diagonal_parts(const Hypergraph &graph, const Division &division)
+static std::vector<int64_t> diagonal_parts(const Hypergraph &graph, const NamedPartition &division)
 {
     const Provenance &from = graph.provenance;
     std::vector<int64_t> parts(static_cast<size_t>(from.nrows), -1);
@@ -39,7 +39,7 @@ static std::vector<int64_t> diagonal_parts(const Hypergraph &graph, const Divisi
 }
 
 /* The part that owns entry j of the vectors, for every j; empty where the matrix does not say. */
-static std::vector<int64_t> owners_of(const Hypergraph &graph, const Division &division)
+static std::vector<int64_t> owners_of(const Hypergraph &graph, const NamedPartition &division)
 {
     const Provenance &from = graph.provenance;
     if (from.nrows != from.ncolumns) return {};
@@ -48,14 +48,14 @@ static std::vector<int64_t> owners_of(const Hypergraph &graph, const Division &d
                                                                       : std::vector<int64_t>();
 }
 
-Words words_of(const Hypergraph &graph, const Division &division)
+Words words_of(const Hypergraph &graph, const NamedPartition &division)
 {
     const size_t nparts = static_cast<size_t>(division.nparts);
     Words words = {std::vector<int64_t>(nparts, 0), std::vector<int64_t>(nparts, 0), 0};
     std::vector<int64_t> count(nparts, 0);
     const std::vector<int64_t> owners = owners_of(graph, division);
     for (int64_t e = 0; e < graph.nnets; e++) {
-        const std::vector<Share> shares = shares_of(graph, division, e, &count);
+        const std::vector<PartShare> shares = shares_of(graph, division, e, &count);
         if (shares.empty()) continue;
         const bool column = is_column(graph, e);
         const int64_t entry = e >= graph.provenance.nrows && !owners.empty() && column &&
@@ -64,7 +64,7 @@ Words words_of(const Hypergraph &graph, const Division &division)
                                   : e;
         int64_t owner = owners.empty() ? -1 : owners[static_cast<size_t>(entry)];
         if (owner < 0) owner = shares[0].part;
-        for (const Share &share : shares) {
+        for (const PartShare &share : shares) {
             if (share.part == owner) continue;
             words.sent[static_cast<size_t>(column ? owner : share.part)]++;
             words.received[static_cast<size_t>(column ? share.part : owner)]++;
@@ -75,15 +75,15 @@ Words words_of(const Hypergraph &graph, const Division &division)
 }
 
 /* A hyperedge is a variable: those that are cut are shared. */
-static SharedVariables shared_nets(const Hypergraph &graph, const Division &division)
+static SharedVariables shared_nets(const Hypergraph &graph, const NamedPartition &division)
 {
     SharedVariables variables = {0, std::vector<int64_t>(static_cast<size_t>(division.nparts), 0)};
     std::vector<int64_t> count(static_cast<size_t>(division.nparts), 0);
     for (int64_t e = 0; e < graph.nnets; e++) {
-        const std::vector<Share> shares = shares_of(graph, division, e, &count);
+        const std::vector<PartShare> shares = shares_of(graph, division, e, &count);
         if (shares.size() < 2) continue;
         variables.number++;
-        for (const Share &share : shares) variables.shared[static_cast<size_t>(share.part)]++;
+        for (const PartShare &share : shares) variables.shared[static_cast<size_t>(share.part)]++;
     }
     return variables;
 }
@@ -99,7 +99,7 @@ static std::vector<int64_t> variables_of(const Hypergraph &graph)
 }
 
 /* A vertex is a variable or a literal: those in a cut clause are shared. */
-static SharedVariables shared_vertices(const Hypergraph &graph, const Division &division)
+static SharedVariables shared_vertices(const Hypergraph &graph, const NamedPartition &division)
 {
     SharedVariables variables = {0, std::vector<int64_t>(static_cast<size_t>(division.nparts), 0)};
     std::vector<int64_t> count(static_cast<size_t>(division.nparts), 0);
@@ -121,7 +121,7 @@ static SharedVariables shared_vertices(const Hypergraph &graph, const Division &
     return variables;
 }
 
-SharedVariables shared_variables(const Hypergraph &graph, const Division &division)
+SharedVariables shared_variables(const Hypergraph &graph, const NamedPartition &division)
 {
     return graph.provenance.model == "dual" ? shared_nets(graph, division)
                                             : shared_vertices(graph, division);

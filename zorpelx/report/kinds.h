@@ -20,7 +20,7 @@ struct Words {
     int64_t total;
 };
 
-Words words_of(const Hypergraph &graph, const Division &division);
+Words words_of(const Hypergraph &graph, const NamedPartition &division);
 
 /* Variables that several parts have in common.
  *   shared  [nparts] of them, those in the part */
@@ -29,6 +29,6 @@ struct SharedVariables {
     std::vector<int64_t> shared;
 };
 
-SharedVariables shared_variables(const Hypergraph &graph, const Division &division);
+SharedVariables shared_variables(const Hypergraph &graph, const NamedPartition &division);
 
 #endif

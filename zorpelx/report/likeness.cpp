@@ -21,8 +21,8 @@ static void add_changed(ChangedNet changed, size_t most, std::vector<ChangedNet>
     if (list->size() > most) list->pop_back();
 }
 
-static void compare_nets(const Hypergraph &graph, const Division &first, const Division &second,
-                         size_t nchanged, Likeness *likeness)
+static void compare_nets(const Hypergraph &graph, const NamedPartition &first,
+                         const NamedPartition &second, size_t nchanged, Likeness *likeness)
 {
     std::vector<int64_t> count(static_cast<size_t>(std::max(first.nparts, second.nparts)), 0);
     for (int64_t e = 0; e < graph.nnets; e++) {
@@ -41,8 +41,8 @@ static void compare_nets(const Hypergraph &graph, const Division &first, const D
     }
 }
 
-Likeness likeness_of(const Hypergraph &graph, const Division &first, const Division &second,
-                     size_t nchanged)
+Likeness likeness_of(const Hypergraph &graph, const NamedPartition &first,
+                     const NamedPartition &second, size_t nchanged)
 {
     Likeness likeness = {};
     likeness.parts =

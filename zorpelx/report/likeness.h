@@ -27,7 +27,7 @@ struct Likeness {
     std::vector<ChangedNet> cut, mended; // the heaviest of them
 };
 
-Likeness likeness_of(const Hypergraph &graph, const Division &first, const Division &second,
-                     size_t nchanged);
+Likeness likeness_of(const Hypergraph &graph, const NamedPartition &first,
+                     const NamedPartition &second, size_t nchanged);
 
 #endif

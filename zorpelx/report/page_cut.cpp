@@ -56,7 +56,7 @@ static std::string touched_table(const Account &account)
     return folded("The same as a table", table_markup(table));
 }
 
-static Cell shares_cell(const std::vector<Share> &shares)
+static Cell shares_cell(const std::vector<PartShare> &shares)
 {
     std::string text;
     for (size_t i = 0; i < shares.size() && i < MOST_SHARES; i++)

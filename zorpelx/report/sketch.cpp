@@ -10,7 +10,7 @@
 
 using Points = std::vector<int32_t>; // of one hyperedge, rising
 
-static void take_points(const Hypergraph &graph, const Division &division, Sketch *sketch)
+static void take_points(const Hypergraph &graph, const NamedPartition &division, Sketch *sketch)
 {
     const size_t npoints =
         sketch->point.empty()
@@ -81,7 +81,7 @@ static void take_nets(const std::map<Points, Joined> &nets, Sketch *sketch)
     for (const auto *net : list) add_net(net->first, net->second, sketch);
 }
 
-Sketch sketch_of(const Hypergraph &graph, const Division &division)
+Sketch sketch_of(const Hypergraph &graph, const NamedPartition &division)
 {
     Sketch sketch = {};
     sketch.clustered = graph.nvertices > MOST_DRAWN;

@@ -31,6 +31,6 @@ struct Sketch {
 
 /* In O(pins log pins) at most. What is left out are hyperedges that join very many points, and the
  * lightest beyond the number above. */
-Sketch sketch_of(const Hypergraph &graph, const Division &division);
+Sketch sketch_of(const Hypergraph &graph, const NamedPartition &division);
 
 #endif

@@ -29,8 +29,8 @@ static int64_t best_by_trial(const std::vector<std::vector<int64_t>> &gain)
     std::iota(order.begin(), order.end(), 0);
     int64_t best = 0;
     do {
-        best = std::max(best, gain_of(gain, {order.begin(), order.begin() +
-                                                                static_cast<ptrdiff_t>(gain.size())}));
+        best = std::max(best, gain_of(gain, {order.begin(),
+                                             order.begin() + static_cast<ptrdiff_t>(gain.size())}));
     } while (std::next_permutation(order.begin(), order.end()));
     return best;
 }
@@ -71,9 +71,9 @@ static Hypergraph grid(int32_t side)
     return graph;
 }
 
-static Division stripes(const Hypergraph &graph, int64_t nparts)
+static NamedPartition stripes(const Hypergraph &graph, int64_t nparts)
 {
-    Division division = {"", nparts, {}};
+    NamedPartition division = {"", nparts, {}};
     for (int64_t v = 0; v < graph.nvertices; v++)
         division.part.push_back(v * nparts / graph.nvertices);
     return division;
@@ -83,7 +83,7 @@ TEST(Clusters, are_within_parts_and_no_more_than_asked_for)
 {
     const Hypergraph graph = grid(100);
     for (const int64_t nparts : {1, 3, 8, 2000}) {
-        const Division division = stripes(graph, nparts);
+        const NamedPartition division = stripes(graph, nparts);
         const std::vector<int32_t> cluster = clusters_of(graph, division, 500);
         const int32_t number = *std::max_element(cluster.begin(), cluster.end()) + 1;
         EXPECT_LE(number, std::max<int64_t>(500, nparts));
@@ -122,7 +122,8 @@ static double distance(const Spot &a, const Spot &b)
 TEST(Layout, fills_its_rectangle_and_is_the_same_again)
 {
     const std::vector<Link> links = links_of_grid(grid(20));
-    const std::vector<Spot> places = lay_out(400, links, 300, 200), again = lay_out(400, links, 300, 200);
+    const std::vector<Spot> places = lay_out(400, links, 300, 200),
+                            again = lay_out(400, links, 300, 200);
     double right = 0, bottom = 0;
     for (size_t v = 0; v < places.size(); v++) {
         ASSERT_EQ(places[v].x, again[v].x);
@@ -143,7 +144,8 @@ TEST(Layout, neighbours_are_near_and_corners_are_far)
     const std::vector<Spot> places = lay_out(400, links, 400, 400);
     double near = 0;
     for (const Link &link : links)
-        near += distance(places[static_cast<size_t>(link.from)], places[static_cast<size_t>(link.to)]);
+        near +=
+            distance(places[static_cast<size_t>(link.from)], places[static_cast<size_t>(link.to)]);
     near /= static_cast<double>(links.size());
     EXPECT_LT(near, 40); // a random layout has 200
     EXPECT_GT(distance(places[0], places[399]), 250);
