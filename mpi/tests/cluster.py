@@ -11,10 +11,10 @@ MPIRUN = os.environ.get("MPIRUN", "mpirun")
 SOURCE = os.environ["ZORPEL_SOURCE"]
 LOOPBACK = ["--oversubscribe", "--bind-to", "none", "--mca", "pml", "ob1",
             "--mca", "btl", "self,vader,tcp", "--mca", "btl_tcp_if_include", "lo",
-            "--mca", "oob_tcp_if_include", "lo"]
+            "--mca", "oob_tcp_if_include", "lo", "--mca", "mpi_yield_when_idle", "1"]
 
 
-def mpirun(ranks, words, options=(), timeout=120, wrapper=(), **more):
+def mpirun(ranks, words, options=(), timeout=300, wrapper=(), **more):
     """A finished run of zorpelx-mpi by so many ranks."""
     return subprocess.run([MPIRUN, *LOOPBACK, *options, "-np", str(ranks), *wrapper,
                            ZORPELX_MPI, *words],
