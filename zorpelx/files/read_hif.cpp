@@ -170,6 +170,7 @@ static HifRecord take_record(HifScan *scan, unsigned fields, const char *what)
 /* The number that a name is; -1 for others, and for those too large for an array over them. */
 static int64_t small_number(std::string_view name)
 {
+    if (name.size() > 1 && name[0] == '0') return -1; // "02" is another name than 2
     constexpr size_t MOST_DIGITS = 9;
     if (name.empty() || name.size() > MOST_DIGITS) return -1;
     int64_t value = 0;

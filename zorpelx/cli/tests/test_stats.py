@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
 """stats: counts of small hypergraphs by hand, and the picture in the terminal."""
 
+import json
 import os
 import unittest
 
@@ -38,6 +39,12 @@ class Stats(Case):
         self.assertIn("g.hgr: 2 vertices, 1 hyperedge, 1 pin\n", self.run_ok("stats", "g.hgr").stdout)
         self.file("h.hgr", "1 1\n1\n")
         self.assertIn("1 hyperedge and 1 vertex", self.call("lint", "h.hgr").stdout)
+
+    def test_nodes_02_and_2_are_two(self):
+        pairs = ["02", 2], [3, 2]
+        rows = [{"edge": e, "node": v} for e, pair in enumerate(pairs) for v in pair]
+        self.file("g.json", json.dumps({"incidences": rows}))
+        self.assertIn("3 vertices, 2 hyperedges, 4 pins", self.run_ok("stats", "g.json").stdout)
 
     def test_no_hyperedges(self):
         self.file("g.hgr", "0 3\n")
