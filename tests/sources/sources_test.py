@@ -7,7 +7,7 @@ usage: sources_test.py --compiler CXX --nm NM --library LIBZORPEL_A [--heavy]
 Folders of src/ include only folders below them, whose sources open with what they do and how; in
 src/ and in search/ every header compiles alone, invariants have numbers that are documented, tested
 for and named by a test, and asserts are as dense as the style asks for; the release library contains
-none of the predicates. In the whole tree file names are unique and sources name their licence.
+none of the predicates. In the whole tree names of files and of types are unique and sources name their licence.
 """
 import argparse
 import concurrent.futures
@@ -28,6 +28,7 @@ INCLUDE = re.compile(r'#include "(\w+)/')
 RULE = re.compile(r"HOLDS\(([A-Z][0-9]),")
 DOCUMENTED = re.compile(r"^(?: |/)\*\s+([A-Z][0-9])  ", re.MULTILINE)
 TESTED = re.compile(r'"([A-Z][0-9])"')
+TYPE = re.compile(r"^(?:struct|union|class|enum class|enum) (\w+)[^;{()]*\{", re.MULTILINE)
 PREDICATE = re.compile(r"\b\w+_ok\b")
 
 
@@ -72,6 +73,20 @@ def repeated_names():
         if path.name in seen:
             yield f"{path.relative_to(ROOT)} has the name of {seen[path.name]}"
         seen[path.name] = path.relative_to(ROOT)
+
+
+def repeated_types():
+    """Types that share a name. Two of a program would also share the routines that the compiler makes
+    for them, and the linker keeps one of each: the other type's values are then torn apart by it."""
+    seen = {}
+    for path in tree():
+        folders = path.relative_to(ROOT).parts[:-1]
+        if path.suffix not in (".h", ".cpp") or {"tests", "bench", "fuzz"} & set(folders):
+            continue
+        for name in TYPE.findall(path.read_text()):
+            if name in seen:
+                yield f"{path.relative_to(ROOT)} has a type {name}, and so has {seen[name]}"
+            seen[name] = path.relative_to(ROOT)
 
 
 def wrong_headers(compiler):
@@ -147,7 +162,7 @@ def main():
     parser.add_argument("--library", dest="archive", required=True)
     parser.add_argument("--heavy", action="store_true", help="the library has heavy asserts")
     options = parser.parse_args()
-    wrong = [*wrong_includes(), *repeated_names(), *short_openings(), *unlicensed()]
+    wrong = [*wrong_includes(), *repeated_names(), *repeated_types(), *short_openings(), *unlicensed()]
     for library in TESTS:
         wrong += [*wrong_rules(library), *thin_asserts(library)]
     wrong += wrong_headers(options.compiler)

@@ -77,7 +77,7 @@ Members open_members(Findings *findings, Budget *budget)
     return members;
 }
 
-static bool is_there(const Member &member, Role role)
+static bool is_there(const MemberEntry &member, Role role)
 {
     return member.words[role].place.line > 0;
 }
@@ -91,10 +91,10 @@ static int32_t number_net(Members *members, std::string_view name)
     return members->net;
 }
 
-static int64_t number_of(const Members &members, const Member &member, Role role)
+static int64_t number_of(const Members &members, const MemberEntry &member, Role role)
 {
     constexpr size_t MOST_DIGITS = 18;
-    const Member::Word &word = member.words[role];
+    const MemberEntry::Word &word = member.words[role];
     int64_t number = 0;
     bool whole = !word.text.empty() && word.text.size() <= MOST_DIGITS;
     for (const char c : word.text) {
@@ -113,7 +113,7 @@ static int64_t number_of(const Members &members, const Member &member, Role role
 
 /* What a row says of number i; the first that is said counts. */
 static void say(Members *members, std::vector<int64_t> *list, int32_t i, int64_t value,
-                const Member &member, Role role)
+                const MemberEntry &member, Role role)
 {
     const size_t index = static_cast<size_t>(i);
     while (list->size() <= index) push_charged(members->builder.budget, list, int64_t{-1});
@@ -125,7 +125,7 @@ static void say(Members *members, std::vector<int64_t> *list, int32_t i, int64_t
                             shown_text(member.words[role].text).c_str(), name_of_role(role));
 }
 
-static void say_of_vertex(Members *members, const Member &member, int32_t v)
+static void say_of_vertex(Members *members, const MemberEntry &member, int32_t v)
 {
     if (is_there(member, ROLE_VERTEX_WEIGHT))
         say(members, &members->vertexweight, v, number_of(*members, member, ROLE_VERTEX_WEIGHT),
@@ -163,7 +163,7 @@ void add_later(Members *members, std::string_view net, std::string_view vertex)
     waiting->rows[waiting->count++] = {net, vertex};
 }
 
-void add_member(Members *members, const Member &member)
+void add_member(Members *members, const MemberEntry &member)
 {
     add_waiting(members);
     const bool net = is_there(member, ROLE_NET), vertex = is_there(member, ROLE_VERTEX);

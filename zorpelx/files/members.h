@@ -29,7 +29,7 @@ Role role_of_name(std::string_view name);
 const char *name_of_role(Role role);
 
 /* One row: what is absent has no place. */
-struct Member {
+struct MemberEntry {
     struct Word {
         std::string_view text = {};
         Place place = {0, 0}; // line 0: absent
@@ -63,7 +63,7 @@ struct Members {
 Members open_members(Findings *findings, Budget *budget);
 
 /* Errors  FileError: a weight or a part that is no whole number from 0 */
-void add_member(Members *members, const Member &member);
+void add_member(Members *members, const MemberEntry &member);
 
 /* Adds a row of a hyperedge and a vertex, sooner or later, in order; the texts have to stay. */
 void add_later(Members *members, std::string_view net, std::string_view vertex);

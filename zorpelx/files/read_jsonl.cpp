@@ -17,8 +17,8 @@ struct JsonLine {
     Walk walk;
     Members members;
     std::deque<std::string> copies; // of strings with escapes, of one line; views stay
-    Member member;
-    std::vector<Member::Word> vertices;
+    MemberEntry member;
+    std::vector<MemberEntry::Word> vertices;
     std::string number; // of the line
 };
 
@@ -143,7 +143,7 @@ static std::string_view take_bare(JsonLine *line)
 }
 
 /* A string or a number; absent for null. */
-static Member::Word take_name(JsonLine *line)
+static MemberEntry::Word take_name(JsonLine *line)
 {
     skip_blanks(&line->walk);
     const Place place = place_of(line->walk);
@@ -228,14 +228,14 @@ static bool is_plain_line(const JsonLine &line)
 {
     for (const Role role : {ROLE_NET_WEIGHT, ROLE_VERTEX_WEIGHT, ROLE_KIND, ROLE_FIXED, ROLE_GROUP})
         if (line.member.words[role].place.line > 0) return false;
-    for (const Member::Word &vertex : line.vertices)
+    for (const MemberEntry::Word &vertex : line.vertices)
         if (vertex.place.line == 0) return false;
     return line.copies.empty() && line.number.empty() && line.member.words[ROLE_NET].place.line > 0;
 }
 
 static void add_line(JsonLine *line)
 {
-    Member *const member = &line->member;
+    MemberEntry *const member = &line->member;
     bool says = !line->vertices.empty();
     for (int role = 0; role < NROLES; role++) says = says || member->words[role].place.line > 0;
     if (!says)
@@ -247,11 +247,11 @@ static void add_line(JsonLine *line)
     }
     if (line->vertices.empty()) return add_member(&line->members, *member);
     if (is_plain_line(*line)) {
-        for (const Member::Word &vertex : line->vertices)
+        for (const MemberEntry::Word &vertex : line->vertices)
             add_later(&line->members, member->words[ROLE_NET].text, vertex.text);
         return;
     }
-    for (const Member::Word &vertex : line->vertices) {
+    for (const MemberEntry::Word &vertex : line->vertices) {
         member->words[ROLE_VERTEX] = vertex;
         add_member(&line->members, *member);
     }
@@ -259,7 +259,7 @@ static void add_line(JsonLine *line)
 
 static void take_line(JsonLine *line)
 {
-    line->member = Member();
+    line->member = MemberEntry();
     line->vertices.clear();
     line->copies.clear();
     line->number.clear();

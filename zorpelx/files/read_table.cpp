@@ -197,7 +197,7 @@ static void add_row(TableScan *scan)
         const size_t net = scan->roles[0] == ROLE_NET ? 0 : 1;
         return add_later(&scan->members, scan->row[net].text, scan->row[1 - net].text);
     }
-    Member member;
+    MemberEntry member;
     if (scan->row.size() < 2)
         bad_input(*scan->members.builder.budget, scan->row[0].place,
                   "the row has one field; fields are separated by %s",

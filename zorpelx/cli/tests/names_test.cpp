@@ -69,7 +69,8 @@ TEST(Interner, names_that_count_on_spread_over_the_table)
     std::set<uint32_t> low;
     constexpr uint32_t NAMES = 1 << 14;
     for (uint32_t i = 0; i < NAMES; i++)
-        low.insert(hash_of_key(key_of_name(std::string("u").append(std::to_string(i)))) % (2 * NAMES));
+        low.insert(hash_of_key(key_of_name(std::string("u").append(std::to_string(i)))) %
+                   (2 * NAMES));
     EXPECT_GT(low.size(), NAMES * 7 / 10); // 79 % at random
 }
 
