@@ -56,6 +56,8 @@ note_missing_for_tests() {
     lacks sbatch && MISSING="$MISSING slurm-client"
     [ -x /usr/sbin/munged ] || MISSING="$MISSING munge"
     lacks shellcheck && MISSING="$MISSING shellcheck"
+    # The types that the Python package promises.
+    lacks mypy && MISSING="$MISSING mypy"
     if lacks python3; then
         MISSING="$MISSING python3"
     fi

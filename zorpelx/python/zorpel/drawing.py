@@ -3,6 +3,7 @@
 
 from __future__ import annotations
 
+import importlib
 import json
 import os
 import shutil
@@ -35,7 +36,7 @@ def _squares(axes: Any, graph: Hypergraph, partition: Partition) -> None:
     axes.imshow(matrix, cmap="cividis")
     axes.set_xlabel("part")
     axes.set_title("weight of the hyperedges that touch both", fontsize="medium")
-    most = max(map(max, matrix))
+    most = max(max(row) for row in matrix)
     for p, row in enumerate(matrix if len(matrix) <= MOST_NUMBERED else []):
         for q, weight in enumerate(row):
             if weight:
@@ -46,12 +47,12 @@ def _squares(axes: Any, graph: Hypergraph, partition: Partition) -> None:
 def plot(graph: Hypergraph, partition: Partition) -> Any:
     """Sizes of the parts beside the cut between them."""
     try:
-        from matplotlib.figure import Figure  # pylint: disable=import-outside-toplevel
+        drawing = importlib.import_module("matplotlib.figure")  # which has no types of its own
     except ImportError:
         raise LibraryError(
             "plot() needs matplotlib, which is not installed (Debian: python3-matplotlib)."
         ) from None
-    figure = Figure(figsize=(10, 4), layout="constrained")
+    figure = drawing.Figure(figsize=(10, 4), layout="constrained")
     left, right = figure.subplots(1, 2)
     _bars(left, graph, partition)
     _squares(right, graph, partition)
@@ -76,7 +77,7 @@ def _lines(graph: Hypergraph) -> str:
         if graph.vertex_weights is not None:
             lines[-1]["vertex_weight"] = graph.vertex_weights[v]
     for e, pins in enumerate(graph):
-        line = {"hyperedge": graph.hyperedge_name(e)}
+        line: Dict[str, Any] = {"hyperedge": graph.hyperedge_name(e)}
         if graph.hyperedge_weights is not None:
             line["weight"] = graph.hyperedge_weights[e]
         lines.append({**line, "vertices": [graph.vertex_name(v) for v in pins]})

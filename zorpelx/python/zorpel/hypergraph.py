@@ -8,7 +8,7 @@ import operator
 import os
 from array import array
 from dataclasses import dataclass, field, replace
-from typing import Any, Dict, Iterable, Iterator, List, Optional, Sequence, Tuple, Union
+from typing import Any, Dict, Iterable, Iterator, List, Optional, Sequence, Tuple, Union, cast
 
 from ._library import CHypergraph, int_p
 from .errors import InputError
@@ -308,7 +308,7 @@ def as_hypergraph(
     if is_path(source):
         from .files import read  # pylint: disable=import-outside-toplevel,cyclic-import
 
-        source = read(source)
+        source = read(cast("Union[str, os.PathLike[str]]", source))
     if hasattr(source, "itertuples") and hasattr(source, "columns"):
         source = from_frame(source)
     elif hasattr(source, "nodes") and hasattr(source, "is_directed"):
@@ -327,7 +327,7 @@ def as_hypergraph(
             raise InputError(f"A tuple of {len(source)} is no hypergraph; (eptr, eind) would be.")
         eptr, eind, columns = source[0], source[1], None
     else:
-        eptr, eind = _lists(source)
+        eptr, eind = _lists(cast("Iterable[Iterable[int]]", source))
         columns = None
     eptr, eind = to_ints(eptr, "eptr"), to_ints(eind, "eind")
     if nvtxs is None:

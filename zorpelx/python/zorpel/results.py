@@ -3,6 +3,7 @@
 
 from __future__ import annotations
 
+import importlib
 from dataclasses import dataclass, field
 from html import escape
 from typing import Any, Dict, Iterable, List, Tuple
@@ -37,7 +38,7 @@ class Table(List[Dict[str, Any]]):
     def frame(self) -> Any:
         """The table as a data frame of pandas."""
         try:
-            import pandas  # pylint: disable=import-outside-toplevel
+            pandas = importlib.import_module("pandas")  # which has no types of its own
         except ImportError:
             raise LibraryError(
                 "frame() needs pandas, which is not installed (Debian: python3-pandas)."

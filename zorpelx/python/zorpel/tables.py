@@ -43,7 +43,11 @@ def cut_table(graph: Hypergraph, partition: Partition) -> Table:
         size = graph.eptr[e + 1] - graph.eptr[e]
         row = {"hyperedge": graph.hyperedge_name(e), "weight": weight_of(graph, e)}
         rows.append({**row, "vertices": size, "parts": touched})
-    return Table(sorted(rows, key=lambda row: -row["weight"] * (len(row["parts"]) - 1)))
+
+    def saving(row: Dict[str, Any]) -> int:
+        return -int(row["weight"]) * (len(row["parts"]) - 1)
+
+    return Table(sorted(rows, key=saving))
 
 
 def cut_between(graph: Hypergraph, partition: Partition) -> List[List[int]]:
