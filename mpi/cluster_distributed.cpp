@@ -14,6 +14,7 @@
 #include "json.h"
 #include "lib/crew.h"
 #include "output.h"
+#include "told.h"
 #include "zorpelx.h"
 
 static long long ll(int64_t number)
@@ -232,10 +233,12 @@ static Status finish(DistributedJob *job, const Writer &writer)
     });
     if (status != STATUS_OK || job->ranks.rank != 0) return status;
     if (!job->settings.quiet && !standard_output_taken(writer))
-        printf("cut %lld, km1 %lld, heaviest part %lld of %lld allowed; %d levels, %d ranks: %s\n",
+        printf("cut %lld, km1 %lld, heaviest part %lld of %lld allowed; %s, %s: %s\n",
                ll(report["cut"].get<int64_t>()), ll(report["km1"].get<int64_t>()),
                ll(*std::max_element(job->divided.weight.begin(), job->divided.weight.end())),
-               ll(job->options.goal.most[0]), job->divided.levels, job->ranks.nranks,
+               ll(job->options.goal.most[0]),
+               counted(job->divided.levels, "level", "levels").c_str(),
+               counted(job->ranks.nranks, "rank", "ranks").c_str(),
                shown_output(job->settings.gather ? job->output : slice_name(*job)).c_str());
     if (job->divided.excess > 0)
         tell(text_of("no partition within the bounds was found; the parts are %lld outside in all",

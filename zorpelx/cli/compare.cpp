@@ -224,7 +224,8 @@ static void print_agreement(const Compared &compared)
     printf(
         "  Agreement: %.1f %% of the weight, %.1f %% of the vertices; adjusted Rand index %.3f\n",
         share(both.weight, total), share(both.vertices, nvertices), both.adjusted_rand);
-    printf("  Moved between A and B: %lld vertices that weigh %lld\n\n", ll(both.moved_vertices),
+    printf("  Moved between A and B: %s %lld\n\n",
+           counted(both.moved_vertices, "vertex that weighs", "vertices that weigh").c_str(),
            ll(both.moved_weight));
     constexpr size_t MOST = 64; // parts that a person looks at
     if (both.matched.size() > MOST) return;
@@ -245,7 +246,8 @@ static int64_t sum_of(const std::vector<CheaperNet> &list)
 static void print_gains(const Settings &settings, const Compared &compared, size_t side)
 {
     const std::vector<CheaperNet> &list = compared.gains[side];
-    printf("  Cheaper in %c: %zu hyperedges, by %lld in all\n", SIDE[side], list.size(),
+    printf("  Cheaper in %c: %s, by %lld in all\n", SIDE[side],
+           counted(static_cast<int64_t>(list.size()), "hyperedge", "hyperedges").c_str(),
            ll(sum_of(list)));
     const size_t shown = std::min(list.size(), static_cast<size_t>(settings.top));
     if (shown > 0) printf("    %12s %12s  parts in A and B  hyperedge\n", "gain", "weight");

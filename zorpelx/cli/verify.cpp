@@ -57,7 +57,9 @@ static Claim check_fix(const Settings &settings, const Verified &verified,
         if (nwrong++ == 0) first = static_cast<int64_t>(v);
     }
     if (nwrong == 0)
-        return {"fixed", true, text_of("%lld vertices are where they are fixed", ll(nfixed))};
+        return {
+            "fixed", true,
+            counted(nfixed, "vertex is where it is fixed", "vertices are where they are fixed")};
     return {"fixed", false,
             text_of("%lld of %lld fixed vertices are elsewhere; the first is vertex %s, in part "
                     "%lld instead of %lld",

@@ -7,6 +7,7 @@
 
 #include "fileerror.h"
 #include "scan.h"
+#include "told.h"
 #include "zorpelx.h"
 
 constexpr int64_t CLOCK_LINES = 4096; // between two looks at the deadline
@@ -136,8 +137,10 @@ std::vector<int64_t> scan_partition(std::string_view bytes, int64_t nvertices, B
     const NumberRule rule = {0, INT_MAX - 1, "a part number"};
     std::vector<int64_t> part = scan_all(bytes, rule, nvertices, budget);
     if (static_cast<int64_t>(part.size()) < nvertices)
-        file_error(ZORPELX_BAD_INPUT, "%s: %lld part numbers for %lld vertices",
-                   budget->name.c_str(), ll(static_cast<int64_t>(part.size())), ll(nvertices));
+        file_error(
+            ZORPELX_BAD_INPUT, "%s: %s for %s", budget->name.c_str(),
+            counted(static_cast<int64_t>(part.size()), "part number", "part numbers").c_str(),
+            counted(nvertices, "vertex", "vertices").c_str());
     *unended = is_unended(bytes);
     return part;
 }

@@ -106,7 +106,11 @@ class Claims(Case):
     def test_fixed_vertices(self):
         self.file("good.fix", "0\n-1\n-1\n1\n-1\n")
         self.file("bad.fix", "0\n-1\n0\n0\n-1\n")
-        self.run_ok("verify", "g.hgr", "g.part.2", "good.fix")
+        self.file("one.fix", "0\n-1\n-1\n-1\n-1\n")
+        text = self.run_ok("verify", "g.hgr", "g.part.2", "good.fix").stdout
+        self.assertIn("2 vertices are where they are fixed", text)
+        text = self.run_ok("verify", "g.hgr", "g.part.2", "one.fix").stdout
+        self.assertIn("1 vertex is where it is fixed", text)
         self.fails(
             1,
             "2 of 3 fixed vertices are elsewhere; the first is vertex 3, in part 1 " "instead of 0",
@@ -127,6 +131,7 @@ class Claims(Case):
 
     def test_broken_partition_files(self):
         for content, sentence in {
+            "0\n": "1 part number for 5 vertices",
             "0\n1\n0\n1\n": "4 part numbers for 5 vertices",
             "0\n1\n0\n1\n0\n1\n": "wrong.part.2:6:1: more entries than the 5 vertices",
             "0\n1\nx\n1\n0\n": "wrong.part.2:3:1: 'x' is not a part number",
