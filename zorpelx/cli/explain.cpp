@@ -34,16 +34,6 @@ static double percent_above(int64_t weight, const Outlook &outlook)
     return 100 * (static_cast<double>(weight) / average - 1);
 }
 
-static std::string plural(int64_t count, const char *what)
-{
-    return text_of("%lld %s%s", ll(count), what, count == 1 ? "" : "s");
-}
-
-static std::string vertices_text(int64_t count)
-{
-    return count == 1 ? "1 vertex" : std::to_string(count) + " vertices";
-}
-
 static void explain_heavy(const Settings &settings, Explained *explained)
 {
     const Outlook &outlook = explained->outlook;
@@ -52,22 +42,22 @@ static void explain_heavy(const Settings &settings, Explained *explained)
     const std::string label =
         escaped(vertex_label(explained->graph, outlook.heaviest, first_vertex(settings)));
     if (outlook.too_heavy > 0)
-        explained->balance.push_back(text_of(
-            "%s heavier than a part may be; the heaviest, %s, weighs %lld. At least "
-            "--epsilon %.0f would be needed.",
-            (vertices_text(outlook.too_heavy) + (outlook.too_heavy == 1 ? " is" : " are")).c_str(),
-            label.c_str(), ll(weight), std::ceil(percent_above(outlook.least_heaviest, outlook))));
+        explained->balance.push_back(
+            text_of("%s heavier than a part may be; the heaviest, %s, weighs %lld. At least "
+                    "--epsilon %.0f would be needed.",
+                    counted(outlook.too_heavy, "vertex is", "vertices are").c_str(), label.c_str(),
+                    ll(weight), std::ceil(percent_above(outlook.least_heaviest, outlook))));
     else if (outlook.heavy > outlook.nparts)
         explained->balance.push_back(
             text_of("%lld vertices weigh more than half of what a part may: no two of them fit "
                     "into one part, and there are %lld parts.",
                     ll(outlook.heavy), ll(outlook.nparts)));
     else if (outlook.heavy > 0)
-        explained->balance.push_back(text_of(
-            "%s more than half of what a part may (the heaviest, %s, %lld): each needs a "
-            "part to which only light ones are added.",
-            (vertices_text(outlook.heavy) + (outlook.heavy == 1 ? " weighs" : " weigh")).c_str(),
-            label.c_str(), ll(weight)));
+        explained->balance.push_back(
+            text_of("%s more than half of what a part may (the heaviest, %s, %lld): each needs a "
+                    "part to which only light ones are added.",
+                    counted(outlook.heavy, "vertex weighs", "vertices weigh").c_str(),
+                    label.c_str(), ll(weight)));
     else
         explained->balance.push_back(
             text_of("No vertex is in the way: the heaviest, %s, weighs %lld, %.2g %% of a part.",
@@ -84,11 +74,10 @@ static void explain_fixed(Explained *explained)
                                          [](int64_t part) { return part >= 0; });
     if (nfixed == 0) return;
     const auto heaviest = std::max_element(outlook.fixed.begin(), outlook.fixed.end());
-    explained->balance.push_back(
-        text_of("%s fixed; most of their weight is in part %lld, %lld of %lld that it may hold%s.",
-                (vertices_text(nfixed) + (nfixed == 1 ? " is" : " are")).c_str(),
-                ll(heaviest - outlook.fixed.begin()), ll(*heaviest), ll(outlook.most),
-                outlook.overfull >= 0 ? ": too much" : ""));
+    explained->balance.push_back(text_of(
+        "%s fixed; most of their weight is in part %lld, %lld of %lld that it may hold%s.",
+        counted(nfixed, "vertex is", "vertices are").c_str(), ll(heaviest - outlook.fixed.begin()),
+        ll(*heaviest), ll(outlook.most), outlook.overfull >= 0 ? ": too much" : ""));
 }
 
 static void explain_balance(const Settings &settings, Explained *explained)
@@ -120,22 +109,22 @@ static void explain_components(Explained *explained)
     const int64_t largest =
         pieces.weight.empty() ? 0 : *std::max_element(pieces.weight.begin(), pieces.weight.end());
     const std::string text =
-        plural(static_cast<int64_t>(pieces.weight.size()), "component") +
+        counted(static_cast<int64_t>(pieces.weight.size()), "component", "components") +
         text_of(", the heaviest with %.1f %% of the weight",
                 outlook.total == 0
                     ? 0
                     : 100 * static_cast<double>(largest) / static_cast<double>(outlook.total)) +
-        (pieces.islands == 0
-             ? ""
-             : text_of(", and %s in no hyperedge", vertices_text(pieces.islands).c_str()));
+        (pieces.islands == 0 ? ""
+                             : text_of(", and %s in no hyperedge",
+                                       counted(pieces.islands, "vertex", "vertices").c_str()));
     explained->cut.push_back("There " + std::string(pieces.weight.size() == 1 ? "is " : "are ") +
                              text + ".");
     if (outlook.can_be_uncut)
         explained->cut.push_back("Whole components fill the parts: a partition with cut 0 exists.");
     else if (outlook.split_pieces > 0)
-        explained->cut.push_back(plural(outlook.split_pieces, "component") +
-                                 (outlook.split_pieces == 1 ? " outweighs" : " outweigh") +
-                                 " a part and must be cut, at the lightest hyperedge at best.");
+        explained->cut.push_back(
+            counted(outlook.split_pieces, "component outweighs", "components outweigh") +
+            " a part and must be cut, at the lightest hyperedge at best.");
 }
 
 static std::string largest_forced(const Explained &explained)
@@ -144,7 +133,7 @@ static std::string largest_forced(const Explained &explained)
         std::max_element(explained.outlook.forced.begin(), explained.outlook.forced.end(),
                          [](const Forced &x, const Forced &y) { return x.parts < y.parts; });
     return text_of("%s touches at least %s", escaped(net_label(explained.graph, most->net)).c_str(),
-                   plural(most->parts, "part").c_str());
+                   counted(most->parts, "part", "parts").c_str());
 }
 
 static void explain_forced(Explained *explained)
@@ -154,10 +143,10 @@ static void explain_forced(Explained *explained)
                                         [](const Forced &forced) { return forced.fixed; });
     const int64_t heavy = static_cast<int64_t>(outlook.forced.size()) - fixed;
     if (heavy > 0)
-        explained->cut.push_back(plural(heavy, "hyperedge") + (heavy == 1 ? " is" : " are") +
+        explained->cut.push_back(counted(heavy, "hyperedge is", "hyperedges are") +
                                  " heavier than a part and cut in every partition.");
     if (fixed > 0)
-        explained->cut.push_back(plural(fixed, "hyperedge") + (fixed == 1 ? " has" : " have") +
+        explained->cut.push_back(counted(fixed, "hyperedge has", "hyperedges have") +
                                  " vertices fixed in several parts and must be cut.");
     if (!outlook.forced.empty())
         explained->cut.push_back("Of these, hyperedge " + largest_forced(*explained) + ".");
@@ -170,7 +159,7 @@ static void explain_cut(Explained *explained)
     explain_forced(explained);
     if (outlook.large > 0)
         explained->cut.push_back(
-            plural(outlook.large, "hyperedge") +
+            counted(outlook.large, "hyperedge", "hyperedges") +
             text_of(" of more than %lld vertices (%.1f %% of the pins): too large to guide which "
                     "vertices belong together.",
                     ll(LARGE_SIZE),

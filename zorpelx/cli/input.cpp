@@ -10,6 +10,7 @@
 #include "partfiles.h"
 
 #include "escaped.h"
+#include "told.h"
 
 static const double began = budget_clock(); // the program
 
@@ -140,8 +141,10 @@ std::vector<int64_t> read_vertex_numbers(const Settings &settings, const std::st
         return scan_numbers(view_of(bytes), &budget, &unended);
     });
     if (numbers.size() != static_cast<size_t>(nvertices))
-        fail(STATUS_BAD_INPUT, "%s: %zu numbers; there are %lld vertices", shown_name(name).c_str(),
-             numbers.size(), static_cast<long long>(nvertices));
+        fail(
+            STATUS_BAD_INPUT, "%s: %s; there %s", shown_name(name).c_str(),
+            counted(static_cast<int64_t>(numbers.size()), "number", "numbers").c_str(),
+            ((nvertices == 1 ? "is " : "are ") + counted(nvertices, "vertex", "vertices")).c_str());
     for (size_t v = 0; v < numbers.size(); v++)
         if (numbers[v] < least || numbers[v] >= most)
             fail(STATUS_BAD_INPUT, "%s: vertex %zu has %lld; it should be between %lld and %lld",

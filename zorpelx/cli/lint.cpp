@@ -12,6 +12,7 @@
 #include "output.h"
 #include "partfiles.h"
 #include "suggest.h"
+#include "told.h"
 #include "write_hgr.h"
 
 constexpr size_t MOST_HEAVY = 10; // heavy vertices shown
@@ -324,8 +325,9 @@ static std::string write_clean(const Settings &settings, const Lint &lint, const
     const std::string text = hgr_text(clean);
     tell_long_lines(text);
     write_together(writer, {text, map});
-    return text_of("%s: %lld of %lld hyperedges; vertices keep their order",
-                   shown_output(settings.clean).c_str(), ll(nkept), ll(lint.graph.nnets));
+    return text_of("%s: %lld of %s; vertices keep their order",
+                   shown_output(settings.clean).c_str(), ll(nkept),
+                   counted(lint.graph.nnets, "hyperedge", "hyperedges").c_str());
 }
 
 static void scan_hypergraph_file(const Settings &settings, Lint *lint)

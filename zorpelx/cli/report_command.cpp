@@ -13,6 +13,7 @@
 #include "page.h"
 #include "pictures.h"
 #include "report_json.h"
+#include "told.h"
 #include "version.h"
 
 /* What is written, and what the inputs say before anything is counted. */
@@ -162,8 +163,10 @@ static void write_report(const Settings &settings, const ReportPlan &plan, const
             texts.push_back(std::move(text));
     write_together(writer, {texts.begin(), texts.end()});
     if (!settings.quiet)
-        fprintf(standard_output_taken(writer) ? stderr : stdout, "%s: %zu pictures, %zu bytes\n",
-                shown_output(plan.names[0]).c_str(), pictures.size(), texts[0].size());
+        fprintf(standard_output_taken(writer) ? stderr : stdout, "%s: %s, %zu bytes\n",
+                shown_output(plan.names[0]).c_str(),
+                counted(static_cast<int64_t>(pictures.size()), "picture", "pictures").c_str(),
+                texts[0].size());
 }
 
 /* Tells of a failure where the figures would be; the page stays as it is. */

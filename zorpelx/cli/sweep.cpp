@@ -23,6 +23,7 @@
 #include "solving.h"
 #include "sweep_journal.h"
 #include "sweep_page.h"
+#include "told.h"
 #include "version.h"
 #include "write_hgr.h"
 
@@ -142,6 +143,11 @@ static size_t count_done(const SweepAtWork &sweep)
                       [](const SweepResult &result) { return result.done; }));
 }
 
+static std::string runs_text(const SweepAtWork &sweep)
+{
+    return counted(static_cast<int64_t>(sweep.plan.size()), "run", "runs");
+}
+
 /* The next run that is to be made; the number of runs if there is none. */
 static size_t take_run(SweepAtWork *sweep)
 {
@@ -150,7 +156,7 @@ static size_t take_run(SweepAtWork *sweep)
     if (sweep->stopped != STATUS_OK || sweep->thrown || caught_signal() != 0)
         return sweep->plan.size();
     if (wants_progress(*sweep->settings))
-        fprintf(stderr, "\r%zu of %zu runs ", count_done(*sweep), sweep->plan.size());
+        fprintf(stderr, "\r%zu of %s ", count_done(*sweep), runs_text(*sweep).c_str());
     return sweep->next < sweep->plan.size() ? sweep->next++ : sweep->next;
 }
 
@@ -266,8 +272,8 @@ static void print_answer(const SweepAtWork &sweep, const std::string &folder, St
     if (!settings.quiet)
         fputs(sweep_table(settings, sweep.plan, sweep.results, groups).c_str(), stdout);
     if (!settings.quiet)
-        printf("%s: %zu of %zu runs; * is the best of its parts and epsilon\n",
-               shown_name(folder).c_str(), count_done(sweep), sweep.plan.size());
+        printf("%s: %zu of %s; * is the best of its parts and epsilon\n",
+               shown_name(folder).c_str(), count_done(sweep), runs_text(sweep).c_str());
 }
 
 static Status status_of(const SweepAtWork &sweep)
@@ -282,8 +288,9 @@ static Status status_of(const SweepAtWork &sweep)
 static void tell_end(const SweepAtWork &sweep, Status status)
 {
     if (count_done(sweep) < sweep.plan.size())
-        tell(text_of("%zu of %zu runs are done%s%s; the same command goes on from there",
-                     count_done(sweep), sweep.plan.size(), sweep.why.empty() ? "" : ": ",
+        tell(text_of("%zu of %s %s done%s%s; the same command goes on from there",
+                     count_done(sweep), runs_text(sweep).c_str(),
+                     sweep.plan.size() == 1 ? "is" : "are", sweep.why.empty() ? "" : ": ",
                      sweep.why.c_str()));
     else if (status == STATUS_INFEASIBLE)
         tell("some partitions are not within their limits: the column valid of sweep.csv has them");

@@ -154,7 +154,8 @@ static std::string lead_of(const SweepShown &sweep)
     return ndone == planned
                ? done + (planned == 1 ? " run is done." : " runs are done.")
                : done + " of " + figure_markup("span", number_cell(planned, "/planned")) +
-                     " runs are done; the same command goes on from there.";
+                     (planned == 1 ? " run is" : " runs are") +
+                     " done; the same command goes on from there.";
 }
 
 static std::string file_text(const SweepShown &sweep)

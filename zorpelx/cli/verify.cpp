@@ -205,8 +205,8 @@ static double absorption_number(const Figures &figures)
 static void print_figures(const Verified &verified)
 {
     const Figures &figures = verified.figures;
-    printf("  Hyperedge cut            %12lld   (%lld of %lld hyperedges)\n", ll(figures.cut),
-           ll(figures.ncut), ll(verified.graph.nnets));
+    printf("  Hyperedge cut            %12lld   (%lld of %s)\n", ll(figures.cut), ll(figures.ncut),
+           counted(verified.graph.nnets, "hyperedge", "hyperedges").c_str());
     printf("  Sum of external degrees  %12lld\n", ll(figures.soed));
     printf("  Connectivity minus one   %12lld\n", ll(figures.km1));
     printf("  Scaled cost              %12.6Le\n", figures.scaled_cost);

@@ -83,8 +83,7 @@ static bool is_liberty(std::string_view bytes)
 
 Areas read_areas(std::string_view bytes, Budget *budget)
 {
-    constexpr std::string_view MARK = "\xef\xbb\xbf";
-    if (bytes.substr(0, MARK.size()) == MARK) bytes.remove_prefix(MARK.size());
+    bytes = without_mark(bytes);
     Areas areas = is_liberty(bytes) ? read_liberty(bytes, budget) : read_table(bytes, budget);
     if (areas.area.empty())
         file_error(ZORPELX_BAD_INPUT, "%s: there are no areas", budget->name.c_str());
@@ -113,12 +112,12 @@ static void tell_without(const Hypergraph &graph, const std::vector<double> &are
         if (met[k] && area[k] < 0) without.push_back(static_cast<int64_t>(k));
     if (without.empty()) return;
     const int64_t count = static_cast<int64_t>(without.size());
-    tell_warning(findings, {0, 0},
-                 text_of("%s no area in %s and count as 1: ",
-                         counted(count, "type has", "types have").c_str(), name.c_str()) +
-                     listed(without.size(), [&](size_t i) {
-                         return std::string(name_of(graph.kindnames, without[i]));
-                     }));
+    tell_warning(
+        findings, {0, 0},
+        text_of("%s no area in %s and %s as 1: ", counted(count, "type has", "types have").c_str(),
+                name.c_str(), count == 1 ? "counts" : "count") +
+            listed(without.size(),
+                   [&](size_t i) { return std::string(name_of(graph.kindnames, without[i])); }));
 }
 
 void weigh_by_area(Hypergraph *graph, const Areas &areas, const std::string &name,

@@ -6,15 +6,13 @@
 #include <cstdio>
 #include <cstring>
 
+#include "bytes.h"
 #include "told.h"
 
 BlifLines blif_lines_over(std::string_view text, Budget *budget)
 {
-    constexpr std::string_view MARK = "\xef\xbb\xbf";
-    const size_t begin = text.substr(0, MARK.size()) == MARK ? MARK.size() : 0;
-    return {
-        text,  text.data() + begin, text.data() + text.size(), text.data(), {}, {}, {}, 0, false,
-        budget};
+    const char *const begin = without_mark(text).data();
+    return {text, begin, text.data() + text.size(), text.data(), {}, {}, {}, 0, false, budget};
 }
 
 void blif_error(const BlifLines &lines, const char *at, const char *format, ...)

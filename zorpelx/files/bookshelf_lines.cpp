@@ -11,7 +11,7 @@
 static void begin_text(BookshelfFile *file, std::string_view text)
 {
     file->text = text;
-    file->next = file->look = text.data();
+    file->next = file->look = without_mark(text).data();
     file->end = text.data() + text.size();
 }
 

@@ -25,6 +25,13 @@ void take_in(Bytes *bytes, size_t more, Budget *budget);
 
 std::string_view view_of(const Bytes &bytes);
 
+/* Without the byte order mark of UTF-8 that some editors put in front of a text. */
+inline std::string_view without_mark(std::string_view text)
+{
+    constexpr std::string_view MARK = "\xef\xbb\xbf";
+    return text.substr(0, MARK.size()) == MARK ? text.substr(MARK.size()) : text;
+}
+
 /* The content of a file, expanded. The name "-" is standard input. Gzip, zstd, xz and bzip2 are
  * recognised by the first bytes, not by the name, and may hold several members one after another.
  * Errors  a file that cannot be opened or read: ZORPELX_SYSTEM; damaged or truncated compression:

@@ -12,6 +12,7 @@
 #include <cstring>
 
 #include "fileerror.h"
+#include "bytes.h"
 #include "told.h"
 #include "zorpelx.h"
 
@@ -20,8 +21,7 @@ constexpr int64_t STRIDE = int64_t{1} << 20; // bytes between two looks at the c
 
 JsonScan json_over(std::string_view bytes, Budget *budget)
 {
-    constexpr std::string_view MARK = "\xef\xbb\xbf";
-    if (bytes.substr(0, MARK.size()) == MARK) bytes.remove_prefix(MARK.size());
+    bytes = without_mark(bytes);
     const char *const begin = bytes.data();
     return {begin, begin, begin + bytes.size(), begin, 0, budget, {}};
 }

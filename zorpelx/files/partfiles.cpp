@@ -122,9 +122,9 @@ static std::vector<int64_t> scan_all(std::string_view bytes, const NumberRule &r
         for (Token token; (token = take_token(&line)).kind != TOKEN_END;) {
             check_number(*budget, rule, line, token);
             if (static_cast<int64_t>(numbers.size()) == nvertices)
-                file_error(ZORPELX_BAD_INPUT, "%s:%lld:%lld: more entries than the %lld vertices",
+                file_error(ZORPELX_BAD_INPUT, "%s:%lld:%lld: more entries than the %s",
                            budget->name.c_str(), ll(token.place.line), ll(token.place.column),
-                           ll(nvertices));
+                           counted(nvertices, "vertex", "vertices").c_str());
             push_charged(budget, &numbers, token.value);
         }
     }

@@ -332,6 +332,17 @@ static void ask_for_names(const BlifScan &scan)
         if (word[0] != '.') prefetch_name(scan.model.nets, word.substr(word.find('=') + 1));
 }
 
+/* Where there is one model alone, its .end may be left out. */
+static void tell_missing_end(const BlifScan &scan, std::string_view bytes)
+{
+    if (!scan.open) return;
+    const Place place = place_of(bytes, scan.lines.end);
+    if (!scan.design.modules.empty())
+        tell_warning(scan.findings, place, "the last model has no .end");
+    else if (!scan.model.module.name.empty())
+        tell_note(scan.findings, place, "the model has no .end: the file may have been cut off");
+}
+
 Hypergraph read_blif(std::string_view bytes, const Reading &reading, Findings *findings,
                      Budget *budget)
 {
@@ -342,8 +353,7 @@ Hypergraph read_blif(std::string_view bytes, const Reading &reading, Findings *f
         if (is_first_ahead(scan.lines)) ask_for_names(scan);
         take_statement(&scan);
     }
-    if (scan.open && !scan.design.modules.empty())
-        tell_warning(findings, place_of(bytes, scan.lines.end), "the last model has no .end");
+    tell_missing_end(scan, bytes);
     close_model(&scan);
     const size_t top = top_module(scan.design, reading.top, *budget);
     return flatten_design(scan.design, top, findings, budget);

@@ -78,12 +78,12 @@ static BookshelfPaths paths_of(std::string_view bytes, const Reading &reading, B
 }
 
 static void tell_count(Bookshelf *shelf, const BookshelfFile &file, int64_t said, int64_t found,
-                       const char *what)
+                       const char *one, const char *several)
 {
     if (said >= 0 && said != found)
         tell_warning(shelf->findings, {0, 0},
-                     text_of("%s says %lld %s and has %lld", file.budget.name.c_str(),
-                             static_cast<long long>(said), what, static_cast<long long>(found)));
+                     text_of("%s says %s and has %lld", file.budget.name.c_str(),
+                             counted(said, one, several).c_str(), static_cast<long long>(found)));
 }
 
 static double area_of(const BookshelfFile &file)
@@ -124,9 +124,10 @@ static void take_nodes(Bookshelf *shelf, const std::string &path)
         if (!is_count(file, "NumNodes", &nodes) && !is_count(file, "NumTerminals", &terminals))
             take_node(shelf, file);
     const auto is_terminal = [](int32_t kind) { return kind != NODE_CELL; };
-    tell_count(shelf, file, nodes, static_cast<int64_t>(shelf->kind.size()), "nodes");
+    tell_count(shelf, file, nodes, static_cast<int64_t>(shelf->kind.size()), "node", "nodes");
     tell_count(shelf, file, terminals,
-               std::count_if(shelf->kind.begin(), shelf->kind.end(), is_terminal), "terminals");
+               std::count_if(shelf->kind.begin(), shelf->kind.end(), is_terminal), "terminal",
+               "terminals");
 }
 
 /* The net being read: how many pins it still should have. */
@@ -196,8 +197,8 @@ static void take_nets(Bookshelf *shelf, const std::string &path)
         open.place.line = line + 1;
     }
     end_net(shelf, file, open);
-    tell_count(shelf, file, nets, count, "nets");
-    tell_count(shelf, file, pins, found, "pins");
+    tell_count(shelf, file, nets, count, "net", "nets");
+    tell_count(shelf, file, pins, found, "pin", "pins");
 }
 
 /* A file that may be missing; a sentence tells if it is. */
@@ -277,7 +278,7 @@ static void take_rows(Bookshelf *shelf, const std::string &path)
     int64_t said = -1, rows = 0;
     while (take_words(&file))
         if (!is_count(file, "NumRows", &said)) rows += file.words[0] == "CoreRow";
-    tell_count(shelf, file, said, rows, "rows");
+    tell_count(shelf, file, said, rows, "row", "rows");
 }
 
 static Names kind_names(Budget *budget)

@@ -261,17 +261,16 @@ static void tell_counts(const CnfScan &scan)
     if (missing != 0)
         tell_warning(
             findings, place_of(scan.walk),
-            text_of("%lld clause%s %s than the header says", ll(missing > 0 ? missing : -missing),
-                    missing == 1 || missing == -1 ? "" : "s", missing > 0 ? "less" : "more"));
+            counted(missing > 0 ? missing : -missing, "clause", "clauses") +
+                (missing > 0 ? " less than the header says" : " more than the header says"));
     if (counts && scan.highest > scan.nvariables)
         tell_warning(findings, {0, 0},
                      text_of("variable %lld is used, and the header says %lld", ll(scan.highest),
                              ll(scan.nvariables)));
     if (scan.nempty > 0)
         tell_note(findings, {0, 0},
-                  text_of("%lld clause%s empty%s", ll(scan.nempty),
-                          scan.nempty == 1 ? " is" : "s are",
-                          scan.form == CNF_PLAIN ? ": the formula cannot be satisfied" : ""));
+                  counted(scan.nempty, "clause is empty", "clauses are empty") +
+                      (scan.form == CNF_PLAIN ? ": the formula cannot be satisfied" : ""));
 }
 
 static CnfModel model_of(const std::string &name)

@@ -385,6 +385,13 @@ static void give_back_places(Scan *scan)
                                 scan->wgtplace.capacity() * sizeof scan->wgtplace[0]);
 }
 
+/* Of formats of which some files are read. */
+static const char *what_is_read(std::string_view format)
+{
+    if (format == "Bookshelf") return "; an .aux file that names .nodes and .nets is read";
+    return format == "JSON" ? "; of these, HIF and netlists of Yosys are read" : "";
+}
+
 Hypergraph scan_hypergraph(std::string_view bytes, Reading reading, Findings *findings,
                            Budget *budget)
 {
@@ -397,7 +404,7 @@ Hypergraph scan_hypergraph(std::string_view bytes, Reading reading, Findings *fi
     charge(budget, graph.start.capacity() * sizeof graph.start[0]);
     if (const char *const format = known_format(bytes))
         add_finding(findings, RULE_OTHER_FORMAT, {1, 1},
-                    text_of("it begins as %s files do", format));
+                    text_of("it begins as %s files do%s", format, what_is_read(format)));
     if (!scan_header(&scan, &graph)) {
         graph.nvertices = graph.nnets = 0;
         return graph;

@@ -6,6 +6,7 @@
 #include <cctype>
 #include <cstring>
 
+#include "bytes.h"
 #include "fileerror.h"
 #include "json_scan.h"
 #include "read_yosys.h"
@@ -78,7 +79,7 @@ static std::string json_from_yosys(std::string_view bytes, const Reading &readin
 Hypergraph read_verilog(std::string_view bytes, const Reading &reading, Findings *findings,
                         Budget *budget)
 {
-    const std::string json = json_from_yosys(bytes, reading, budget);
+    const std::string json = json_from_yosys(without_mark(bytes), reading, budget);
     return read_yosys(json, reading, findings, budget);
 }
 

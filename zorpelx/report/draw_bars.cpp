@@ -154,7 +154,8 @@ Picture draw_touched(const Account &account)
     }
     if (row == 0) body += text("ink", LEFT, TOP + 12, "No hyperedge is cut.");
     body += text("dim", LEFT, TOP - 12,
-                 "Cut hyperedges; " + grouped(uncut) + " more touch one part or none");
+                 "Cut hyperedges; " + with_number(uncut, "more touches", "more touch") +
+                     " one part or none");
     return {"touched",
             "Hyperedges by the number of parts that they touch",
             with_number(account.figures[0].ncut, "hyperedge is cut.", "hyperedges are cut."),

@@ -88,7 +88,8 @@ static std::string agreement_text(const Account &account, size_t i)
            figure_markup("b", percent_cell(same, at("agreement_percent"))) +
            " of the vertices are in the same part; " +
            figure_markup("b", number_cell(likeness.parts.moved_vertices, at("moved_vertices"))) +
-           " have moved, of weight " +
+           (likeness.parts.moved_vertices == 1 ? " has moved, of weight "
+                                               : " have moved, of weight ") +
            figure_markup("b", number_cell(likeness.parts.moved_weight, at("moved_weight"))) +
            ". The adjusted Rand index is " +
            figure_markup("b",

@@ -41,7 +41,7 @@ static Section matrix_section(const Account &account)
                                           "/words/parts/" + std::to_string(p) + "/received")});
     return {"words", "Words sent for a product of matrix and vector",
             "<p>In all " + figure_markup("b", number_cell(words.total, "/words/total")) +
-                " words. No part sends more than " +
+                (words.total == 1 ? " word" : " words") + ". No part sends more than " +
                 figure_markup("b", number_cell(most_of(words.sent), "/words/most_sent")) +
                 ", none receives more than " +
                 figure_markup("b", number_cell(most_of(words.received), "/words/most_received")) +
@@ -61,7 +61,8 @@ static Section formula_section(const Account &account)
                                          "/shared_variables/parts/" + std::to_string(p))});
     return {"variables", "Variables that parts share",
             "<p>" + figure_markup("b", number_cell(variables.number, "/shared_variables/number")) +
-                " variables are shared by several parts.</p>\n" + table_markup(table)};
+                (variables.number == 1 ? " variable is" : " variables are") +
+                " shared by several parts.</p>\n" + table_markup(table)};
 }
 
 static Section memberships_section(const Account &account)
@@ -71,10 +72,10 @@ static Section memberships_section(const Account &account)
         all == 0 ? 100 : 100 * static_cast<double>(single) / static_cast<double>(all);
     return {"transactions", "Transactions within one part",
             "<p>" + figure_markup("b", number_cell(single, "/transactions/single_part")) + " of " +
-                grouped(all) + " transactions, " +
+                with_number(all, "transaction", "transactions") + ", " +
                 figure_markup("b", percent_cell(percent, "/transactions/single_part_percent")) +
-                ", need one part only; " + grouped(account.figures[0].ncut) +
-                " need several.</p>\n"};
+                (single == 1 ? ", needs one part only; " : ", need one part only; ") +
+                with_number(account.figures[0].ncut, "needs", "need") + " several.</p>\n"};
 }
 
 std::vector<Section> kind_sections(const Account &account)

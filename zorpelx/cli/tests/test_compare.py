@@ -147,6 +147,28 @@ class Compare(Case):
         self.assertIn("Cheaper in B: 2 hyperedges, by 7 in all", text)
         self.assertIn("B is better: cut 1 instead of 7", text)
 
+    def test_the_table_has_the_figures_of_the_answer(self):
+        self.random_case(3, 4)
+        words = ("g.hgr", "a", "b", "-k", 4, "--epsilon", 200)
+        answer, text = self.compare(*words), self.run_ok("compare", *words).stdout
+        for name, field in (
+            ("Hyperedge cut", "cut"),
+            ("Cut hyperedges", "cut_hyperedges"),
+            ("Connectivity minus one", "connectivity"),
+            ("Sum of external degrees", "soed"),
+        ):
+            a, b = answer["a"][field], answer["b"][field]
+            self.assertRegex(text, rf"\n +{name} +{a} +{b} +[+]?{b - a}\n")
+        a, b = (answer[side]["imbalance_percent"] for side in "ab")
+        self.assertRegex(text, rf"Heaviest part above +{a:.3f} % +{b:.3f} % +[+-]")
+        for pair in answer["agreement"]["matched"]:
+            row = " +".join(str(pair[key]) for key in ("a", "b", "vertices", "weight"))
+            self.assertRegex(text, rf"\n +{row}\n")
+        for side in "ab":
+            told = answer[f"cheaper_in_{side}"]
+            line = rf"Cheaper in {side.upper()}: {told['count']} hyperedges?, by {told['gain']} in all"
+            self.assertRegex(text, line)
+
     def test_better_is_what_partition_prefers(self):
         self.example("fifo.hgr")
         for preset in ("fast", "best"):

@@ -8,6 +8,7 @@ import gzip
 import io
 import json
 import random
+import re
 import subprocess
 import unittest
 
@@ -126,6 +127,7 @@ class Matrices(Formats):
             self.assertTrue(all(owner[i, j] == 1 + part[j] for i, j in owner))
         if model == "column-net":
             self.assertTrue(all(owner[i, j] == 1 + part[i] for i, j in owner))
+        self.check_ranges(shape, len(set(part)), (rows, columns), (parts_of_row, parts_of_column))
         # rows of one part stand together, those of several come last, where the model has rows cut
         for order, parts, cut in (
             (rows, parts_of_row, model != "column-net"),
@@ -136,6 +138,26 @@ class Matrices(Formats):
                     4 if len(parts[old]) > 1 else min(parts[old]) for old in order if parts[old]
                 ]
                 self.assertEqual(keys, sorted(keys), (name, model))
+
+    def check_ranges(self, shape, nparts, orders, parts_of):
+        """The comments that say which new rows and columns are of which part."""
+        lines = [line for line in self.text("blocks.mtx").splitlines() if line[:1] == "%"][1:]
+        self.assertEqual(len(lines), nparts + 1)
+        for side, word in enumerate(("rows", "columns")):
+            following = 1
+            for p, line in enumerate(lines):
+                self.assertTrue(line.startswith(f"% part {p}:" if p < nparts else "% border:"), line)
+                found = re.search(rf" {word} (\d+) to (\d+)", line)
+                if found is None:
+                    self.assertIn(f" no {word}", line)
+                    continue
+                first, last = map(int, found.groups())
+                self.assertEqual(first, following)
+                following = last + 1
+                for old in orders[side][first - 1 : last]:
+                    met = parts_of[side][old]
+                    self.assertTrue(len(met) > 1 if p == nparts else met <= {1 + p}, (line, old))
+            self.assertEqual(following, shape[side] + 1)
 
     def test_the_volume_is_the_connectivity(self):
         """Words sent where each entry of a vector is at one of the parts that need it."""
@@ -494,7 +516,9 @@ class Drawings(Formats):
         super().setUp()
         nets = [NASTY[:2], NASTY[1:5], NASTY[3:], [NASTY[0], NASTY[5]], [NASTY[2]]]
         lines = [{"vertex": n, "vertex_weight": i, "kind": "k<"} for i, n in enumerate(NASTY)]
-        lines += [{"hyperedge": f'e"{i}', "vertices": pins} for i, pins in enumerate(nets)]
+        lines += [
+            {"hyperedge": f'e"{i}', "vertices": pins, "weight": i + 3} for i, pins in enumerate(nets)
+        ]
         self.file("g.jsonl", "".join(json.dumps(line) + "\n" for line in lines))
         self.nets, self.part = nets, [0, 0, 1, 1, 2, 0]
         self.file("p", "".join(f"{p}\n" for p in self.part))
@@ -512,8 +536,18 @@ class Drawings(Formats):
             inside = sorted(labels[i] for i in clusters[f"part {p}"])
             wanted = [n.replace("\\", "\\\\").replace("\n", " ") for n, q in zip(NASTY, self.part) if q == p]
             self.assertEqual([x.replace("\\\\", "\\") for x in inside], sorted(x.replace("\\\\", "\\") for x in wanted))
-        pairs = sum(1 if len(net) == 2 else len(net) for net in self.nets)
-        self.assertEqual(len(graph["edges"]), pairs)
+        drawn = [(o.get("name"), o.get("tooltip")) for o in graph["objects"]]
+        lines = [
+            ({drawn[edge["tail"]][0], drawn[edge["head"]][0]}, edge["tooltip"], edge.get("penwidth"))
+            for edge in graph["edges"]
+        ]
+        for e, net in enumerate(self.nets):
+            ends = [f"v{NASTY.index(name)}" for name in net]
+            wanted = [set(ends)] if len(net) == 2 else [{f"e{e}", v} for v in ends]
+            wide = "2" if len({self.part[NASTY.index(n)] for n in net}) > 1 else None
+            for pair in wanted:
+                lines.remove((pair, f'e"{e}', wide))
+        self.assertEqual(lines, [])
 
     def test_a_library_for_graphs_reads_graphml(self):
         self.run_ok("annotate", "g.jsonl", "p", "--to", "graphml", "-o", "g.xml")
@@ -527,7 +561,9 @@ class Drawings(Formats):
         self.assertEqual(edges, sorted(pins))
         for e, net in enumerate(self.nets):
             parts = {self.part[NASTY.index(n)] for n in net}
-            self.assertEqual(nodes[f"e{e}"]["cut"], len(parts) > 1)
+            found = nodes[f"e{e}"]
+            self.assertEqual((found["cut"], found["type"]), (len(parts) > 1, "hyperedge"))
+            self.assertEqual((found["name"], found["weight"]), (f'e"{e}', e + 3))
 
     def test_too_many_to_draw(self):
         self.file("g.hgr", "1 5001\n1 2\n")

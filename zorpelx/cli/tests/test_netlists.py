@@ -173,6 +173,9 @@ class Netlists(Case):
             for cell, its in cells.items():
                 self.assertEqual(weights[cell], 10 * area[its["type"]])
             self.assertEqual(weights["clk"], 0)
+        self.file("all.csv", "".join(f"{t},2\n" for t in types[1:]))
+        told = self.run_ok("stats", "flat.json", "--areas", "all.csv").stderr
+        self.assertIn("1 type has no area in all.csv and counts as 1", told)
         self.file("few.csv", f"{types[0]},2\n")
         told = self.run_ok("stats", "flat.json", "--areas", "few.csv").stderr
         self.assertIn(f"{len(types) - 1} types have no area in few.csv and count as 1", told)
@@ -263,7 +266,23 @@ class Netlists(Case):
         self.assertNotIn("one", edges)
         self.assertNotIn("unconn", edges)
 
+    def test_blif_that_was_cut_off_is_told(self):
+        text = ".model m\n.inputs a b\n.outputs z\n.names a b z\n11 1\n"
+        told = self.run_ok("stats", self.file("cut.blif", text)).stderr
+        self.assertIn("cut.blif:6:1: the model has no .end: the file may have been cut off", told)
+        for whole in (text + ".end\n", text.removeprefix(".model m\n")):
+            self.assertEqual(self.run_ok("stats", self.file("whole.blif", whole)).stderr, "")
+        two = text + ".end\n" + text.replace("model m", "model n")
+        self.assertIn("the last model has no .end", self.run_ok("stats", self.file("t", two)).stderr)
+
     # ---- Bookshelf
+
+    def test_other_files_of_a_benchmark_lead_to_its_aux(self):
+        self.bookshelf()
+        sentence = "it begins as Bookshelf files do; an .aux file that names .nodes and .nets is read"
+        for name in ("a.nodes", "a.nets", self.file("none.aux", "RowBasedPlacement :\n")):
+            self.fails(3, sentence, "stats", name)
+        self.fails(3, "of these, HIF and netlists of Yosys", "stats", self.file("j", "{}"))
 
     def bookshelf(self, nodes=NODES, nets=NETS, aux="a.nodes a.nets a.wts a.pl a.scl"):
         self.file("a.nodes", nodes)
@@ -436,12 +455,17 @@ class Netlists(Case):
             text = (self.folder / name).read_bytes()
             self.file("dos", text.replace(b"\n", b"\r\n"))
             self.file("packed.gz", gzip.compress(text))
-            for other in ("dos", "packed.gz"):
+            self.file("mark", b"\xef\xbb\xbf" + text)
+            for other in ("dos", "packed.gz", "mark"):
                 self.assertEqual(len(self.hif(other)["incidences"]), len(plain["incidences"]))
             piped = self.hif("-", input=text.decode())
             self.assertEqual(len(piped["incidences"]), len(plain["incidences"]))
         plain = self.hif("a.aux")
         self.bookshelf(NODES.replace("\n", "\r\n"), NETS.replace("\n", "\r\n"))
+        self.assertEqual(self.hif("a.aux"), plain)
+        for name in ("a.aux", "a.nodes", "a.nets"):
+            text = (self.folder / name).read_bytes().rstrip()  # no newline at the end, either
+            self.file(name, b"\xef\xbb\xbf" + text)
         self.assertEqual(self.hif("a.aux"), plain)
 
     def test_bad_files_get_a_sentence_with_their_place(self):

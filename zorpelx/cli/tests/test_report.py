@@ -338,6 +338,39 @@ class Kinds(Case):
             self.assertEqual(held, told["vertices"])
 
 
+class Singular(Case):
+    def page(self, name, text, part, *words):
+        self.file(name, text)
+        self.file("p", part)
+        self.run_ok("report", name, "p", *words, "-o", "o.html")
+        return re.sub(r"<[^>]*>", "", self.text("o.html"))
+
+    def test_one_of_a_kind(self):
+        formula = "p cnf 3 2\n1 2 0\n2 3 0\n"
+        page = self.page("f.cnf", formula, "0\n1\n", "--model", "dual")
+        self.assertIn("1 variable is shared by several parts.", page)
+        page = self.page("t.csv", "transaction,item\nt1,a\nt1,b\nt2,c\nt2,d\n", "0\n1\n1\n1\n")
+        self.assertIn("1 of 2 transactions, 50.00 %, needs one part only; 1 needs several.", page)
+        self.assertIn("1 more touches one part or none", page)
+        matrix = "%%MatrixMarket matrix coordinate pattern general\n2 2 3\n1 1\n1 2\n2 2\n"
+        self.assertIn("In all 1 word. No part", self.page("m.mtx", matrix, "0\n1\n"))
+        self.file("q", "0\n1\n1\n1\n")
+        page = self.page("g.hgr", "2 4\n1 2\n3 4\n", "0\n0\n1\n1\n", "q")
+        self.assertIn("1 has moved, of weight 1.", page)
+
+    def test_no_page_speaks_of_one_in_the_plural(self):
+        one = r"\b1 (vertices|hyperedges|parts|pins|words|variables|transactions|runs|clusters|pictures)\b"
+        self.example("fifo.hgr")
+        self.run_ok("sweep", "fifo.hgr", "-k", 2, "--seeds", 1, "--preset", "fast", "-o", "s")
+        pages = [self.text("s/sweep.html"), self.text("s/best.e3.part.2.html")]
+        pages.append(self.page("g.hgr", "1 2\n1 2\n", "0\n1\n", "p"))
+        for page in pages:
+            self.assertNotRegex(re.sub(r"<[^>]*>", "", page), one)
+        for words in (("compare", "g.hgr", "p", "p"), ("explain", "g.hgr", "-k", 2),
+                      ("verify", "g.hgr", "p", "-k", 2), ("stats", "g.hgr")):
+            self.assertNotRegex(self.run_ok(*words).stdout, one)
+
+
 class Outputs(Counted):
     def test_names_of_the_page(self):
         self.run_ok("report", "g.hgr", "a.part.5")

@@ -71,6 +71,26 @@ class Sweeps(Case):
             self.assertEqual(told, kept)
             self.assertEqual((answer["planned"], answer["done"]), (16, 16))
 
+    def test_the_table_is_that_of_the_rows(self):
+        lines = self.run_ok("sweep", "fifo.hgr", *SWEEP).stdout.splitlines()
+        rows = self.rows()
+        stars = 0
+        for line in lines[1:-1]:
+            star, (k, epsilon, _, preset, runs, best, median, *more) = line[0], line[1:].split()
+            same = [r for r in rows if (r["nparts"], r["epsilon"]) == (k, epsilon)]
+            mine = [r for r in same if r["preset"] == preset]
+            cuts = sorted(int(r["cut"]) for r in mine)
+            self.assertEqual(int(runs), len(mine))
+            self.assertEqual((int(best), int(median)), (cuts[0], cuts[(len(cuts) - 1) // 2]))
+            self.assertEqual(star == "*", any(r["best"] == "true" for r in mine), line)
+            stars += star == "*"
+        self.assertEqual((len(lines), stars), (10, 4))
+        self.assertEqual(lines[-1], "fifo.hgr.sweep: 16 of 16 runs; * is the best of its parts and epsilon")
+
+    def test_one_is_told_in_the_singular(self):
+        words = ("sweep", "fifo.hgr", "-k", 2, "--seeds", 1, "--preset", "fast")
+        self.assertIn(": 1 of 1 run; ", self.run_ok(*words).stdout)
+
     def test_jobs_change_nothing_but_the_times(self):
         self.run_ok("sweep", "fifo.hgr", *SWEEP, "-o", "one", "-j", 1)
         self.run_ok("sweep", "fifo.hgr", *SWEEP, "-o", "four", "-j", 4)
