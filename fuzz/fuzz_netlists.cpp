@@ -6,6 +6,7 @@
  * changes nothing N4  a record written as JSON lines is read as the same, and as a table with as
  * many of everything N5  a matrix with its parts is read as a matrix of as many nonzeros N6  every
  * format that takes parts takes them for what it reads */
+#include <cstring>
 #include <fstream>
 #include <sstream>
 
@@ -144,7 +145,8 @@ static Hypergraph read_chosen(const char *format, size_t choice, std::string_vie
     std::istringstream models(find_format(format)->models);
     std::vector<std::string> names;
     for (std::string name; models >> name;) names.push_back(name);
-    return read_as(format, text, names.empty() ? "" : names[choice % names.size()]);
+    const char *const path = strcmp(format, "cnf") == 0 ? "input.wcnf" : ""; // a header may lack
+    return read_as(format, text, names.empty() ? "" : names[choice % names.size()], path);
 }
 
 static void check(uint8_t which, std::string_view text)

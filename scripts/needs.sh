@@ -83,6 +83,9 @@ note_missing_for_tests() {
     if lacks cadical; then
         MISSING="$MISSING cadical"
     fi
+    if lacks clasp; then
+        MISSING="$MISSING clasp"
+    fi
     # What is drawn by others is read back by them; notebooks are run; tables and graphs are taken.
     if lacks dot; then
         MISSING="$MISSING graphviz"

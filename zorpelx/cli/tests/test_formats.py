@@ -226,6 +226,41 @@ class Formulas(Formats):
         self.assertEqual(self.weights(self.file("no-top", "p wcnf 3 2\n5 1 2 0 9 2 3 0\n")), [5, 9])
         self.assertEqual(self.weights(self.file("all-hard", "h 1 2 0\nh 2 3 0\n")), [1, 1])
 
+    def optimum(self, name):
+        """The least weight of clauses that are not satisfied, by a solver of weighted formulas."""
+        done = subprocess.run(["clasp", name], cwd=self.folder, capture_output=True, text=True)
+        self.assertIn("s OPTIMUM FOUND", done.stdout, done.stderr)
+        return int(re.search(r"Optimization +: (\d+)", done.stdout)[1])
+
+    def test_a_solver_finds_the_weighted_formula_that_was_read(self):
+        found = set()
+        for seed in range(5):
+            clauses, _ = self.formula(9, 60, seed)
+            numbers = random.Random(seed)
+            hard = [i % 8 == 0 for i in range(60)]
+            weights = [numbers.randint(1, 30) for _ in clauses]
+            heaviest = max(w for w, h in zip(weights, hard) if not h)
+            lines = [" ".join(map(str, c)) + " 0\n" for c in clauses]
+            old = "p wcnf 9 60 4000\n" + "".join(
+                f"{4000 if h else w} {line}" for h, w, line in zip(hard, weights, lines)
+            )
+            new = "".join(f"{'h' if h else w} {line}" for h, w, line in zip(hard, weights, lines))
+            self.file("old.wcnf", old)
+            wanted = self.optimum("old.wcnf")
+            for name in ("old.wcnf", self.file("new.wcnf", new)):
+                nets = self.nets(name, "--model", "literal")
+                told = self.weights(name, "--model", "literal")
+                self.assertEqual({w for w, h in zip(told, hard) if h}, {heaviest})
+                again = "".join(
+                    f"{4000 if h else w} {' '.join(sorted(nets[str(i + 1)]))} 0\n"
+                    for i, (w, h) in enumerate(zip(told, hard))
+                )
+                self.file("again.wcnf", "p wcnf 9 60 4000\n" + again)
+                self.assertEqual(self.optimum("again.wcnf"), wanted)
+            found.add(wanted)
+        self.assertGreater(len(found), 3)
+        self.assertGreater(min(found), 0)
+
     def test_weighted_formulas_that_are_wrong(self):
         for place, sentence, text in (
             ("2:1", "'-3' where the weight of a clause", "p wcnf 3 1 9\n-3 1 2 0\n"),
