@@ -7,6 +7,7 @@
 #include <ctime>
 #include <unistd.h>
 
+#include "casts.h"
 #include "distributed/divide.h"
 #include "distributed/rate_moves.h"
 #include "distributed/read_share.h"
@@ -16,11 +17,6 @@
 #include "output.h"
 #include "told.h"
 #include "zorpelx.h"
-
-static long long ll(int64_t number)
-{
-    return number;
-}
 
 Status tell_fault(const Ranks *ranks, const std::string &name, const ShareFault &fault)
 {

@@ -35,34 +35,23 @@ static Status print(const std::string &text, int rank)
     return STATUS_OK;
 }
 
-/* Help and version are asked for by exceptions. */
-static Status parse_failed(const CLI::App &app, const CLI::ParseError &error,
-                           const std::vector<std::string> &words, int rank)
-{
-    const CommandRow *const row = chosen_command(app, CLUSTER_COMMANDS);
-    if (error.get_name() == "CallForVersion")
-        return print("zorpelx-mpi " ZORPELX_CLI_VERSION "\n", rank);
-    if (error.get_exit_code() == 0) return print(row != nullptr ? help_of(*row) : help(), rank);
-    std::string fault = fault_of_words(words, CLUSTER_COMMANDS);
-    if (fault.empty()) fault = error.what();
-    fail(STATUS_USAGE, "%s\nSee zorpelx-mpi%s%s --help.", escaped(fault).c_str(), row ? " " : "",
-         row ? row->name : "");
-}
-
 /* The command that this rank's words ask for; null: they asked for help, which was given. */
 static const CommandRow *read_words(std::vector<std::string> words, int rank, Settings *settings)
 {
     words = without_help_command(words, CLUSTER_COMMANDS);
     *settings = fallback_settings();
     settings->words = words;
-    const auto app = make_app(settings, CLUSTER_COMMANDS);
-    try {
-        app->parse(std::vector<std::string>(words.rbegin(), words.rend())); // the last one first
-    } catch (const CLI::ParseError &error) {
-        parse_failed(*app, error, words, rank);
+    const ParsedWords parsed = parse_words(words, settings, CLUSTER_COMMANDS);
+    const CommandRow *const row = parsed.command;
+    if (parsed.wish == WISH_VERSION) {
+        print("zorpelx-mpi " ZORPELX_CLI_VERSION "\n", rank);
         return nullptr;
     }
-    const CommandRow *const row = chosen_command(*app, CLUSTER_COMMANDS);
+    if (parsed.wish == WISH_HELP) {
+        print(row != nullptr ? help_of(*row) : help(), rank);
+        return nullptr;
+    }
+    if (parsed.wish == WISH_UNCLEAR) refuse_words(parsed, words, CLUSTER_COMMANDS);
     if (row == nullptr) fail(STATUS_USAGE, "a command is needed; see --help");
     return row;
 }

@@ -5,6 +5,7 @@
  * ghosts, no levels. The part of every pin is asked of the vertex's owner, some hyperedges at a
  * time; sorted parts of a hyperedge tell how many it touches.
  */
+#include "casts.h"
 #include "cluster_distributed.h"
 
 #include <algorithm>
@@ -16,11 +17,6 @@
 #include "zorpelx.h"
 
 constexpr int64_t AT_A_TIME = 4 << 20; // pins asked for in one exchange, about
-
-static long long ll(int64_t number)
-{
-    return number;
-}
 
 /* Sums over all ranks. */
 struct CountedHere {

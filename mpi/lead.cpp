@@ -242,7 +242,7 @@ class Leader : public PartitionHooks
     {
         join_run(chosen.journal, {run, 1, std::filesystem::current_path(), chosen.words});
         journal.emplace(chosen.journal, "shard-1-of-1", run);
-        for (Record &record : journal->read()) board.learn(std::move(record));
+        for (FinishedJob &record : journal->read()) board.learn(std::move(record));
         board.on_result = [this](const JobRecord &record) { keep(record); };
     }
 

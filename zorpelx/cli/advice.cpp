@@ -13,16 +13,12 @@
 #include <algorithm>
 #include <numeric>
 
+#include "casts.h"
 #include "failure.h"
 
 constexpr int64_t MOST_SUM_STEPS = 200000000; // words touched while all sums are made
 
 constexpr int SINGLE_PRECISION = 20; // it errs by less than this power of a half
-
-static long long ll(int64_t number)
-{
-    return number;
-}
 
 /* Lower bounds of the two sides of one bisection. */
 struct BisectionBounds {

@@ -2,8 +2,14 @@
 /* zorpelx/cli/app.cpp: the command line, parsed by the table of options. */
 #include "app.h"
 
+#include <memory>
+
+#include <CLI/CLI.hpp>
+
+#include "escaped.h"
 #include "failure.h"
 #include "version.h"
+#include "words.h"
 
 static void add_option(CLI::App *command, size_t index, Settings *settings)
 {
@@ -35,7 +41,9 @@ static void add_options(CLI::App *app, unsigned command, Settings *settings)
         if (OPTIONS[i].commands & command) add_option(app, i, settings);
 }
 
-std::unique_ptr<CLI::App> make_app(Settings *settings, const std::vector<CommandRow> &commands)
+/* A parser that fills settings when a command line of a program is parsed. */
+static std::unique_ptr<CLI::App> make_app(Settings *settings,
+                                          const std::vector<CommandRow> &commands)
 {
     const ProgramRow &program = *commands.front().program;
     auto app = std::make_unique<CLI::App>(program.summary, program.name);
@@ -49,9 +57,42 @@ std::unique_ptr<CLI::App> make_app(Settings *settings, const std::vector<Command
     return app;
 }
 
-const CommandRow *chosen_command(const CLI::App &app, const std::vector<CommandRow> &commands)
+static const CommandRow *chosen_command(const CLI::App &app,
+                                        const std::vector<CommandRow> &commands)
 {
     for (const CommandRow &row : commands)
         if (app.got_subcommand(row.name)) return &row;
     return nullptr;
+}
+
+/* Help and version are asked for by exceptions. */
+static Wish wish_of(const CLI::ParseError &error)
+{
+    if (error.get_name() == "CallForVersion") return WISH_VERSION;
+    return error.get_exit_code() == 0 ? WISH_HELP : WISH_UNCLEAR;
+}
+
+ParsedWords parse_words(const std::vector<std::string> &words, Settings *settings,
+                        const std::vector<CommandRow> &commands)
+{
+    ParsedWords parsed;
+    const auto app = make_app(settings, commands);
+    try {
+        app->parse(std::vector<std::string>(words.rbegin(), words.rend())); // the last one first
+    } catch (const CLI::ParseError &error) {
+        parsed.wish = wish_of(error);
+        parsed.fault = error.what();
+    }
+    parsed.command = chosen_command(*app, commands);
+    return parsed;
+}
+
+void refuse_words(const ParsedWords &parsed, const std::vector<std::string> &words,
+                  const std::vector<CommandRow> &commands)
+{
+    std::string fault = fault_of_words(words, commands);
+    if (fault.empty()) fault = parsed.fault;
+    const CommandRow *const command = parsed.command;
+    fail(STATUS_USAGE, "%s\nSee %s%s%s --help.", escaped(fault).c_str(),
+         commands.front().program->name, command ? " " : "", command ? command->name : "");
 }

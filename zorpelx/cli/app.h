@@ -3,18 +3,23 @@
 #ifndef ZORPELX_CLI_APP_H
 #define ZORPELX_CLI_APP_H
 
-#include <memory>
-
-#include <CLI/CLI.hpp>
-
 #include "options.h"
 
-/* A parser that fills settings when a command line of a program is parsed. */
-std::unique_ptr<CLI::App> make_app(Settings *settings,
-                                   const std::vector<CommandRow> &commands = COMMANDS);
+enum Wish { WISH_RUN, WISH_HELP, WISH_VERSION, WISH_UNCLEAR };
 
-/* The command named on the command line, null if none was. */
-const CommandRow *chosen_command(const CLI::App &app,
-                                 const std::vector<CommandRow> &commands = COMMANDS);
+/* What a command line asks for. */
+struct ParsedWords {
+    Wish wish = WISH_RUN;
+    const CommandRow *command = nullptr; // null: none was named
+    std::string fault = "";              // of an unclear one
+};
+
+/* Fills the settings by the words of a command line, without the program's name. */
+ParsedWords parse_words(const std::vector<std::string> &words, Settings *settings,
+                        const std::vector<CommandRow> &commands = COMMANDS);
+
+/* Throws  STATUS_USAGE: what is wrong with words that are unclear, and where to read on */
+[[noreturn]] void refuse_words(const ParsedWords &parsed, const std::vector<std::string> &words,
+                               const std::vector<CommandRow> &commands = COMMANDS);
 
 #endif

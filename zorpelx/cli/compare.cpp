@@ -11,6 +11,7 @@
 
 #include "agreement.h"
 #include "bounds.h"
+#include "casts.h"
 #include "commands.h"
 #include "escaped.h"
 #include "figures.h"
@@ -18,12 +19,8 @@
 #include "json.h"
 #include "output.h"
 #include "sizes.h"
+#include "solving.h"
 #include "zorpelx.h"
-
-static long long ll(int64_t number)
-{
-    return number;
-}
 
 /* One of the two. */
 struct Contender {
@@ -50,12 +47,6 @@ struct Compared {
 };
 
 static const char SIDE[] = {'A', 'B'};
-
-static int64_t objective_of(const Settings &settings, const Figures &figures)
-{
-    if (settings.objective == ZORPELX_KM1) return figures.km1;
-    return settings.objective == ZORPELX_SOED ? figures.soed : figures.cut;
-}
 
 static int64_t excess_over(const PartBounds &bounds, const std::vector<int64_t> &weight)
 {

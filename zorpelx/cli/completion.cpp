@@ -12,7 +12,7 @@ static std::string names_of(const OptionRow &row)
     return names;
 }
 
-static std::string option_names(unsigned command)
+static std::string option_words(unsigned command)
 {
     std::string names = "--help";
     for (const OptionRow &row : OPTIONS)
@@ -90,11 +90,11 @@ std::string bash_completion()
     for (const CommandRow &row : COMMANDS) text += bash_cases(row.name, row.command);
     text += "    esac\n    case $command in\n";
     for (const CommandRow &row : COMMANDS)
-        text += std::string("        ") + row.name + ") options='" + option_names(row.command) +
+        text += std::string("        ") + row.name + ") options='" + option_words(row.command) +
                 "' ;;\n";
     text += "        help) options='" + command_names() + "' ;;\n";
     text += "        '') options='" + command_names() + " help -V --version " +
-            option_names(GLOBAL) +
+            option_words(GLOBAL) +
             "' ;;\n    esac\n"
             "    if [[ -n $command && $command != help && $cur != -* ]]; then\n"
             "        mapfile -t COMPREPLY < <(compgen -f -- \"$cur\")\n"

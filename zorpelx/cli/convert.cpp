@@ -3,17 +3,13 @@
  * formats. */
 #include <cstdio>
 
+#include "casts.h"
 #include "commands.h"
 #include "escaped.h"
 #include "input.h"
 #include "json.h"
 #include "output.h"
 #include "sizes.h"
-
-static long long ll(int64_t number)
-{
-    return number;
-}
 
 /* The format named by --to; null if there is none. */
 static const FormatRow *wanted_format(const Settings &settings)

@@ -6,6 +6,7 @@
 
 #include "bounds.h"
 #include "byname.h"
+#include "casts.h"
 #include "commands.h"
 #include "duration.h"
 #include "escaped.h"
@@ -14,11 +15,6 @@
 #include "outlook.h"
 #include "output.h"
 #include "sizes.h"
-
-static long long ll(int64_t number)
-{
-    return number;
-}
 
 struct Explained {
     Hypergraph graph;

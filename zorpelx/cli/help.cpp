@@ -13,7 +13,7 @@ constexpr size_t COLUMN = 26; // where texts begin
 static void append_wrapped(const std::string &text, size_t column, std::string *out)
 {
     for (size_t from = 0, end; from < text.size(); from = end + 1) {
-        if (from > 0) *out += '\n' + std::string(column, ' ');
+        if (from > 0) out->append(1, '\n').append(column, ' ');
         end = text.size();
         if (end - from > WIDTH - column) {
             const size_t blank = text.rfind(' ', from + WIDTH - column);
@@ -29,7 +29,7 @@ static std::string item(const std::string &head, const std::string &text)
 {
     std::string out = "  " + head;
     if (out.size() + 2 > COLUMN)
-        out += '\n' + std::string(COLUMN, ' ');
+        out.append(1, '\n').append(COLUMN, ' ');
     else
         out.resize(COLUMN, ' ');
     append_wrapped(text, COLUMN, &out);

@@ -7,17 +7,13 @@
 #include <cstdio>
 #include <unordered_map>
 
+#include "casts.h"
 #include "partfiles.h"
 
 #include "escaped.h"
 #include "told.h"
 
 static const double began = budget_clock(); // the program
-
-static long long ll(int64_t number)
-{
-    return number;
-}
 
 std::string shown_name(const std::string &name)
 {

@@ -40,7 +40,7 @@ void JobBoard::open(Client &client, const Message &message)
 }
 
 /* Results of batches that are over are dropped first when they become too many. */
-bool JobBoard::keep(Record record)
+bool JobBoard::keep(FinishedJob record)
 {
     if (!results.emplace(record->job, record).second) return false;
     absent_jobs.erase(record->job);
@@ -73,7 +73,7 @@ void JobBoard::file(int number, const Message &message, std::vector<unsigned cha
     if (keep(record) && on_result) on_result(*record);
 }
 
-void JobBoard::learn(Record record)
+void JobBoard::learn(FinishedJob record)
 {
     at_work.erase(record->job);
     if (keep(std::move(record))) ntaken++;

@@ -24,7 +24,7 @@ struct JobRecord {
     int64_t objective, excess;
     std::vector<unsigned char> parts; // as in a message
 };
-using Record = std::shared_ptr<const JobRecord>;
+using FinishedJob = std::shared_ptr<const JobRecord>;
 
 /* What is done with jobs that have no result. */
 struct BoardRules {
@@ -52,7 +52,7 @@ class JobBoard
     /* A message of a client; now is the time in seconds. */
     void hear(int client, const Message &message, std::vector<unsigned char> parts, double now);
     /* A result from elsewhere. */
-    void learn(Record record);
+    void learn(FinishedJob record);
     /* The client is gone; others get its jobs. */
     void lose(int client);
     /* Whoever waits for a job gets one that is free, or late. */
@@ -83,7 +83,7 @@ class JobBoard
 
     void open(Client &client, const Message &message);
     void file(int client, const Message &message, std::vector<unsigned char> parts, double now);
-    bool keep(Record record);
+    bool keep(FinishedJob record);
     bool answer(int number, Client &client, double now);
     bool give_result(int number, Client &client);
     bool give_job(int number, Client &client, double now);
@@ -93,7 +93,7 @@ class JobBoard
     BoardRules rules;
     Send send_to;
     std::map<int, Client> clients;
-    std::map<int, Record> results;
+    std::map<int, FinishedJob> results;
     std::map<int, std::vector<AtWork>> at_work; // by job
     std::set<int> absent_jobs;
     double longest = 0; // seconds that a job took, of those that have ended

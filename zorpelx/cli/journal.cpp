@@ -20,7 +20,7 @@
 
 namespace fs = std::filesystem;
 
-constexpr const char *NOTE = "run.json";
+constexpr const char *RUN_FILE = "run.json";
 constexpr const char *ENDING = ".jobs";
 constexpr uint32_t MAGIC = 0x424f4a5a; // "ZJOB" in the order of bytes that readers expect
 
@@ -96,7 +96,7 @@ static std::string note_text(const RunNote &note)
 
 RunNote read_run(const std::string &folder)
 {
-    const std::string path = folder + '/' + NOTE;
+    const std::string path = folder + '/' + RUN_FILE;
     std::ifstream file(path);
     if (!file) fail_at(path, "cannot be read");
     const Json json = Json::parse(file, nullptr, false);
@@ -137,7 +137,7 @@ static void offer_note(const std::string &path, const RunNote &note)
 void join_run(const std::string &folder, const RunNote &note)
 {
     if (mkdir(folder.c_str(), 0777) != 0 && errno != EEXIST) fail_at(folder, "cannot be made");
-    const std::string path = folder + '/' + NOTE;
+    const std::string path = folder + '/' + RUN_FILE;
     if (access(path.c_str(), F_OK) != 0) offer_note(path, note);
     const RunNote there = read_run(folder);
     if (there.digest != note.digest)
@@ -176,7 +176,7 @@ void Journal::open_own(const std::string &path)
     if (own < 0) fail_at(path, "cannot be written");
     if (flock(own, LOCK_EX | LOCK_NB) != 0)
         fail(STATUS_USAGE, "%s: another process is at work on it", escaped(path).c_str());
-    std::vector<Record> records;
+    std::vector<FinishedJob> records;
     own_size = read_file(path, 0, &records);
     struct stat status;
     if (fstat(own, &status) != 0) fail_at(path, "cannot be read");
@@ -186,7 +186,7 @@ void Journal::open_own(const std::string &path)
 }
 
 /* Reads whole results; returns the size of all that is whole. */
-size_t Journal::read_file(const std::string &path, size_t from, std::vector<Record> *records) const
+size_t Journal::read_file(const std::string &path, size_t from, std::vector<FinishedJob> *records) const
 {
     std::ifstream file(path, std::ios::binary);
     if (!file) fail_at(path, "cannot be read");
@@ -208,9 +208,9 @@ size_t Journal::read_file(const std::string &path, size_t from, std::vector<Reco
     return from;
 }
 
-std::vector<Record> Journal::read()
+std::vector<FinishedJob> Journal::read()
 {
-    std::vector<Record> records;
+    std::vector<FinishedJob> records;
     std::error_code error;
     std::vector<std::string> paths;
     for (const fs::directory_entry &entry : fs::directory_iterator(folder, error))

@@ -48,13 +48,13 @@ class Journal
     Journal &operator=(const Journal &) = delete;
 
     /* What any writer has added since the last call. Throws: STATUS_IO */
-    std::vector<Record> read();
+    std::vector<FinishedJob> read();
     /* Appends a result. Throws: STATUS_IO; the file is as before then. */
     void append(const JobRecord &record);
 
   private:
     void open_own(const std::string &name);
-    size_t read_file(const std::string &path, size_t from, std::vector<Record> *records) const;
+    size_t read_file(const std::string &path, size_t from, std::vector<FinishedJob> *records) const;
 
     std::string folder;
     uint64_t digest;

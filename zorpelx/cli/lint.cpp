@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "advice.h"
+#include "casts.h"
 #include "commands.h"
 #include "escaped.h"
 #include "hypergraph.h"
@@ -16,11 +17,6 @@
 #include "write_hgr.h"
 
 constexpr size_t MOST_HEAVY = 10; // heavy vertices shown
-
-static long long ll(int64_t number)
-{
-    return number;
-}
 
 /* What was found in the files of one call. */
 struct Lint {

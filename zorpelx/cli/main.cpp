@@ -106,32 +106,17 @@ static Status print(const std::string &text)
     return STATUS_OK;
 }
 
-/* Help and version are asked for by exceptions. */
-static Status parse_failed(const CLI::App &app, const CLI::ParseError &error,
-                           const std::vector<std::string> &words)
-{
-    const CommandRow *const row = chosen_command(app);
-    if (error.get_name() == "CallForVersion") return print("zorpelx " ZORPELX_CLI_VERSION "\n");
-    if (error.get_exit_code() == 0) return print(row != nullptr ? help_of(*row) : help_of_all());
-    std::string fault = fault_of_words(words);
-    if (fault.empty()) fault = error.what();
-    fail(STATUS_USAGE, "%s\nSee zorpelx%s%s --help.", escaped(fault).c_str(), row ? " " : "",
-         row ? row->name : "");
-}
-
 static Status run(std::vector<std::string> words)
 {
     if (asks_for_manual(words)) return print(manual_page());
     words = without_help_command(words);
     Settings settings = fallback_settings();
     settings.words = words;
-    const auto app = make_app(&settings);
-    try {
-        app->parse(std::vector<std::string>(words.rbegin(), words.rend())); // the last one first
-    } catch (const CLI::ParseError &error) {
-        return parse_failed(*app, error, words);
-    }
-    const CommandRow *const row = chosen_command(*app);
+    const ParsedWords parsed = parse_words(words, &settings);
+    const CommandRow *const row = parsed.command;
+    if (parsed.wish == WISH_VERSION) return print("zorpelx " ZORPELX_CLI_VERSION "\n");
+    if (parsed.wish == WISH_HELP) return print(row != nullptr ? help_of(*row) : help_of_all());
+    if (parsed.wish == WISH_UNCLEAR) refuse_words(parsed, words);
     if (row == nullptr) return run_alone(settings);
     const Status status = run_and_answer(static_cast<Command>(row->command), settings);
     flush_output();

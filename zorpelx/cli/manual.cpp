@@ -67,7 +67,7 @@ static std::string synopsis(const CommandRow &command)
     return line + " [options]\n";
 }
 
-static std::string presets()
+static std::string presets_section()
 {
     std::string page = ".SH PRESETS\nA preset says what is used where no option does.\n";
     for (const PresetRow &row : PRESET_ROWS)
@@ -75,7 +75,7 @@ static std::string presets()
     return page;
 }
 
-static std::string statuses()
+static std::string statuses_section()
 {
     std::string page = ".SH EXIT STATUS\n";
     for (const StatusRow &row : STATUS_ROWS)
@@ -139,7 +139,7 @@ std::string manual_page()
         page += text_of(".SH %s\n%s\n.PP\n%s\n", upper(command.name).c_str(),
                         roff(command.summary).c_str(), roff(command.description).c_str()) +
                 options_of(command.command);
-    page += presets() + statuses() + rules();
+    page += presets_section() + statuses_section() + rules();
     page += ".SH EXAMPLES\n.nf\nzorpelx partition chip.hgr.gz \\-k 8 \\-\\-preset best "
             "\\-\\-json chip.json\n"
             "zorpelx verify chip.hgr.gz chip.hgr.part.8 \\-\\-epsilon 3\n"

@@ -13,10 +13,7 @@
 #include <numeric>
 #include <queue>
 
-static size_t at(int64_t index)
-{
-    return static_cast<size_t>(index);
-}
+#include "casts.h"
 
 static int64_t root_of(std::vector<int64_t> *parent, int64_t v)
 {

@@ -9,6 +9,7 @@
 #include <numeric>
 #include <random>
 
+#include "casts.h"
 #include "commands.h"
 #include "input.h"
 #include "json.h"
@@ -16,11 +17,6 @@
 #include "partition_hooks.h"
 #include "record.h"
 #include "shard.h"
-
-static long long ll(int64_t number)
-{
-    return number;
-}
 
 /* What one call works on and brings forth. */
 struct Job {

@@ -117,15 +117,15 @@ bool wants_progress(const Settings &settings)
 }
 
 /* Columns of the line on the terminal. */
-static size_t shown = 0;
+static size_t shown_width = 0;
 
 static void rewrite(const std::string &line)
 {
-    const std::string rest(shown > line.size() ? shown - line.size() : 0, ' ');
+    const std::string rest(shown_width > line.size() ? shown_width - line.size() : 0, ' ');
     const std::string back(rest.size(), '\b');
     fprintf(stderr, "\r%s%s%s", line.c_str(), rest.c_str(), back.c_str());
     fflush(stderr);
-    shown = line.size();
+    shown_width = line.size();
 }
 
 /* For files and pipes: not the same percent twice, but every start. */

@@ -147,7 +147,7 @@ static Json replay_json(const Settings &settings, const Replay &replay, Status s
     return json;
 }
 
-static void check_usage(const Settings &settings)
+static void check_outputs(const Settings &settings)
 {
     if (settings.output == "-" && settings.format == FORMAT_JSON)
         fail(STATUS_USAGE, "--format json needs another -o than standard output");
@@ -155,7 +155,7 @@ static void check_usage(const Settings &settings)
 
 Status run_replay(const Settings &settings)
 {
-    check_usage(settings);
+    check_outputs(settings);
     const Writer writer =
         open_writer({settings.output}, {settings.record, settings.hypergraph, settings.fix,
                                         settings.start, settings.together});

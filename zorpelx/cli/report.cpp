@@ -12,6 +12,7 @@
 #include <cstring>
 #include <map>
 
+#include "casts.h"
 #include "failure.h"
 #include "figures.h"
 
@@ -24,11 +25,6 @@ static const char *const BISECTING =
     "\n\nRecursive Partitioning... --------------------------------------------------\n";
 static const char *const TIMING =
     "\n\nTiming Information ---------------------------------------------------------";
-
-static long long ll(int64_t number)
-{
-    return number;
-}
 
 int64_t parts_in_report(const std::string &report)
 {

@@ -35,8 +35,8 @@ struct ShardOf {
 
 static double seconds()
 {
-    using namespace std::chrono;
-    return duration<double>(steady_clock::now().time_since_epoch()).count();
+    using std::chrono::steady_clock;
+    return std::chrono::duration<double>(steady_clock::now().time_since_epoch()).count();
 }
 
 static ShardOf shard_of(const Settings &settings)
@@ -121,7 +121,7 @@ class SharedSearch
 
     void learn_all()
     {
-        for (Record &record : journal.read()) board.learn(std::move(record));
+        for (FinishedJob &record : journal.read()) board.learn(std::move(record));
     }
 
     void step(double *read)
@@ -292,13 +292,10 @@ static std::string found_from(const std::string &folder, const std::string &name
 static Settings settings_of(const RunNote &note, const Settings &merge)
 {
     Settings settings = fallback_settings();
-    const auto app = make_app(&settings);
-    try {
-        app->parse(std::vector<std::string>(note.words.rbegin(), note.words.rend()));
-    } catch (const CLI::ParseError &error) {
+    const ParsedWords parsed = parse_words(note.words, &settings);
+    if (parsed.wish != WISH_RUN)
         fail(STATUS_BAD_INPUT, "the command line in run.json is wrong: %s",
-             escaped(error.what()).c_str());
-    }
+             escaped(parsed.fault).c_str());
     for (std::string Settings::*file :
          {&Settings::hypergraph, &Settings::fix, &Settings::start, &Settings::together})
         settings.*file = found_from(note.folder, settings.*file);

@@ -16,25 +16,13 @@
 
 #include "advice.h"
 #include "byname.h"
+#include "casts.h"
 #include "input.h"
 #include "progress.h"
 
 using Clock = std::chrono::steady_clock;
 
 static volatile int cancel = 0; // set by a signal: which one
-
-static long long ll(int64_t number)
-{
-    return number;
-}
-
-static std::vector<int> narrowed(const std::vector<int64_t> &numbers)
-{
-    std::vector<int> narrow(numbers.size());
-    std::transform(numbers.begin(), numbers.end(), narrow.begin(),
-                   [](int64_t number) { return static_cast<int>(number); });
-    return narrow;
-}
 
 /* The first interrupt asks for what is there; the next one ends the process as usual. */
 static void ask_to_stop(int signal)
@@ -246,7 +234,7 @@ static int watch(void *user, const zorpelx_progress *progress)
     return watched->line ? show_progress(const_cast<Settings *>(watched->settings), progress) : 0;
 }
 
-static int64_t objective_of(const Settings &settings, const Figures &figures)
+int64_t objective_of(const Settings &settings, const Figures &figures)
 {
     if (settings.objective == ZORPELX_KM1) return figures.km1;
     return settings.objective == ZORPELX_SOED ? figures.soed : figures.cut;

@@ -73,6 +73,9 @@ int caught_signal();
 Status solve(const Settings &settings, const Problem &problem, bool shown, Solution *solution,
              const Sharing *sharing = nullptr);
 
+/* What the objective of the settings counts. */
+int64_t objective_of(const Settings &settings, const Figures &figures);
+
 /* The 10,000th number of the generator that a search, or the engine, has for a seed, as 16
  * hexadecimal digits. */
 std::string generator_check(bool searching, int64_t seed);

@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "advice.h"
+#include "casts.h"
 #include "commands.h"
 #include "escaped.h"
 #include "hypergraph.h"
@@ -14,11 +15,6 @@
 #include "sizes.h"
 
 constexpr int BAR = 40; // characters of the longest bar
-
-static long long ll(int64_t number)
-{
-    return number;
-}
 
 struct Stats {
     Hypergraph graph;

@@ -6,19 +6,17 @@
  * counts. Table and pictures are made at the end, of whatever there is.
  */
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <exception>
 #include <map>
 #include <mutex>
-#include <sys/stat.h>
 #include <thread>
 
 #include "commands.h"
 #include "digest.h"
 #include "input.h"
 #include "output.h"
+#include "pictures.h"
 #include "progress.h"
 #include "solving.h"
 #include "sweep_journal.h"
@@ -48,12 +46,6 @@ static std::string folder_of(const Settings &settings)
     if (is_stream_name(settings.hypergraph))
         fail(STATUS_USAGE, "-o is needed: the hypergraph comes from a stream");
     return plain_name(settings.hypergraph) + ".sweep";
-}
-
-static void make_folder(const std::string &folder)
-{
-    if (mkdir(folder.c_str(), 0777) == 0 || errno == EEXIST) return;
-    fail(STATUS_IO, "%s: %s", shown_name(folder).c_str(), strerror(errno));
 }
 
 static std::string best_name(const std::string &folder, int64_t nparts, double epsilon)

@@ -4,12 +4,8 @@
 
 #include <algorithm>
 
+#include "casts.h"
 #include "failure.h"
-
-static long long ll(int64_t number)
-{
-    return number;
-}
 
 std::vector<SweepGroup> groups_of(const Settings &settings, const std::vector<SweepCell> &plan,
                                   const std::vector<SweepResult> &results)

@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "bounds.h"
+#include "casts.h"
 #include "claims.h"
 #include "byname.h"
 #include "commands.h"
@@ -20,11 +21,6 @@
 
 constexpr int64_t MOST_PARTS = 1000000; // as -k takes
 constexpr size_t MOST_LISTED = 20;      // empty parts named in a text
-
-static long long ll(int64_t number)
-{
-    return number;
-}
 
 struct Verified {
     Hypergraph graph;

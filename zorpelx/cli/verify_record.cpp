@@ -10,15 +10,11 @@
 
 #include "bounds.h"
 #include "byname.h"
+#include "casts.h"
 #include "claims.h"
 #include "difference.h"
 #include "input.h"
 #include "recorded_options.h"
-
-static std::vector<int> narrowed(const std::vector<int64_t> &numbers)
-{
-    return std::vector<int>(numbers.begin(), numbers.end());
-}
 
 /* Names of files are nobody's claim. */
 static Json without_file(Json json)

@@ -8,15 +8,11 @@
 
 #include "builder.h"
 #include "bytes.h"
+#include "casts.h"
 #include "fileerror.h"
 #include "told.h"
 #include "whole_weights.h"
 #include "zorpelx.h"
-
-static size_t at(int64_t i)
-{
-    return static_cast<size_t>(i);
-}
 
 void set_area(Areas *areas, std::string_view type, double area, Budget *budget)
 {

@@ -26,7 +26,7 @@ void blif_error(const BlifLines &lines, const char *at, const char *format, ...)
     bad_input(*lines.budget, place_of(lines.text, at), "%s", text);
 }
 
-static bool is_blank(char c)
+static bool is_blank_in_blif(char c)
 {
     return c == ' ' || c == '\t' || c == '\r' || c == '\v' || c == '\f';
 }
@@ -35,7 +35,7 @@ static bool is_blank(char c)
 static const char *joined_line(const char *s, const char *end)
 {
     const char *after = s + 1;
-    while (after < end && is_blank(*after)) after++;
+    while (after < end && is_blank_in_blif(*after)) after++;
     if (after == end) return end;
     return *after == '\n' ? after + 1 : s;
 }
@@ -51,7 +51,7 @@ static void look_at_clock(BlifLines *lines, const char *s)
 static const char *take_word(BlifLines *lines, const char *s)
 {
     const char *const begin = s, *const end = lines->end;
-    while (s < end && !is_blank(*s) && *s != '\n' && *s != '#' &&
+    while (s < end && !is_blank_in_blif(*s) && *s != '\n' && *s != '#' &&
            (*s != '\\' || joined_line(s, end) == s))
         s++;
     push_charged(lines->budget, &lines->ahead,
@@ -65,7 +65,7 @@ static const char *take_line_words(BlifLines *lines, const char *s)
     const char *const end = lines->end;
     while (s < end) {
         if (*s == '\n') return s + 1;
-        if (is_blank(*s)) {
+        if (is_blank_in_blif(*s)) {
             s++;
         } else if (*s == '#') {
             const void *const newline = memchr(s, '\n', static_cast<size_t>(end - s));
@@ -86,7 +86,7 @@ static const char *skip_covers(const char *s, const char *end)
         int nwords = 0;
         for (bool within = false; s < end && *s != '\n'; s++) {
             const bool row = *s == '0' || *s == '1' || *s == '-';
-            if (!row && !is_blank(*s)) return line;
+            if (!row && !is_blank_in_blif(*s)) return line;
             nwords += row && !within;
             within = row;
         }

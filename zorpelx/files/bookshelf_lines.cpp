@@ -29,7 +29,7 @@ void open_text(std::string_view text, const Budget &budget, BookshelfFile *file)
     begin_text(file, text);
 }
 
-static bool is_blank(char c)
+static bool separates_words(char c)
 {
     return c == ' ' || c == '\t' || c == '\r' || c == ':' || c == '\v' || c == '\f';
 }
@@ -50,11 +50,11 @@ static void take_line_words(BookshelfFile *file)
         if (*s == '#') {
             const void *const newline = memchr(s, '\n', static_cast<size_t>(end - s));
             s = newline != nullptr ? static_cast<const char *>(newline) : end;
-        } else if (is_blank(*s)) {
+        } else if (separates_words(*s)) {
             s++;
         } else {
             const char *const begin = s;
-            while (s < end && *s != '\n' && !is_blank(*s)) s++;
+            while (s < end && *s != '\n' && !separates_words(*s)) s++;
             push_charged(&file->budget, &file->words,
                          std::string_view(begin, static_cast<size_t>(s - begin)));
         }

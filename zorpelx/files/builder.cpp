@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <utility>
 
+#include "casts.h"
 #include "fileerror.h"
 #include "sizes.h"
 #include "zorpelx.h"
@@ -16,16 +17,6 @@
 constexpr int64_t MOST_WEIGHT = 2147483646; // total of one kind of weights, as in hypergraph files
 constexpr int64_t MOST_NUMBER = INT_MAX - 1;
 constexpr uint64_t CLOCK_STEPS = uint64_t{1} << 18; // between two looks at the clock
-
-static size_t at(int64_t i)
-{
-    return static_cast<size_t>(i);
-}
-
-static long long ll(int64_t number)
-{
-    return number;
-}
 
 Builder open_builder(Findings *findings, Budget *budget)
 {

@@ -5,13 +5,9 @@
 #include <tuple>
 #include <vector>
 
+#include "casts.h"
 #include "fileerror.h"
 #include "reading.h"
-
-static long long ll(int64_t number)
-{
-    return number;
-}
 
 /* Where the weight of something stands; the header's place if the file has none for it. */
 static Place place_of_weight(const Scan &scan, const std::vector<Place> &places, size_t i)

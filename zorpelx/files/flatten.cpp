@@ -12,6 +12,7 @@
 #include <cassert>
 #include <numeric>
 
+#include "casts.h"
 #include "clock_nets.h"
 #include "fileerror.h"
 #include "netlist.h"
@@ -19,11 +20,6 @@
 #include "zorpelx.h"
 
 constexpr int32_t NO_NET = -2; // of a bit that nothing has met yet
-
-static size_t at(int64_t i)
-{
-    return static_cast<size_t>(i);
-}
 
 /* A module opened once.
  *   net  [nbits of the module] what each bit is joined to: a net, CONSTANT_BIT or NO_NET */

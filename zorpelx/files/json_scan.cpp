@@ -11,13 +11,14 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "fileerror.h"
 #include "bytes.h"
+#include "fileerror.h"
+#include "known.h"
 #include "told.h"
 #include "zorpelx.h"
 
 constexpr int DEEPEST = 500;
-constexpr int64_t STRIDE = int64_t{1} << 20; // bytes between two looks at the clock
+constexpr int64_t CLOCK_STRIDE = int64_t{1} << 20; // bytes between two looks at the clock
 
 JsonScan json_over(std::string_view bytes, Budget *budget)
 {
@@ -44,12 +45,12 @@ void json_error(const JsonScan &scan, const char *at, const char *format, ...)
                static_cast<long long>(place.line), static_cast<long long>(place.column), text);
 }
 
-static bool is_blank(char c)
+static bool is_json_space(char c)
 {
     return c == ' ' || c == '\n' || c == '\r' || c == '\t';
 }
 
-static bool is_digit(char c)
+static bool is_json_digit(char c)
 {
     return c >= '0' && c <= '9';
 }
@@ -59,7 +60,7 @@ static char peek(JsonScan *scan)
 {
     const char *s = scan->next;
     const char *const end = scan->end;
-    while (s < end && is_blank(*s)) s++;
+    while (s < end && is_json_space(*s)) s++;
     scan->next = s;
     return s < end ? *s : '\0';
 }
@@ -87,7 +88,7 @@ JsonKind json_kind(JsonScan *scan)
     if (c == '"') return JSON_STRING;
     if (c == '{') return JSON_OBJECT;
     if (c == '[') return JSON_ARRAY;
-    if (c == '-' || is_digit(c)) return JSON_NUMBER;
+    if (c == '-' || is_json_digit(c)) return JSON_NUMBER;
     if (c == 't' || c == 'f' || c == 'n') return JSON_WORD;
     if (scan->next == scan->end) json_error(*scan, scan->next, "the file ends before a value");
     json_error(*scan, scan->next, "there should be a value here");
@@ -116,7 +117,7 @@ static bool next_member(JsonScan *scan, JsonList *list, char bracket)
 {
     if (scan->next >= scan->look) {
         check_time(*scan->budget);
-        scan->look = scan->end - scan->next > STRIDE ? scan->next + STRIDE : scan->end;
+        scan->look = scan->end - scan->next > CLOCK_STRIDE ? scan->next + CLOCK_STRIDE : scan->end;
     }
     if (peek(scan) == bracket) {
         scan->next++;
@@ -144,7 +145,7 @@ bool next_item(JsonScan *scan, JsonList *list)
 
 static int hex_digit(char c)
 {
-    if (is_digit(c)) return c - '0';
+    if (is_json_digit(c)) return c - '0';
     if (c >= 'a' && c <= 'f') return c - 'a' + 10;
     if (c >= 'A' && c <= 'F') return c - 'A' + 10;
     return -1;
@@ -254,9 +255,9 @@ std::string_view take_string(JsonScan *scan)
 
 static void take_digits(JsonScan *scan, const char *number)
 {
-    if (scan->next == scan->end || !is_digit(*scan->next))
+    if (scan->next == scan->end || !is_json_digit(*scan->next))
         json_error(*scan, number, "a number that lacks a digit");
-    while (scan->next < scan->end && is_digit(*scan->next)) scan->next++;
+    while (scan->next < scan->end && is_json_digit(*scan->next)) scan->next++;
 }
 
 static bool skips(JsonScan *scan, char c)
@@ -290,13 +291,13 @@ bool is_whole(std::string_view number, int64_t *value)
     const std::string_view digits = number.substr(negative ? 1 : 0);
     size_t ndigits = 0;
     int64_t whole = 0;
-    for (; ndigits < digits.size() && is_digit(digits[ndigits]) && ndigits < MOST_DIGITS; ndigits++)
+    for (; ndigits < digits.size() && is_json_digit(digits[ndigits]) && ndigits < MOST_DIGITS; ndigits++)
         whole = 10 * whole + (digits[ndigits] - '0');
     if (ndigits == digits.size() && ndigits > 0) {
         *value = negative ? -whole : whole;
         return true;
     }
-    if (ndigits == MOST_DIGITS && is_digit(digits[ndigits])) return false;
+    if (ndigits == MOST_DIGITS && is_json_digit(digits[ndigits])) return false;
     constexpr double EXACT = 9007199254740992; // 2^53
     const double real = strtod(std::string(number).c_str(), nullptr);
     if (!(std::fabs(real) <= EXACT) || real != std::floor(real)) return false;
@@ -368,7 +369,6 @@ static std::string_view string_at(std::string_view text, size_t *i)
 
 bool has_top_key(std::string_view text, std::string_view key)
 {
-    constexpr size_t MOST_LOOKED_AT = size_t{1} << 16;
     text = text.substr(0, MOST_LOOKED_AT);
     size_t i = text.find_first_not_of(" \t\r\n\xef\xbb\xbf");
     if (i == std::string_view::npos || text[i] != '{') return false;

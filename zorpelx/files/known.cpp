@@ -9,7 +9,6 @@
 #include <cctype>
 #include <cstring>
 
-constexpr size_t MOST_LOOKED_AT = size_t{1} << 16;
 
 struct Magic {
     size_t place;

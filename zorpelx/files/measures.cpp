@@ -74,7 +74,7 @@ static std::vector<int64_t> degrees_of(const Hypergraph &graph, int64_t least, i
     return degree;
 }
 
-static std::vector<int64_t> sizes_of(const Hypergraph &graph)
+static std::vector<int64_t> net_sizes(const Hypergraph &graph)
 {
     std::vector<int64_t> sizes;
     for (int64_t e = 0; e < graph.nnets; e++) sizes.push_back(net_size(graph, e));
@@ -94,7 +94,7 @@ static int64_t memory_estimate(const Hypergraph &graph, int64_t large_pins)
 Measures measure(const Hypergraph &graph)
 {
     Measures measures = {};
-    const std::vector<int64_t> sizes = sizes_of(graph), degrees = degrees_of(graph, 1, INT64_MAX);
+    const std::vector<int64_t> sizes = net_sizes(graph), degrees = degrees_of(graph, 1, INT64_MAX);
     const std::vector<int64_t> kept = degrees_of(graph, 2, PRUNED_SIZE);
     measures.sizes = spread_of(sizes);
     measures.degrees = spread_of(degrees);

@@ -5,13 +5,9 @@
 #include <algorithm>
 #include <cassert>
 
+#include "casts.h"
 #include "fileerror.h"
 #include "zorpelx.h"
-
-static size_t at(int64_t i)
-{
-    return static_cast<size_t>(i);
-}
 
 void add_connection(NetDesign *design, NetModule *module, std::string_view port, int32_t width,
                     Budget *budget)

@@ -5,17 +5,13 @@
 #include <climits>
 #include <string>
 
+#include "casts.h"
 #include "fileerror.h"
 #include "scan.h"
 #include "told.h"
 #include "zorpelx.h"
 
 constexpr int64_t CLOCK_LINES = 4096; // between two looks at the deadline
-
-static long long ll(int64_t number)
-{
-    return number;
-}
 
 static void check_entry(const Token &token, int64_t v, int64_t nparts, Findings *findings)
 {

@@ -16,6 +16,7 @@
 #include <numeric>
 
 #include "blif_lines.h"
+#include "casts.h"
 #include "fileerror.h"
 #include "netlist.h"
 #include "told.h"
@@ -42,11 +43,6 @@ struct BlifScan {
     Findings *findings;
     Budget *budget;
 };
-
-static size_t at(int64_t i)
-{
-    return static_cast<size_t>(i);
-}
 
 static int32_t net_called(BlifScan *scan, std::string_view name)
 {

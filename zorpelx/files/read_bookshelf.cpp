@@ -15,6 +15,7 @@
 
 #include "bookshelf_lines.h"
 #include "builder.h"
+#include "casts.h"
 #include "expand.h"
 #include "fileerror.h"
 #include "told.h"
@@ -36,11 +37,6 @@ struct Bookshelf {
     Findings *findings;
     Budget *budget;
 };
-
-static size_t at(int64_t i)
-{
-    return static_cast<size_t>(i);
-}
 
 static std::string folder_of(const std::string &path)
 {

@@ -14,15 +14,12 @@
 #include <algorithm>
 
 #include "builder.h"
+#include "casts.h"
 #include "expand.h"
 #include "fileerror.h"
+#include "known.h"
 #include "told.h"
 #include "walk.h"
-
-static long long ll(int64_t number)
-{
-    return number;
-}
 
 enum CnfModel { CNF_PRIMAL, CNF_DUAL, CNF_LITERAL };
 enum CnfForm { CNF_PLAIN, CNF_WITH_TOP, CNF_WITHOUT_HEADER };
@@ -76,7 +73,6 @@ static bool is_hard_mark(const Walk &walk)
 /* Without a header an h tells; numbers alone may be of any format. */
 Recognised recognise_cnf(std::string_view bytes)
 {
-    constexpr size_t MOST_LOOKED_AT = size_t{1} << 16;
     Walk walk = walk_over(bytes.substr(0, MOST_LOOKED_AT));
     if (!skip_comments(&walk)) return UNLIKE;
     if (is_clause_line(walk)) return is_hard_mark(walk) ? CERTAIN : OPEN;

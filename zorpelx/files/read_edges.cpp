@@ -6,6 +6,7 @@
 
 #include "builder.h"
 #include "fileerror.h"
+#include "known.h"
 #include "walk.h"
 
 static bool is_between(char c)
@@ -105,7 +106,6 @@ static int count_numbers(Walk *walk)
  */
 Recognised recognise_edges(std::string_view bytes)
 {
-    constexpr size_t MOST_LOOKED_AT = size_t{1} << 16;
     Walk walk = walk_over(bytes.substr(0, MOST_LOOKED_AT));
     skip_space(&walk);
     if (text_ended(walk) || *walk.at != '#') return OPEN;

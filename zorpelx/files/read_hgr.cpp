@@ -10,17 +10,13 @@
 
 #include <algorithm>
 
+#include "casts.h"
 #include "fileerror.h"
 #include "known.h"
 #include "reading.h"
 #include "sizes.h"
 
 constexpr int64_t HOLLOW_COUNT = 1000000, HOLLOW_RATIO = 16;
-
-static long long ll(int64_t number)
-{
-    return number;
-}
 
 static void check_range(Scan *scan, const Token &token)
 {

@@ -269,7 +269,7 @@ static void take_type(HifScan *scan)
         json_error(scan->json, begin, "a network-type is \"undirected\", \"directed\" or \"asc\"");
 }
 
-template <class Take> static void take_list(HifScan *scan, const Take &take)
+static void take_list(HifScan *scan, void (*take)(HifScan *))
 {
     for (JsonList list = open_array(&scan->json); next_item(&scan->json, &list);) take(scan);
 }

@@ -10,6 +10,7 @@
 #include <deque>
 
 #include "fileerror.h"
+#include "known.h"
 #include "members.h"
 #include "walk.h"
 
@@ -277,7 +278,6 @@ static void take_line(JsonLine *line)
 /* A first line that is an object or an array by itself. */
 Recognised recognise_jsonl(std::string_view bytes)
 {
-    constexpr size_t MOST_LOOKED_AT = size_t{1} << 16;
     Walk walk = walk_over(bytes.substr(0, MOST_LOOKED_AT));
     skip_space(&walk);
     if (text_ended(walk) || (*walk.at != '{' && *walk.at != '[')) return UNLIKE;

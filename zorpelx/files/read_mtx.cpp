@@ -10,15 +10,11 @@
 #include <climits>
 
 #include "builder.h"
+#include "casts.h"
 #include "fileerror.h"
 #include "walk.h"
 
 constexpr std::string_view BANNER = "%%matrixmarket";
-
-static long long ll(int64_t number)
-{
-    return number;
-}
 
 /* What the banner and the line of sizes say. */
 struct MatrixKind {

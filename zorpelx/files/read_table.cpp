@@ -11,6 +11,7 @@
 #include <deque>
 
 #include "fileerror.h"
+#include "known.h"
 #include "members.h"
 #include "walk.h"
 
@@ -33,7 +34,6 @@ struct TableScan {
 
 static std::string_view first_line(std::string_view bytes)
 {
-    constexpr size_t MOST_LOOKED_AT = size_t{1} << 16;
     return bytes.substr(0, std::min(bytes.find('\n'), MOST_LOOKED_AT));
 }
 

@@ -40,7 +40,7 @@ static std::string complaint(const std::string &errors, const std::string &name)
     return name + ":" + place + ": Yosys says: " + text;
 }
 
-static std::string folder_of(const std::string &path)
+static std::string working_folder(const std::string &path)
 {
     const size_t slash = path.rfind('/');
     if (slash == std::string::npos) return "";
@@ -65,7 +65,7 @@ static std::string with_name_of(const std::string &json, const std::string &path
 static std::string json_from_yosys(std::string_view bytes, const Reading &reading, Budget *budget)
 {
     const ToolResult result =
-        run_tool(yosys_words(reading), folder_of(reading.path), bytes, budget);
+        run_tool(yosys_words(reading), working_folder(reading.path), bytes, budget);
     if (!result.started)
         file_error(ZORPELX_BAD_INPUT,
                    "%s: Verilog is read through Yosys, which is not installed (on Debian: apt-get "
@@ -84,7 +84,7 @@ Hypergraph read_verilog(std::string_view bytes, const Reading &reading, Findings
 }
 
 /* The text from its first word on, behind white space, comments and attributes. */
-static std::string_view from_first_word(std::string_view text)
+static std::string_view from_first_token(std::string_view text)
 {
     for (;;) {
         text.remove_prefix(
@@ -103,7 +103,7 @@ static std::string_view from_first_word(std::string_view text)
 Recognised recognise_verilog(std::string_view bytes)
 {
     constexpr size_t LOOKED_AT = size_t{1} << 16;
-    const std::string_view text = from_first_word(bytes.substr(0, LOOKED_AT));
+    const std::string_view text = from_first_token(bytes.substr(0, LOOKED_AT));
     for (const std::string_view word : {"module", "macromodule", "`timescale", "`define",
                                         "`include", "`default_nettype", "`celldefine", "`ifdef"}) {
         const bool ends = text.size() > word.size() &&

@@ -10,7 +10,7 @@
 #include "fileerror.h"
 #include "told.h"
 
-constexpr double MOST_TOTAL = 2147483646;
+constexpr double LARGEST_TOTAL = 2147483646;
 constexpr double EXACT = 9007199254740992; // 2^53: whole numbers up to it are exact
 
 /* Whether a number of a file is whole once it is multiplied, but for the error of its binary
@@ -65,9 +65,9 @@ static void tell_factor(const char *what, double factor, bool rounded, Findings 
 static double factor_for(const std::vector<double> &real)
 {
     double factor = decimal_factor(real);
-    if (total_times(real, factor) > MOST_TOTAL) factor /= common_divisor(real, factor);
+    if (total_times(real, factor) > LARGEST_TOTAL) factor /= common_divisor(real, factor);
     const double total = total_times(real, factor);
-    if (total > MOST_TOTAL) factor *= (MOST_TOTAL - static_cast<double>(real.size())) / total;
+    if (total > LARGEST_TOTAL) factor *= (LARGEST_TOTAL - static_cast<double>(real.size())) / total;
     return std::max(factor, 0.0);
 }
 

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 
+#include "casts.h"
 #include "fileerror.h"
 #include "json_scan.h"
 #include "zorpelx.h"
@@ -16,11 +17,6 @@
 /* Okabe & Ito, Color universal design, 2008, without black. */
 static const char *const COLOURS[] = {"#e69f00", "#56b4e9", "#009e73", "#f0e442",
                                       "#0072b2", "#d55e00", "#cc79a7", "#bbbbbb"};
-
-static size_t at(int64_t i)
-{
-    return static_cast<size_t>(i);
-}
 
 static void check_size(const Hypergraph &graph, const Budget &budget)
 {

@@ -2,13 +2,9 @@
 /* zorpelx/files/write_hif.cpp: the writer of the Hypergraph Interchange Format. */
 #include "write_hif.h"
 
+#include "casts.h"
 #include "json_scan.h"
 #include "read_hif.h"
-
-static size_t at(int64_t i)
-{
-    return static_cast<size_t>(i);
-}
 
 /* Whether a name is the JSON text of a string, as the reader calls some. */
 static bool is_json_string(const std::string &name, Budget *budget)

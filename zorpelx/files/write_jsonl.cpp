@@ -6,6 +6,7 @@
  */
 #include "write_jsonl.h"
 
+#include "casts.h"
 #include "json_scan.h"
 #include "members.h"
 
@@ -15,11 +16,6 @@ struct LinesText {
     size_t charged;
     Budget *budget;
 };
-
-static size_t at(int64_t i)
-{
-    return static_cast<size_t>(i);
-}
 
 static void put_key(LinesText *lines, std::string_view key)
 {

@@ -11,6 +11,7 @@
 #include <cassert>
 #include <numeric>
 
+#include "casts.h"
 #include "fileerror.h"
 #include "walk.h"
 
@@ -32,11 +33,6 @@ struct MtxKind {
 struct MtxSide {
     std::vector<int32_t> part, place, order;
 };
-
-static size_t at(int64_t i)
-{
-    return static_cast<size_t>(i);
-}
 
 static bool next_data_line(Walk *walk)
 {
