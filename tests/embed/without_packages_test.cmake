@@ -9,6 +9,7 @@ execute_process(
     -DCMAKE_DISABLE_FIND_PACKAGE_nlohmann_json=ON -DCMAKE_DISABLE_FIND_PACKAGE_ZLIB=ON
     -DCMAKE_DISABLE_FIND_PACKAGE_PkgConfig=ON -DCMAKE_DISABLE_FIND_PACKAGE_BZip2=ON
     -DCMAKE_DISABLE_FIND_PACKAGE_LibLZMA=ON
+    -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG=-O0 -DZORPEL_QUICK=ON
   OUTPUT_VARIABLE text ERROR_VARIABLE text COMMAND_ERROR_IS_FATAL ANY)
 foreach(wanted "libcli11-dev nlohmann-json3-dev zlib1g-dev libmd-dev" "zlib1g-dev libbz2-dev liblzma-dev libzstd-dev")
   if(NOT text MATCHES "apt-get install ${wanted}\n")
