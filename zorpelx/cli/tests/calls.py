@@ -51,8 +51,10 @@ def are_gone(pids):
 
 
 def wait_for(condition):
-    """Waits until the condition gives something true, and returns that."""
+    """Waits until the condition gives something true, and returns that; not forever."""
+    deadline = time.monotonic() + 240
     while not (found := condition()):
+        assert time.monotonic() < deadline, "what was waited for did not come"
         time.sleep(0.01)
     return found
 

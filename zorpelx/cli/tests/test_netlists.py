@@ -210,6 +210,28 @@ class Netlists(Case):
             self.run_ok("annotate", "parts.json", "p", "-o", "twice.json", "-q")
             self.assertEqual(self.text("twice.json"), self.text("parts.json"))
 
+    def test_a_cell_of_several_instances_has_the_parts_of_all(self):
+        self.file(
+            "two.v",
+            "module leaf(input a, output z); assign z = ~a; endmodule\n"
+            "module top(input a, b, output y, z); leaf u(a, y); leaf v(b, z); endmodule\n",
+        )
+        self.yosys("read_verilog two.v; hierarchy -top top; proc; write_json two.json")
+        nodes = [node["node"] for node in self.hif("two.json")["nodes"]]
+        inner = [i for i, name in enumerate(nodes) if name[:2] in ("u.", "v.")]
+        self.assertEqual(len(inner), 2)
+        for parts, wanted in (((0, 1), "parts 0 1"), ((1, 0), "parts 1 0"), ((1, 1), f"{1:032b}")):
+            part = [0] * len(nodes)
+            for i, p in zip(inner, parts):
+                part[i] = p
+            self.file("p", "".join(f"{p}\n" for p in part))
+            self.run_ok("annotate", "two.json", "p", "-o", "parts.json", "-q")
+            cells = json.loads(self.text("parts.json"))["modules"]["leaf"]["cells"]
+            found = [cell["attributes"] for cell in cells.values()]
+            key = "zorpel_part" if parts[0] == parts[1] else "zorpel_parts"
+            self.assertEqual([one.get(key) for one in found], [wanted])
+            self.yosys("read_json parts.json; write_json again.json")
+
     # ---- BLIF
 
     def blif_edges(self, text):

@@ -392,6 +392,43 @@ class Outputs(Counted):
                 png = (self.folder / "p" / f"{name}.png").read_bytes()
                 self.assertEqual(png[:8], b"\x89PNG\r\n\x1a\n")
 
+    def bars(self, name, style):
+        """Widths of bars, from above to below."""
+        text = self.text(f"p/{name}.svg")
+        found = re.findall(rf'<rect class="{style}" x="64" y="([0-9.]+)" width="([0-9.]+)"', text)
+        return [float(width) for _, width in sorted(found, key=lambda bar: float(bar[0]))]
+
+    def test_bars_are_as_long_as_their_figures_are_large(self):
+        answer, _ = self.report("--pictures", "p")
+        for bars, values in (
+            (self.bars("sizes", r"p\d"), [part["weight"] for part in answer["parts"]]),
+            (
+                self.bars("touched", "heat"),
+                [row["hyperedges"] for row in answer["touched"] if row["parts"] > 1],
+            ),
+        ):
+            self.assertEqual(len(bars), len(values))
+            self.assertGreater(len(set(values)), 2)
+            for bar, value in zip(bars, values):
+                self.assertAlmostEqual(bar / max(bars), value / max(values), delta=0.01)
+
+    def test_squares_of_the_matrix_are_those_of_the_pairs(self):
+        answer, _ = self.report("--pictures", "p")
+        weight = {tuple(pair["parts"]): pair["weight"] for pair in answer["pairs"]}
+        cells = re.findall(
+            r'<rect class="heat" x="([0-9.]+)" y="([0-9.]+)" [^>]*fill-opacity="([0-9.]+)"/>\n'
+            r"<text[^>]*>([0-9,]+)<", self.text("p/matrix.svg")
+        )
+        self.assertEqual(len(cells), 2 * len(weight))
+        columns, rows = (sorted({float(cell[i]) for cell in cells}) for i in (0, 1))
+        shades = {}
+        for x, y, shade, number in cells:
+            pair = tuple(sorted((columns.index(float(x)), rows.index(float(y)))))
+            self.assertEqual(int(number.replace(",", "")), weight[pair])
+            shades[weight[pair]] = float(shade)
+        ordered = [shades[key] for key in sorted(shades)]
+        self.assertEqual(ordered, sorted(ordered))
+
     def test_without_a_converter_there_is_svg_alone_and_that_is_said(self):
         empty = {**os.environ, "PATH": str(self.folder)}
         done = self.run_ok("report", "g.hgr", "a.part.5", "--pictures", "p", env=empty)

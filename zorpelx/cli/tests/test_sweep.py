@@ -216,6 +216,37 @@ class Sweeps(Case):
                             self.assertTrue(0 <= float(shape.get(x)) <= width, shape.attrib)
                             self.assertTrue(0 <= float(shape.get(y)) <= height, shape.attrib)
 
+    def scale(self, group, style, place, shift):
+        """From values to places, by the numbers at two ends of an axis."""
+        ticks = [
+            (float(text.text), float(text.get(place)) + shift)
+            for text in group.iter("{http://www.w3.org/2000/svg}text")
+            if text.get("class") == style and re.fullmatch(r"[0-9.]+", text.text or "")
+        ]
+        (low, at_low), (high, at_high) = ticks[0], ticks[-1]
+        return lambda value: at_low + (value - low) * (at_high - at_low) / (high - low)
+
+    def test_points_stand_where_their_figures_are(self):
+        self.run_ok("sweep", "fifo.hgr", *SWEEP, "-o", "s")
+        for name in ("cut-time.svg", "cut-balance.svg"):
+            root = xml.etree.ElementTree.fromstring(self.text(f"s/{name}"))
+            space, seen = "{http://www.w3.org/2000/svg}", set()
+            for group in root.findall(f"{space}g"):
+                down = self.scale(group, "dim end", "y", -4)
+                across = self.scale(group, "dim mid", "x", 0)
+                for shape in group:
+                    title = shape.find(f"{space}title")
+                    if title is None:
+                        continue
+                    cut, percent = re.search(r": (\d+), heaviest part ([0-9.]+) %", title.text).groups()
+                    half = float(shape.get("width", 0)) / 2
+                    x, y = (float(shape.get(c) or shape.get("c" + c)) + half for c in "xy")
+                    self.assertAlmostEqual(y, down(int(cut)), delta=1)
+                    if "balance" in name:
+                        self.assertAlmostEqual(x, across(float(percent)), delta=1)
+                    seen.add((x, y))
+            self.assertGreater(len(seen), 5)
+
     def test_the_page_has_the_figures_of_the_answer_and_leads_to_the_reports(self):
         words = ("sweep", "fifo.hgr", *SWEEP, "-o", "s")
         answer = json.loads(self.run_ok(*words, "--format", "json").stdout)
