@@ -38,6 +38,17 @@ class ListTest(unittest.TestCase):
         self.assertEqual(other.vertex_weights.tolist(), [3, 4])
         self.assertEqual(other.hyperedge_weights.tolist(), [7])
 
+    def test_a_dict_of_names_is_a_hypergraph(self):
+        graph = zorpel.as_hypergraph({"clk": ["u1", "u2"], "none": [], 7: {"u2"}})
+        self.assertEqual(list(graph), [[0, 1], [], [1]])
+        self.assertEqual(list(graph.vertex_names), ["u1", "u2"])
+        self.assertEqual(list(graph.hyperedge_names), ["clk", "none", "7"])
+        made = zorpel.partition({"e": ["a", "b"], "f": ["b", "c"], "g": ["c", "d"]}, 2)
+        self.assertEqual(made.cut, 1)
+        for wrong in ({"e": "ab"}, {"e": 5}):
+            with self.assertRaisesRegex(zorpel.InputError, "Hyperedge 'e' has .* instead of a list"):
+                zorpel.as_hypergraph(wrong)
+
     def test_what_is_no_hypergraph_is_told(self):
         for source, sentence in [
             (([0], [1], [2]), "A tuple of 3 is no hypergraph"),
@@ -124,6 +135,13 @@ class ScipyTest(unittest.TestCase):
             graph = zorpel.as_hypergraph(matrix)
             self.assertEqual(list(graph), [[0, 1, 2], [2, 3], [0, 3]])
             self.assertEqual(graph.nvtxs, 5)
+
+    def test_matrices_of_every_kind_are_the_same(self):
+        matrix = scipy.sparse.random(9, 7, 0.4, format="csr", random_state=2)
+        wanted = [sorted(matrix[i].indices.tolist()) for i in range(9)]
+        for kind in ("bsr", "coo", "csc", "csr", "dia", "dok", "lil"):
+            found = zorpel.as_hypergraph(matrix.asformat(kind))
+            self.assertEqual([sorted(pins) for pins in found], wanted, kind)
 
     def test_zeros_and_repeats_do_not_count(self):
         matrix = scipy.sparse.coo_matrix(([1, 1, 0, 2], ([0, 0, 0, 0], [1, 1, 2, 3])), shape=(1, 4))

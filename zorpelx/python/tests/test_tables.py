@@ -148,6 +148,19 @@ class PandasTest(TablesTest):
             with self.assertRaises(zorpel.InputError):
                 zorpel.as_hypergraph(wrong)
 
+    def test_what_is_missing_in_a_frame_joins_nothing(self):
+        import pandas
+
+        rows = [("a", "x", 2), ("a", "y", None), (None, "z", 7), (None, "w", 7), ("b", None, 3)]
+        for gone in (None, float("nan"), pandas.NA):
+            columns = list(zip(*[[gone if entry is None else entry for entry in row] for row in rows]))
+            frame = pandas.DataFrame(dict(zip(("hyperedge", "vertex", "weight"), columns)))
+            graph = zorpel.as_hypergraph(frame)
+            self.assertEqual(list(graph), [[0, 1], []])
+            self.assertEqual(list(graph.vertex_names), ["x", "y", "z", "w"])
+            self.assertEqual(list(graph.hyperedge_names), ["a", "b"])
+            self.assertEqual(list(graph.hyperedge_weights), [2, 3])
+
 
 @unittest.skipUnless(has("networkx"), "networkx is not installed, or the library is sanitized")
 class NetworkxTest(unittest.TestCase):

@@ -8,7 +8,9 @@ import operator
 import os
 from array import array
 from dataclasses import dataclass, field, replace
-from typing import Any, Dict, Iterable, Iterator, List, Optional, Sequence, Tuple, Union, cast
+from typing import (
+    Any, Dict, Iterable, Iterator, List, Mapping, Optional, Sequence, Tuple, Union, cast,
+)  # fmt: skip
 
 from ._library import CHypergraph, int_p
 from .errors import InputError
@@ -17,7 +19,9 @@ from .results import short, table
 Path = Union[str, "os.PathLike[str]"]
 
 #: What partition(), evaluate() and write() take for a hypergraph, see as_hypergraph().
-HypergraphLike = Union["Hypergraph", Sequence[Iterable[int]], Tuple[Any, Any], Path, Any]
+HypergraphLike = Union[
+    "Hypergraph", Sequence[Iterable[int]], Mapping[Any, Iterable[Any]], Tuple[Any, Any], Path, Any
+]
 
 _LEAST, _MOST = -(2**31), 2**31 - 1
 
@@ -218,15 +222,18 @@ def _sparse(matrix: Any) -> Tuple[Any, Any, int]:
 
 
 def _named(pairs: Iterable[Tuple[Any, Any]]) -> Tuple[List[List[int]], Dict[Any, int], Dict[Any, int]]:
-    """Hyperedges of numbers, and the numbers of vertices and hyperedges, from pairs of names."""
+    """Hyperedges of numbers, and the numbers of vertices and hyperedges, from pairs of names. None
+    beside a vertex is no hyperedge, beside a hyperedge no vertex."""
     vertices: Dict[Any, int] = {}
     nets: Dict[Any, int] = {}
     lists: List[Dict[int, None]] = []
     for net, vertex in pairs:
-        e = nets.setdefault(net, len(nets))
-        if e == len(lists):
+        e = len(lists) if net is None else nets.setdefault(net, len(nets))
+        if net is not None and e == len(lists):
             lists.append({})
-        lists[e][vertices.setdefault(vertex, len(vertices))] = None
+        v = 0 if vertex is None else vertices.setdefault(vertex, len(vertices))
+        if net is not None and vertex is not None:
+            lists[e][v] = None
     return [list(pins) for pins in lists], vertices, nets
 
 
@@ -239,18 +246,37 @@ def _column(frame: Any, name: str, place: int) -> Any:
     return frame[frame.columns[place]]
 
 
+def _entries(column: Any) -> List[Any]:
+    """The entries of a column, None where one is missing."""
+    return [None if missing else entry for entry, missing in zip(column, column.isna())]
+
+
+def from_mapping(mapping: Mapping[Any, Iterable[Any]]) -> Hypergraph:
+    """A hypergraph from names of hyperedges with the names of their vertices."""
+    for net, members in mapping.items():
+        if isinstance(members, (str, bytes)) or not hasattr(members, "__iter__"):
+            raise InputError(f"Hyperedge {net!r} has {members!r} instead of a list of vertices.")
+    pairs = [(net, vertex) for net, members in mapping.items() for vertex in (*members, None)]
+    lists, vertices, nets = _named(pairs)
+    names = [str(name) for name in vertices], [str(name) for name in nets]
+    return Hypergraph(len(vertices), *_lists(lists), None, None, *names)
+
+
 def from_frame(frame: Any) -> Hypergraph:
     """A hypergraph from a data frame of memberships, see as_hypergraph()."""
     given = {str(column).lower() for column in frame.columns}
     if len(given & {"hyperedge", "vertex"}) == 1:
         raise InputError('A data frame has both columns "hyperedge" and "vertex", or none.')
-    nets_of, vertices_of = _column(frame, "hyperedge", 0), _column(frame, "vertex", 1)
+    nets_of = _entries(_column(frame, "hyperedge", 0))
+    vertices_of = _entries(_column(frame, "vertex", 1))
     lists, vertices, nets = _named(zip(nets_of, vertices_of))
     weights = None
     if "weight" in given:
         weights = [1] * len(nets)
-        for net, weight in zip(nets_of, _column(frame, "weight", 0)):
-            weights[nets[net]] = weight
+        for net, weight in zip(nets_of, _entries(_column(frame, "weight", 0))):
+            if net is not None and weight is not None:
+                whole = isinstance(weight, float) and weight.is_integer()  # beside a missing one
+                weights[nets[net]] = int(weight) if whole else weight
     eptr, eind = _lists(lists)
     names = [str(name) for name in vertices], [str(name) for name in nets]
     heavy = None if weights is None else to_ints(weights, "weight")
@@ -295,10 +321,12 @@ def as_hypergraph(
 
     - a Hypergraph, whose weights the arguments may replace;
     - a list of hyperedges, each a list of vertices: [[0, 1, 2], [2, 3]];
+    - a dict of names of hyperedges with their vertices' names: {"clk": ["u1", "u2"]};
     - a tuple of two flat arrays (eptr, eind), of numpy or not: ([0, 3, 5], [0, 1, 2, 2, 3]);
     - a scipy sparse matrix: rows are hyperedges, columns vertices, any value but 0 belongs;
     - a pandas data frame with a row for each vertex in a hyperedge, in columns "hyperedge" and
-      "vertex" (or the first two) and perhaps "weight", of the hyperedge; names come with it;
+      "vertex" (or the first two) and perhaps "weight", of the hyperedge; names come with it, and
+      a vertex without a hyperedge is one by itself;
     - a networkx graph: its edges are hyperedges of two vertices, "weight" their weight; or, where
       nodes have "bipartite", those of 1 are hyperedges and those of 0 vertices;
     - the path of a hypergraph file, as read() takes it.
@@ -311,6 +339,8 @@ def as_hypergraph(
         source = read(cast("Union[str, os.PathLike[str]]", source))
     if hasattr(source, "itertuples") and hasattr(source, "columns"):
         source = from_frame(source)
+    elif isinstance(source, Mapping) and not hasattr(source, "tocsr"):  # a DOK matrix is a dict
+        source = from_mapping(source)
     elif hasattr(source, "nodes") and hasattr(source, "is_directed"):
         source = from_graph(source)
     if isinstance(source, Hypergraph):
