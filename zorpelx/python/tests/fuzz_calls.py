@@ -133,7 +133,8 @@ def options(chance):
         given[name] = chance.choice(SOUND[name]) if sound else weird(chance)
     if chance.random() < 0.1:
         given[chance.choice(["runs", "starts"])] = chance.choice(ODDITIES + [-1, 0, 2**40])
-    if given.get("timeout") is None:
+    many = any(isinstance(given.get(name), int) and given[name] > 2 for name in ("runs", "starts"))
+    if given.get("timeout") is None or many:
         given["timeout"] = 20
     return given
 
