@@ -11,7 +11,7 @@ constexpr int64_t MANY_PINS = 400000; // one partition from scratch is a good on
 
 const Schedule SCHEDULES[NPRESETS] = {
     {"fast", 4, 0, 1, 1, 1, 1500, 500, 2, 1, false, 100000},
-    {"default", 6, 0, 1, 4, 2, 2000, 500, 3, 1, true, 1000000},
+    {"default", 6, 0, 1, 3, 2, 2000, 500, 3, 1, true, 1000000},
     {"best", 16, 0, 2, 24, 4, 2000, 1000, 6, 2, true, 20000000},
 };
 
@@ -19,6 +19,7 @@ Schedule schedule_for(Preset preset, int64_t npins, int nparts)
 {
     Schedule schedule = SCHEDULES[preset];
     if (preset == PRESET_FAST && nparts == 2) schedule.nmembers = 3;
+    if (preset == PRESET_DEFAULT && nparts == 2) schedule.ncombined = schedule.rounds = 2;
     if (npins <= MANY_PINS) return schedule;
     if (preset == PRESET_FAST) schedule.nmembers = nparts == 2 ? 1 : 2;
     // Where hyperedges join what has nothing else in common, no coarsening of ours comes near a run

@@ -10,7 +10,7 @@ struct Cost {
     double microseconds, power;
 };
 
-static const Cost COSTS[NPRESETS] = {{6.5, 0.6}, {17, 0.7}, {140, 0.85}};
+static const Cost COSTS[NPRESETS] = {{2.5, 0.7}, {4.5, 0.9}, {28, 0.95}};
 
 double expected_seconds(PresetNumber preset, int64_t pins, int64_t nparts)
 {
