@@ -18,8 +18,8 @@ constexpr int ITERATIONS = 40, PATIENCE = 8; // of one boldness, and without a g
 
 /* How a pass goes about it. */
 struct Boldness {
-    int64_t share;  // a vertex may lose one in so many of its hyperedges' weight
-    uint64_t turns; // one in so many vertices, by lot, plans in each iteration
+    int64_t share; // a vertex may lose one in so many of its hyperedges' weight
+    int turns;     // one in so many vertices, by lot, plans in each iteration
 };
 /* First far, then with fewer neighbours that move at once. */
 constexpr Boldness PASSES[] = {{16, 1}, {64, 2}};
@@ -46,8 +46,6 @@ static std::vector<Plan> make_plans(const Level *level, const Goal *goal, const 
             const size_t v = static_cast<size_t>(vertex);
             const Choice choice = choose_part(&chooser, v, &tally);
             empty_tally(&tally);
-            const uint64_t number = static_cast<uint64_t>(level->begin + vertex);
-            if (lot(seed, number, 9) % boldness->turns != 0) return;
             if (rests[v] || !is_free(level, v) || choice.part < 0) return;
             if (choice.gain < -(scale * level->incident[v] / boldness->share)) return;
             plans[v] = {choice.part,
@@ -94,32 +92,62 @@ static void play_net(const Level *level, const Goal *goal, const Division *divis
     }
 }
 
+/* The plans of own vertices at their ghosts. */
+static std::vector<Plan> plans_of_ghosts(Ranks *ranks, const Level *level,
+                                         const std::vector<Plan> &own)
+{
+    std::vector<char> planned(own.size());
+    for (size_t v = 0; v < own.size(); v++) planned[v] = own[v].to >= 0;
+    std::vector<Plan> plans(level->ghost.size(), {-1, 0});
+    mirror_changes(ranks, level, planned, own, &plans);
+    return plans;
+}
+
+/* Sums what ghosts that have a plan gain into the own vertices that they stand for. Nothing but the
+ * gains is sent: owners know the plans, and both sides go through them in one order. */
+static std::vector<int64_t> gains_of_own(Ranks *ranks, const Level *level,
+                                         const std::vector<Plan> &plans,
+                                         const std::vector<int64_t> &gains,
+                                         const std::vector<Plan> &own)
+{
+    Mail<int64_t> mail;
+    mail.first.assign(1, 0);
+    for (size_t r = 1; r < level->ghostfirst.size(); r++) {
+        for (int64_t g = level->ghostfirst[r - 1]; g < level->ghostfirst[r]; g++)
+            if (plans[static_cast<size_t>(g)].to >= 0)
+                mail.records.push_back(gains[static_cast<size_t>(g)]);
+        mail.first.push_back(static_cast<int64_t>(mail.records.size()));
+    }
+    exchange(ranks, &mail);
+    std::vector<int64_t> sums(own.size(), 0);
+    size_t next = 0;
+    for (const int mirrored : level->mirror) {
+        const size_t v = static_cast<size_t>(mirrored);
+        if (own[v].to >= 0) sums[v] += mail.records[next++];
+    }
+    assert(next == mail.records.size());
+    return sums;
+}
+
 /* The gains of the plans, all played through; by own vertex. */
 static std::vector<int64_t> judge(Ranks *ranks, const Level *level, const Goal *goal,
                                   const Division *division, const std::vector<Plan> &own)
 {
-    std::vector<Plan> plans;
-    mirror_values(ranks, level, own, &plans);
+    const std::vector<Plan> plans = plans_of_ghosts(ranks, level, own);
     std::vector<int> count(static_cast<size_t>(goal->nparts), 0), movers;
-    Mail<int64_t> mail;
-    mail.first = level->ghostfirst;
-    mail.records.assign(level->ghost.size(), 0);
+    std::vector<int64_t> gains(plans.size(), 0);
     for (int e = 0; e < nnets_of(level); e++)
-        play_net(level, goal, division, e, plans, &count, &movers, &mail.records);
-    exchange(ranks, &mail); // comes in as the mirrors stand
-    std::vector<int64_t> gains(own.size(), 0);
-    for (size_t i = 0; i < level->mirror.size(); i++)
-        gains[static_cast<size_t>(level->mirror[i])] += mail.records[i];
-    return gains;
+        play_net(level, goal, division, e, plans, &count, &movers, &gains);
+    return gains_of_own(ranks, level, plans, gains, own);
 }
 
 /* One iteration without its rebalancing. */
 static void move_once(Ranks *ranks, const Level *level, const Goal *goal, uint64_t seed,
                       const Boldness *boldness, std::vector<char> *rests, Division *division)
 {
-    const Turn all = {seed, 0, 1, {}};
+    const Turn turn = {seed, 0, boldness->turns, {}, 9};
     Mail<Share> mail;
-    rate_moves(ranks, level, goal, division, &all, &mail);
+    rate_moves(ranks, level, goal, division, &turn, &mail);
     const std::vector<Plan> plans = make_plans(level, goal, division, seed, boldness, *rests, mail);
     mail = Mail<Share>();
     const std::vector<int64_t> gains = judge(ranks, level, goal, division, plans);

@@ -13,6 +13,7 @@
  */
 #include "distributed/rate_moves.h"
 
+#include "distributed/pack_shares.h"
 #include "distributed/tally.h"
 
 /* A share before it is addressed: for a ghost. */
@@ -134,7 +135,7 @@ int64_t rate_moves(Ranks *ranks, const Level *level, const Goal *goal, const Div
         if (sweep.drafts.size() >= INT_MAX)
             give_up(ranks, "more than 2147483646 gains at a time; more ranks are needed");
         write_shares(ranks, &sweep, mail);
-        exchange(ranks, mail);
+        exchange_shares(ranks, mail);
     }
     return sum_of_all(ranks, value);
 }

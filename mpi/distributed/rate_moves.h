@@ -18,6 +18,7 @@ struct Turn {
     uint64_t seed;
     int turn, turns;        // vertices of one turn of so many, by lot
     std::vector<char> from; // [nparts] only those in a part that is marked; empty: all
+    uint64_t salt = 0;      // of the lot
 };
 
 /* Computes the objective, and the shares of the vertices in cut hyperedges whose turn it is.
@@ -30,7 +31,7 @@ int64_t rate_moves(Ranks *ranks, const Level *level, const Goal *goal, const Div
 inline bool has_turn(const Turn *turn, int64_t vertex)
 {
     return turn->turns == 1 ||
-           lot(turn->seed, static_cast<uint64_t>(vertex)) % static_cast<uint64_t>(turn->turns) ==
+           lot(turn->seed, static_cast<uint64_t>(vertex), turn->salt) % static_cast<uint64_t>(turn->turns) ==
                static_cast<uint64_t>(turn->turn);
 }
 
