@@ -10,6 +10,8 @@
  */
 #include "distributed/pack_shares.h"
 
+#include <algorithm>
+
 using Packed = std::vector<unsigned char>;
 
 static void put_number(uint64_t number, Packed *bytes)
@@ -61,6 +63,9 @@ static void pack(const Mail<Share> &mail, Mail<unsigned char> *packed)
 
 static void unpack(const Mail<unsigned char> &packed, Mail<Share> *mail)
 {
+    const auto ends = std::count_if(packed.records.begin(), packed.records.end(),
+                                    [](unsigned char byte) { return byte < 128; });
+    mail->records.reserve(static_cast<size_t>(ends) / 3); // numbers in each
     mail->first.assign(1, 0);
     for (size_t r = 1; r < packed.first.size(); r++) {
         const size_t end = static_cast<size_t>(packed.first[r]);
