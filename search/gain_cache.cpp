@@ -29,13 +29,12 @@ void open_gain_cache(GainCache *cache, const HGraph *graph, int nparts, Objectiv
     cache->mostrows = static_cast<int>(rows);
     cache->row = ismalloc__(n, -1, "search: row");
     cache->owner = alloc_pool<int>(rows, "search: owner");
-    cache->base = alloc_pool<int>(rows, "search: base");
-    cache->gains = alloc_pool<int>(rows * k, "search: gains");
+    cache->rows = alloc_pool<int>(rows * (k + 1), "search: gains");
 }
 
 void close_gain_cache(GainCache *cache)
 {
-    QXfree__(&cache->row, &cache->owner, &cache->base, &cache->gains, LTERM);
+    QXfree__(&cache->row, &cache->owner, &cache->rows, LTERM);
 }
 
 void clear_gain_cache(GainCache *cache)
@@ -45,31 +44,24 @@ void clear_gain_cache(GainCache *cache)
     cache->nrows = 0;
 }
 
-static int *gains_of(const GainCache *cache, int row)
+/* Adds e's share to a row of a vertex in part from. */
+static void add_share(const Parts *parts, const GainCache *cache, int e, int from, int *row)
 {
-    assert(0 <= row && row < cache->mostrows);
-    return cache->gains + static_cast<size_t>(row) * static_cast<size_t>(cache->nparts);
-}
-
-/* Adds sign times e's share to a row of a vertex in part from. */
-static void add_share(const Parts *parts, const GainCache *cache, int e, int from, int sign,
-                      int *base, int *gains)
-{
-    const int n = parts->touched[e], w = sign * parts->graph->netwgt[e];
+    const int n = parts->touched[e], w = parts->graph->netwgt[e];
     const PinCount *const list = parts->counts + parts->graph->netptr[e];
-    assert(n > 0 && (sign == 1 || sign == -1));
+    assert(n > 0);
     if (n == 1) {
         assert(list[0].part == from);
-        if (list[0].npins > 1) *base -= w * (cache->cut + cache->km1);
+        if (list[0].npins > 1) row[0] -= w * (cache->cut + cache->km1);
         return;
     }
     bool alone = false;
     for (int i = 0; i < n; i++)
         if (list[i].part == from) alone = list[i].npins == 1;
-    if (!alone) *base -= w * cache->km1;
+    if (!alone) row[0] -= w * cache->km1;
     const int each = w * (n == 2 && alone ? cache->cut + cache->km1 : cache->km1);
     for (int i = 0; i < n; i++)
-        if (list[i].part != from) gains[list[i].part] += each;
+        if (list[i].part != from) row[1 + list[i].part] += each;
 }
 
 int row_of(GainCache *cache, const Parts *parts, int v)
@@ -78,31 +70,14 @@ int row_of(GainCache *cache, const Parts *parts, int v)
     if (has_row(cache, v)) return cache->row[v];
     if (cache->nrows == cache->mostrows) clear_gain_cache(cache);
     assert(cache->nrows < cache->mostrows && cache->nparts == parts->nparts);
-    const int row = cache->nrows++;
-    int *const gains = gains_of(cache, row);
-    cache->row[v] = row;
-    cache->owner[row] = v;
-    cache->base[row] = 0;
-    std::fill(gains, gains + cache->nparts, 0);
+    const int number = cache->nrows++;
+    int *const row = row_at(cache, number);
+    cache->row[v] = number;
+    cache->owner[number] = v;
+    std::fill(row, row + 1 + cache->nparts, 0);
     for (int i = graph->incptr[v]; i < graph->incptr[v + 1]; i++)
-        add_share(parts, cache, graph->incind[i], parts->part[v], 1, &cache->base[row], gains);
-    return row;
-}
-
-/* Adds sign times e's share to the row of its pin u, if there is one. */
-static void add_to_row(const Parts *parts, GainCache *cache, int e, int u, int sign)
-{
-    const int row = cache->row[u];
-    if (row < 0) return;
-    assert(row < cache->nrows && cache->owner[row] == u); // C1
-    add_share(parts, cache, e, parts->part[u], sign, &cache->base[row], gains_of(cache, row));
-}
-
-static void add_to_rows(const Parts *parts, GainCache *cache, int e, int sign)
-{
-    const HGraph *const graph = parts->graph;
-    for (int j = graph->netptr[e]; j < graph->netptr[e + 1]; j++)
-        add_to_row(parts, cache, e, graph->netind[j], sign);
+        add_share(parts, cache, graph->incind[i], parts->part[v], row);
+    return number;
 }
 
 /* The pin of e in part p beside v; there is one. */
@@ -117,21 +92,72 @@ static int other_pin(const Parts *parts, int e, int p, int v)
     return graph->netind[j];
 }
 
-/* Moves v's pin of e. While no part is left or entered by e as a whole, shares change only where a
- * pin becomes the one of its part, or is that no more. */
-static void move_pin_and_shares(Parts *parts, GainCache *cache, int e, int v, int from, int to)
+/* A hyperedge of weight w, one of whose pins, v, has just moved. */
+struct MovedNet {
+    int e, v, w, from, to;
+};
+
+/* To all pins: a part was entered, or left, as a whole. */
+static void update_all_rows(const Parts *parts, const GainCache *cache, const MovedNet *net,
+                            PinMove pins)
 {
-    const int nfrom = pins_in(parts, e, from), nto = pins_in(parts, e, to);
-    assert(nfrom > 0 && cache->row[v] == -1 && parts->part[v] == to);
-    const bool all = nfrom == 1 || nto == 0;
-    const int left = !all && nfrom == 2 ? other_pin(parts, e, from, v) : -1;
-    const int met = !all && nto == 1 ? other_pin(parts, e, to, v) : -1;
-    for (int sign = -1; sign <= 1; sign += 2) {
-        if (all) add_to_rows(parts, cache, e, sign);
-        if (left >= 0) add_to_row(parts, cache, e, left, sign);
-        if (met >= 0) add_to_row(parts, cache, e, met, sign);
-        if (sign < 0) move_pin(parts, e, from, to);
+    const HGraph *const graph = parts->graph;
+    const bool leaves = pins.left == 0, enters = pins.met == 0;
+    const int km1 = net->w * cache->km1, cut = net->w * cache->cut;
+    const int lost = leaves ? km1 : 0, won = enters ? km1 : 0;
+    int base = 0;
+    if (enters && !leaves && pins.ntouched == 1) base = cut;
+    if (leaves && !enters && pins.ntouched == 2) base = -cut;
+    for (int j = graph->netptr[net->e]; j < graph->netptr[net->e + 1]; j++) {
+        const int number = cache->row[graph->netind[j]];
+        if (number < 0) continue;
+        int *const row = row_at(cache, number);
+        row[0] += base;
+        row[1 + net->from] -= lost;
+        row[1 + net->to] += won;
     }
+}
+
+/* To the row of the pin of e in part p beside v, if it has one: base to its base, gain to q. */
+static void update_one_row(const Parts *parts, const GainCache *cache, const MovedNet *net, int p,
+                           int base, int q, int gain)
+{
+    const int u = other_pin(parts, net->e, p, net->v);
+    if (!has_row(cache, u)) return;
+    int *const row = row_at(cache, cache->row[u]);
+    row[0] += base;
+    row[1 + q] += gain;
+}
+
+/* To the pin that is alone in a third part, if there is one and two parts were or are touched. */
+static void update_third(const Parts *parts, const GainCache *cache, const MovedNet *net,
+                         PinMove pins)
+{
+    const bool was = pins.met == 0 && pins.ntouched == 2;
+    const bool is = pins.left == 0 && parts->touched[net->e] == 2;
+    if (!was && !is) return;
+    const PinCount *third = parts->counts + parts->graph->netptr[net->e];
+    while (third->part == net->from || third->part == net->to) third++;
+    if (third->npins > 1) return;
+    const int cut = net->w * cache->cut;
+    if (was) update_one_row(parts, cache, net, third->part, 0, net->from, -cut);
+    if (is) update_one_row(parts, cache, net, third->part, 0, net->to, cut);
+}
+
+/* Moves v's pin of e, and what that changes in the rows of others. */
+static void move_pin_and_shares(Parts *parts, const GainCache *cache, int e, int v, int from,
+                                int to)
+{
+    assert(cache->row[v] == -1 && parts->part[v] == to);
+    const MovedNet net = {e, v, parts->graph->netwgt[e], from, to};
+    const PinMove pins = move_pin(parts, e, from, to);
+    const int km1 = net.w * cache->km1, cut = net.w * cache->cut;
+    if (pins.left == 0 || pins.met == 0) update_all_rows(parts, cache, &net, pins);
+    if (pins.left == 1)
+        update_one_row(parts, cache, &net, from, km1, to, parts->touched[e] == 2 ? cut : 0);
+    if (pins.met == 1)
+        update_one_row(parts, cache, &net, to, -km1, from, pins.ntouched == 2 ? -cut : 0);
+    if (cut > 0 && (pins.left == 0 || pins.met == 0)) update_third(parts, cache, &net, pins);
 }
 
 static void give_up_row(GainCache *cache, int v)

@@ -14,8 +14,9 @@
  * as it is, and hyperedges that touch few parts are cut no more sooner. Where weights are too large
  * for such sums the main term stands alone.
  *
- * A vertex gets its row when it is first asked for; until its next move every change of a hyperedge
- * takes the hyperedge's old share out of the rows of its pins and puts the new one in.
+ * A vertex gets its row when it is first asked for. Until its next move every change of a hyperedge
+ * changes its row by the difference: all pins' when a part is entered or left as a whole, else only
+ * those of pins that become the one of their part, or are that no more.
  * Source: Akhremtsev, Heuer, Sanders, Schlag, ALENEX 2017 (a cache of gains for adjacent parts).
  */
 #ifndef ZORPEL_SEARCH_GAIN_CACHE_H
@@ -28,7 +29,8 @@
 #include "search/parts.h"
 
 /*   C1  row[v] is -1, or the place of v's row, one of nrows, no other vertex's
- *   C2  base and gains of a row are the sums above for the partition as it is
+ *   C2  base and gains of a row are the sums above for the partition as it is; the gain to the
+ *       vertex's own part is 0
  */
 struct GainCache {
     int nparts;
@@ -36,8 +38,7 @@ struct GainCache {
     int nrows, mostrows;
     int *row;   // [ncells]
     int *owner; // [mostrows] vertex of each row, -1 for one that was given up
-    int *base;  // [mostrows]
-    int *gains; // [mostrows x nparts]
+    int *rows;  // [mostrows x (nparts + 1)] the base of each, then its gains
 };
 
 /* Room for the rows of all vertices, or as many as fit into some bytes a pin. */
@@ -56,13 +57,19 @@ inline bool has_row(const GainCache *cache, int v)
     return cache->row[v] >= 0;
 }
 
+/* The base and gains of a row. */
+inline int *row_at(const GainCache *cache, int row)
+{
+    assert(0 <= row && row < cache->nrows); // C1
+    return cache->rows + static_cast<size_t>(row) * (static_cast<size_t>(cache->nparts) + 1);
+}
+
 /* The gain of v, which has a row, to part p, another than its own, as rows count it. */
 inline int64_t cached_gain(const GainCache *cache, int v, int p)
 {
     assert(has_row(cache, v) && 0 <= p && p < cache->nparts);
-    const size_t row = static_cast<size_t>(cache->row[v]);
-    return static_cast<int64_t>(cache->base[row]) +
-           cache->gains[row * static_cast<size_t>(cache->nparts) + static_cast<size_t>(p)];
+    const int *const row = row_at(cache, cache->row[v]);
+    return static_cast<int64_t>(row[0]) + row[1 + p];
 }
 
 /* move_vertex, and the rows of all others; v's own is given up. */

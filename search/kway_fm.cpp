@@ -54,20 +54,17 @@ static bool has_room(const Parts *parts, int v, int from, int to)
  * -1 if no part has room. */
 static int best_move(const Parts *parts, KwayFmWork *work, int v, int64_t *gain)
 {
-    const int from = parts->part[v], row = row_of(&work->cache, parts, v);
-    const int *const gains =
-        work->cache.gains + static_cast<size_t>(row) * static_cast<size_t>(parts->nparts);
-    int best = -1, most = 0;
+    const int from = parts->part[v], number = row_of(&work->cache, parts, v);
+    const int *const row = row_at(&work->cache, number), *const gains = row + 1;
+    int best = -1, most = 1; // no gain to its own part, nor to one that its hyperedges don't touch
     for (int p = 0; p < parts->nparts; p++) {
-        if (p == from || gains[p] == 0 || (best >= 0 && gains[p] < most) ||
-            !has_room(parts, v, from, p))
-            continue;
+        if (gains[p] < most || !has_room(parts, v, from, p)) continue;
         if (best >= 0 && gains[p] == most && parts->weight[p] >= parts->weight[best]) continue;
         best = p;
         most = gains[p];
     }
-    *gain = static_cast<int64_t>(work->cache.base[row]) + most;
-    assert(best != from && work->cache.owner[row] == v);
+    *gain = static_cast<int64_t>(row[0]) + most;
+    assert(best != from && work->cache.owner[number] == v);
     return best;
 }
 

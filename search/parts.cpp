@@ -99,18 +99,18 @@ int64_t excess_of(const Parts *parts)
     return excess;
 }
 
-void move_pin(Parts *parts, int e, int from, int to)
+PinMove move_pin(Parts *parts, int e, int from, int to)
 {
     const int before = parts->touched[e];
     assert(from != to && before > 0);
-    remove_pin(parts, e, from);
-    add_pin(parts, e, to);
+    const int left = remove_pin(parts, e, from), met = add_pin(parts, e, to);
     const int after = parts->touched[e];
     assert(after > 0 && after - before <= 1 && before - after <= 1);
     if (after != before)
         parts->value += net_cost(parts->objective, parts->graph->netwgt[e], after) -
                         net_cost(parts->objective, parts->graph->netwgt[e], before);
     assert(parts->value >= 0); // P4
+    return {left, met, before};
 }
 
 void move_vertex(Parts *parts, int v, int to)

@@ -95,9 +95,16 @@ bool within_bounds(const Parts *parts);
 /* By how much parts are outside their bounds, in all. */
 int64_t excess_of(const Parts *parts);
 
+/* A pin that went from one part to another. */
+struct PinMove {
+    int left;     // pins that the hyperedge still has in the one
+    int met;      // pins that it had in the other
+    int ntouched; // parts that it touched before
+};
+
 /* Takes a pin of e from part from to part to; value follows. For callers that do with the vertex
  * and the weights what move_vertex does. */
-void move_pin(Parts *parts, int e, int from, int to);
+PinMove move_pin(Parts *parts, int e, int from, int to);
 
 /* Puts v, which is free, into part to, another than its own. */
 void move_vertex(Parts *parts, int v, int to);

@@ -72,8 +72,9 @@ bool gain_cache_ok(const GainCache *cache, const Parts *parts)
         const int row = cache->row[v];
         HOLDS(C1, row >= -1 && row < cache->nrows && (row < 0 || cache->owner[row] == v));
         for (int p = 0; row >= 0 && p < parts->nparts; p++)
-            HOLDS(C2, p == parts->part[v] ||
-                          cached_gain(cache, v, p) == fresh_gain(cache, parts, v, p));
+            HOLDS(C2, p == parts->part[v]
+                          ? row_at(cache, row)[1 + p] == 0
+                          : cached_gain(cache, v, p) == fresh_gain(cache, parts, v, p));
     }
     return true;
 }
