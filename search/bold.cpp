@@ -51,8 +51,10 @@ int64_t refine_boldly(Parts *parts, KwayFmWork *work, int nrounds, Random *rando
     refine_beyond(parts, work, random);
     rebalance(parts, work);
     refine_kway_fm(parts, work, nrounds, random);
-    if (is_worse(parts, excess, value)) load_parts(parts, before);
-    clear_gain_cache(&work->cache);
+    if (is_worse(parts, excess, value)) {
+        load_parts(parts, before);
+        clear_gain_cache(&work->cache);
+    }
     QXfree__(&before, LTERM);
     assert(!is_worse(parts, excess, value));
     HEAVY_ASSERT(parts_ok(parts));

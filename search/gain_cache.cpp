@@ -39,8 +39,7 @@ void close_gain_cache(GainCache *cache)
 
 void clear_gain_cache(GainCache *cache)
 {
-    for (int i = 0; i < cache->nrows; i++)
-        if (cache->owner[i] >= 0) cache->row[cache->owner[i]] = -1;
+    for (int i = 0; i < cache->nrows; i++) cache->row[cache->owner[i]] = -1;
     cache->nrows = 0;
 }
 
@@ -97,7 +96,7 @@ struct MovedNet {
     int e, v, w, from, to;
 };
 
-/* To all pins: a part was entered, or left, as a whole. */
+/* To all other pins: a part was entered, or left, as a whole. */
 static void update_all_rows(const Parts *parts, const GainCache *cache, const MovedNet *net,
                             PinMove pins)
 {
@@ -144,41 +143,51 @@ static void update_third(const Parts *parts, const GainCache *cache, const Moved
     if (is) update_one_row(parts, cache, net, third->part, 0, net->to, cut);
 }
 
-/* Moves v's pin of e, and what that changes in the rows of others. */
-static void move_pin_and_shares(Parts *parts, const GainCache *cache, int e, int v, int from,
-                                int to)
+/* To the row of the pin that moved. */
+static void update_own_row(const Parts *parts, const GainCache *cache, const MovedNet *net,
+                           PinMove pins, int *row)
 {
-    assert(cache->row[v] == -1 && parts->part[v] == to);
-    const MovedNet net = {e, v, parts->graph->netwgt[e], from, to};
-    const PinMove pins = move_pin(parts, e, from, to);
-    const int km1 = net.w * cache->km1, cut = net.w * cache->cut;
-    if (pins.left == 0 || pins.met == 0) update_all_rows(parts, cache, &net, pins);
-    if (pins.left == 1)
-        update_one_row(parts, cache, &net, from, km1, to, parts->touched[e] == 2 ? cut : 0);
-    if (pins.met == 1)
-        update_one_row(parts, cache, &net, to, -km1, from, pins.ntouched == 2 ? -cut : 0);
-    if (cut > 0 && (pins.left == 0 || pins.met == 0)) update_third(parts, cache, &net, pins);
+    const int km1 = net->w * cache->km1, cut = net->w * cache->cut;
+    const int now = parts->touched[net->e];
+    if (pins.left > 0) row[0] += km1, row[1 + net->from] += km1;
+    if (pins.met > 0) row[0] -= km1, row[1 + net->to] -= km1;
+    if (pins.ntouched == 1 && pins.left > 0) row[0] += cut;
+    if (now == 1 && pins.met > 0) row[0] -= cut;
+    if (pins.ntouched == 2 && pins.left == 0 && pins.met > 0) row[1 + net->to] -= cut;
+    if (now == 2 && pins.met == 0 && pins.left > 0) row[1 + net->from] += cut;
 }
 
-static void give_up_row(GainCache *cache, int v)
+/* Moves v's pin of e, and what that changes in the rows of other pins. */
+static PinMove move_pin_and_shares(Parts *parts, const GainCache *cache, const MovedNet *net)
 {
-    if (!has_row(cache, v)) return;
-    assert(cache->owner[cache->row[v]] == v); // C1
-    cache->owner[cache->row[v]] = -1;
-    cache->row[v] = -1;
+    const PinMove pins = move_pin(parts, net->e, net->from, net->to);
+    const int km1 = net->w * cache->km1, cut = net->w * cache->cut;
+    const bool all = pins.left == 0 || pins.met == 0, pair = parts->touched[net->e] == 2;
+    if (all) update_all_rows(parts, cache, net, pins);
+    if (pins.left == 1)
+        update_one_row(parts, cache, net, net->from, km1, net->to, pair ? cut : 0);
+    if (pins.met == 1)
+        update_one_row(parts, cache, net, net->to, -km1, net->from, pins.ntouched == 2 ? -cut : 0);
+    if (all && cut > 0) update_third(parts, cache, net, pins);
+    return pins;
 }
 
 void move_and_update(Parts *parts, GainCache *cache, int v, int to)
 {
     const HGraph *const graph = parts->graph;
-    const int from = parts->part[v];
+    const int from = parts->part[v], own = cache->row[v];
     assert(from != to && to >= 0 && to < parts->nparts);
-    assert(!is_fixed(parts, v));
-    give_up_row(cache, v);
+    assert(!is_fixed(parts, v) && (own < 0 || cache->owner[own] == v)); // C1
     parts->part[v] = to;
     parts->weight[from] -= graph->cellwgt[v];
     parts->weight[to] += graph->cellwgt[v];
     assert(parts->weight[from] >= 0);
-    for (int i = graph->incptr[v]; i < graph->incptr[v + 1]; i++)
-        move_pin_and_shares(parts, cache, graph->incind[i], v, from, to);
+    cache->row[v] = -1; // not one of the others
+    for (int i = graph->incptr[v]; i < graph->incptr[v + 1]; i++) {
+        const int e = graph->incind[i];
+        const MovedNet net = {e, v, graph->netwgt[e], from, to};
+        const PinMove pins = move_pin_and_shares(parts, cache, &net);
+        if (own >= 0) update_own_row(parts, cache, &net, pins, row_at(cache, own));
+    }
+    cache->row[v] = own;
 }

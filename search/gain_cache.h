@@ -14,8 +14,8 @@
  * as it is, and hyperedges that touch few parts are cut no more sooner. Where weights are too large
  * for such sums the main term stands alone.
  *
- * A vertex gets its row when it is first asked for. Until its next move every change of a hyperedge
- * changes its row by the difference: all pins' when a part is entered or left as a whole, else only
+ * A vertex gets its row when it is first asked for. From then on every change of a hyperedge
+ * changes it by the difference: all pins' when a part is entered or left as a whole, else only
  * those of pins that become the one of their part, or are that no more.
  * Source: Akhremtsev, Heuer, Sanders, Schlag, ALENEX 2017 (a cache of gains for adjacent parts).
  */
@@ -37,7 +37,7 @@ struct GainCache {
     int cut, km1; // how often the two count
     int nrows, mostrows;
     int *row;   // [ncells]
-    int *owner; // [mostrows] vertex of each row, -1 for one that was given up
+    int *owner; // [mostrows] vertex of each row
     int *rows;  // [mostrows x (nparts + 1)] the base of each, then its gains
 };
 
@@ -72,7 +72,7 @@ inline int64_t cached_gain(const GainCache *cache, int v, int p)
     return static_cast<int64_t>(row[0]) + row[1 + p];
 }
 
-/* move_vertex, and the rows of all others; v's own is given up. */
+/* move_vertex, and the rows of all vertices. */
 void move_and_update(Parts *parts, GainCache *cache, int v, int to);
 
 /* Tests C1 and C2 from scratch. */

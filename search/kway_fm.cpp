@@ -219,8 +219,8 @@ static void make_round(Parts *parts, KwayFmWork *work, Random *random)
 int64_t refine_kway_fm(Parts *parts, KwayFmWork *work, int nrounds, Random *random)
 {
     HEAVY_ASSERT(parts_ok(parts));
+    HEAVY_ASSERT(gain_cache_ok(&work->cache, parts));
     const int64_t start = parts->value;
-    clear_gain_cache(&work->cache);
     for (int round = 0; round < nrounds; round++) {
         const int64_t before = parts->value;
         make_round(parts, work, random);

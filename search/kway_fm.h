@@ -31,6 +31,7 @@ void close_kway_fm(KwayFmWork *work);
  * keeps the bounds, whatever its sign, each vertex at most once a round, gives up when further
  * moves are unlikely to pay, and goes back to its best point. Returns the fall of the objective.
  * Bounds that hold are kept; parts above their bounds may only get lighter, those below heavier.
+ *   work  in/out  open for the hypergraph of parts; its rows of gains are those of parts
  * Cost    a round looks at the hyperedges of the vertices near the boundary some times
  * Source  Sanchis, Multiple-way network partitioning, IEEE Trans. Computers 38(1), 1989; Osipov,
  *         Sanders, n-level graph partitioning, ESA 2010 (when to stop); Akhremtsev, Heuer, Sanders,

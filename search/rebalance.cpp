@@ -90,7 +90,7 @@ static void make_moves(Parts *parts, KwayFmWork *work)
             continue;
         }
         [[maybe_unused]] const int64_t before = excess_of(parts);
-        move_vertex(parts, v, to);
+        move_and_update(parts, &work->cache, v, to);
         assert(excess_of(parts) < before); // so it ends
     }
 }
