@@ -174,29 +174,34 @@ static int64_t value_by(DistributedJob *job, Objective objective)
     return rate_moves(&job->ranks, &job->level, &goal, &division, nullptr, nullptr);
 }
 
-/* What each rank took and sent. Counted before the figures themselves are collected. */
-static Json ranks_json(DistributedJob *job, int64_t bytes, int64_t messages)
+/* What each rank took and sent; counted is as it was before these figures are collected. */
+static Json ranks_json(DistributedJob *job, const Ranks &counted, int64_t worked)
 {
-    const std::vector<int64_t> sent = list_all(&job->ranks, bytes),
-                               letters = list_all(&job->ranks, messages),
-                               peaks = list_all(&job->ranks, peak_memory()),
-                               pins = list_all(&job->ranks,
-                                               static_cast<int64_t>(job->level.netind.size())),
-                               owned = list_all(&job->ranks, nown_of(&job->level));
+    const std::pair<const char *, int64_t> figures[] = {
+        {"vertices", nown_of(&job->level)},
+        {"pins", static_cast<int64_t>(job->level.netind.size())},
+        {"bytes_sent", counted.bytes},
+        {"bytes_of_sums", counted.summed},
+        {"messages_sent", counted.messages},
+        {"steps", counted.steps},
+        {"peak_memory_bytes", peak_memory()}};
     Json list = Json::array();
-    for (size_t r = 0; r < sent.size(); r++)
-        list.push_back({{"rank", r},
-                        {"vertices", owned[r]},
-                        {"pins", pins[r]},
-                        {"bytes_sent", sent[r]},
-                        {"messages_sent", letters[r]},
-                        {"peak_memory_bytes", peaks[r]}});
+    for (int r = 0; r < job->ranks.nranks; r++) list.push_back({{"rank", r}});
+    const auto add = [&](const char *name, int64_t value, const auto &shown) {
+        const std::vector<int64_t> values = list_all(&job->ranks, value);
+        for (size_t r = 0; r < values.size(); r++) list[r][name] = shown(values[r]);
+    };
+    const auto seconds = [](int64_t time) { return static_cast<double>(time) / 1e9; };
+    for (const auto &[name, value] : figures) add(name, value, [](int64_t count) { return count; });
+    add("seconds_working", worked, seconds);
+    add("seconds_waiting", counted.waiting, seconds);
     return list;
 }
 
 static Json report_json(DistributedJob *job)
 {
-    const int64_t bytes = job->ranks.bytes, messages = job->ranks.messages;
+    const Ranks counted = job->ranks;
+    const int64_t worked = processor_time() - counted.waiting;
     const Level &level = job->level;
     Json seconds = Json::object();
     for (const auto &[stage, time] : job->seconds) seconds[stage] = time;
@@ -214,7 +219,7 @@ static Json report_json(DistributedJob *job)
             {"excess", job->divided.excess},
             {"levels", job->divided.levels},
             {"seconds", seconds},
-            {"ranks", ranks_json(job, bytes, messages)}};
+            {"ranks", ranks_json(job, counted, worked)}};
 }
 
 static Status finish(DistributedJob *job, const Writer &writer)

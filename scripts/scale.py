@@ -2,21 +2,26 @@
 # SPDX-License-Identifier: MIT
 """Measures zorpelx-mpi partition --distributed and models what larger hypergraphs would take.
 
-usage: scale.py --mpi ZORPELX_MPI --generate ZORPEL_GENERATE [--family NAME] [--pins A,B,C,D]
-                [--ranks 1,2,4] [--fits PINS] [-k K]
+usage: scale.py --rows FILE [--mpi ZORPELX_MPI --zorpelx ZORPELX --generate ZORPEL_GENERATE]
+                [--family NAME] [--pins A,B,C,D] [--ranks 1,2,4] [--fits PINS] [-k K]
 
-The model is fitted to the first three sizes, on all numbers of ranks, and checked on the fourth:
+Runs that FILE (CSV) has are not made again; without --mpi none is made. Prints, in the form of
+docs/SCALE.md, what was measured and the model, fitted to the first three sizes:
 
-    seconds        s0 + s1 pins / ranks      of the slowest rank
-    memory         m0 + m1 pins / ranks      the most of one rank, bytes
-    traffic        t1 pins (1 - 1 / ranks)   sent by all ranks together, bytes
-    messages       c0 + c1 (ranks - 1)       sent by one rank in one level
+    levels     l0 + l1 ln(pins)                       of which one is the hypergraph itself
+    work       w0 + w1 pins / ranks                   processor seconds of the busiest rank
+    memory     m0 + m1 pins / ranks                   the most of one rank, bytes
+    exchanged  x pins^a (ranks - 1)^b                 sent by all ranks, bytes, but for sums
+    sums       s levels log2(ranks)                   sent by one rank, bytes
+    messages   levels (g log2(ranks) + h (ranks - 1)) sent by one rank
 
-It prints both tables in the form of docs/SCALE.md. Ranks that share a processor take its time from
-one another; seconds are those of this machine as it was, and need as many processors as ranks.
+where log2 is rounded up. Counts of bytes and messages repeat exactly. Work is the processor time
+outside the operations of MPI: there a rank mostly waits for the others, which is told apart.
 """
 import argparse
+import csv
 import json
+import math
 import os
 import pathlib
 import subprocess
@@ -24,105 +29,232 @@ import tempfile
 
 LOOPBACK = ["--oversubscribe", "--bind-to", "none", "--mca", "pml", "ob1", "--mca", "btl",
             "self,vader,tcp", "--mca", "btl_tcp_if_include", "lo", "--mca", "oob_tcp_if_include",
-            "lo"]
+            "lo", "--mca", "mpi_yield_when_idle", "1"]
+COLUMNS = ["family", "k", "fits", "size", "ranks", "pins", "levels", "cut", "fast_cut", "work",
+           "waiting", "memory", "bytes", "sums", "sums_of_one", "messages", "steps"]
+FITTED = 3  # sizes; those above them check the model
+BANDWIDTH, LATENCY = 1e9, 2e-6  # of the model's cluster: bytes a second of one rank, a message
+LIMIT = 600  # seconds of one run
 
 
-def run(options, folder, pins, ranks):
-    """The figures of one run; the hypergraph is generated if it is not there yet."""
-    path = pathlib.Path(folder) / f"{options.family}.{pins}.hgr"
+def generated(options, folder, size):
+    path = pathlib.Path(folder) / f"{options.family}.{size}.hgr"
     if not path.exists():
         with open(path, "wb") as file:
-            subprocess.run([options.generate, options.family, str(pins), "1"], stdout=file,
+            subprocess.run([options.generate, options.family, str(size), "1"], stdout=file,
                            check=True)
-    report = pathlib.Path(folder) / "report.json"
+    return path
+
+
+def words(options, path, folder):
+    return ["partition", str(path), "-k", str(options.k), "--epsilon", "3", "--preset", "fast",
+            "--seed", "1", "-t", "1", "-q", "-o", f"{folder}/part", "--json", f"{folder}/json"]
+
+
+def answer(folder):
+    return json.loads((pathlib.Path(folder) / "json").read_text(encoding="utf-8"))
+
+
+def fast_cut(options, folder, size):
+    """What one process finds that holds all of it."""
+    path = generated(options, folder, size)
+    subprocess.run([options.zorpelx, *words(options, path, folder)], check=True, timeout=LIMIT)
+    return answer(folder)["cut"]
+
+
+def run(options, folder, size, ranks):
+    path = generated(options, folder, size)
     environment = dict(os.environ, OMPI_ALLOW_RUN_AS_ROOT="1", OMPI_ALLOW_RUN_AS_ROOT_CONFIRM="1")
-    subprocess.run(["mpirun", *LOOPBACK, "-np", str(ranks), options.mpi, "partition", str(path),
-                    "--distributed", "-k", str(options.k), "--fits", str(options.fits), "--preset",
-                    "fast", "-t", "1", "-q", "--gather", "-o", str(path) + ".part", "--json",
-                    str(report)], check=True, env=environment)
-    found = json.loads(report.read_text())
+    subprocess.run(["mpirun", *LOOPBACK, "-np", str(ranks), options.mpi,
+                    *words(options, path, folder), "--distributed", "--fits", str(options.fits),
+                    "--gather"], check=True, env=environment, timeout=LIMIT)
+    found = answer(folder)
     each = found["ranks"]
-    return {"pins": found["npins"], "ranks": ranks, "seconds": sum(found["seconds"].values()),
+    return {"family": options.family, "k": options.k, "fits": options.fits, "size": size,
+            "ranks": ranks, "pins": found["npins"], "levels": found["levels"],
+            "cut": found["cut"], "work": max(rank["seconds_working"] for rank in each),
+            "waiting": max(rank["seconds_waiting"] for rank in each),
             "memory": max(rank["peak_memory_bytes"] for rank in each),
-            "traffic": sum(rank["bytes_sent"] for rank in each),
-            "messages": max(rank["messages_sent"] for rank in each) / found["levels"],
-            "levels": found["levels"], "cut": found["cut"]}
+            "bytes": sum(rank["bytes_sent"] for rank in each),
+            "sums": sum(rank["bytes_of_sums"] for rank in each),
+            "sums_of_one": max(rank["bytes_of_sums"] for rank in each),
+            "messages": max(rank["messages_sent"] for rank in each),
+            "steps": max(rank["steps"] for rank in each)}
 
 
-def fit_line(points):
-    """a and b of y = a + b x by least squares of relative errors; a not below 0."""
-    w = [1 / max(y, 1e-9) ** 2 for _, y in points]
-    s = sum(w)
-    mx = sum(wi * x for wi, (x, _) in zip(w, points)) / s
-    my = sum(wi * y for wi, (_, y) in zip(w, points)) / s
-    spread = sum(wi * (x - mx) ** 2 for wi, (x, _) in zip(w, points))
-    b = sum(wi * (x - mx) * (y - my) for wi, (x, y) in zip(w, points)) / spread if spread else 0
-    if my - b * mx < 0:
-        return 0, (sum(wi * x * y for wi, (x, y) in zip(w, points)) /
-                   sum(wi * x * x for wi, (x, _) in zip(w, points)))
-    return my - b * mx, b
+def number(text):
+    try:
+        return int(text)
+    except ValueError:
+        try:
+            return float(text)
+        except ValueError:
+            return text
+
+
+def known_rows(options):
+    """The rows of this family, number of parts and of pins that fit."""
+    if not os.path.exists(options.rows):
+        return []
+    with open(options.rows, encoding="ascii", newline="") as file:
+        rows = [{name: number(text) for name, text in row.items()} for row in csv.DictReader(file)]
+    return [row for row in rows if (row["family"], row["k"], row["fits"]) ==
+            (options.family, options.k, options.fits)]
+
+
+def keep(options, row):
+    new = not os.path.exists(options.rows)
+    with open(options.rows, "a", encoding="ascii", newline="") as file:
+        writer = csv.DictWriter(file, COLUMNS)
+        if new:
+            writer.writeheader()
+        writer.writerow(row)
+
+
+def measure(options, sizes, numbers):
+    with tempfile.TemporaryDirectory() as folder:
+        for size in sizes:
+            known = [row for row in known_rows(options) if row["size"] == size]
+            missing = [ranks for ranks in numbers if ranks not in [row["ranks"] for row in known]]
+            if not missing:
+                continue
+            cut = known[0]["fast_cut"] if known else fast_cut(options, folder, size)
+            for ranks in missing:
+                keep(options, {**run(options, folder, size, ranks), "fast_cut": cut})
+
+
+def log2(ranks):
+    return math.ceil(math.log2(ranks)) if ranks > 1 else 0
+
+
+def solve(matrix, right):
+    """x of matrix x = right, for as many equations as unknowns; by elimination."""
+    rows = [list(row) + [value] for row, value in zip(matrix, right)]
+    n = len(rows)
+    for i in range(n):
+        pivot = max(range(i, n), key=lambda r: abs(rows[r][i]))
+        rows[i], rows[pivot] = rows[pivot], rows[i]
+        if abs(rows[i][i]) < 1e-12:
+            raise SystemExit("scale.py: more sizes or numbers of ranks are needed for a model")
+        for r in range(n):
+            if r != i:
+                factor = rows[r][i] / rows[i][i]
+                rows[r] = [a - factor * b for a, b in zip(rows[r], rows[i])]
+    return [rows[i][n] / rows[i][i] for i in range(n)]
+
+
+def least_squares(points, relative=True):
+    """The coefficients of the sum of a point's terms that come closest to its value, none of which
+    is below 0 if errors are relative: one that would be is left out."""
+    weights = [1 / y ** 2 if relative else 1 for _, y in points]
+    used = list(range(len(points[0][0])))
+    while True:
+        normal = [[sum(w * x[i] * x[j] for w, (x, _) in zip(weights, points)) for j in used]
+                  for i in used]
+        right = [sum(w * x[i] * y for w, (x, y) in zip(weights, points)) for i in used]
+        found = solve(normal, right)
+        if not relative or min(found) >= 0:
+            break
+        used.pop(found.index(min(found)))
+    return [found[used.index(i)] if i in used else 0.0 for i in range(len(points[0][0]))]
 
 
 def fit(rows):
-    many = [row for row in rows if row["ranks"] > 1]
-    return {"seconds": fit_line([(r["pins"] / r["ranks"], r["seconds"]) for r in rows]),
-            "memory": fit_line([(r["pins"] / r["ranks"], r["memory"]) for r in rows]),
-            "traffic": (0, sum(r["traffic"] / (r["pins"] * (1 - 1 / r["ranks"])) for r in many) /
-                        max(len(many), 1)),
-            "messages": fit_line([(r["ranks"] - 1, r["messages"]) for r in many])}
+    several = [row for row in rows if row["ranks"] > 1]
+    share = [(1, row["pins"] / row["ranks"]) for row in rows]
+    exchanged = least_squares(
+        [((1, math.log(r["pins"]), math.log(r["ranks"] - 1)),
+          math.log(max(r["bytes"] - r["sums"], 1))) for r in several], relative=False)
+    return {"levels": least_squares([((1, math.log(r["pins"])), r["levels"]) for r in rows],
+                                    relative=False),
+            "work": least_squares([(x, max(r["work"], 1e-3)) for x, r in zip(share, rows)]),
+            "memory": least_squares([(x, r["memory"]) for x, r in zip(share, rows)]),
+            "exchanged": [math.exp(exchanged[0]), exchanged[1], exchanged[2]],
+            "sums": least_squares([((r["levels"] * log2(r["ranks"]),), r["sums_of_one"])
+                                   for r in several]),
+            "messages": least_squares([((r["levels"] * log2(r["ranks"]),
+                                         r["levels"] * (r["ranks"] - 1)), r["messages"])
+                                       for r in several])}
 
 
 def predicted(model, pins, ranks):
-    share = {"seconds": pins / ranks, "memory": pins / ranks, "traffic": pins * (1 - 1 / ranks),
-             "messages": ranks - 1}
-    return {what: a + b * share[what] for what, (a, b) in model.items()}
+    """Of the busiest rank, but for exchanged, which is of all."""
+    x, a, b = model["exchanged"]
+    levels = max(model["levels"][0] + model["levels"][1] * math.log(pins), 1)
+    return {"levels": levels,
+            "work": model["work"][0] + model["work"][1] * pins / ranks,
+            "memory": model["memory"][0] + model["memory"][1] * pins / ranks,
+            "exchanged": x * pins ** a * (ranks - 1) ** b if ranks > 1 else 0,
+            "sums": model["sums"][0] * levels * log2(ranks),
+            "messages": levels * (model["messages"][0] * log2(ranks) +
+                                  model["messages"][1] * (ranks - 1))}
 
 
-def print_rows(rows, model):
-    print("| pins | ranks | levels | cut | seconds | peak of a rank, MiB | traffic, bytes a pin | "
-          "messages of a rank, a level | model: s, MiB, bytes a pin |\n|" + " ---: |" * 9)
-    for row in rows:
+def print_rows(rows, model, fitted):
+    print("| pins | ranks | levels | cut | against `fast` | work, s | model | MiB | model | "
+          "bytes a pin | model | messages a level | model | messages a step |\n|"
+          + " ---: |" * 14)
+    for row in sorted(rows, key=lambda r: (r["size"], r["ranks"])):
         guess = predicted(model, row["pins"], row["ranks"])
-        print(f"| {row['pins']} | {row['ranks']} | {row['levels']} | {row['cut']} | "
-              f"{row['seconds']:.1f} | {row['memory'] / 2**20:.0f} | "
-              f"{row['traffic'] / row['pins']:.0f} | {row['messages']:.0f} | "
-              f"{guess['seconds']:.1f}, {guess['memory'] / 2**20:.0f}, "
-              f"{guess['traffic'] / row['pins']:.0f} |")
+        sent = guess["exchanged"] + row["ranks"] * guess["sums"]
+        against = 100 * (row["cut"] / row["fast_cut"] - 1) if row["fast_cut"] else 0
+        check = "" if row in fitted else " *"
+        print(f"| {row['pins']:,}{check} | {row['ranks']} | {row['levels']} | {row['cut']} | "
+              f"{against:+.0f} % | {row['work']:.1f} | {guess['work']:.1f} | "
+              f"{row['memory'] / 2**20:.0f} | {guess['memory'] / 2**20:.0f} | "
+              f"{row['bytes'] / row['pins']:.1f} | {sent / row['pins']:.1f} | "
+              f"{row['messages'] / row['levels']:.0f} | "
+              f"{guess['messages'] / guess['levels']:.0f} | "
+              f"{row['messages'] / row['steps']:.1f} |")
 
 
 def print_model(model):
-    print()
-    for what, (a, b) in model.items():
-        print(f"{what}: {a:.4g} + {b:.4g} x")
-    print("\n| pins | ranks | seconds | memory of a rank, GiB | traffic of a rank, GB |\n|"
-          + " ---: |" * 5)
+    levels, work, memory, x = model["levels"], model["work"], model["memory"], model["exchanged"]
+    print(f"""
+    levels     {levels[0]:.2f} + {levels[1]:.2f} ln(pins)
+    work       {work[0]:.2f} s + {1e6 * work[1]:.2f} us x pins / ranks
+    memory     {memory[0] / 2**20:.0f} MiB + {memory[1]:.0f} bytes x pins / ranks
+    exchanged  {x[0]:.3g} bytes x pins^{x[1]:.2f} x (ranks - 1)^{x[2]:.2f}
+    sums       {model['sums'][0] / 1000:.1f} kB x levels x log2(ranks)
+    messages   levels x ({model['messages'][0]:.0f} log2(ranks) + {model['messages'][1]:.0f} (ranks - 1))
+""")
+    print("| pins | ranks | work, s | exchange, s | memory of a rank, GiB | "
+          "sent by a rank, GB | messages of a rank |\n|" + " ---: |" * 7)
     for power in (9, 10, 11):
         for ranks in (16, 64, 256, 1024):
             guess = predicted(model, 10**power, ranks)
-            print(f"| 10^{power} | {ranks} | {guess['seconds']:.0f} | "
-                  f"{guess['memory'] / 2**30:.1f} | {guess['traffic'] / ranks / 1e9:.1f} |")
+            sent = guess["exchanged"] / ranks + guess["sums"]
+            print(f"| 10^{power} | {ranks:,} | {guess['work']:,.0f} | "
+                  f"{sent / BANDWIDTH + guess['messages'] * LATENCY:,.0f} | "
+                  f"{guess['memory'] / 2**30:.1f} | {sent / 1e9:.1f} | {guess['messages']:,.0f} |")
 
 
 def main():
     parser = argparse.ArgumentParser()
-    parser.add_argument("--mpi", required=True)
-    parser.add_argument("--generate", required=True)
+    parser.add_argument("--rows", required=True)
+    parser.add_argument("--mpi")
+    parser.add_argument("--zorpelx")
+    parser.add_argument("--generate")
     parser.add_argument("--family", default="mesh")
-    parser.add_argument("--pins", default="250000,500000,1000000,2000000")
+    parser.add_argument("--pins", default="100000,300000,1000000,3000000")
     parser.add_argument("--ranks", default="1,2,4")
-    parser.add_argument("--fits", type=int, default=100000)
-    parser.add_argument("-k", type=int, default=2)
+    parser.add_argument("--fits", type=int, default=20000)
+    parser.add_argument("-k", type=int, default=8)
     options = parser.parse_args()
     sizes = [int(size) for size in options.pins.split(",")]
-    rows = []
-    with tempfile.TemporaryDirectory() as folder:
-        for pins in sizes:
-            for ranks in map(int, options.ranks.split(",")):
-                rows.append(run(options, folder, pins, ranks))
-    known = [row for i, row in enumerate(rows) if i < len(rows) * (len(sizes) - 1) // len(sizes)]
-    model = fit(known)
-    print_rows(rows, model)
+    if options.mpi:
+        if not options.zorpelx or not options.generate:
+            parser.error("--mpi needs --zorpelx and --generate")
+        measure(options, sizes, [int(ranks) for ranks in options.ranks.split(",")])
+    rows = known_rows(options)
+    first = sorted({row["size"] for row in rows})[:FITTED]
+    fitted = [row for row in rows if row["size"] in first and row["ranks"] <= 4]
+    if len(first) < FITTED or len({row["ranks"] for row in fitted if row["ranks"] > 1}) < 2:
+        raise SystemExit("scale.py: a model needs three sizes, by 2 ranks and 4")
+    model = fit(fitted)
+    print_rows(rows, model, fitted)
     print_model(model)
 
 
-main()
+if __name__ == "__main__":
+    main()

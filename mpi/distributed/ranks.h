@@ -18,16 +18,22 @@
 #include <mpi.h>
 
 /* The ranks, seen from one of them.
- *   A1  bytes and messages count what this rank has sent to others; a collective operation counts
- *       as ceil(log2(nranks)) messages of its size
+ *   A1  bytes and messages count what this rank has sent to others; a sum or the like over all
+ *       ranks counts as ceil(log2(nranks)) messages of its size; summed is the part of bytes that
+ *       these have, which does not depend on the size of the hypergraph
  */
 struct Ranks {
     MPI_Comm comm;
     int rank, nranks;
-    int64_t bytes, messages;
+    int64_t bytes, messages, summed;
+    int64_t steps;   // operations in which all ranks took part
+    int64_t waiting; // processor time within them, which is mostly spent on waiting: nanoseconds
 };
 
 Ranks ranks_of(MPI_Comm comm);
+
+/* The processor time of this process, all its threads together: nanoseconds. */
+int64_t processor_time();
 
 /* Says one sentence on standard error and ends all ranks. */
 [[noreturn]] void give_up(const Ranks *ranks, const char *format, ...)
