@@ -98,12 +98,13 @@ struct MovedNet {
 
 /* To all other pins: a part was entered, or left, as a whole. */
 static void update_all_rows(const Parts *parts, const GainCache *cache, const MovedNet *net,
-                            PinMove pins)
+                            MovedPin pins)
 {
     const HGraph *const graph = parts->graph;
     const bool leaves = pins.left == 0, enters = pins.met == 0;
     const int km1 = net->w * cache->km1, cut = net->w * cache->cut;
     const int lost = leaves ? km1 : 0, won = enters ? km1 : 0;
+    assert((leaves || enters) && net->w >= 0);
     int base = 0;
     if (enters && !leaves && pins.ntouched == 1) base = cut;
     if (leaves && !enters && pins.ntouched == 2) base = -cut;
@@ -122,6 +123,7 @@ static void update_one_row(const Parts *parts, const GainCache *cache, const Mov
                            int base, int q, int gain)
 {
     const int u = other_pin(parts, net->e, p, net->v);
+    assert(p != q && 0 <= q && q < cache->nparts);
     if (!has_row(cache, u)) return;
     int *const row = row_at(cache, cache->row[u]);
     row[0] += base;
@@ -130,13 +132,14 @@ static void update_one_row(const Parts *parts, const GainCache *cache, const Mov
 
 /* To the pin that is alone in a third part, if there is one and two parts were or are touched. */
 static void update_third(const Parts *parts, const GainCache *cache, const MovedNet *net,
-                         PinMove pins)
+                         MovedPin pins)
 {
     const bool was = pins.met == 0 && pins.ntouched == 2;
     const bool is = pins.left == 0 && parts->touched[net->e] == 2;
     if (!was && !is) return;
     const PinCount *third = parts->counts + parts->graph->netptr[net->e];
     while (third->part == net->from || third->part == net->to) third++;
+    assert(third < parts->counts + parts->graph->netptr[net->e] + parts->touched[net->e]);
     if (third->npins > 1) return;
     const int cut = net->w * cache->cut;
     if (was) update_one_row(parts, cache, net, third->part, 0, net->from, -cut);
@@ -145,7 +148,7 @@ static void update_third(const Parts *parts, const GainCache *cache, const Moved
 
 /* To the row of the pin that moved. */
 static void update_own_row(const Parts *parts, const GainCache *cache, const MovedNet *net,
-                           PinMove pins, int *row)
+                           MovedPin pins, int *row)
 {
     const int km1 = net->w * cache->km1, cut = net->w * cache->cut;
     const int now = parts->touched[net->e];
@@ -158,9 +161,9 @@ static void update_own_row(const Parts *parts, const GainCache *cache, const Mov
 }
 
 /* Moves v's pin of e, and what that changes in the rows of other pins. */
-static PinMove move_pin_and_shares(Parts *parts, const GainCache *cache, const MovedNet *net)
+static MovedPin move_pin_and_shares(Parts *parts, const GainCache *cache, const MovedNet *net)
 {
-    const PinMove pins = move_pin(parts, net->e, net->from, net->to);
+    const MovedPin pins = move_pin(parts, net->e, net->from, net->to);
     const int km1 = net->w * cache->km1, cut = net->w * cache->cut;
     const bool all = pins.left == 0 || pins.met == 0, pair = parts->touched[net->e] == 2;
     if (all) update_all_rows(parts, cache, net, pins);
@@ -186,7 +189,7 @@ void move_and_update(Parts *parts, GainCache *cache, int v, int to)
     for (int i = graph->incptr[v]; i < graph->incptr[v + 1]; i++) {
         const int e = graph->incind[i];
         const MovedNet net = {e, v, graph->netwgt[e], from, to};
-        const PinMove pins = move_pin_and_shares(parts, cache, &net);
+        const MovedPin pins = move_pin_and_shares(parts, cache, &net);
         if (own >= 0) update_own_row(parts, cache, &net, pins, row_at(cache, own));
     }
     cache->row[v] = own;

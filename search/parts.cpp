@@ -99,7 +99,7 @@ int64_t excess_of(const Parts *parts)
     return excess;
 }
 
-PinMove move_pin(Parts *parts, int e, int from, int to)
+MovedPin move_pin(Parts *parts, int e, int from, int to)
 {
     const int before = parts->touched[e];
     assert(from != to && before > 0);

@@ -96,7 +96,7 @@ bool within_bounds(const Parts *parts);
 int64_t excess_of(const Parts *parts);
 
 /* A pin that went from one part to another. */
-struct PinMove {
+struct MovedPin {
     int left;     // pins that the hyperedge still has in the one
     int met;      // pins that it had in the other
     int ntouched; // parts that it touched before
@@ -104,7 +104,7 @@ struct PinMove {
 
 /* Takes a pin of e from part from to part to; value follows. For callers that do with the vertex
  * and the weights what move_vertex does. */
-PinMove move_pin(Parts *parts, int e, int from, int to);
+MovedPin move_pin(Parts *parts, int e, int from, int to);
 
 /* Puts v, which is free, into part to, another than its own. */
 void move_vertex(Parts *parts, int v, int to);

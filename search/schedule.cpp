@@ -15,11 +15,15 @@ const Schedule SCHEDULES[NPRESETS] = {
     {"best", 16, 0, 2, 24, 4, 2000, 1000, 6, 2, true, 20000000},
 };
 
-Schedule schedule_for(Preset preset, int64_t npins, int nparts)
+Schedule schedule_for(Preset preset, int64_t npins, int nparts, Objective objective)
 {
     Schedule schedule = SCHEDULES[preset];
-    if (preset == PRESET_FAST && nparts == 2) schedule.nmembers = 3;
-    if (preset == PRESET_DEFAULT && nparts == 2) schedule.ncombined = schedule.rounds = 2;
+    // Where every part counts that a hyperedge touches, local search takes longer and leaves less to
+    // find; in two parts there is less to find.
+    const bool less = nparts == 2 || objective != Objective::cut;
+    if (preset == PRESET_FAST && less) schedule.nmembers = 3;
+    if (preset == PRESET_DEFAULT && less) schedule.ncombined = 2;
+    if (preset == PRESET_DEFAULT && nparts == 2) schedule.rounds = 2;
     if (npins <= MANY_PINS) return schedule;
     if (preset == PRESET_FAST) schedule.nmembers = nparts == 2 ? 1 : 2;
     // Where hyperedges join what has nothing else in common, no coarsening of ours comes near a run

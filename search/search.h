@@ -28,7 +28,7 @@ enum Preset { PRESET_FAST, PRESET_DEFAULT, PRESET_BEST, NPRESETS };
 extern const Schedule SCHEDULES[NPRESETS];
 
 /* What a preset does with a hypergraph of so many pins in so many parts. */
-Schedule schedule_for(Preset preset, int64_t npins, int nparts);
+Schedule schedule_for(Preset preset, int64_t npins, int nparts, Objective objective);
 
 /* The schedule that begins with nmembers partitions instead: as many combinations for each of them,
  * in batches that grow with it. */

@@ -71,7 +71,9 @@ TEST(GainCache, the_broken_rule_is_named)
     ASSERT_EQ(broken_rule(ok), "");
     EXPECT_EQ(broken_by(cache->row[1], row, ok), "C1");
     EXPECT_EQ(broken_by(cache->row[1], cache->nrows, ok), "C1");
+    int *const gains = row_at(cache, row) + 1, own = c.parts.part[0];
     EXPECT_EQ(broken_by(row_at(cache, row)[0], row_at(cache, row)[0] + 1, ok), "C2");
+    EXPECT_EQ(broken_by(gains[own], 1, ok), "C2");
 }
 
 TEST(KwayFm, never_makes_the_objective_or_the_excess_worse)

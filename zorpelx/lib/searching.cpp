@@ -150,7 +150,9 @@ void search_and_publish(const zorpelx_hypergraph &h, const zorpelx_options &o,
     const Bounds bounds = {o.nparts, most.data(), least.data()};
     Publisher publisher = {board, parts, h.nvtxs, scale_of(h, o)};
     SearchOptions options = {};
-    options.schedule = schedule_for(static_cast<Preset>(o.preset), h.eptr[h.nhedges], o.nparts);
+    const Objective objective = static_cast<Objective>(o.objective);
+    options.schedule =
+        schedule_for(static_cast<Preset>(o.preset), h.eptr[h.nhedges], o.nparts, objective);
     if (o.shared > 0) options.schedule = widened(&options.schedule, o.shared);
     options.seed = static_cast<uint64_t>(seed);
     options.endless = o.time > 0;
@@ -177,8 +179,8 @@ void search_and_publish(const zorpelx_hypergraph &h, const zorpelx_options &o,
         fleet = fleet_of(shared);
         options.fleet = &fleet;
     }
-    const Found found = search_partition(
-        &flat, &constraints, &bounds, static_cast<Objective>(o.objective), &options, part.data());
+    const Found found = search_partition(&flat, &constraints, &bounds, objective, &options,
+                                         part.data());
     close_channel(shared);
     board->jobs = found.jobs;
     board->alljobs = found.alljobs;
