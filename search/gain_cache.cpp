@@ -167,8 +167,7 @@ static MovedPin move_pin_and_shares(Parts *parts, const GainCache *cache, const 
     const int km1 = net->w * cache->km1, cut = net->w * cache->cut;
     const bool all = pins.left == 0 || pins.met == 0, pair = parts->touched[net->e] == 2;
     if (all) update_all_rows(parts, cache, net, pins);
-    if (pins.left == 1)
-        update_one_row(parts, cache, net, net->from, km1, net->to, pair ? cut : 0);
+    if (pins.left == 1) update_one_row(parts, cache, net, net->from, km1, net->to, pair ? cut : 0);
     if (pins.met == 1)
         update_one_row(parts, cache, net, net->to, -km1, net->from, pins.ntouched == 2 ? -cut : 0);
     if (all && cut > 0) update_third(parts, cache, net, pins);

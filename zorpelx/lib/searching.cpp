@@ -179,8 +179,8 @@ void search_and_publish(const zorpelx_hypergraph &h, const zorpelx_options &o,
         fleet = fleet_of(shared);
         options.fleet = &fleet;
     }
-    const Found found = search_partition(&flat, &constraints, &bounds, objective, &options,
-                                         part.data());
+    const Found found =
+        search_partition(&flat, &constraints, &bounds, objective, &options, part.data());
     close_channel(shared);
     board->jobs = found.jobs;
     board->alljobs = found.alljobs;
