@@ -38,18 +38,16 @@ int64_t peak_memory()
 /* Options that say nothing here would be obeyed by nobody. */
 static void refuse_options(const Settings &settings)
 {
-    const Field fields[] = {&Settings::start,    &Settings::keep_price, &Settings::together,
-                            &Settings::time,     &Settings::ubfactor,   &Settings::runs,
-                            &Settings::matching, &Settings::refine,     &Settings::vcycle,
-                            &Settings::reconst,  &Settings::polish,     &Settings::starts,
-                            &Settings::jobs,     &Settings::timeout,    &Settings::memory,
-                            &Settings::trace,    &Settings::capacities, &Settings::lines,
-                            &Settings::from,     &Settings::model,      &Settings::record};
-    for (const Field &field : fields)
-        for (size_t i = 0; i < OPTIONS.size(); i++)
-            if (OPTIONS[i].field == field && settings.given[i])
-                fail(STATUS_USAGE, "%s does not go with --distributed",
-                     long_name(OPTIONS[i]).c_str());
+    const Field obeyed[] = {&Settings::hypergraph, &Settings::distributed, &Settings::nparts,
+                            &Settings::epsilon,    &Settings::least,       &Settings::objective,
+                            &Settings::preset,     &Settings::fix,         &Settings::seed,
+                            &Settings::threads,    &Settings::fits,        &Settings::gather,
+                            &Settings::output,     &Settings::json,        &Settings::progress,
+                            &Settings::quiet,      &Settings::first};
+    for (size_t i = 0; i < OPTIONS.size(); i++)
+        if (settings.given[i] &&
+            std::find(std::begin(obeyed), std::end(obeyed), OPTIONS[i].field) == std::end(obeyed))
+            fail(STATUS_USAGE, "%s does not go with --distributed", long_name(OPTIONS[i]).c_str());
 }
 
 /* What a run works on. */
@@ -198,6 +196,13 @@ static Json ranks_json(DistributedJob *job, const Ranks &counted, int64_t worked
     return list;
 }
 
+static std::string complaint_of(const Divided &divided)
+{
+    if (divided.excess == 0) return "";
+    return text_of("no partition within the bounds was found; the parts are %lld outside in all",
+                   ll(divided.excess));
+}
+
 static Json report_json(DistributedJob *job)
 {
     const Ranks counted = job->ranks;
@@ -206,20 +211,24 @@ static Json report_json(DistributedJob *job)
     Json seconds = Json::object();
     for (const auto &[stage, time] : job->seconds) seconds[stage] = time;
     const int64_t cut = value_by(job, Objective::cut), km1 = value_by(job, Objective::km1);
-    return {{"nvertices", job->header.nvertices},
-            {"nhyperedges", job->header.nnets},
-            {"npins", level.npins},
-            {"nparts", job->settings.nparts},
-            {"objective", choice_name(&Settings::objective, job->settings.objective)},
-            {"cut", cut},
-            {"km1", km1},
-            {"soed", cut + km1},
-            {"part_weights", job->divided.weight},
-            {"most", job->options.goal.most[0]},
-            {"excess", job->divided.excess},
-            {"levels", job->divided.levels},
-            {"seconds", seconds},
-            {"ranks", ranks_json(job, counted, worked)}};
+    Json report = answer_json(job->settings, PARTITION,
+                              job->divided.excess > 0 ? STATUS_INFEASIBLE : STATUS_OK,
+                              complaint_of(job->divided));
+    report.update(Json{{"nvertices", job->header.nvertices},
+                       {"nhyperedges", job->header.nnets},
+                       {"npins", level.npins},
+                       {"nparts", job->settings.nparts},
+                       {"objective", choice_name(&Settings::objective, job->settings.objective)},
+                       {"cut", cut},
+                       {"km1", km1},
+                       {"soed", cut + km1},
+                       {"part_weights", job->divided.weight},
+                       {"most", job->options.goal.most[0]},
+                       {"excess", job->divided.excess},
+                       {"levels", job->divided.levels},
+                       {"seconds", seconds},
+                       {"ranks", ranks_json(job, counted, worked)}});
+    return report;
 }
 
 static Status finish(DistributedJob *job, const Writer &writer)
@@ -241,9 +250,7 @@ static Status finish(DistributedJob *job, const Writer &writer)
                counted(job->divided.levels, "level", "levels").c_str(),
                counted(job->ranks.nranks, "rank", "ranks").c_str(),
                shown_output(job->settings.gather ? job->output : slice_name(*job)).c_str());
-    if (job->divided.excess > 0)
-        tell(text_of("no partition within the bounds was found; the parts are %lld outside in all",
-                     ll(job->divided.excess)));
+    if (job->divided.excess > 0) tell(complaint_of(job->divided));
     return status;
 }
 

@@ -76,18 +76,22 @@ static void sum_counts(Ranks *ranks, const LooseNets &nets, CountedHere *counted
     counted->cutnets = sums[3];
 }
 
-static void print_counts(const Settings &settings, const CountedHere &counted, bool within)
+/*   complaints  what is not as asked for, if anything */
+static void print_counts(const Settings &settings, const CountedHere &counted, bool within,
+                         const std::string &complaints)
 {
     const auto [lightest, heaviest] =
         std::minmax_element(counted.weight.begin(), counted.weight.end());
     if (settings.format == FORMAT_JSON) {
-        const Json answer = {{"cut", counted.cut},
-                             {"km1", counted.km1},
-                             {"soed", counted.cut + counted.km1},
-                             {"cut_hyperedges", counted.cutnets},
-                             {"pins", counted.pins},
-                             {"part_weights", counted.weight},
-                             {"within", within}};
+        Json answer = answer_json(settings, VERIFY, complaints.empty() ? STATUS_OK : STATUS_FAILED,
+                                  complaints);
+        answer.update(Json{{"cut", counted.cut},
+                           {"km1", counted.km1},
+                           {"soed", counted.cut + counted.km1},
+                           {"cut_hyperedges", counted.cutnets},
+                           {"pins", counted.pins},
+                           {"part_weights", counted.weight},
+                           {"within", within}});
         fputs(json_text(answer).c_str(), stdout);
         return;
     }
@@ -95,7 +99,6 @@ static void print_counts(const Settings &settings, const CountedHere &counted, b
            "heaviest part %lld\n",
            ll(counted.cut), ll(counted.km1), ll(counted.cut + counted.km1), ll(counted.cutnets),
            ll(*lightest), ll(*heaviest));
-    if (!within) tell("a part is heavier than --epsilon allows");
 }
 
 /* Whether the parts are what -k and --epsilon say. */
@@ -131,12 +134,17 @@ Status run_distributed_verify(const Settings &settings, MPI_Comm comm)
     count_nets(&ranks, header.nvertices, nets, own, &counted);
     sum_counts(&ranks, nets, &counted);
     count_weights(&ranks, level.weight, own, told ? settings.nparts : 1, &counted);
-    bool right = within_bounds_of(settings, counted);
-    if (ranks.rank == 0) print_counts(settings, counted, right);
-    if (was_given(settings, &Settings::expect) && counted.cut != settings.expect) {
-        if (ranks.rank == 0)
-            tell(text_of("the cut is %lld, not %lld", ll(counted.cut), ll(settings.expect)));
-        right = false;
+    const bool within = within_bounds_of(settings, counted);
+    std::vector<std::string> complaints;
+    if (!within) complaints.push_back("a part is heavier than --epsilon allows");
+    if (was_given(settings, &Settings::expect) && counted.cut != settings.expect)
+        complaints.push_back(
+            text_of("the cut is %lld, not %lld", ll(counted.cut), ll(settings.expect)));
+    std::string all;
+    for (const std::string &complaint : complaints) all += (all.empty() ? "" : "; ") + complaint;
+    if (ranks.rank == 0) {
+        print_counts(settings, counted, within, all);
+        for (const std::string &complaint : complaints) tell(complaint);
     }
-    return right ? STATUS_OK : STATUS_FAILED;
+    return complaints.empty() ? STATUS_OK : STATUS_FAILED;
 }

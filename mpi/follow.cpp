@@ -5,6 +5,7 @@
  * head and back. Whatever becomes of the search, the rank stays to say so.
  */
 #include <atomic>
+#include <cassert>
 #include <csignal>
 #include <thread>
 #include <unistd.h>
@@ -57,6 +58,7 @@ class Follower
 
     void take(const Letter &letter)
     {
+        assert(letter.from == 0);
         heard = seconds_now();
         if (letter.kind == PROBLEM) take_problem(letter);
         if (letter.kind == SAID) {
@@ -77,6 +79,7 @@ class Follower
         }
         problem_text.insert(problem_text.end(), letter.text.begin(), letter.text.end());
         if (problem_text.size() < expected) return;
+        assert(problem_text.size() == expected && !solver.joinable());
         assignment = assignment_in(problem_text);
         Bytes().swap(problem_text);
         settings.seed = assignment.seed;

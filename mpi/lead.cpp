@@ -7,6 +7,7 @@
  * result depends on its number alone.
  */
 #include <atomic>
+#include <cassert>
 #include <condition_variable>
 #include <filesystem>
 #include <optional>
@@ -89,7 +90,11 @@ class Leader : public PartitionHooks
     }
 
   private:
-    RankState &state_of(int rank) { return states[static_cast<size_t>(rank)]; }
+    RankState &state_of(int rank)
+    {
+        assert(rank >= 0 && rank < ranks.n);
+        return states[static_cast<size_t>(rank)];
+    }
 
     void partition()
     {
@@ -133,6 +138,7 @@ class Leader : public PartitionHooks
         if (letter.kind == HELLO) greet(letter);
         if (letter.kind == SAID) {
             const Saying saying = saying_in(letter.text);
+            assert(saying.client >= 0 && saying.client < CLIENTS);
             board.hear(letter.from * CLIENTS + saying.client, saying.message,
                        Bytes(saying.parts, saying.parts + saying.message.size), state.heard);
         }
@@ -177,6 +183,7 @@ class Leader : public PartitionHooks
         for (int rank = 1; rank < ranks.n; rank++) {
             RankState &state = state_of(rank);
             if (!state.greeted || state.served || ending_sent) continue;
+            assert(assignment != nullptr);
             mail.send(rank, PROBLEM, bytes_of_record(uint64_t{assignment->size()}));
             mail.send_long(rank, PROBLEM, assignment);
             state.served = true;
@@ -186,6 +193,7 @@ class Leader : public PartitionHooks
     void carry(int client, const Message &message, const unsigned char *parts)
     {
         const int rank = client / CLIENTS;
+        assert(client >= 0 && rank < ranks.n);
         if (rank == 0) return server.send(client, message, parts);
         mail.send(rank, SAID, bytes_of(Saying{client % CLIENTS, message, parts}));
     }
@@ -272,6 +280,7 @@ class Leader : public PartitionHooks
 
     Json row_of(int rank)
     {
+        assert(counts.size() == static_cast<size_t>(ranks.n)); // they have ended
         const ClientCounts &its = counts[static_cast<size_t>(rank)];
         return {{"rank", rank},
                 {"jobs", its.made},

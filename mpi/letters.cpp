@@ -3,11 +3,13 @@
 #include "letters.h"
 
 #include <algorithm>
+#include <cassert>
 
 #include "version.h"
 
 Bytes bytes_of(const Saying &saying)
 {
+    assert(saying.client >= 0 && (saying.message.size == 0 || saying.parts != nullptr));
     const size_t size = static_cast<size_t>(saying.message.size);
     Bytes text(sizeof saying.client + sizeof saying.message + size);
     memcpy(text.data(), &saying.client, sizeof saying.client);
@@ -19,8 +21,11 @@ Bytes bytes_of(const Saying &saying)
 Saying saying_in(const Bytes &text)
 {
     Saying saying;
+    assert(text.size() >= sizeof saying.client + sizeof saying.message);
     memcpy(&saying.client, text.data(), sizeof saying.client);
     memcpy(&saying.message, text.data() + sizeof saying.client, sizeof saying.message);
+    assert(text.size() ==
+           sizeof saying.client + sizeof saying.message + static_cast<size_t>(saying.message.size));
     saying.parts = text.data() + sizeof saying.client + sizeof saying.message;
     return saying;
 }
@@ -37,8 +42,10 @@ template <class Number> static void append(const std::vector<Number> &numbers, B
 template <class Number> static std::vector<Number> next_in(const Bytes &text, size_t *at)
 {
     uint64_t n;
+    assert(*at + sizeof n <= text.size());
     memcpy(&n, text.data() + *at, sizeof n);
     *at += sizeof n;
+    assert(n <= (text.size() - *at) / sizeof(Number));
     std::vector<Number> numbers(n);
     memcpy(numbers.data(), text.data() + *at, n * sizeof(Number));
     *at += n * sizeof(Number);
@@ -64,12 +71,14 @@ Assignment assignment_in(const Bytes &text)
     Problem &problem = assignment.problem;
     size_t at = 0;
     const std::vector<uint64_t> head = next_in<uint64_t>(text, &at);
+    assert(head.size() == 2);
     assignment.seed = static_cast<int64_t>(head[0]);
     assignment.digest = head[1];
     for (std::vector<int> *numbers : {&problem.eptr, &problem.eind, &problem.vwgts, &problem.hewgts,
                                       &problem.fixed, &problem.start, &problem.groups})
         *numbers = next_in<int>(text, &at);
     problem.capacities = next_in<double>(text, &at);
+    assert(at == text.size() && problem.eptr.size() == problem.hewgts.size() + 1);
     problem.began = std::chrono::steady_clock::now();
     Hypergraph &graph = problem.graph;
     graph.nvertices = static_cast<int64_t>(problem.vwgts.size());

@@ -8,6 +8,7 @@
 #ifndef ZORPEL_MPI_LETTERS_H
 #define ZORPEL_MPI_LETTERS_H
 
+#include <cassert>
 #include <cstring>
 #include <string>
 
@@ -50,6 +51,7 @@ template <class Record> Bytes bytes_of_record(const Record &record)
 template <class Record> Record record_in(const Bytes &text)
 {
     Record record = {};
+    assert(text.size() == sizeof record);
     memcpy(&record, text.data(), std::min(text.size(), sizeof record));
     return record;
 }

@@ -3,12 +3,15 @@
 #include "mail.h"
 
 #include <algorithm>
+#include <cassert>
+#include <climits>
 #include <set>
 
 constexpr size_t LONGEST = size_t{1} << 28; // bytes of a letter of several
 
 void Mailbox::post(int rank, int kind, std::shared_ptr<const Bytes> text, size_t from, size_t size)
 {
+    assert(rank >= 0 && kind > 0 && from + size <= text->size() && size <= INT_MAX);
     underway.push_back({std::move(text), MPI_REQUEST_NULL});
     Sent &sent = underway.back();
     sent_bytes += static_cast<int64_t>(size);
@@ -38,6 +41,7 @@ void Mailbox::look_for_letters()
                MPI_SUCCESS &&
            there) {
         MPI_Get_count(&status, MPI_BYTE, &size);
+        assert(size >= 0 && status.MPI_SOURCE >= 0);
         arriving.push_back({{status.MPI_SOURCE, status.MPI_TAG, Bytes(static_cast<size_t>(size))},
                             MPI_REQUEST_NULL});
         Arriving &last = arriving.back();

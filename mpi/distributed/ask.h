@@ -28,8 +28,12 @@ void ask_owners(Ranks *ranks, int64_t n, const std::vector<int64_t> &asked,
     Mail<T> mail;
     mail.first = questions.first;
     mail.records.resize(questions.records.size());
-    for (size_t i = 0; i < mail.records.size(); i++)
+    for (size_t i = 0; i < mail.records.size(); i++) {
+        assert(questions.records[i] >= 0 && static_cast<size_t>(questions.records[i]) < own.size());
         mail.records[i] = own[static_cast<size_t>(questions.records[i])];
+    }
+    assert(own.size() == static_cast<size_t>(share_begin(ranks, n, ranks->rank + 1) -
+                                             share_begin(ranks, n, ranks->rank)));
     questions = Mail<int>();
     exchange(ranks, &mail); // back in the order in which they were asked
     assert(mail.first == first);

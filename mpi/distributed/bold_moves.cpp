@@ -48,6 +48,7 @@ static std::vector<Plan> make_plans(const Level *level, const Goal *goal, const 
             empty_tally(&tally);
             if (rests[v] || !is_free(level, v) || choice.part < 0) return;
             if (choice.gain < -(scale * level->incident[v] / boldness->share)) return;
+            assert(choice.part != division->part[v] && choice.part < goal->nparts);
             plans[v] = {choice.part,
                         key_of(class_of_gain(choice.gain), seed, level->begin + vertex)};
         });
@@ -66,6 +67,7 @@ static void play_net(const Level *level, const Goal *goal, const Division *divis
         if (plans[static_cast<size_t>(level->netind[static_cast<size_t>(i)])].to >= 0)
             movers->push_back(level->netind[static_cast<size_t>(i)]);
     if (movers->empty()) return;
+    assert(static_cast<int>(movers->size()) <= end - begin);
     std::sort(movers->begin(), movers->end(), [&](int a, int b) {
         const uint32_t ka = plans[static_cast<size_t>(a)].key,
                        kb = plans[static_cast<size_t>(b)].key;
@@ -80,6 +82,7 @@ static void play_net(const Level *level, const Goal *goal, const Division *divis
         int *const from = &(*count)[static_cast<size_t>(division->seen[static_cast<size_t>(g)])];
         int *const to = &(*count)[static_cast<size_t>(plans[static_cast<size_t>(g)].to)];
         const int before = d;
+        assert(*from > 0 && from != to && d >= 1);
         d += ((*to)++ == 0) - (--*from == 0);
         (*gains)[static_cast<size_t>(g)] +=
             level->netweight[static_cast<size_t>(e)] *
@@ -98,6 +101,7 @@ static std::vector<Plan> plans_of_ghosts(Ranks *ranks, const Level *level,
 {
     std::vector<char> planned(own.size());
     for (size_t v = 0; v < own.size(); v++) planned[v] = own[v].to >= 0;
+    assert(own.size() == level->weight.size());
     std::vector<Plan> plans(level->ghost.size(), {-1, 0});
     mirror_changes(ranks, level, planned, own, &plans);
     return plans;
@@ -123,7 +127,9 @@ static std::vector<int64_t> gains_of_own(Ranks *ranks, const Level *level,
     size_t next = 0;
     for (const int mirrored : level->mirror) {
         const size_t v = static_cast<size_t>(mirrored);
-        if (own[v].to >= 0) sums[v] += mail.records[next++];
+        if (own[v].to < 0) continue;
+        assert(next < mail.records.size());
+        sums[v] += mail.records[next++];
     }
     assert(next == mail.records.size());
     return sums;
@@ -184,6 +190,7 @@ static int64_t move_until_idle(Ranks *ranks, const Level *level, const Goal *goa
         start = best;
         idle = 0;
     }
+    assert(bestpart.size() == division->part.size());
     division->part = std::move(bestpart);
     load_division(ranks, level, goal, division);
     return best;

@@ -40,12 +40,14 @@ Chooser open_chooser(const Level *level, const Goal *goal, const Division *divis
             chooser.second = p;
         }
     }
+    assert(chooser.roomiest >= 0 && chooser.roomiest != chooser.second);
     return chooser;
 }
 
 /* The best part for own vertex v that has room for it; tally holds the shares by part + 1. */
 Choice choose_part(const Chooser *chooser, size_t v, const Tally *tally)
 {
+    assert(v < chooser->division->part.size());
     const int from = chooser->division->part[v];
     int64_t any = -cost_of(chooser->goal->objective, 2) * chooser->level->incident[v];
     for (const int place : tally->taken)
@@ -57,6 +59,7 @@ Choice choose_part(const Chooser *chooser, size_t v, const Tally *tally)
     for (const int i : tally->taken) {
         const size_t place = static_cast<size_t>(i);
         const int p = static_cast<int>(tally->keys[place]) - 1;
+        assert(p >= -1 && p < chooser->goal->nparts);
         if (p < 0 || p == from || chooser->room[static_cast<size_t>(p)] < weight) continue;
         const int64_t gain = any + tally->sums[place];
         if (fits && gain < best.gain) continue;
@@ -68,5 +71,6 @@ Choice choose_part(const Chooser *chooser, size_t v, const Tally *tally)
         best = {p, gain};
         fits = true;
     }
+    assert(!fits || (best.part >= 0 && best.part != from));
     return fits ? best : Choice{-1, 0};
 }

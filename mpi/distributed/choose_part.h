@@ -45,9 +45,4 @@ inline uint32_t class_of_gain(int64_t gain)
                      : WORST_CLASS / 2 + half_octave(static_cast<uint64_t>(-gain));
 }
 
-inline bool is_free(const Level *level, size_t v)
-{
-    return level->fixed.empty() || level->fixed[v] < 0;
-}
-
 #endif

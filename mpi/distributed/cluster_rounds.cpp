@@ -72,6 +72,7 @@ static void list_incidence(const Level *level, std::vector<int> *ptr, std::vecto
                 (*ptr)[static_cast<size_t>(level->netind[static_cast<size_t>(i)])]++)] = e;
     for (size_t g = level->ghost.size(); g > 0; g--) (*ptr)[g] = (*ptr)[g - 1];
     (*ptr)[0] = 0;
+    assert(ptr->back() == static_cast<int>(ind->size()));
 }
 
 static bool may_join(const Division *inside, int g, int pin)
@@ -86,6 +87,7 @@ static void rate_net(const Rounds *rounds, int g, int e, Tally *tally)
     const Level *const level = rounds->level;
     const int begin = level->netptr[static_cast<size_t>(e)];
     const int size = level->netptr[static_cast<size_t>(e) + 1] - begin;
+    assert(g >= 0 && g < nghosts_of(level) && size >= 2);
     if (size > LARGEST_NET) return;
     const int *const pins = level->netind.data() + begin;
     const int64_t *const seen = rounds->seen.data();
@@ -94,6 +96,7 @@ static void rate_net(const Rounds *rounds, int g, int e, Tally *tally)
     int at = 0, n = size;
     if (size > SMALL_NET) {
         while (pins[at] != g) at++;
+        assert(at < size && NEIGHBOURS < size);
         n = NEIGHBOURS + 1;
     }
     for (int i = 0; i < n; i++, at = at + 1 < size ? at + 1 : 0)
@@ -112,6 +115,7 @@ static void rate(const Rounds *rounds, Mail<Rating> *mail)
         for (int64_t i = level->ghostfirst[static_cast<size_t>(r)];
              i < level->ghostfirst[static_cast<size_t>(r) + 1]; i++) {
             const size_t g = static_cast<size_t>(i);
+            assert(level->ghost[g] >= begin && level->ghost[g] - begin < INT_MAX);
             if (!has_turn(rounds, level->ghost[g], rounds->seen[g])) continue;
             for (int j = rounds->incptr[g]; j < rounds->incptr[g + 1]; j++)
                 rate_net(rounds, static_cast<int>(g), rounds->incind[static_cast<size_t>(j)],
@@ -162,6 +166,7 @@ static void propose(Rounds *rounds, Mail<Rating> *ratings, Mail<Proposal> *mail)
         [&](const Rating &rating) { add_tally(&tally, rating.cluster, rating.score, -1); },
         [&](int vertex) {
             const size_t v = static_cast<size_t>(vertex);
+            assert(v < rounds->rated.size() && is_single(rounds->clustering->label[v]));
             rounds->rated[v] = 1;
             const int best = best_place(rounds, level->begin + vertex, rounds->banned[v], &tally);
             if (best >= 0) {
@@ -195,7 +200,9 @@ static void propose(Rounds *rounds, Mail<Rating> *ratings, Mail<Proposal> *mail)
  * itself, and two that propose to each other follow the one of the smaller lot. */
 static bool stays(const Rounds *rounds, int64_t c, const Proposal *begin, const Proposal *end)
 {
+    assert(c >= rounds->level->begin && c < rounds->level->end && begin < end);
     const int64_t wanted = rounds->wanted[static_cast<size_t>(c - rounds->level->begin)];
+    assert(wanted != c);
     if (wanted < 0) return true;
     for (const Proposal *p = begin; p != end; p++) {
         if (p->from != wanted) continue;
@@ -210,6 +217,8 @@ static bool stays(const Rounds *rounds, int64_t c, const Proposal *begin, const 
 static Answer take(Rounds *rounds, size_t c, const Proposal &proposal)
 {
     Clustering *const clustering = rounds->clustering;
+    assert(c < clustering->label.size() && proposal.weight >= 0 && proposal.score > 0);
+    assert(leader_of(clustering->label[c]) == rounds->level->begin + static_cast<int64_t>(c));
     if (clustering->clusterweight[c] + proposal.weight > clustering->mostweight) return REFUSED;
     if (!clustering->clusterfixed.empty()) {
         int *const fixed = &clustering->clusterfixed[c];
@@ -269,7 +278,8 @@ static int64_t join(Rounds *rounds, const Mail<Reply> &replies)
     int64_t joined = 0;
     for (const Reply &reply : replies.records) {
         const size_t v = static_cast<size_t>(reply.vertex);
-        assert(rounds->wanted[v] >= 0);
+        assert(reply.vertex >= 0 && v < rounds->wanted.size() && rounds->wanted[v] >= 0);
+        assert(reply.answer == TAKEN || reply.answer == REFUSED);
         if (reply.answer == TAKEN) {
             rounds->clustering->label[v] = 2 * rounds->wanted[v] + 1;
             rounds->changed[v] = 1;
@@ -292,6 +302,7 @@ static int64_t take_turn(Rounds *rounds)
     propose(rounds, &ratings, &proposals);
     accept(rounds, &proposals, &replies);
     const int64_t joined = join(rounds, replies);
+    assert(joined <= static_cast<int64_t>(replies.records.size()));
     mirror_changes(rounds->ranks, rounds->level, rounds->changed, rounds->clustering->label,
                    &rounds->seen);
     return sum_of_all(rounds->ranks, joined);
@@ -340,6 +351,7 @@ static void open_clustering(const Level *level, int64_t mostweight, Clustering *
 void form_clusters(Ranks *ranks, const Level *level, uint64_t seed, int64_t mostweight,
                    int64_t enough, const Division *inside, Clustering *clustering)
 {
+    assert(mostweight > 0 && enough >= 0);
     open_clustering(level, mostweight, clustering);
     const size_t nown = level->weight.size();
     Rounds rounds = {ranks, level, inside, clustering, 0, 0, {}, {}, {}, {}, {}, {}, {}};
@@ -360,5 +372,7 @@ void form_clusters(Ranks *ranks, const Level *level, uint64_t seed, int64_t most
     for (size_t v = 0; v < nown; v++)
         rounds.rated[v] |= level->incident[v] > 0 && rounds.turn < TURNS;
     clustering->nclusters -= join_lonely(&rounds);
+    assert(clustering->nclusters <= level->nvertices);
+    assert(clustering->nclusters > 0 || level->nvertices == 0);
     HEAVY_ASSERT(clustering_ok(ranks, level, clustering));
 }

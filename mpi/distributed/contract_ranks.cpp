@@ -18,6 +18,7 @@ static int64_t number_clusters(Ranks *ranks, Level *level, const Clustering *clu
     int64_t nleaders = 0;
     for (size_t v = 0; v < nown; v++) {
         const int64_t leader = leader_of(clustering->label[v]);
+        assert(leader >= 0 && leader < level->nvertices);
         if (leader == level->begin + static_cast<int64_t>(v))
             numbers[v] = nleaders++;
         else
@@ -47,6 +48,7 @@ static void send_weights(Ranks *ranks, const Level *level, const Clustering *clu
         for (size_t v = 0; v < level->weight.size(); v++) {
             if (leader_of(clustering->label[v]) != level->begin + static_cast<int64_t>(v)) continue;
             const int64_t c = level->coarse[v];
+            assert(c >= 0 && c < coarser->nvertices);
             const int owner = share_owner(ranks, coarser->nvertices, c);
             if (pass == 0)
                 count_mail(&mail, owner);
@@ -58,9 +60,13 @@ static void send_weights(Ranks *ranks, const Level *level, const Clustering *clu
         }
     }
     exchange(ranks, &mail);
+    assert(static_cast<int64_t>(mail.records.size()) ==
+           share_begin(ranks, coarser->nvertices, ranks->rank + 1) -
+               share_begin(ranks, coarser->nvertices, ranks->rank));
     coarser->weight.resize(mail.records.size());
     coarser->fixed.resize(level->fixed.empty() ? 0 : mail.records.size());
     for (const CoarseVertex &vertex : mail.records) {
+        assert(vertex.vertex >= 0 && static_cast<size_t>(vertex.vertex) < mail.records.size());
         coarser->weight[static_cast<size_t>(vertex.vertex)] = vertex.weight;
         if (!level->fixed.empty())
             coarser->fixed[static_cast<size_t>(vertex.vertex)] = vertex.fixed;
@@ -79,6 +85,7 @@ static LooseNets rename_pins(const Level *level, const std::vector<int64_t> &coa
             pins.push_back(coarse[static_cast<size_t>(level->netind[static_cast<size_t>(i)])]);
         std::sort(pins.begin(), pins.end());
         pins.erase(std::unique(pins.begin(), pins.end()), pins.end());
+        assert(!pins.empty() && pins[0] >= 0); // every vertex is in a cluster
         if (pins.size() < 2) continue;
         nets.pins.insert(nets.pins.end(), pins.begin(), pins.end());
         nets.ptr.push_back(static_cast<int64_t>(nets.pins.size()));

@@ -36,6 +36,7 @@ static int64_t most_weight(const Level *level, const Goal *goal)
     const double average = static_cast<double>(level->totalweight) /
                            static_cast<double>(std::max<int64_t>(level->nvertices, 1));
     const int64_t grown = static_cast<int64_t>(average * SHRINK * static_cast<double>(GROWN)) + 1;
+    assert(goal->nparts > 0);
     const int64_t cap = level->totalweight / (CLUSTERS_A_PART * goal->nparts) + 1;
     return std::min(grown, cap);
 }
@@ -62,7 +63,9 @@ static std::unique_ptr<Level> coarser_level(Ranks *ranks, Level *level,
     if (static_cast<double>(clustering.nclusters) > LITTLE * static_cast<double>(level->nvertices))
         return nullptr;
     auto coarser = std::make_unique<Level>();
+    [[maybe_unused]] const int64_t nclusters = clustering.nclusters;
     contract_level(ranks, level, &clustering, coarser.get());
+    assert(coarser->nvertices == nclusters && coarser->npins <= level->npins);
     return coarser;
 }
 
@@ -92,6 +95,7 @@ static void carry_up(Ranks *ranks, const Level *level, const Level *coarser, con
         assert(*part < 0 || *part == record.part);
         *part = record.part;
     }
+    assert(std::find(division->part.begin(), division->part.end(), -1) == division->part.end());
     load_division(ranks, coarser, goal, division);
 }
 
@@ -121,6 +125,7 @@ static void project(Ranks *ranks, Levels *levels, const Goal *goal, Division *di
     Level *const level = levels->back().get();
     *division = Division();
     ask_owners(ranks, n, level->coarse, coarse, &division->part);
+    assert(division->part.size() == level->weight.size());
     std::vector<int64_t>().swap(level->coarse);
     load_division(ranks, level, goal, division);
 }
@@ -157,6 +162,7 @@ Divided divide(Ranks *ranks, Level *level, const DivideOptions *options, std::ve
         refine_levels(ranks, options, cycle, &levels, &division, &divided);
         if (divided.levels == 1) break; // the search had all of it
     }
+    assert(levels.size() == 1 && divided.levels >= 1);
     divided.weight = division.weight;
     divided.excess = excess_of(&options->goal, &division);
     *part = std::move(division.part);

@@ -9,10 +9,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "core/heavy_assert.h"
+
 constexpr int64_t PIECE = 1 << 20;
 
 bool read_bytes(const FileShare *share, int64_t place, void *bytes, int64_t n, ShareFault *fault)
 {
+    assert(place >= 0 && n >= 0);
     char *to = static_cast<char *>(bytes);
     while (n > 0) {
         const ssize_t got = pread(share->file, to, static_cast<size_t>(n), place);
@@ -31,6 +34,7 @@ bool read_bytes(const FileShare *share, int64_t place, void *bytes, int64_t n, S
 static uint64_t digest_of(const FileShare *share, int64_t begin, int64_t end, ShareFault *fault)
 {
     std::vector<uint64_t> words(PIECE / 8);
+    assert(begin >= 0 && begin <= end && end <= share->size);
     uint64_t sums[4] = {1, 2, 3, static_cast<uint64_t>(end - begin)};
     for (int64_t at = begin; at < end; at += PIECE) {
         const int64_t n = end - at < PIECE ? end - at : PIECE;
@@ -65,9 +69,11 @@ static int64_t cut_at(const Ranks *ranks, int64_t skip, int64_t size, int r)
 
 bool set_share(Ranks *ranks, int64_t skip, FileShare *share, ShareFault *fault)
 {
+    assert(skip >= 0 && skip <= share->size);
     const int next = (ranks->rank + 1) % ranks->nranks;
     share->begin = cut_at(ranks, skip, share->size, ranks->rank);
     share->end = cut_at(ranks, skip, share->size, ranks->rank + 1);
+    assert(share->begin >= skip && share->begin <= share->end && share->end <= share->size);
     share->digest = digest_of(share, share->begin, share->end, fault);
     share->skip = skip;
     share->head = digest_of(share, 0, skip, fault);
@@ -86,7 +92,7 @@ bool set_share(Ranks *ranks, int64_t skip, FileShare *share, ShareFault *fault)
     return !agree_on_fault(ranks, fault);
 }
 
-void check_unchanged(FileShare *share, ShareFault *fault)
+void check_unchanged(const FileShare *share, ShareFault *fault)
 {
     struct stat status;
     if (fstat(share->file, &status) != 0 || status.st_size != share->size ||
@@ -115,6 +121,7 @@ static bool fill(FileShare *share, ShareFault *fault)
 {
     const int64_t n = share->size - share->place < PIECE ? share->size - share->place : PIECE;
     if (n <= 0) return false;
+    assert(share->at <= share->filled && share->filled == share->buffer.size());
     share->buffer.erase(0, share->at);
     share->filled -= share->at;
     share->at = 0;
@@ -123,6 +130,7 @@ static bool fill(FileShare *share, ShareFault *fault)
         return false;
     share->place += n;
     share->filled += static_cast<size_t>(n);
+    HEAVY_ASSERT(share_ok(share));
     return true;
 }
 
@@ -143,6 +151,7 @@ static bool take_line(FileShare *share, const char **begin, const char **end, Sh
             *begin = from;
             *end = static_cast<const char *>(newline);
             share->at += static_cast<size_t>(*end - from) + 1;
+            assert(share->at <= share->filled);
             return true;
         }
         looked = n;

@@ -12,7 +12,7 @@
 #include "distributed/share_fault.h"
 
 /*   Z1  the lines not yet taken begin at the bytes buffer[at] .. buffer[filled-1], which are those
- *       of the file before place
+ *       of the file before place; the buffer ends with them
  */
 struct FileShare {
     int file;
@@ -25,6 +25,9 @@ struct FileShare {
     uint64_t digest, head; // of the share, and of what is before all shares
 };
 
+/* Tests Z1 against the file, unless that has changed since set_share(). */
+bool share_ok(const FileShare *share);
+
 /* Opens a file on all ranks and makes sure that it is one: everyone's size is the same, and each
  * rank's share is, byte for byte, what the rank before it finds there.
  *   skip  bytes at the begin that all ranks read: compared too, and left out of the shares
@@ -34,7 +37,7 @@ bool set_share(Ranks *ranks, int64_t skip, FileShare *share, ShareFault *fault);
 
 /* Whether the share, and what is before all shares, still is what it was when it was opened; a
  * fault otherwise. */
-void check_unchanged(FileShare *share, ShareFault *fault);
+void check_unchanged(const FileShare *share, ShareFault *fault);
 void close_share(FileShare *share);
 
 /* Reads so many bytes from a place; a fault if they are not there. */

@@ -19,6 +19,7 @@ template <class T> static std::vector<T> gather(Ranks *ranks, std::vector<T> val
     mail.first[0] = 0;
     mail.records = std::move(values);
     exchange(ranks, &mail);
+    assert(ranks->rank == 0 || mail.records.empty());
     return std::move(mail.records);
 }
 
@@ -63,6 +64,12 @@ static Whole gather_whole(Ranks *ranks, const Level *level, const Division *divi
     whole.vwgts = gather(ranks, level->weight);
     whole.fixed = gather(ranks, level->fixed);
     whole.start = gather(ranks, division->part);
+    assert(whole.eptr.size() == whole.hewgts.size() + 1);
+    assert(whole.eptr.back() == static_cast<int>(whole.eind.size()));
+    assert(ranks->rank != 0 || whole.vwgts.size() == static_cast<size_t>(level->nvertices));
+    assert(ranks->rank != 0 || whole.eind.size() == static_cast<size_t>(level->npins));
+    assert(whole.fixed.empty() || whole.fixed.size() == whole.vwgts.size());
+    assert(whole.start.empty() || whole.start.size() == whole.vwgts.size());
     return whole;
 }
 
@@ -97,12 +104,14 @@ static std::vector<int> divide_whole(const Whole &whole, const Goal *goal,
 /* Rank 0 gives each rank its own part of the values. */
 static std::vector<int> scatter(Ranks *ranks, const Level *level, std::vector<int> values)
 {
+    assert(values.size() == static_cast<size_t>(ranks->rank == 0 ? level->nvertices : 0));
     Mail<int> mail;
     mail.first.assign(1, 0);
     for (int r = 1; r <= ranks->nranks; r++)
         mail.first.push_back(ranks->rank == 0 ? share_begin(ranks, level->nvertices, r) : 0);
     mail.records = std::move(values);
     exchange(ranks, &mail);
+    assert(mail.records.size() == level->weight.size());
     return std::move(mail.records);
 }
 

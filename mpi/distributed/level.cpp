@@ -30,6 +30,7 @@ static void list_ghosts(const Ranks *ranks, Level *level, const std::vector<int6
     std::sort(sorted.begin(), sorted.end());
     sorted.erase(std::unique(sorted.begin(), sorted.end()), sorted.end());
     level->ghost.assign(sorted.begin(), sorted.end()); // no larger than it must be
+    assert(sorted.empty() || (sorted[0] >= 0 && sorted.back() < level->nvertices));
     level->ghostfirst.clear();
     for (int r = 0; r <= ranks->nranks; r++)
         level->ghostfirst.push_back(std::lower_bound(level->ghost.begin(), level->ghost.end(),
@@ -45,6 +46,7 @@ static void number_pins(Level *level, const std::vector<int64_t> &pins)
     for (size_t i = 0; i < pins.size(); i++) {
         assert(pins[i] >= 0 && pins[i] < level->nvertices);
         level->netind[i] = static_cast<int>(std::lower_bound(begin, end, pins[i]) - begin);
+        assert(level->ghost[static_cast<size_t>(level->netind[i])] == pins[i]);
     }
 }
 
@@ -73,6 +75,7 @@ static void sum_incident(Ranks *ranks, Level *level)
             mail.records[static_cast<size_t>(level->netind[static_cast<size_t>(i)])] +=
                 level->netweight[static_cast<size_t>(e)];
     exchange(ranks, &mail); // comes in as the mirrors stand
+    assert(mail.first == level->mirrorfirst);
     level->incident.assign(static_cast<size_t>(nown_of(level)), 0);
     for (size_t i = 0; i < level->mirror.size(); i++)
         level->incident[static_cast<size_t>(level->mirror[i])] += mail.records[i];
@@ -91,12 +94,17 @@ static void sum_up(Ranks *ranks, Level *level)
     level->npins = sums[1];
     level->totalweight = sums[2];
     level->heaviest = most_of_all(ranks, heaviest);
+    assert(level->npins >= 2 * level->nnets && level->heaviest <= level->totalweight);
 }
 
 void open_level(Ranks *ranks, Level *level, LooseNets *nets)
 {
     level->begin = share_begin(ranks, level->nvertices, ranks->rank);
     level->end = share_begin(ranks, level->nvertices, ranks->rank + 1);
+    assert(level->weight.size() == static_cast<size_t>(level->end - level->begin));
+    assert(level->fixed.empty() || level->fixed.size() == level->weight.size());
+    assert(nets->ptr.size() == nets->weight.size() + 1);
+    assert(nets->ptr.back() == static_cast<int64_t>(nets->pins.size()));
     leave_out(nets);
     if (nets->pins.size() >= INT_MAX || level->end - level->begin >= INT_MAX)
         give_up(ranks, "this rank's share has more than 2147483646 pins or vertices; more ranks "

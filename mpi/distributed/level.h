@@ -62,9 +62,17 @@ inline int nghosts_of(const Level *level)
     return static_cast<int>(level->ghost.size());
 }
 
+/* Whether own vertex v may lie in any part. */
+inline bool is_free(const Level *level, size_t v)
+{
+    assert(v < level->weight.size());
+    return level->fixed.empty() || level->fixed[v] < 0;
+}
+
 /* The rank that owns a ghost. */
 inline int ghost_owner(const Ranks *ranks, const Level *level, int g)
 {
+    assert(g >= 0 && g < nghosts_of(level));
     return share_owner(ranks, level->nvertices, level->ghost[static_cast<size_t>(g)]);
 }
 
@@ -87,12 +95,14 @@ template <class T>
 void mirror_values(Ranks *ranks, const Level *level, const std::vector<T> &own,
                    std::vector<T> *ghost)
 {
+    assert(own.size() == static_cast<size_t>(nown_of(level)));
     Mail<T> mail;
     mail.first = level->mirrorfirst;
     mail.records.resize(level->mirror.size());
     for (size_t i = 0; i < level->mirror.size(); i++)
         mail.records[i] = own[static_cast<size_t>(level->mirror[i])];
     exchange(ranks, &mail);
+    assert(mail.first == level->ghostfirst);
     *ghost = std::move(mail.records); // senders in order, each its ghosts in order: as D4 has them
 }
 
@@ -109,6 +119,7 @@ template <class T>
 void mirror_changes(Ranks *ranks, const Level *level, const std::vector<char> &changed,
                     const std::vector<T> &own, std::vector<T> *ghost)
 {
+    assert(changed.size() == own.size() && ghost->size() == level->ghost.size());
     Mail<Change<T>> mail;
     begin_mail(ranks, &mail);
     for (int pass = 0; pass < 2; pass++) {
@@ -131,6 +142,8 @@ void mirror_changes(Ranks *ranks, const Level *level, const std::vector<char> &c
         for (int64_t i = mail.first[static_cast<size_t>(r)];
              i < mail.first[static_cast<size_t>(r) + 1]; i++) {
             const Change<T> &change = mail.records[static_cast<size_t>(i)];
+            assert(change.place >= 0 &&
+                   base + change.place < level->ghostfirst[static_cast<size_t>(r) + 1]);
             (*ghost)[static_cast<size_t>(base + change.place)] = change.value;
         }
     }

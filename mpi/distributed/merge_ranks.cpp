@@ -24,6 +24,7 @@ static NetKey key_of(const int64_t *pins, int64_t size)
 {
     uint64_t hash = static_cast<uint64_t>(size);
     for (int64_t i = 0; i < size; i++) hash = mixed(hash * 31 + static_cast<uint64_t>(pins[i]) + 1);
+    assert(size >= 2); // the others have been left out
     return {pins[size / 2], hash};
 }
 
@@ -55,6 +56,7 @@ static std::vector<NetKey> choose_bounds(Ranks *ranks, const LooseNets &nets)
     }
     exchange(ranks, &mail);
     std::vector<NetKey> &all = mail.records, bounds;
+    assert(mail.first.size() == static_cast<size_t>(ranks->nranks) + 1);
     std::sort(all.begin(), all.end());
     for (size_t r = 1; r < static_cast<size_t>(ranks->nranks); r++)
         bounds.push_back(all.empty() ? NetKey{INT64_MAX, 0}
@@ -72,6 +74,7 @@ static void send_nets(Ranks *ranks, LooseNets *nets)
     for (size_t e = 0; e < to.size(); e++) {
         to[e] = static_cast<int>(std::upper_bound(bounds.begin(), bounds.end(), key_at(*nets, e)) -
                                  bounds.begin());
+        assert(to[e] >= 0 && to[e] < ranks->nranks);
         mail.first[static_cast<size_t>(to[e]) + 1] += nets->ptr[e + 1] - nets->ptr[e] + 2;
     }
     open_mail(&mail);
@@ -84,7 +87,9 @@ static void send_nets(Ranks *ranks, LooseNets *nets)
     *nets = LooseNets();
     exchange(ranks, &mail);
     for (size_t i = 0; i < mail.records.size();) {
+        assert(i + 2 <= mail.records.size() && mail.records[i] > 0 && mail.records[i + 1] >= 2);
         const size_t size = static_cast<size_t>(mail.records[i + 1]);
+        assert(size <= mail.records.size() - i - 2);
         nets->weight.push_back(mail.records[i]);
         nets->pins.insert(nets->pins.end(), mail.records.begin() + static_cast<int64_t>(i) + 2,
                           mail.records.begin() + static_cast<int64_t>(i + 2 + size));
@@ -123,6 +128,8 @@ static void merge_sorted(LooseNets *nets, const std::vector<uint32_t> &order)
         merged.ptr.push_back(static_cast<int64_t>(merged.pins.size()));
         merged.weight.push_back(nets->weight[e]);
     }
+    assert(merged.weight.size() <= nets->weight.size());
+    assert(merged.ptr.size() == merged.weight.size() + 1);
     *nets = std::move(merged);
 }
 

@@ -72,11 +72,14 @@ static void unpack(const Mail<unsigned char> &packed, Mail<Share> *mail)
         int vertex = 0;
         for (size_t at = static_cast<size_t>(packed.first[r - 1]); at < end;) {
             vertex += static_cast<int>(take_number(packed.records, &at));
+            assert(vertex >= 0);
             const int part = static_cast<int>(take_number(packed.records, &at)) - 1;
+            assert(part >= -1 && at < end);
             mail->records.push_back({vertex, part, unfolded(take_number(packed.records, &at))});
         }
         mail->first.push_back(static_cast<int64_t>(mail->records.size()));
     }
+    assert(mail->first.size() == packed.first.size());
 }
 
 void exchange_shares(Ranks *ranks, Mail<Share> *mail)

@@ -11,6 +11,7 @@ Ranks ranks_of(MPI_Comm comm)
     Ranks ranks = {comm, 0, 1, 0, 0, 0, 0, 0};
     MPI_Comm_rank(comm, &ranks.rank);
     MPI_Comm_size(comm, &ranks.nranks);
+    assert(ranks.rank >= 0 && ranks.rank < ranks.nranks);
     return ranks;
 }
 
@@ -40,6 +41,7 @@ template <class Operation> static void together(Ranks *ranks, const Operation &o
     operation();
     ranks->waiting += processor_time() - began;
     ranks->steps++;
+    HEAVY_ASSERT(ranks_ok(ranks));
 }
 
 static void count_collective(Ranks *ranks, int64_t nbytes)
@@ -54,7 +56,7 @@ static void count_collective(Ranks *ranks, int64_t nbytes)
 
 static void reduce_all(Ranks *ranks, int64_t *values, size_t n, MPI_Op operation)
 {
-    assert(n <= INT_MAX);
+    assert(n > 0 && n <= INT_MAX);
     together(ranks, [&] {
         MPI_Allreduce(MPI_IN_PLACE, values, static_cast<int>(n), MPI_INT64_T, operation,
                       ranks->comm);
@@ -112,14 +114,13 @@ void tell_all(Ranks *ranks, void *bytes, int64_t nbytes)
                       static_cast<int>(nbytes - at < PIECE ? nbytes - at : PIECE), MPI_BYTE, 0,
                       ranks->comm);
         });
-    count_collective(ranks, nbytes);
+    if (nbytes > 0) count_collective(ranks, nbytes);
 }
 
 void exchange_counts(Ranks *ranks, const int64_t *nsend, int64_t *nreceive)
 {
-    together(ranks, [&] {
-        MPI_Alltoall(nsend, 1, MPI_INT64_T, nreceive, 1, MPI_INT64_T, ranks->comm);
-    });
+    together(ranks,
+             [&] { MPI_Alltoall(nsend, 1, MPI_INT64_T, nreceive, 1, MPI_INT64_T, ranks->comm); });
     ranks->messages += ranks->nranks - 1;
     ranks->bytes += static_cast<int64_t>(sizeof *nsend) * (ranks->nranks - 1);
 }
@@ -130,6 +131,7 @@ static void set_places(const Ranks *ranks, const int64_t *counts, std::vector<in
 {
     int64_t sum = 0;
     for (int r = 0; r < ranks->nranks; r++) {
+        assert(counts[r] >= 0);
         if (sum + counts[r] > INT_MAX)
             give_up(ranks, "more than 2147483647 records in one exchange; more ranks are needed");
         first->push_back(static_cast<int>(sum));
@@ -141,6 +143,8 @@ static void set_places(const Ranks *ranks, const int64_t *counts, std::vector<in
 void exchange_records(Ranks *ranks, const void *send, const int64_t *nsend, void *receive,
                       const int64_t *nreceive, size_t size)
 {
+    assert(size > 0 && size <= INT_MAX);
+    assert(nsend[ranks->rank] == nreceive[ranks->rank]);
     std::vector<int> sends, sendfirst, receives, receivefirst;
     set_places(ranks, nsend, &sends, &sendfirst);
     set_places(ranks, nreceive, &receives, &receivefirst);

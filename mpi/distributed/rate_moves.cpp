@@ -45,11 +45,13 @@ static void draft_shares(Sweep *sweep, int64_t w, const int *pins, int size)
     const Turn *const turn = sweep->turn;
     const Objective objective = sweep->goal->objective;
     const int d = static_cast<int>(sweep->touched.size());
+    assert(d >= 2 && d <= sweep->goal->nparts && w > 0);
     const int64_t back = w * cost_of(objective, 2), now = w * cost_of(objective, d);
     for (int i = 0; i < size; i++) {
         const int g = pins[i], from = seen[g];
         if (!turn->from.empty() && !turn->from[static_cast<size_t>(from)]) continue;
         if (!has_turn(turn, sweep->level->ghost[static_cast<size_t>(g)])) continue;
+        assert(sweep->count[static_cast<size_t>(from)] > 0);
         const int left = d - (sweep->count[static_cast<size_t>(from)] == 1);
         const int64_t anew = w * cost_of(objective, left + 1), kept = w * cost_of(objective, left);
         if (d == sweep->goal->nparts) {
@@ -81,6 +83,7 @@ static int64_t sweep_net(Sweep *sweep, int e)
         w * cost_of(sweep->goal->objective, static_cast<int>(sweep->touched.size()));
     for (const int p : sweep->touched) sweep->count[static_cast<size_t>(p)] = 0;
     sweep->touched.clear();
+    assert(cost > 0);
     return cost;
 }
 
@@ -94,6 +97,7 @@ static void sort_drafts(const Level *level, std::vector<Draft> *drafts, std::vec
     std::vector<int> at(first->begin(), first->end() - 1);
     for (const Draft &draft : *drafts)
         sorted[static_cast<size_t>(at[static_cast<size_t>(draft.ghost)]++)] = draft;
+    assert(first->back() == static_cast<int>(drafts->size()));
     *drafts = std::move(sorted);
 }
 
@@ -112,6 +116,7 @@ static void write_shares(const Ranks *ranks, Sweep *sweep, Mail<Share> *mail)
             for (int i = first[static_cast<size_t>(g)]; i < first[static_cast<size_t>(g) + 1]; i++)
                 add_tally(&tally, sweep->drafts[static_cast<size_t>(i)].part + 1,
                           sweep->drafts[static_cast<size_t>(i)].value, -1);
+            assert(level->ghost[static_cast<size_t>(g)] >= begin);
             for (const int place : tally.taken)
                 mail->records.push_back(
                     {static_cast<int>(level->ghost[static_cast<size_t>(g)] - begin),
@@ -127,6 +132,8 @@ static void write_shares(const Ranks *ranks, Sweep *sweep, Mail<Share> *mail)
 int64_t rate_moves(Ranks *ranks, const Level *level, const Goal *goal, const Division *division,
                    const Turn *turn, Mail<Share> *mail)
 {
+    assert(division->seen.size() == level->ghost.size());
+    assert(turn == nullptr || (turn->turn >= 0 && turn->turn < turn->turns));
     Sweep sweep = {level, goal, division, turn, {}, {}, {}};
     sweep.count.assign(static_cast<size_t>(goal->nparts), 0);
     int64_t value = 0;

@@ -30,9 +30,9 @@ int64_t rate_moves(Ranks *ranks, const Level *level, const Goal *goal, const Div
 
 inline bool has_turn(const Turn *turn, int64_t vertex)
 {
-    return turn->turns == 1 ||
-           lot(turn->seed, static_cast<uint64_t>(vertex), turn->salt) % static_cast<uint64_t>(turn->turns) ==
-               static_cast<uint64_t>(turn->turn);
+    return turn->turns == 1 || lot(turn->seed, static_cast<uint64_t>(vertex), turn->salt) %
+                                       static_cast<uint64_t>(turn->turns) ==
+                                   static_cast<uint64_t>(turn->turn);
 }
 
 #endif

@@ -33,6 +33,7 @@ static void send_numbers(Ranks *ranks, int64_t n, int64_t first,
         if (pass == 1) open_mail(&mail);
         for (size_t i = 0; i < numbers.size(); i++) {
             const int64_t v = first + static_cast<int64_t>(i);
+            assert(v >= 0 && v < n);
             const int owner = share_owner(ranks, n, v);
             if (pass == 0)
                 count_mail(&mail, owner);
@@ -42,8 +43,10 @@ static void send_numbers(Ranks *ranks, int64_t n, int64_t first,
         }
     }
     exchange(ranks, &mail);
-    for (const VertexNumber &number : mail.records)
+    for (const VertexNumber &number : mail.records) {
+        assert(number.vertex >= 0 && static_cast<size_t>(number.vertex) < own->size());
         (*own)[static_cast<size_t>(number.vertex)] = number.value;
+    }
 }
 
 static bool read_header(FileShare *share, ShareHeader *header, int64_t *behind, ShareFault *fault)

@@ -29,7 +29,10 @@ static size_t open_bounds(Ranks *ranks, Side side, const std::vector<int64_t> &r
                           const std::vector<Move> &moves, std::vector<Bound> *bounds)
 {
     std::vector<int64_t> sums(room.size(), 0);
-    for (const Move &move : moves) sums[part_of(move, side)] += move.weight;
+    for (const Move &move : moves) {
+        assert(part_of(move, side) < room.size() && move.weight >= 0);
+        sums[part_of(move, side)] += move.weight;
+    }
     sum_all(ranks, sums.data(), sums.size());
     int open = 0;
     for (size_t p = 0; p < room.size(); p++) {
@@ -55,8 +58,10 @@ static void next_bits(Ranks *ranks, Side side, int shift, size_t nopen,
     for (Bound &bound : *bounds) {
         if (bound.row < 0) continue;
         const int64_t *const sum = &sums[static_cast<size_t>(bound.row) * CLASSES];
+        assert(bound.left >= 0 && static_cast<size_t>(bound.row) < nopen);
         uint64_t bits = 0;
         while (bits + 1 < CLASSES && sum[bits] <= bound.left) bound.left -= sum[bits++];
+        assert(bits < CLASSES && (bound.bound & ((uint64_t{1} << (shift + BITS)) - 1)) == 0);
         bound.bound |= bits << shift;
     }
 }

@@ -28,11 +28,14 @@ void for_each_vertex(const Mail<T> &mail, Take take, Close close)
         const auto [vertex, sender] = next.top();
         next.pop();
         const size_t r = static_cast<size_t>(sender);
+        assert(vertex >= 0);
         while (at[r] < mail.first[r + 1] &&
                mail.records[static_cast<size_t>(at[r])].vertex == vertex)
             take(mail.records[static_cast<size_t>(at[r]++)]);
-        if (at[r] < mail.first[r + 1])
+        if (at[r] < mail.first[r + 1]) {
+            assert(mail.records[static_cast<size_t>(at[r])].vertex > vertex); // they rise
             next.push({mail.records[static_cast<size_t>(at[r])].vertex, sender});
+        }
         if (next.empty() || next.top().first != vertex) close(vertex);
     }
 }

@@ -7,6 +7,7 @@
 
 void note_fault(ShareFault *fault, FaultKind kind, int64_t line, const char *format, ...)
 {
+    assert(kind != FAULT_NONE);
     if (fault->kind != FAULT_NONE) return;
     fault->kind = kind;
     fault->line = line;
@@ -22,6 +23,7 @@ bool agree_on_fault(Ranks *ranks, ShareFault *fault)
     if (line == INT64_MAX) return false;
     const bool mine = fault->kind != FAULT_NONE && fault->line == line;
     const int64_t speaker = least_of_all(ranks, mine ? ranks->rank : ranks->nranks);
+    assert(speaker >= 0 && speaker < ranks->nranks);
     MPI_Bcast(fault, static_cast<int>(sizeof *fault), MPI_BYTE, static_cast<int>(speaker),
               ranks->comm);
     return true;

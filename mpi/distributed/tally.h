@@ -11,7 +11,9 @@
 #include <cstdint>
 #include <vector>
 
-/*   V1  keys.size() is a power of two, larger than taken.size()
+#include "core/heavy_assert.h"
+
+/*   V1  keys.size() is a power of two, larger than taken.size(); sums and marks are as large
  *   V2  keys[i] is not negative exactly for the places in taken
  *   V3  a key stands at its first place or behind it with no empty place between
  */
@@ -21,8 +23,12 @@ struct Tally {
     std::vector<int> taken;
 };
 
+/* Tests V1 to V3. */
+bool tally_ok(const Tally *tally);
+
 inline size_t tally_place(const Tally *tally, int64_t key)
 {
+    assert(key >= 0 && tally->taken.size() < tally->keys.size()); // some place is empty
     const size_t mask = tally->keys.size() - 1;
     size_t i = (static_cast<uint64_t>(key) * 0x9e3779b97f4a7c15u >> 32) & mask;
     while (tally->keys[i] >= 0 && tally->keys[i] != key) i = (i + 1) & mask;
@@ -35,9 +41,11 @@ inline void grow_tally(Tally *tally)
     larger.keys.assign(tally->keys.size() * 2, -1);
     larger.sums.resize(larger.keys.size());
     larger.marks.resize(larger.keys.size());
+    HEAVY_ASSERT(tally_ok(tally));
     for (const int old : tally->taken) {
         const size_t from = static_cast<size_t>(old);
         const size_t to = tally_place(&larger, tally->keys[from]);
+        assert(larger.keys[to] < 0);
         larger.keys[to] = tally->keys[from];
         larger.sums[to] = tally->sums[from];
         larger.marks[to] = tally->marks[from];
@@ -65,6 +73,7 @@ inline void add_tally(Tally *tally, int64_t key, int64_t value, int64_t mark)
 
 inline void empty_tally(Tally *tally)
 {
+    HEAVY_ASSERT(tally_ok(tally));
     for (const int i : tally->taken) tally->keys[static_cast<size_t>(i)] = -1;
     tally->taken.clear();
 }
