@@ -15,6 +15,7 @@
 #include "cluster_commands.h"
 #include "commands.h"
 #include "escaped.h"
+#include "leak_check.h"
 #include "output.h"
 #include "version.h"
 #include "words.h"
@@ -130,6 +131,7 @@ int main(int nwords, char **words)
         if (rank == 0 || failure.status != STATUS_USAGE) tell(failure.text);
         if (failure.status != STATUS_USAGE) MPI_Abort(MPI_COMM_WORLD, status);
     }
+    check_leaks();
     MPI_Finalize();
     return status;
 }

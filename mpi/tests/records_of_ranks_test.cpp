@@ -7,6 +7,7 @@
 #include "distributed/file_share.h"
 #include "distributed/select_moves.h"
 #include "distributed/tally.h"
+#include "leak_check.h"
 
 #include <cstdlib>
 #include <random>
@@ -235,6 +236,7 @@ int main(int argc, char **argv)
     testing::InitGoogleTest(&argc, argv);
     MPI_Init(&argc, &argv);
     const int failed = RUN_ALL_TESTS();
+    check_leaks();
     MPI_Finalize();
     return failed;
 }
