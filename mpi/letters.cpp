@@ -47,7 +47,7 @@ template <class Number> static std::vector<Number> next_in(const Bytes &text, si
     *at += sizeof n;
     assert(n <= (text.size() - *at) / sizeof(Number));
     std::vector<Number> numbers(n);
-    memcpy(numbers.data(), text.data() + *at, n * sizeof(Number));
+    if (n > 0) memcpy(numbers.data(), text.data() + *at, n * sizeof(Number));
     *at += n * sizeof(Number);
     return numbers;
 }
