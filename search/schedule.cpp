@@ -10,16 +10,16 @@
 constexpr int64_t MANY_PINS = 400000; // one partition from scratch is a good one, and takes long
 
 const Schedule SCHEDULES[NPRESETS] = {
-    {"fast", 4, 0, 1, 1, 1, 1500, 500, 2, 1, false, 100000},
-    {"default", 6, 0, 1, 3, 2, 2000, 500, 3, 1, true, 1000000},
-    {"best", 16, 0, 2, 24, 4, 2000, 1000, 6, 2, true, 20000000},
+    {"fast", 4, 0, 1, 1, 1, 1500, 500, 2, 1, false, false, 100000},
+    {"default", 6, 0, 1, 3, 2, 2000, 500, 3, 1, true, false, 1000000},
+    {"best", 16, 0, 2, 24, 4, 2000, 1000, 6, 2, true, false, 20000000},
 };
 
 Schedule schedule_for(Preset preset, int64_t npins, int nparts, Objective objective)
 {
     Schedule schedule = SCHEDULES[preset];
-    // Where every part counts that a hyperedge touches, local search takes longer and leaves less to
-    // find; in two parts there is less to find.
+    // Where every part counts that a hyperedge touches, local search takes longer and leaves less
+    // to find; in two parts there is less to find.
     const bool less = nparts == 2 || objective != Objective::cut;
     if (preset == PRESET_FAST && less) schedule.nmembers = 3;
     if (preset == PRESET_DEFAULT && less) schedule.ncombined = 2;
@@ -29,6 +29,7 @@ Schedule schedule_for(Preset preset, int64_t npins, int nparts, Objective object
     // Where hyperedges join what has nothing else in common, no coarsening of ours comes near a run
     // of the engine; elsewhere that is as good as any other member, and takes half of the time.
     schedule.nengine = nparts == 2;
+    schedule.roomy = nparts > 2;
     return schedule;
 }
 

@@ -21,6 +21,7 @@ struct Schedule {
     int rounds;            // of local refinement on each level
     int flows;             // 0: none; 1: in combinations; 2: everywhere
     bool bold;             // with more than two parts: refinement beyond the bounds and back
+    bool roomy;            // every other member is made within wider bounds first
     int64_t exact;         // steps of branch and bound on very small hypergraphs
 };
 

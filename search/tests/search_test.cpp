@@ -225,4 +225,42 @@ TEST(Search, bounds_fixed_vertices_and_groups_are_kept_and_every_published_parti
     }
 }
 
+TEST(Search, roomy_members_come_back_into_bounds_that_have_little_room)
+{
+    int differ = 0;
+    for (unsigned seed = 1; seed <= 20; seed++) {
+        std::mt19937 random(seed);
+        const int n = 400;
+        const HGraphPtr graph = random_hypergraph(random, n, 800, 5, seed % 2 == 0);
+        const FlatHypergraph flat = {
+            n, graph->nnets, graph->netptr, graph->netind, graph->cellwgt, graph->netwgt};
+        const int k = 3 + static_cast<int>(seed % 4);
+        for (const int epsilon : {2, 20}) {
+            const TestBounds bounds(graph.get(), k, epsilon);
+            Found found[2];
+            std::vector<int> part[2];
+            for (const bool roomy : {false, true}) {
+                SearchOptions options = {};
+                options.schedule = SCHEDULES[PRESET_FAST];
+                options.schedule.nmembers = 2;
+                options.schedule.ncombined = 0;
+                options.schedule.roomy = roomy;
+                options.seed = seed;
+                part[roomy].resize(static_cast<size_t>(n));
+                const Constraints none = {};
+                found[roomy] = search_partition(&flat, &none, &bounds, OBJECTIVES[seed % 3],
+                                                &options, part[roomy].data());
+                EXPECT_EQ(found[roomy].objective,
+                          objective_of(graph.get(), k, OBJECTIVES[seed % 3], part[roomy].data()));
+            }
+            EXPECT_EQ(found[1].excess, found[0].excess) << "seed " << seed;
+            if (epsilon == 20)
+                EXPECT_EQ(part[0], part[1]) << "seed " << seed;
+            else
+                differ += part[0] != part[1];
+        }
+    }
+    EXPECT_GT(differ, 10);
+}
+
 } // namespace

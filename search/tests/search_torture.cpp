@@ -234,6 +234,7 @@ static const char *try_case(unsigned seed, Seen *shared, Counts *counts)
     turn.schedule.nmembers = draw(random, 1, std::min(turn.schedule.nmembers, 6));
     turn.schedule.ncombined = draw(random, 0, std::min(turn.schedule.ncombined, 6));
     turn.schedule.exact = std::min<int64_t>(turn.schedule.exact, 20000);
+    turn.schedule.roomy = random() % 2 == 0;
     Ints part, again;
     const Found found = search_once(c, turn, shared, &part);
     counts->plain++;
