@@ -8,14 +8,15 @@ usage: scale.py --rows FILE [--mpi ZORPELX_MPI --zorpelx ZORPELX --generate ZORP
 Runs that FILE (CSV) has are not made again; without --mpi none is made. Prints, in the form of
 docs/SCALE.md, what was measured and the model, fitted to the first three sizes:
 
-    levels     l0 + l1 ln(pins)                       of which one is the hypergraph itself
-    work       w0 + w1 pins / ranks                   processor seconds of the busiest rank
-    memory     m0 + m1 pins / ranks                   the most of one rank, bytes
-    exchanged  x pins^a (ranks - 1)^b                 sent by all ranks, bytes, but for sums
-    sums       s levels log2(ranks)                   sent by one rank, bytes
-    messages   levels (g log2(ranks) + h (ranks - 1)) sent by one rank
+    levels     l0 + l1 ln(pins)                            the hypergraph itself is one
+    work       w0 + w1 pins / ranks + w2 pins^w3           processor seconds of the busiest rank
+    memory     m0 + m1 pins / ranks + m2 pins^m3           the most of one rank, bytes
+    exchanged  x levels pins^a (ranks - 1)^b, a at most 1  sent by all ranks, bytes, but for sums
+    sums       s levels log2(ranks)                        sent by one rank, bytes
+    messages   levels (g log2(ranks) + h (ranks - 1))      sent by one rank
 
-where log2 is rounded up. Counts of bytes and messages repeat exactly. Work is the processor time
+where log2 is rounded up; the terms of w2 and m2 are for what
+rank 0 takes as a whole. Counts of bytes and messages repeat exactly. Work is the processor time
 outside the operations of MPI: there a rank mostly waits for the others, which is told apart.
 """
 import argparse
@@ -33,6 +34,7 @@ LOOPBACK = ["--oversubscribe", "--bind-to", "none", "--mca", "pml", "ob1", "--mc
 COLUMNS = ["family", "k", "fits", "size", "ranks", "pins", "levels", "cut", "fast_cut", "work",
            "waiting", "memory", "bytes", "sums", "sums_of_one", "messages", "steps"]
 FITTED = 3  # sizes; those above them check the model
+POWERS = (0.25, 0.5, 0.75, 1)  # that what does not divide may grow by
 BANDWIDTH, LATENCY = 1e9, 2e-6  # of the model's cluster: bytes a second of one rank, a message
 LIMIT = 600  # seconds of one run
 
@@ -66,8 +68,8 @@ def run(options, folder, size, ranks):
     path = generated(options, folder, size)
     environment = dict(os.environ, OMPI_ALLOW_RUN_AS_ROOT="1", OMPI_ALLOW_RUN_AS_ROOT_CONFIRM="1")
     subprocess.run(["mpirun", *LOOPBACK, "-np", str(ranks), options.mpi,
-                    *words(options, path, folder), "--distributed", "--fits", str(options.fits),
-                    "--gather"], check=True, env=environment, timeout=LIMIT)
+                    *words(options, path, folder), "--distributed", "--fits", str(options.fits)],
+                   check=True, env=environment, timeout=LIMIT)
     found = answer(folder)
     each = found["ranks"]
     return {"family": options.family, "k": options.k, "fits": options.fits, "size": size,
@@ -146,30 +148,54 @@ def solve(matrix, right):
 def least_squares(points, relative=True):
     """The coefficients of the sum of a point's terms that come closest to its value, none of which
     is below 0 if errors are relative: one that would be is left out."""
-    weights = [1 / y ** 2 if relative else 1 for _, y in points]
-    used = list(range(len(points[0][0])))
+    if relative:
+        points = [([x / y for x in terms], 1) for terms, y in points]
+    scale = [max(abs(terms[i]) for terms, _ in points) for i in range(len(points[0][0]))]
+    points = [([x / s for x, s in zip(terms, scale)], y) for terms, y in points]
+    used = list(range(len(scale)))
     while True:
-        normal = [[sum(w * x[i] * x[j] for w, (x, _) in zip(weights, points)) for j in used]
-                  for i in used]
-        right = [sum(w * x[i] * y for w, (x, y) in zip(weights, points)) for i in used]
-        found = solve(normal, right)
+        normal = [[sum(x[i] * x[j] for x, _ in points) for j in used] for i in used]
+        found = solve(normal, [sum(x[i] * y for x, y in points) for i in used])
         if not relative or min(found) >= 0:
             break
         used.pop(found.index(min(found)))
-    return [found[used.index(i)] if i in used else 0.0 for i in range(len(points[0][0]))]
+    return [found[used.index(i)] / scale[i] if i in used else 0.0 for i in range(len(scale))]
+
+
+def shares(pins, ranks, power):
+    return (1, pins / ranks, pins ** power)
+
+
+def fit_shared(rows, value):
+    """Three coefficients, and the power of pins that goes with them best."""
+    best = None
+    for power in POWERS:
+        points = [(shares(r["pins"], r["ranks"], power), max(r[value], 1e-3)) for r in rows]
+        found = least_squares(points)
+        error = sum((sum(f * t for f, t in zip(found, terms)) / y - 1) ** 2 for terms, y in points)
+        if best is None or error < best[0]:
+            best = (error, [*found, power])
+    return best[1]
+
+
+def fit_exchanged(rows):
+    """Logarithms are linear. Traffic of a level grows no faster than its pins."""
+    points = [((1, math.log(r["ranks"] - 1), math.log(r["pins"])),
+               math.log(max(r["bytes"] - r["sums"], 1) / r["levels"])) for r in rows]
+    x, b, a = least_squares(points, relative=False)
+    if a > 1:
+        a = 1
+        x, b = least_squares([(terms[:2], y - terms[2]) for terms, y in points], relative=False)
+    return [math.exp(x), a, b]
 
 
 def fit(rows):
     several = [row for row in rows if row["ranks"] > 1]
-    share = [(1, row["pins"] / row["ranks"]) for row in rows]
-    exchanged = least_squares(
-        [((1, math.log(r["pins"]), math.log(r["ranks"] - 1)),
-          math.log(max(r["bytes"] - r["sums"], 1))) for r in several], relative=False)
     return {"levels": least_squares([((1, math.log(r["pins"])), r["levels"]) for r in rows],
                                     relative=False),
-            "work": least_squares([(x, max(r["work"], 1e-3)) for x, r in zip(share, rows)]),
-            "memory": least_squares([(x, r["memory"]) for x, r in zip(share, rows)]),
-            "exchanged": [math.exp(exchanged[0]), exchanged[1], exchanged[2]],
+            "work": fit_shared(rows, "work"),
+            "memory": fit_shared(rows, "memory"),
+            "exchanged": fit_exchanged(several),
             "sums": least_squares([((r["levels"] * log2(r["ranks"]),), r["sums_of_one"])
                                    for r in several]),
             "messages": least_squares([((r["levels"] * log2(r["ranks"]),
@@ -181,30 +207,34 @@ def predicted(model, pins, ranks):
     """Of the busiest rank, but for exchanged, which is of all."""
     x, a, b = model["exchanged"]
     levels = max(model["levels"][0] + model["levels"][1] * math.log(pins), 1)
+
+    def shared(found):
+        return sum(f * t for f, t in zip(found, shares(pins, ranks, found[3])))
+
     return {"levels": levels,
-            "work": model["work"][0] + model["work"][1] * pins / ranks,
-            "memory": model["memory"][0] + model["memory"][1] * pins / ranks,
-            "exchanged": x * pins ** a * (ranks - 1) ** b if ranks > 1 else 0,
+            "work": shared(model["work"]),
+            "memory": shared(model["memory"]),
+            "exchanged": x * levels * pins ** a * (ranks - 1) ** b if ranks > 1 else 0,
             "sums": model["sums"][0] * levels * log2(ranks),
             "messages": levels * (model["messages"][0] * log2(ranks) +
                                   model["messages"][1] * (ranks - 1))}
 
 
 def print_rows(rows, model, fitted):
-    print("| pins | ranks | levels | cut | against `fast` | work, s | model | MiB | model | "
-          "bytes a pin | model | messages a level | model | messages a step |\n|"
-          + " ---: |" * 14)
+    """Each figure with the model's behind it."""
+    print("| pins | ranks | levels | cut | `fast` | work, s | MiB | bytes a pin | messages a level | "
+          "a step |\n|" + " ---: |" * 10)
     for row in sorted(rows, key=lambda r: (r["size"], r["ranks"])):
         guess = predicted(model, row["pins"], row["ranks"])
         sent = guess["exchanged"] + row["ranks"] * guess["sums"]
         against = 100 * (row["cut"] / row["fast_cut"] - 1) if row["fast_cut"] else 0
         check = "" if row in fitted else " *"
         print(f"| {row['pins']:,}{check} | {row['ranks']} | {row['levels']} | {row['cut']} | "
-              f"{against:+.0f} % | {row['work']:.1f} | {guess['work']:.1f} | "
-              f"{row['memory'] / 2**20:.0f} | {guess['memory'] / 2**20:.0f} | "
-              f"{row['bytes'] / row['pins']:.1f} | {sent / row['pins']:.1f} | "
-              f"{row['messages'] / row['levels']:.0f} | "
-              f"{guess['messages'] / guess['levels']:.0f} | "
+              f"{against:+.0f} % | {row['work']:.1f} ({guess['work']:.1f}) | "
+              f"{row['memory'] / 2**20:.0f} ({guess['memory'] / 2**20:.0f}) | "
+              f"{row['bytes'] / row['pins']:.0f} ({sent / row['pins']:.0f}) | "
+              f"{row['messages'] / row['levels']:.0f} "
+              f"({guess['messages'] / guess['levels']:.0f}) | "
               f"{row['messages'] / row['steps']:.1f} |")
 
 
@@ -212,21 +242,22 @@ def print_model(model):
     levels, work, memory, x = model["levels"], model["work"], model["memory"], model["exchanged"]
     print(f"""
     levels     {levels[0]:.2f} + {levels[1]:.2f} ln(pins)
-    work       {work[0]:.2f} s + {1e6 * work[1]:.2f} us x pins / ranks
-    memory     {memory[0] / 2**20:.0f} MiB + {memory[1]:.0f} bytes x pins / ranks
-    exchanged  {x[0]:.3g} bytes x pins^{x[1]:.2f} x (ranks - 1)^{x[2]:.2f}
-    sums       {model['sums'][0] / 1000:.1f} kB x levels x log2(ranks)
-    messages   levels x ({model['messages'][0]:.0f} log2(ranks) + {model['messages'][1]:.0f} (ranks - 1))
+    work       {work[0]:.2f} s + {1e6 * work[1]:.2f} us pins / ranks + {1e6 * work[2]:.3g} us pins^{work[3]}
+    memory     {memory[0] / 2**20:.0f} MiB + {memory[1]:.0f} bytes pins / ranks + {memory[2]:.3g} bytes pins^{memory[3]}
+    exchanged  {x[0]:.3g} bytes levels pins^{x[1]:.2f} (ranks - 1)^{x[2]:.2f}
+    sums       {model['sums'][0] / 1000:.0f} kB levels log2(ranks)
+    messages   levels ({model['messages'][0]:.0f} log2(ranks) + {model['messages'][1]:.0f} (ranks - 1))
 """)
-    print("| pins | ranks | work, s | exchange, s | memory of a rank, GiB | "
-          "sent by a rank, GB | messages of a rank |\n|" + " ---: |" * 7)
+    print("| pins | ranks | work, s | exchange, s | memory, GiB | sent, GB | messages |\n|"
+          + " ---: |" * 7)
     for power in (9, 10, 11):
         for ranks in (16, 64, 256, 1024):
             guess = predicted(model, 10**power, ranks)
             sent = guess["exchanged"] / ranks + guess["sums"]
             print(f"| 10^{power} | {ranks:,} | {guess['work']:,.0f} | "
                   f"{sent / BANDWIDTH + guess['messages'] * LATENCY:,.0f} | "
-                  f"{guess['memory'] / 2**30:.1f} | {sent / 1e9:.1f} | {guess['messages']:,.0f} |")
+                  f"{guess['memory'] / 2**30:,.1f} | {sent / 1e9:,.1f} | "
+                  f"{guess['messages'] / 1e6:,.1f} million |")
 
 
 def main():
@@ -248,7 +279,7 @@ def main():
         measure(options, sizes, [int(ranks) for ranks in options.ranks.split(",")])
     rows = known_rows(options)
     first = sorted({row["size"] for row in rows})[:FITTED]
-    fitted = [row for row in rows if row["size"] in first and row["ranks"] <= 4]
+    fitted = [row for row in rows if row["size"] in first]
     if len(first) < FITTED or len({row["ranks"] for row in fitted if row["ranks"] > 1}) < 2:
         raise SystemExit("scale.py: a model needs three sizes, by 2 ranks and 4")
     model = fit(fitted)

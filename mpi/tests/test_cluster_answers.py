@@ -9,12 +9,9 @@ import tempfile
 import unittest
 from pathlib import Path
 
-from cluster import SOURCE, mpirun, write_hypergraph
+import jsonschema
 
-try:
-    import jsonschema
-except ImportError:
-    jsonschema = None
+from cluster import SOURCE, mpirun, write_hypergraph
 
 SCHEMA = Path(SOURCE) / "docs" / "zorpelx.schema.json"
 PAGE = Path(SOURCE) / "docs" / "man" / "zorpelx-mpi.1"
@@ -31,7 +28,6 @@ def strict(node):
     return [strict(child) for child in node] if isinstance(node, list) else node
 
 
-@unittest.skipIf(jsonschema is None, "python3-jsonschema is not installed")
 class ClusterAnswers(unittest.TestCase):
 
     def setUp(self):
