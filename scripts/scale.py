@@ -227,10 +227,10 @@ def print_rows(rows, model, fitted):
     for row in sorted(rows, key=lambda r: (r["size"], r["ranks"])):
         guess = predicted(model, row["pins"], row["ranks"])
         sent = guess["exchanged"] + row["ranks"] * guess["sums"]
-        against = 100 * (row["cut"] / row["fast_cut"] - 1) if row["fast_cut"] else 0
+        against = f"{100 * (row['cut'] / row['fast_cut'] - 1):+.0f} %" if row["fast_cut"] else ""
         check = "" if row in fitted else " *"
         print(f"| {row['pins']:,}{check} | {row['ranks']} | {row['levels']} | {row['cut']} | "
-              f"{against:+.0f} % | {row['work']:.1f} ({guess['work']:.1f}) | "
+              f"{against} | {row['work']:.1f} ({guess['work']:.1f}) | "
               f"{row['memory'] / 2**20:.0f} ({guess['memory'] / 2**20:.0f}) | "
               f"{row['bytes'] / row['pins']:.0f} ({sent / row['pins']:.0f}) | "
               f"{row['messages'] / row['levels']:.0f} "
