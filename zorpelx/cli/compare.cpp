@@ -57,11 +57,11 @@ static int64_t excess_over(const PartBounds &bounds, const std::vector<int64_t> 
 }
 
 static Contender read_candidate(const Settings &settings, const std::string &file,
-                                int64_t nvertices)
+                                const Hypergraph &graph)
 {
     Settings reading = settings;
     reading.partition = file;
-    return {file, read_partition(reading, nvertices), {}, 0, 0};
+    return {file, read_partition(reading, graph), {}, 0, 0};
 }
 
 /* What -k says, else the names of the files, else the largest number in them. */
@@ -118,9 +118,8 @@ static Compared compare_files(const Settings &settings)
     Findings findings;
     compared.graph = read_hypergraph(settings, reading_of(settings), &findings);
     tell_warnings(settings.hypergraph, findings);
-    const int64_t nvertices = compared.graph.nvertices;
-    compared.sides = {read_candidate(settings, settings.partition, nvertices),
-                      read_candidate(settings, settings.other, nvertices)};
+    compared.sides = {read_candidate(settings, settings.partition, compared.graph),
+                      read_candidate(settings, settings.other, compared.graph)};
     compared.nparts = parts_of(settings, compared.sides);
     for (Contender &side : compared.sides) weigh(settings, compared.graph, compared.nparts, &side);
     compared.agreement =

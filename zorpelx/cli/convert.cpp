@@ -189,7 +189,7 @@ Status run_annotate(const Settings &given)
     const Source source = read_source(settings, reading_of_any_size(settings), &findings);
     if (!settings.quiet) tell_warnings(settings.hypergraph, findings);
     const FormatRow *const row = annotated_format(settings, source.graph);
-    const std::vector<int64_t> part = read_partition(settings, source.graph.nvertices);
+    const std::vector<int64_t> part = read_partition(settings, source.graph);
     const Annotation annotation = {part, parts_of(settings, part), view_of(source.bytes),
                                    settings.hypergraph};
     Budget budget = budget_for(settings, settings.output);

@@ -9,6 +9,7 @@
 
 #include "casts.h"
 #include "partfiles.h"
+#include "parts_by_name.h"
 
 #include "escaped.h"
 #include "told.h"
@@ -184,13 +185,15 @@ std::string read_text(const Settings &settings, const std::string &name)
     });
 }
 
-std::vector<int64_t> read_partition(const Settings &settings, int64_t nvertices)
+std::vector<int64_t> read_partition(const Settings &settings, const Hypergraph &graph)
 {
     Budget budget = budget_for(settings, settings.partition);
     bool unended = false;
     std::vector<int64_t> part = or_fail([&] {
         const Bytes bytes = read_bytes(settings.partition, &budget);
-        return scan_partition(view_of(bytes), nvertices, &budget, &unended);
+        const std::string_view text = view_of(bytes);
+        if (has_parts_by_name(text)) return scan_parts_by_name(text, graph, &budget);
+        return scan_partition(text, graph.nvertices, &budget, &unended);
     });
     if (unended && !settings.quiet)
         fprintf(stderr, "zorpelx: %s: the last line has no newline: it may have been cut off\n",

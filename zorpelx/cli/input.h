@@ -71,8 +71,9 @@ std::vector<int> dense_groups(const std::vector<int64_t> &groups);
 /* All of a small text file. */
 std::string read_text(const Settings &settings, const std::string &name);
 
-/* A partition file: exactly one part number per vertex, each from 0 and below 2^31.
+/* A partition file: exactly one part number per vertex, each from 0 and below 2^31 - 1; or a table
+ * of names and parts, as annotate writes it.
  * Errors  STATUS_BAD_INPUT with the place */
-std::vector<int64_t> read_partition(const Settings &settings, int64_t nvertices);
+std::vector<int64_t> read_partition(const Settings &settings, const Hypergraph &graph);
 
 #endif

@@ -93,12 +93,12 @@ static int64_t count_parts(const Settings &settings, const std::string &name,
     return told > 0 ? told : largest + 1;
 }
 
-static std::vector<NamedPartition> read_divisions(Settings settings, int64_t nvertices)
+static std::vector<NamedPartition> read_divisions(Settings settings, const Hypergraph &graph)
 {
     std::vector<NamedPartition> divisions;
     for (const std::string &name : settings.partitions) {
         settings.partition = name;
-        std::vector<int64_t> part = read_partition(settings, nvertices);
+        std::vector<int64_t> part = read_partition(settings, graph);
         const int64_t nparts = count_parts(settings, name, part);
         divisions.push_back({name, nparts, std::move(part)});
     }
@@ -115,7 +115,7 @@ static Allowed allowed_by(double epsilon, double least, const Figures &figures)
 static Account make_account(const Settings &settings, const ReportPlan &plan,
                             const Hypergraph &graph)
 {
-    Account account = account_of(graph, read_divisions(settings, graph.nvertices),
+    Account account = account_of(graph, read_divisions(settings, graph),
                                  static_cast<size_t>(settings.limit));
     account.name = settings.hypergraph;
     account.version = ZORPELX_CLI_VERSION;

@@ -147,7 +147,7 @@ static Verified verify_files(const Settings &settings)
     Verified verified;
     verified.graph = read_hypergraph(settings, reading, &findings);
     if (!settings.quiet) tell_warnings(settings.hypergraph, findings);
-    verified.part = read_partition(settings, verified.graph.nvertices);
+    verified.part = read_partition(settings, verified.graph);
     const std::string report = read_report(settings);
     const int64_t nparts = count_parts(settings, report);
     check_parts(settings, verified.part, nparts);

@@ -5,6 +5,7 @@
 #include <climits>
 #include <string>
 
+#include "bytes.h"
 #include "casts.h"
 #include "fileerror.h"
 #include "scan.h"
@@ -111,7 +112,7 @@ static std::vector<int64_t> scan_all(std::string_view bytes, const NumberRule &r
                                      int64_t nvertices, Budget *budget)
 {
     std::vector<int64_t> numbers;
-    Text text = text_over(bytes, false);
+    Text text = text_over(without_mark(bytes), false);
     while (!at_end(text)) {
         Line line = take_line(&text);
         if (text.number % CLOCK_LINES == 0) check_time(*budget);

@@ -277,5 +277,59 @@ class Reports(Case):
         self.run_ok("verify", "z.hgr", parts[0], "-k", 2, "--report", "report")
 
 
+class Tables(Case):
+    """Partitions as annotate writes them, with names."""
+
+    def setUp(self):
+        super().setUp()
+        self.file("n.csv", 'net,vertex\nx,a\nx,"b,""c"\ny,"b,""c"\ny,d\nz,d\nz,e\n')
+        self.file("n.part.2", "0\n0\n1\n1\n")
+
+    def cut(self, part, *more):
+        words = ("verify", "n.csv", part, "-k", 2, "--format", "json", *more)
+        return self.json_of(*words)["cut"]
+
+    def test_what_annotate_writes_is_a_partition(self):
+        for table in ("p.csv", "p.tsv"):
+            self.run_ok("annotate", "n.csv", "n.part.2", "-o", table)
+            self.assertEqual(self.cut(table), 1)
+
+    def test_rows_may_come_in_any_order_with_dos_lines_and_a_mark(self):
+        rows = 'vertex,part\r\ne,1\r\n"b,""c",1\r\n"a",0\r\nd,0'
+        self.file("p.csv", b"\xef\xbb\xbf" + rows.encode())
+        self.assertEqual(self.cut("p.csv"), 3)
+
+    def test_numbers_name_vertices_without_names(self):
+        self.file("g.hgr", GRAPH)
+        self.file("p.csv", "vertex,part\n5,1\n4,1\n3,1\n2,0\n1,0\n")
+        words = ("verify", "g.hgr", "p.csv", "-k", 2, "--format", "json")
+        self.assertEqual(self.json_of(*words)["cut"], 7)
+
+    def test_compare_and_report_read_them(self):
+        self.run_ok("annotate", "n.csv", "n.part.2", "-o", "p.csv")
+        self.run_ok("compare", "n.csv", "n.part.2", "p.csv", "-k", 2)
+        self.run_ok("report", "n.csv", "n.part.2", "p.csv", "-k", 2, "-o", "r.html")
+
+    def test_wrong_rows_are_named_with_their_line(self):
+        good = 'a,0\n"b,""c",0\nd,1\n'
+        for rows, sentence in (
+            (good, "p.csv: vertex 'e' has no row"),
+            (good + "q,1\n", "p.csv:5:1: no vertex is called 'q'"),
+            (good + "d,1\n", "p.csv:5:1: vertex 'd' has a part already"),
+            (good + "e,x\n", "p.csv:5:1: 'x' is not a part number"),
+            (good + "e,-1\n", "p.csv:5:1: '-1' is not a part number"),
+            (good + "e\n", "p.csv:5:1: a row without a part"),
+            (good + "e,1,1\n", "p.csv:5:1: a row of more than a name and a part"),
+            (good + 'e,"1"2\n', "p.csv:5:1: a row of more than a name and a part"),
+            (good + '"e,1\n', "p.csv:5:1: a quote that begins here does not end"),
+        ):
+            self.file("p.csv", "vertex,part\n" + rows)
+            self.fails(3, sentence, "verify", "n.csv", "p.csv", "-k", 2)
+
+    def test_a_mark_in_front_of_part_numbers_is_passed_over(self):
+        self.file("m.part.2", b"\xef\xbb\xbf0\n0\n1\n1\n")
+        self.assertEqual(self.cut("m.part.2"), 1)
+
+
 if __name__ == "__main__":
     unittest.main()
