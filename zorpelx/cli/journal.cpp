@@ -17,6 +17,7 @@
 #include "escaped.h"
 #include "json.h"
 #include "version.h"
+#include "told.h"
 
 namespace fs = std::filesystem;
 
@@ -147,9 +148,8 @@ void join_run(const std::string &folder, const RunNote &note)
              "%s says",
              escaped(folder).c_str(), escaped(path).c_str());
     if (there.shards != note.shards)
-        fail(STATUS_USAGE, "%s is of a run of %lld shard%s, not of %lld", escaped(folder).c_str(),
-             static_cast<long long>(there.shards), there.shards == 1 ? "" : "s",
-             static_cast<long long>(note.shards));
+        fail(STATUS_USAGE, "%s is of a run of %s, not of %lld", escaped(folder).c_str(),
+             counted(there.shards, "shard", "shards").c_str(), static_cast<long long>(note.shards));
 }
 
 static uint32_t checksum_of(const Entry &entry, const unsigned char *parts)
@@ -186,7 +186,8 @@ void Journal::open_own(const std::string &path)
 }
 
 /* Reads whole results; returns the size of all that is whole. */
-size_t Journal::read_file(const std::string &path, size_t from, std::vector<FinishedJob> *records) const
+size_t Journal::read_file(const std::string &path, size_t from,
+                          std::vector<FinishedJob> *records) const
 {
     std::ifstream file(path, std::ios::binary);
     if (!file) fail_at(path, "cannot be read");

@@ -13,6 +13,7 @@
 #include "output.h"
 #include "record.h"
 #include "write_hgr.h"
+#include "told.h"
 
 struct Replay {
     Record record;
@@ -112,8 +113,8 @@ static std::string closing_sentence(const Replay &replay)
 {
     if (replay.found.empty())
         return "the same: options, generator, run, every figure and the partition";
-    std::string text = text_of("it differs in %zu field%s", replay.found.size(),
-                               replay.found.size() == 1 ? "" : "s");
+    std::string text =
+        "it differs in " + counted(static_cast<int64_t>(replay.found.size()), "field", "fields");
     if (!replay.ran) return text + "; nothing was run";
     if (!is_told_repeatable(replay))
         text += "; time or memory cut the recorded run short, so another need not be the same";

@@ -25,6 +25,7 @@
 #include "journal.h"
 #include "partition_hooks.h"
 #include "place.h"
+#include "told.h"
 
 constexpr int POLL_EVERY = 20;     // milliseconds
 constexpr double READ_EVERY = 0.5; // seconds, of others' results
@@ -211,7 +212,7 @@ static void tell_shard(const Settings &settings, const ShardOf &shard, const Job
     if (settings.quiet) return;
     const std::string name = text_of("shard %lld of %lld", static_cast<long long>(shard.index),
                                      static_cast<long long>(shard.count));
-    const std::string jobs = text_of("%d job%s made", made, made == 1 ? "" : "s");
+    const std::string jobs = counted(made, "job", "jobs") + " made";
     if (board.absent().empty())
         printf("%s: %s; no other shard is missing: zorpelx merge %s\n", name.c_str(), jobs.c_str(),
                escaped(settings.journal).c_str());
@@ -274,11 +275,12 @@ struct MergeHooks : PartitionHooks {
         if (status >= STATUS_TIMEOUT || board.absent().empty()) return;
         const size_t n = board.absent().size();
         fail(STATUS_FAILED,
-             "%zu job%s of %s of %lld %s missing; run what is missing, or merge with --finish to "
+             "%s of %s of %lld %s missing; run what is missing, or merge with --finish to "
              "make "
              "%s here",
-             n, n == 1 ? "" : "s", shards_of(board.absent(), note.shards).c_str(),
-             static_cast<long long>(note.shards), n == 1 ? "is" : "are", n == 1 ? "it" : "them");
+             counted(static_cast<int64_t>(n), "job", "jobs").c_str(),
+             shards_of(board.absent(), note.shards).c_str(), static_cast<long long>(note.shards),
+             n == 1 ? "is" : "are", n == 1 ? "it" : "them");
     }
 };
 

@@ -6,6 +6,7 @@
 
 #include "fileerror.h"
 #include "walk.h"
+#include "told.h"
 
 struct RoleName {
     std::string_view name;
@@ -202,9 +203,8 @@ static void tell_conflicts(const Members &members)
 {
     if (members.nconflicts > 0)
         tell_warning(members.builder.findings, members.conflict,
-                     text_of("%s; the first counts, %lld time%s in all", members.what.c_str(),
-                             static_cast<long long>(members.nconflicts),
-                             members.nconflicts == 1 ? "" : "s"));
+                     members.what + "; the first counts, " +
+                         counted(members.nconflicts, "time", "times") + " in all");
 }
 
 Hypergraph finish_members(Members *members)
