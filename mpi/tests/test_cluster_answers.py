@@ -7,6 +7,7 @@ import json
 import re
 import tempfile
 import unittest
+from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
 import jsonschema
@@ -155,20 +156,26 @@ class ManualPage(unittest.TestCase):
         listed = guide.split("The options are ")[1].split("others are refused")[0]
         obeyed = set(re.findall(r"`--?([a-z-]+)`", listed)) | {"distributed", "quiet"}
         help_text = mpirun(1, ["partition", "--help"]).stdout
-        refused = 0  # the others need something else on the line
+        options = {}
+        for line in help_text.splitlines():
+            flags = re.match(r"  (?:-([a-z]),)?--([a-z-]+)(?: ([A-Z/]+))?(?:  |$)", line)
+            if flags and not {flags[1], flags[2]} & (obeyed | {"help"}):
+                options[f"--{flags[2]}"] = ["1"] if flags[3] else []
         with tempfile.TemporaryDirectory() as folder:
             graph = Path(folder) / "g.hgr"
             write_hypergraph(graph, 10, [[0, 1], [2, 3]])
-            for line in help_text.splitlines():
-                flags = re.match(r"  (?:-([a-z]),)?--([a-z-]+)(?: ([A-Z/]+))?(?:  |$)", line)
-                if not flags or {flags[1], flags[2]} & (obeyed | {"help"}):
-                    continue
-                value = [] if not flags[3] else ["1"]
-                done = mpirun(1, ["partition", str(graph), "-k", "2", "--distributed", "-o",
-                                  f"{folder}/part", f"--{flags[2]}", *value])
-                self.assertEqual(done.returncode, 2, f"--{flags[2]} {done.stderr}")
-                refused += "does not go with --distributed" in done.stderr
-        self.assertGreater(refused, 20)
+
+            def run_with(option):
+                return mpirun(1, ["partition", str(graph), "-k", "2", "--distributed", "-o",
+                                  f"{folder}/part", option, *options[option]])
+
+            with ThreadPoolExecutor(16) as pool:  # mpirun waits most of its time
+                runs = dict(zip(options, pool.map(run_with, options)))
+        for option, done in runs.items():
+            self.assertEqual(done.returncode, 2, f"{option} {done.stderr}")
+        # the others need something else on the line
+        refused = ["does not go with --distributed" in done.stderr for done in runs.values()]
+        self.assertGreater(sum(refused), 20)
 
 
 if __name__ == "__main__":
