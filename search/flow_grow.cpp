@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 /* search/flow_grow.cpp: growth of either side by levels, and paths along them.
  *
- * Stages: grow a side until it meets the other, send flow back along the levels, until nothing is
- * met any more.
+ * Stages, repeated until the flow is maximum: grow a side until it reaches settled nodes of the
+ * other, send flow to these along the levels.
  */
 #include "search/flow_grow.h"
 

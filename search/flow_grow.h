@@ -21,7 +21,7 @@ bool gives_up(const FlowNet *net, FlowCut *cut);
  * to end. */
 template <int X> void exhaust(FlowNet *net, FlowCut *cut, int64_t limit);
 
-/* Reaches anew what a changed flow reaches. */
+/* Finds again what side X reaches, after the flow has changed. */
 template <int X> void refresh(FlowNet *net, FlowCut *cut);
 
 #endif

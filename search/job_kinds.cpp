@@ -10,6 +10,7 @@
 #include "search/bisect.h"
 #include "search/multilevel.h"
 #include "search/overlay.h"
+#include "search/rebalance.h"
 
 // generators that draw parents are numbered from here
 constexpr uint64_t PARENTS = uint64_t{1} << 40;
@@ -75,18 +76,6 @@ static double missing_room(const Search *search)
     return most > 0 ? std::max(1.0, (1 + ROOM) * total / most) : 1.0;
 }
 
-static bool is_too_heavy(const SearchTask *task, const int *part)
-{
-    const int k = task->bounds->nparts;
-    int64_t *weight = alloc_array<int64_t>(static_cast<size_t>(k), "search: weights");
-    std::fill(weight, weight + k, 0);
-    for (int v = 0; v < task->graph->ncells; v++) weight[part[v]] += task->graph->cellwgt[v];
-    bool heavy = false;
-    for (int p = 0; p < k; p++) heavy |= weight[p] > task->bounds->most[p];
-    QXfree__(&weight, LTERM);
-    return heavy;
-}
-
 /* Brings part into the bounds: a V-cycle whose coarse levels move whole clusters at small loss. */
 static void bring_back(const Search *search, int job, int *part)
 {
@@ -112,13 +101,15 @@ static void make_roomy_member(const Search *search, int job, double factor, int 
     for (int p = 0; p < own->nparts; p++)
         most[p] = static_cast<int64_t>(factor * static_cast<double>(own->most[p]));
     const Bounds roomy = {own->nparts, most, own->least};
+    const HGraph *const graph = search->task.graph;
     SearchTask task = search->task;
     task.bounds = &roomy;
     const Pass pass = member_pass(search, job);
     assert(factor > 1);
     make_pass(&task, &pass, part);
     QXfree__(&most, LTERM);
-    if (is_too_heavy(&search->task, part)) bring_back(search, job, part);
+    if (excess_of_partition(own, graph->ncells, graph->cellwgt, part) > 0)
+        bring_back(search, job, part);
 }
 
 void make_member(const Search *search, int job, Member *result)

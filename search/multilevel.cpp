@@ -116,17 +116,8 @@ static bool better(Value a, Value b)
 
 static Value value_of(const SearchTask *task, const HGraph *graph, const int *where)
 {
-    const int k = task->bounds->nparts;
-    int64_t *weight = alloc_array<int64_t>(static_cast<size_t>(k), "search: weights");
-    std::fill(weight, weight + k, 0);
-    for (int v = 0; v < graph->ncells; v++) weight[where[v]] += graph->cellwgt[v];
-    Value value = {0, objective_of(graph, k, task->objective, where)};
-    for (int p = 0; p < k; p++) {
-        value.excess += std::max<int64_t>(weight[p] - task->bounds->most[p], 0);
-        value.excess += std::max<int64_t>(task->bounds->least[p] - weight[p], 0);
-    }
-    QXfree__(&weight, LTERM);
-    return value;
+    return {excess_of_partition(task->bounds, graph->ncells, graph->cellwgt, where),
+            objective_of(graph, task->bounds->nparts, task->objective, where)};
 }
 
 /* Partitions the coarsest level: the best of start, if where holds it, and of the trials. */

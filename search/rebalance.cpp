@@ -32,6 +32,21 @@ int64_t excess_at(const Bounds *bounds, int p, int64_t weight)
            std::max<int64_t>(bounds->least[p] - weight, 0);
 }
 
+int64_t excess_of_partition(const Bounds *bounds, int n, const int *cellwgt, const int *where)
+{
+    const size_t k = static_cast<size_t>(bounds->nparts);
+    int64_t *weight = alloc_array<int64_t>(k, "search: weights");
+    std::fill(weight, weight + k, 0);
+    for (int v = 0; v < n; v++) {
+        assert(0 <= where[v] && where[v] < bounds->nparts && cellwgt[v] >= 0);
+        weight[where[v]] += cellwgt[v];
+    }
+    int64_t excess = 0;
+    for (int p = 0; p < bounds->nparts; p++) excess += excess_at(bounds, p, weight[p]);
+    QXfree__(&weight, LTERM);
+    return excess;
+}
+
 /* By how much the excess falls if v moves. */
 static int64_t relief(const Parts *parts, int v, int to)
 {

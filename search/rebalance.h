@@ -16,6 +16,9 @@ bool rebalance(Parts *parts, KwayFmWork *work);
 /* By how much a part p of this weight would be outside its bounds. */
 int64_t excess_at(const Bounds *bounds, int p, int64_t weight);
 
+/* By how much the parts of n vertices, where[v] of v, are outside their bounds, in all. */
+int64_t excess_of_partition(const Bounds *bounds, int n, const int *cellwgt, const int *where);
+
 /* Gives every free vertex a part anew, the heaviest first, each its part in where if that has room,
  * else the part with the most room by its bound; where [ncells] is changed. Returns the excess.
  * Source  Graham, Bounds on multiprocessing timing anomalies, SIAM J. Applied Mathematics 17(2),

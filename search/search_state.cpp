@@ -27,19 +27,13 @@ void measure(const Search *search, Member *member)
 {
     const Bounds *const bounds = search->task.bounds;
     const Reduction *const reduction = search->reduction;
-    int64_t *weight = alloc_array<int64_t>(at_least_one(bounds->nparts), "search: weights");
-    std::fill(weight, weight + bounds->nparts, 0);
-    for (int c = 0; c < reduction->nclusters; c++) {
-        assert(0 <= member->part[c] && member->part[c] < bounds->nparts);
+    for (int c = 0; c < reduction->nclusters; c++)
         assert(reduction->fixed == nullptr || reduction->fixed[c] < 0 ||
                reduction->fixed[c] == member->part[c]);
-        weight[member->part[c]] += reduction->weight[c];
-    }
-    member->excess = 0;
-    for (int p = 0; p < bounds->nparts; p++) member->excess += excess_at(bounds, p, weight[p]);
+    member->excess =
+        excess_of_partition(bounds, reduction->nclusters, reduction->weight, member->part);
     member->objective =
         objective_of(reduction->graph, bounds->nparts, search->task.objective, member->part);
-    QXfree__(&weight, LTERM);
 }
 
 void mend(const Search *search, Member *member)

@@ -171,14 +171,14 @@ const std::vector<OptionRow> OPTIONS = {
     {ANNOTATE, "-o,--output", "FILE", &Settings::output, "", 0, 0, nullptr,
      "file to be written; otherwise standard output"},
     {VERIFY, "PARTITION", "FILE", &Settings::partition, "", 0, 0, nullptr,
-     "partition file: the part of each vertex, one a line or in the CSV or TSV that annotate "
-     "writes; "
-     "with --record otherwise the one that it names"},
+     "partition file: the part of each vertex, one a line, or a table of names and parts as "
+     "annotate writes it; with --record otherwise the one that it names"},
     {VERIFY | LINT, "FIX", "FILE", &Settings::fix, "", 0, 0, nullptr,
      "fix file: the part of each vertex, or -1"},
     {COMPARE, "A", "FILE", &Settings::partition, nullptr, 0, 0, nullptr,
-     "partition file, or a table of names and parts that annotate wrote"},
-    {COMPARE, "B", "FILE", &Settings::other, nullptr, 0, 0, nullptr, "another one"},
+     "partition file, or a table of names and parts as annotate writes it"},
+    {COMPARE, "B", "FILE", &Settings::other, nullptr, 0, 0, nullptr,
+     "partition to compare it with, in either form"},
     {EXPLAIN, "-k,--nparts", "K", &Settings::nparts, nullptr, 2, 1000000, nullptr,
      "number of parts"},
     {COMPARE, "-k,--nparts", "K", &Settings::nparts, "", 2, 1000000, nullptr,
@@ -357,8 +357,8 @@ const std::vector<OptionRow> OPTIONS = {
      "hypergraph, in a format of --from, plain or compressed (.gz, .zst, .xz, .bz2); - for "
      "standard input"},
     {REPORT, "PARTITION", "FILE", &Settings::partitions, nullptr, 0, 0, nullptr,
-     "partition files, or tables of names and parts that annotate wrote: the report is about the "
-     "first, the others are compared with it"},
+     "partition files, or tables of names and parts as annotate writes them: the report is about "
+     "the first, the others are compared with it"},
     {REPORT, "-o,--output", "FILE", &Settings::output, "", 0, 0, nullptr,
      "page to write; - for standard output; otherwise the first partition file's name with .html"},
     {REPORT, "-k,--nparts", "K", &Settings::nparts, "", 1, 1000000, nullptr, "number of parts"},

@@ -275,9 +275,8 @@ struct MergeHooks : PartitionHooks {
         if (status >= STATUS_TIMEOUT || board.absent().empty()) return;
         const size_t n = board.absent().size();
         fail(STATUS_FAILED,
-             "%s of %s of %lld %s missing; run what is missing, or merge with --finish to "
-             "make "
-             "%s here",
+             "%s of %s of %lld %s missing; run what is missing, or merge with --finish to make %s "
+             "here",
              counted(static_cast<int64_t>(n), "job", "jobs").c_str(),
              shards_of(board.absent(), note.shards).c_str(), static_cast<long long>(note.shards),
              n == 1 ? "is" : "are", n == 1 ? "it" : "them");
