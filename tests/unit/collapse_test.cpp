@@ -65,6 +65,14 @@ TEST(Collapse, key_adds_the_position_so_other_pins_of_equal_sum_share_it)
     EXPECT_EQ(result.wgts, (Ints{5, 2}));
 }
 
+TEST(Collapse, keys_wrap_at_32_bits)
+{
+    // keys 1 + 100 x 100, 2147483601, and 2147483701, which is negative in 32 bits
+    const Collapsed result = collapse({{0}, {21474736}, {21474737}}, {1, 2, 4});
+    EXPECT_EQ(result.nets, (Nets{{21474737}, {0}, {21474736}}));
+    EXPECT_EQ(result.wgts, (Ints{4, 1, 2}));
+}
+
 TEST(Collapse, empty_hyperedges_are_merged)
 {
     const Collapsed result = collapse({{}, {1}, {}}, {1, 2, 4});

@@ -184,9 +184,16 @@ TEST(Sort, falling_and_constant_inputs_of_many_elements_are_sorted)
 
 TEST(Sort, thousands_of_lopsided_partitions_need_no_more_room_than_32_ranges)
 {
-    std::vector<int> a = lopsided_order(240000);
-    iintsort__(240000, a.data());
-    for (size_t i = 0; i < a.size(); i++) ASSERT_EQ(a[i], static_cast<int>(i));
+    constexpr int n = 240001;
+    for (const bool largest : {false, true}) { // which end each partition splits off
+        std::vector<int> a = lopsided_order(n);
+        if (largest) { // the middle of an odd number is that of their mirror image too
+            std::reverse(a.begin(), a.end());
+            for (int &key : a) key = n - 1 - key;
+        }
+        iintsort__(n, a.data());
+        for (int i = 0; i < n; i++) ASSERT_EQ(a[static_cast<size_t>(i)], i);
+    }
 }
 
 /* CPU seconds that work takes. */
