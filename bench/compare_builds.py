@@ -17,7 +17,6 @@ where the seconds go, from runs of their own, and --counts how much work was don
 CSV has a line for each call; --read makes the tables again from such files.
 """
 
-import argparse
 import csv
 import os
 import sys
@@ -275,13 +274,8 @@ def show_tables(request, rows):
 
 
 def parse_words():
-    parser = argparse.ArgumentParser(
-        description=__doc__.splitlines()[0], formatter_class=argparse.ArgumentDefaultsHelpFormatter
-    )
+    parser = lab.parser_of_builds(__doc__.splitlines()[0])
     add = parser.add_argument
-    library = lab.BUILD / "src" / "libzorpel.so"
-    add("--library", dest="measured", default=library, help="the build to measure")
-    add("--base", action="append", default=[], metavar="NAME=LIBRARY|COMMIT", help="may repeat")
     add("--folder", help="hypergraphs to measure on, .hgr or .hgr.gz")
     add("--generate", metavar="FAMILY,...", help="families of zorpel-generate to measure on")
     add("--pins", default="1e5", metavar="N,...", help="sizes of the generated ones")

@@ -5,6 +5,7 @@ Everything that is made on the way goes to build/bench/lab: unpacked and generat
 builds of other commits. Nothing in it is needed afterwards.
 """
 
+import argparse
 import gzip
 import math
 import re
@@ -93,6 +94,18 @@ def parse_base(word):
     if not equals or not re.fullmatch(r"[\w.-]+", name):
         raise Failure("%s is not NAME=LIBRARY or NAME=COMMIT" % word)
     return named_library(name, what) if Path(what).is_file() else library_of_commit(name, what)
+
+
+def parser_of_builds(what):
+    """A parser with the options that say which builds are measured."""
+    parser = argparse.ArgumentParser(
+        description=what, formatter_class=argparse.ArgumentDefaultsHelpFormatter
+    )
+    add = parser.add_argument
+    library = BUILD / "src" / "libzorpel.so"
+    add("--library", dest="measured", default=library, help="the build to measure")
+    add("--base", action="append", default=[], metavar="NAME=LIBRARY|COMMIT", help="may repeat")
+    return parser
 
 
 # ---- inputs --------------------------------------------------------------------------------

@@ -14,7 +14,6 @@ The readers and the search are the programs' own; other libraries have no part i
 traps are named "search: giant" and so on.
 """
 
-import argparse
 import resource
 import subprocess
 import sys
@@ -280,13 +279,8 @@ def wanted(request, name):
 
 
 def parse_words():
-    parser = argparse.ArgumentParser(
-        description=__doc__.splitlines()[0], formatter_class=argparse.ArgumentDefaultsHelpFormatter
-    )
+    parser = lab.parser_of_builds(__doc__.splitlines()[0])
     add = parser.add_argument
-    library = lab.BUILD / "src" / "libzorpel.so"
-    add("--library", dest="measured", default=library, help="the build to measure")
-    add("--base", action="append", default=[], metavar="NAME=LIBRARY|COMMIT", help="may repeat")
     add("--sizes", default="1e4,1e5,1e6", metavar="N,...")
     add("--only", action="append", metavar="TRAP", help="of the traps, may repeat")
     add("--schemes", action="store_true", help="with every matching and refinement")

@@ -117,31 +117,36 @@ TEST(Bold, never_makes_the_objective_or_the_excess_worse)
     EXPECT_GT(better, 50); // where bounded moves alone were at their end
 }
 
-/* Each of two cliques is in the other's part; bounds that are tight let no vertex move at all. */
-TEST(Bold, cliques_change_places_within_tight_bounds)
+/* Two cliques of so many vertices each, by hyperedges of two; and those of joined. */
+static HGraphPtr two_cliques(int size, const std::vector<int> &joined)
 {
     HGraph *const graph = CreateHGraph__();
-    std::vector<int> ptr = {0}, ind;
-    const auto join = [&](int u, int v) {
-        ind.insert(ind.end(), {u, v});
-        ptr.push_back(static_cast<int>(ind.size()));
-    };
-    for (int side = 0; side < 2; side++)
-        for (int u = 0; u < 10; u++)
-            for (int v = u + 1; v < 10; v++) join(10 * side + u, 10 * side + v);
-    graph->ncells = 20;
+    std::vector<int> ind;
+    for (int begin : {0, size})
+        for (int u = begin; u < begin + size; u++)
+            for (int v = u + 1; v < begin + size; v++) ind.insert(ind.end(), {u, v});
+    ind.insert(ind.end(), joined.begin(), joined.end());
+    std::vector<int> ptr(ind.size() / 2 + 1);
+    for (size_t e = 0; e < ptr.size(); e++) ptr[e] = static_cast<int>(2 * e);
+    graph->ncells = 2 * size;
     graph->nnets = static_cast<int>(ptr.size()) - 1;
     graph->netptr = new_array(ptr);
     graph->netind = new_array(ind);
-    graph->cellwgt = new_array(std::vector<int>(20, 1));
+    graph->cellwgt = new_array(std::vector<int>(static_cast<size_t>(2 * size), 1));
     graph->netwgt = new_array(std::vector<int>(ptr.size() - 1, 1));
     CreateIncidentHGraph__(graph);
-    const HGraphPtr owner(graph);
-    const TestBounds bounds(graph, 2, 0);
+    return HGraphPtr(graph);
+}
+
+/* Each of two cliques is in the other's part; bounds that are tight let no vertex move at all. */
+TEST(Bold, cliques_change_places_within_tight_bounds)
+{
+    const HGraphPtr graph = two_cliques(10, {});
+    const TestBounds bounds(graph.get(), 2, 0);
     Parts parts;
     KwayFmWork work;
-    open_parts(&parts, graph, &bounds, Objective::cut, nullptr);
-    open_kway_fm(&work, graph, 2, Objective::cut);
+    open_parts(&parts, graph.get(), &bounds, Objective::cut, nullptr);
+    open_kway_fm(&work, graph.get(), 2, Objective::cut);
     std::vector<int> where(20, 1);
     for (int v = 0; v < 8; v++) where[static_cast<size_t>(v)] = 0;
     where[10] = where[11] = 0;
@@ -157,31 +162,12 @@ TEST(Bold, cliques_change_places_within_tight_bounds)
 
 TEST(KwayFm, two_cliques_are_found)
 {
-    // vertices 0-5 and 6-11 hang together by all pairs; one hyperedge joins them
-    HGraph *const graph = CreateHGraph__();
-    std::vector<int> ptr = {0}, ind;
-    for (int side = 0; side < 2; side++)
-        for (int u = 0; u < 6; u++)
-            for (int v = u + 1; v < 6; v++) {
-                ind.insert(ind.end(), {6 * side + u, 6 * side + v});
-                ptr.push_back(static_cast<int>(ind.size()));
-            }
-    ind.insert(ind.end(), {5, 6});
-    ptr.push_back(static_cast<int>(ind.size()));
-    graph->ncells = 12;
-    graph->nnets = static_cast<int>(ptr.size()) - 1;
-    graph->nfixed = 0;
-    graph->netptr = new_array(ptr);
-    graph->netind = new_array(ind);
-    graph->cellwgt = new_array(std::vector<int>(12, 1));
-    graph->netwgt = new_array(std::vector<int>(ptr.size() - 1, 1));
-    CreateIncidentHGraph__(graph);
-    const HGraphPtr owner(graph);
-    const TestBounds bounds(graph, 2, 20);
+    const HGraphPtr graph = two_cliques(6, {5, 6});
+    const TestBounds bounds(graph.get(), 2, 20);
     Parts parts;
     KwayFmWork work;
-    open_parts(&parts, graph, &bounds, Objective::cut, nullptr);
-    open_kway_fm(&work, graph, 2, Objective::cut);
+    open_parts(&parts, graph.get(), &bounds, Objective::cut, nullptr);
+    open_kway_fm(&work, graph.get(), 2, Objective::cut);
     const std::vector<int> where = {0, 0, 0, 0, 0, 1, 0, 1, 1, 1, 1, 1};
     load_parts(&parts, where.data());
     Random random = random_for(1, 0);

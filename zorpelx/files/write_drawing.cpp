@@ -10,6 +10,7 @@
 #include <algorithm>
 
 #include "casts.h"
+#include "entities.h"
 #include "fileerror.h"
 #include "json_scan.h"
 #include "zorpelx.h"
@@ -63,18 +64,7 @@ static std::string dot_quoted(std::string_view name)
 static std::string xml(std::string_view name)
 {
     std::string out;
-    for (const char c : clean(name)) {
-        if (c == '&')
-            out += "&amp;";
-        else if (c == '<')
-            out += "&lt;";
-        else if (c == '>')
-            out += "&gt;";
-        else if (c == '"')
-            out += "&quot;";
-        else
-            out += c;
-    }
+    for (const char c : clean(name)) append_markup(c, &out);
     return out;
 }
 

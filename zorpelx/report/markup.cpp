@@ -4,6 +4,7 @@
 
 #include <cmath>
 
+#include "entities.h"
 #include "escaped.h"
 #include "fileerror.h" // text_of
 
@@ -11,18 +12,10 @@ std::string markup(std::string_view text)
 {
     std::string out;
     for (const char c : escaped(text)) {
-        if (c == '&')
-            out += "&amp;";
-        else if (c == '<')
-            out += "&lt;";
-        else if (c == '>')
-            out += "&gt;";
-        else if (c == '"')
-            out += "&quot;";
-        else if (c == '\'')
+        if (c == '\'')
             out += "&#39;";
         else
-            out += c;
+            append_markup(c, &out);
     }
     return out;
 }
