@@ -7,6 +7,7 @@
 #include "core/memory.h"
 
 constexpr size_t BYTES_A_PIN = 64; // most that rows take
+constexpr int FEW_PARTS = 32;      // no marks: they would cost more than they save
 constexpr int CUT_SHARE = 4;       // of the objective cut, beside one share of km1
 
 void open_gain_cache(GainCache *cache, const HGraph *graph, int nparts, Objective objective)
@@ -25,11 +26,13 @@ void open_gain_cache(GainCache *cache, const HGraph *graph, int nparts, Objectiv
     const size_t rows = std::min(n, std::max<size_t>(bytes / (sizeof(int) * k), 1024));
     assert(cache->cut + cache->km1 > 0 && nparts >= 1);
     cache->nparts = nparts;
+    cache->nmarks = nparts > FEW_PARTS ? (nparts + 31) / 32 : 0;
+    cache->length = 1 + cache->nmarks + nparts;
     cache->nrows = 0;
     cache->mostrows = static_cast<int>(rows);
     cache->row = ismalloc__(n, -1, "search: row");
     cache->owner = alloc_pool<int>(rows, "search: owner");
-    cache->rows = alloc_pool<int>(rows * (k + 1), "search: gains");
+    cache->rows = alloc_pool<int>(rows * static_cast<size_t>(cache->length), "search: gains");
 }
 
 void close_gain_cache(GainCache *cache)
@@ -41,6 +44,16 @@ void clear_gain_cache(GainCache *cache)
 {
     for (int i = 0; i < cache->nrows; i++) cache->row[cache->owner[i]] = -1;
     cache->nrows = 0;
+}
+
+static void add_gain(const GainCache *cache, int *row, int p, int gain)
+{
+    if (cache->nmarks == 0) {
+        row[1 + p] += gain;
+        return;
+    }
+    gains_in(cache, row)[p] = gain_in(cache, row, p) + gain;
+    marks_of(row, p) |= mark_of(p);
 }
 
 /* Adds e's share to a row of a vertex in part from. */
@@ -60,7 +73,7 @@ static void add_share(const Parts *parts, const GainCache *cache, int e, int fro
     if (!alone) row[0] -= w * cache->km1;
     const int each = w * (n == 2 && alone ? cache->cut + cache->km1 : cache->km1);
     for (int i = 0; i < n; i++)
-        if (list[i].part != from) row[1 + list[i].part] += each;
+        if (list[i].part != from) add_gain(cache, row, list[i].part, each);
 }
 
 int row_of(GainCache *cache, const Parts *parts, int v)
@@ -73,7 +86,7 @@ int row_of(GainCache *cache, const Parts *parts, int v)
     int *const row = row_at(cache, number);
     cache->row[v] = number;
     cache->owner[number] = v;
-    std::fill(row, row + 1 + cache->nparts, 0);
+    std::fill(row, gains_in(cache, row) + (cache->nmarks == 0 ? cache->nparts : 0), 0);
     for (int i = graph->incptr[v]; i < graph->incptr[v + 1]; i++)
         add_share(parts, cache, graph->incind[i], parts->part[v], row);
     return number;
@@ -103,7 +116,6 @@ static void update_all_rows(const Parts *parts, const GainCache *cache, const Mo
     const HGraph *const graph = parts->graph;
     const bool leaves = pins.left == 0, enters = pins.met == 0;
     const int km1 = net->w * cache->km1, cut = net->w * cache->cut;
-    const int lost = leaves ? km1 : 0, won = enters ? km1 : 0;
     assert((leaves || enters) && net->w >= 0);
     int base = 0;
     if (enters && !leaves && pins.ntouched == 1) base = cut;
@@ -113,8 +125,8 @@ static void update_all_rows(const Parts *parts, const GainCache *cache, const Mo
         if (number < 0) continue;
         int *const row = row_at(cache, number);
         row[0] += base;
-        row[1 + net->from] -= lost;
-        row[1 + net->to] += won;
+        if (leaves) add_gain(cache, row, net->from, -km1);
+        if (enters) add_gain(cache, row, net->to, km1);
     }
 }
 
@@ -127,7 +139,7 @@ static void update_one_row(const Parts *parts, const GainCache *cache, const Mov
     if (!has_row(cache, u)) return;
     int *const row = row_at(cache, cache->row[u]);
     row[0] += base;
-    row[1 + q] += gain;
+    if (gain != 0) add_gain(cache, row, q, gain);
 }
 
 /* To the pin that is alone in a third part, if there is one and two parts were or are touched. */
@@ -152,12 +164,12 @@ static void update_own_row(const Parts *parts, const GainCache *cache, const Mov
 {
     const int km1 = net->w * cache->km1, cut = net->w * cache->cut;
     const int now = parts->touched[net->e];
-    if (pins.left > 0) row[0] += km1, row[1 + net->from] += km1;
-    if (pins.met > 0) row[0] -= km1, row[1 + net->to] -= km1;
+    if (pins.left > 0) row[0] += km1, add_gain(cache, row, net->from, km1);
+    if (pins.met > 0) row[0] -= km1, add_gain(cache, row, net->to, -km1);
     if (pins.ntouched == 1 && pins.left > 0) row[0] += cut;
     if (now == 1 && pins.met > 0) row[0] -= cut;
-    if (pins.ntouched == 2 && pins.left == 0 && pins.met > 0) row[1 + net->to] -= cut;
-    if (now == 2 && pins.met == 0 && pins.left > 0) row[1 + net->from] += cut;
+    if (pins.ntouched == 2 && pins.left == 0 && pins.met > 0) add_gain(cache, row, net->to, -cut);
+    if (now == 2 && pins.met == 0 && pins.left > 0) add_gain(cache, row, net->from, cut);
 }
 
 /* Moves v's pin of e, and what that changes in the rows of other pins. */

@@ -14,6 +14,11 @@
  * as it is, and hyperedges that touch few parts are cut no more sooner. Where weights are too large
  * for such sums the main term stands alone.
  *
+ * A vertex is near few of many parts. Where there are many, a row marks those that it may gain
+ * from; without a mark the gain is 0, and its place in the row has not been written yet:
+ *
+ *     base | marks, 32 parts a word | gain to part 0, 1, ... nparts - 1
+ *
  * A vertex gets its row when it is first asked for. From then on every change of a hyperedge
  * changes it by the difference: all pins' when a part is entered or left as a whole, else only
  * those of pins that become the one of their part, or are that no more.
@@ -34,11 +39,13 @@
  */
 struct GainCache {
     int nparts;
+    int nmarks;   // words of marks in a row; 0: all gains are written
+    int length;   // of a row: 1 + nmarks + nparts
     int cut, km1; // how often the two count
     int nrows, mostrows;
     int *row;   // [ncells]
     int *owner; // [mostrows] vertex of each row
-    int *rows;  // [mostrows x (nparts + 1)] the base of each, then its gains
+    int *rows;  // [mostrows x length]
 };
 
 /* Room for the rows of all vertices, or as many as fit into some bytes a pin. */
@@ -57,19 +64,43 @@ inline bool has_row(const GainCache *cache, int v)
     return cache->row[v] >= 0;
 }
 
-/* The base and gains of a row. */
+/* The base, marks and gains of a row. */
 inline int *row_at(const GainCache *cache, int row)
 {
     assert(0 <= row && row < cache->nrows); // C1
-    return cache->rows + static_cast<size_t>(row) * (static_cast<size_t>(cache->nparts) + 1);
+    return cache->rows + static_cast<size_t>(row) * static_cast<size_t>(cache->length);
+}
+
+/* The word of a row that has the mark of part p, and the mark. */
+inline int &marks_of(int *row, int p)
+{
+    return row[1 + p / 32];
+}
+inline int mark_of(int p)
+{
+    return static_cast<int>(1u << (p % 32));
+}
+
+/* The gains of a row; where there are marks, only those that have one are written. */
+inline int *gains_in(const GainCache *cache, int *row)
+{
+    return row + 1 + cache->nmarks;
+}
+
+/* What a row holds for part p. */
+inline int gain_in(const GainCache *cache, int *row, int p)
+{
+    assert(0 <= p && p < cache->nparts);
+    const bool written = cache->nmarks == 0 || (marks_of(row, p) & mark_of(p)) != 0;
+    return written ? gains_in(cache, row)[p] : 0;
 }
 
 /* The gain of v, which has a row, to part p, another than its own, as rows count it. */
 inline int64_t cached_gain(const GainCache *cache, int v, int p)
 {
-    assert(has_row(cache, v) && 0 <= p && p < cache->nparts);
-    const int *const row = row_at(cache, cache->row[v]);
-    return static_cast<int64_t>(row[0]) + row[1 + p];
+    assert(has_row(cache, v));
+    int *const row = row_at(cache, cache->row[v]);
+    return static_cast<int64_t>(row[0]) + gain_in(cache, row, p);
 }
 
 /* move_vertex, and the rows of all vertices. */

@@ -8,6 +8,7 @@
 #include "search/kway_fm.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 
 #include "core/heavy_assert.h"
@@ -54,17 +55,26 @@ static bool has_room(const Parts *parts, int v, int from, int to)
  * -1 if no part has room. */
 static int best_move(const Parts *parts, KwayFmWork *work, int v, int64_t *gain)
 {
+    const GainCache *const cache = &work->cache;
     const int from = parts->part[v], number = row_of(&work->cache, parts, v);
-    const int *const row = row_at(&work->cache, number), *const gains = row + 1;
+    int *const row = row_at(cache, number), *const gains = gains_in(cache, row);
     int best = -1, most = 1; // no gain to its own part, nor to one that its hyperedges don't touch
-    for (int p = 0; p < parts->nparts; p++) {
-        if (gains[p] < most || !has_room(parts, v, from, p)) continue;
-        if (best >= 0 && gains[p] == most && parts->weight[p] >= parts->weight[best]) continue;
+    const auto consider = [&](int p) {
+        if (gains[p] < most || !has_room(parts, v, from, p)) return;
+        if (best >= 0 && gains[p] == most && parts->weight[p] >= parts->weight[best]) return;
         best = p;
         most = gains[p];
-    }
+    };
+    if (cache->nmarks == 0)
+        for (int p = 0; p < parts->nparts; p++) consider(p);
+    for (int word = 0; word < cache->nmarks; word++)
+        for (unsigned left = static_cast<unsigned>(row[1 + word]); left != 0; left &= left - 1) {
+            const int p = 32 * word + std::countr_zero(left);
+            if (gains[p] == 0) marks_of(row, p) &= ~mark_of(p);
+            consider(p);
+        }
     *gain = static_cast<int64_t>(row[0]) + most;
-    assert(best != from && work->cache.owner[number] == v);
+    assert(best != from && cache->owner[number] == v);
     return best;
 }
 

@@ -73,7 +73,7 @@ bool gain_cache_ok(const GainCache *cache, const Parts *parts)
         HOLDS(C1, row >= -1 && row < cache->nrows && (row < 0 || cache->owner[row] == v));
         for (int p = 0; row >= 0 && p < parts->nparts; p++)
             HOLDS(C2, p == parts->part[v]
-                          ? row_at(cache, row)[1 + p] == 0
+                          ? gain_in(cache, row_at(cache, row), p) == 0
                           : cached_gain(cache, v, p) == fresh_gain(cache, parts, v, p));
     }
     return true;

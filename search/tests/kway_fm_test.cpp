@@ -13,11 +13,13 @@ namespace
 
 constexpr Objective OBJECTIVES[] = {Objective::cut, Objective::km1, Objective::soed};
 
-/* A random partition of a random hypergraph, some vertices fixed. */
+/* A random partition of a random hypergraph, some vertices fixed; with many parts rows have marks.
+ */
 struct RandomCase {
-    explicit RandomCase(unsigned seed)
-        : random(seed), n(4 + static_cast<int>(random() % 60)),
-          nparts(2 + static_cast<int>(random() % 7)), objective(OBJECTIVES[seed % 3]),
+    explicit RandomCase(unsigned seed, bool many = false)
+        : random(seed), n((many ? 80 : 4) + static_cast<int>(random() % 60)),
+          nparts((many ? 33 : 2) + static_cast<int>(random() % (many ? 40 : 7))),
+          objective(OBJECTIVES[seed % 3]),
           graph(
               random_hypergraph(random, n, n + static_cast<int>(random() % 60), 7, seed % 2 == 0)),
           bounds(graph.get(), nparts, static_cast<int>(random() % 30)),
@@ -47,9 +49,10 @@ struct RandomCase {
 
 TEST(GainCache, rows_follow_random_moves)
 {
-    for (unsigned seed = 1; seed <= 90; seed++) {
-        RandomCase c(seed);
+    for (unsigned seed = 1; seed <= 120; seed++) {
+        RandomCase c(seed, seed > 90);
         GainCache *const cache = &c.work.cache;
+        ASSERT_EQ(cache->nmarks > 0, seed > 90);
         for (int step = 0; step < 60; step++) {
             const int v = static_cast<int>(c.random() % static_cast<unsigned>(c.n));
             const int to = static_cast<int>(c.random() % static_cast<unsigned>(c.nparts));
@@ -64,23 +67,35 @@ TEST(GainCache, rows_follow_random_moves)
 
 TEST(GainCache, the_broken_rule_is_named)
 {
-    RandomCase c(2);
-    GainCache *const cache = &c.work.cache;
-    const int row = row_of(cache, &c.parts, 0);
-    const auto ok = [&] { return gain_cache_ok(cache, &c.parts); };
-    ASSERT_EQ(broken_rule(ok), "");
-    EXPECT_EQ(broken_by(cache->row[1], row, ok), "C1");
-    EXPECT_EQ(broken_by(cache->row[1], cache->nrows, ok), "C1");
-    int *const gains = row_at(cache, row) + 1, own = c.parts.part[0];
-    EXPECT_EQ(broken_by(row_at(cache, row)[0], row_at(cache, row)[0] + 1, ok), "C2");
-    EXPECT_EQ(broken_by(gains[own], 1, ok), "C2");
+    for (const bool many : {false, true}) {
+        RandomCase c(2, many);
+        GainCache *const cache = &c.work.cache;
+        const int number = row_of(cache, &c.parts, 0), own = c.parts.part[0];
+        const auto ok = [&] { return gain_cache_ok(cache, &c.parts); };
+        ASSERT_EQ(broken_rule(ok), "");
+        EXPECT_EQ(broken_by(cache->row[1], number, ok), "C1");
+        EXPECT_EQ(broken_by(cache->row[1], cache->nrows, ok), "C1");
+        int *const row = row_at(cache, number), *const gains = gains_in(cache, row);
+        EXPECT_EQ(broken_by(row[0], row[0] + 1, ok), "C2");
+        if (many) {
+            gains[own] = 1; // without a mark it is not a gain
+            EXPECT_EQ(broken_rule(ok), "");
+            EXPECT_EQ(broken_by(marks_of(row, own), marks_of(row, own) | mark_of(own), ok), "C2");
+            int near = 0;
+            while (near < c.nparts && gain_in(cache, row, near) == 0) near++;
+            ASSERT_LT(near, c.nparts);
+            EXPECT_EQ(broken_by(marks_of(row, near), 0, ok), "C2"); // its gain is lost
+        } else {
+            EXPECT_EQ(broken_by(gains[own], 1, ok), "C2");
+        }
+    }
 }
 
 TEST(KwayFm, never_makes_the_objective_or_the_excess_worse)
 {
     int improved = 0;
     for (unsigned seed = 1; seed <= 200; seed++) {
-        RandomCase c(seed);
+        RandomCase c(seed, seed > 160);
         Random random = random_for(seed, 0);
         const int64_t before = c.parts.value, excess = excess_of(&c.parts);
         const int64_t gain = refine_kway_fm(&c.parts, &c.work, 5, &random);
@@ -88,6 +103,7 @@ TEST(KwayFm, never_makes_the_objective_or_the_excess_worse)
         ASSERT_GE(gain, 0) << "seed " << seed;
         ASSERT_LE(excess_of(&c.parts), excess) << "seed " << seed;
         ASSERT_TRUE(parts_ok(&c.parts)) << "seed " << seed;
+        ASSERT_TRUE(gain_cache_ok(&c.work.cache, &c.parts)) << "seed " << seed;
         ASSERT_EQ(c.parts.value, objective_of(c.graph.get(), c.nparts, c.objective, c.parts.part));
         improved += gain > 0;
     }
@@ -158,6 +174,43 @@ TEST(Bold, cliques_change_places_within_tight_bounds)
     EXPECT_TRUE(within_bounds(&parts));
     close_kway_fm(&work);
     close_parts(&parts);
+}
+
+TEST(KwayFm, a_vertex_finds_the_best_of_many_parts)
+{
+    // vertex p of 0 to 70 is fixed in part p; the last hangs on each by a hyperedge, on one by two
+    for (const int best : {1, 31, 32, 33, 63, 64, 70}) {
+        HGraph *const graph = CreateHGraph__();
+        constexpr int n = 72, nparts = 71;
+        std::vector<int> ind, ptr;
+        for (int p = 0; p < nparts; p++) ind.insert(ind.end(), {p, n - 1});
+        ind.insert(ind.end(), {best, n - 1});
+        for (int e = 0; e <= n; e++) ptr.push_back(2 * e);
+        graph->ncells = n;
+        graph->nnets = n;
+        graph->netptr = new_array(ptr);
+        graph->netind = new_array(ind);
+        graph->cellwgt = new_array(std::vector<int>(n, 1));
+        graph->netwgt = new_array(std::vector<int>(n, 1));
+        CreateIncidentHGraph__(graph);
+        const HGraphPtr owner(graph);
+        const TestBounds bounds(graph, nparts, 100);
+        std::vector<int> fixed(n), where(n);
+        for (int p = 0; p < nparts; p++) fixed[static_cast<size_t>(p)] = p;
+        where = fixed;
+        fixed[n - 1] = -1;
+        where[n - 1] = 0;
+        Parts parts;
+        KwayFmWork work;
+        open_parts(&parts, graph, &bounds, Objective::cut, fixed.data());
+        open_kway_fm(&work, graph, nparts, Objective::cut);
+        load_parts(&parts, where.data());
+        Random random = random_for(1, 0);
+        EXPECT_EQ(refine_kway_fm(&parts, &work, 2, &random), 1);
+        EXPECT_EQ(parts.part[n - 1], best);
+        close_kway_fm(&work);
+        close_parts(&parts);
+    }
 }
 
 TEST(KwayFm, two_cliques_are_found)
