@@ -18,8 +18,9 @@ constexpr double SHRINK = 2.5;          // vertices of a level for each of the n
 constexpr int64_t GROWN = 4;            // times the average, that a cluster may weigh
 constexpr int64_t CLUSTERS_A_PART = 40; // that the heaviest ones still leave to choose from
 constexpr int64_t CHOICES_A_PART = 150, CHOICES = 2000; // vertices that the search is left with
-constexpr int CYCLES = 2;                               // the later ones start from a partition
-constexpr double LITTLE = 0.95; // fewer vertices are left: that was worth a level
+constexpr int64_t PINS_A_VERTEX = 16; // with fewer, too little would be left of a level
+constexpr int CYCLES = 2;             // the later ones start from a partition
+constexpr double LITTLE = 0.95;       // fewer vertices are left: that was worth a level
 
 using Levels = std::vector<std::unique_ptr<Level>>;
 
@@ -42,12 +43,19 @@ static int64_t most_weight(const Level *level, const Goal *goal)
 }
 
 /* Few vertices that are in many hyperedges leave the search nothing to choose, if they became
- * fewer: it is the number of hyperedges then that keeps the pins up. */
+ * fewer: it is the number of hyperedges then that keeps the pins up, and a selection has to do. */
 static bool is_coarse_enough(const Level *level, const DivideOptions *options)
 {
     const int64_t choices = std::max(CHOICES, CHOICES_A_PART * options->goal.nparts);
     return level->nvertices <= std::min(options->fits, choices) ||
            std::max(level->npins, level->nvertices) <= options->fits;
+}
+
+/* So many pins of a level rank 0 takes. */
+static int64_t pins_that_fit(const Level *level, const DivideOptions *options)
+{
+    assert(level->nvertices < INT64_MAX / PINS_A_VERTEX);
+    return std::max(options->fits, PINS_A_VERTEX * level->nvertices);
 }
 
 /* The next level, or null if there is none worth it.
@@ -156,11 +164,14 @@ Divided divide(Ranks *ranks, Level *level, const DivideOptions *options, std::ve
     for (int cycle = 0; cycle < CYCLES; cycle++) {
         coarsen(ranks, options, cycle, &levels, &division);
         watch(options, ranks, "gather", levels.size() - 1, levels.back().get(), 0);
-        divide_gathered(ranks, levels.back().get(), &options->goal, &options->finishing,
-                        static_cast<uint64_t>(cycle), &division);
+        const int64_t mostpins = pins_that_fit(levels.back().get(), options);
+        // a search among some of the hyperedges would worsen a partition that all have shaped
+        if (cycle == 0 || levels.back()->npins <= mostpins)
+            divide_gathered(ranks, levels.back().get(), &options->goal, &options->finishing,
+                            mostpins, static_cast<uint64_t>(cycle), &division);
         divided.levels = std::max(divided.levels, static_cast<int>(levels.size()));
         refine_levels(ranks, options, cycle, &levels, &division, &divided);
-        if (divided.levels == 1) break; // the search had all of it
+        if (divided.levels == 1) break; // there are no clusters to keep to the parts
     }
     assert(levels.size() == 1 && divided.levels >= 1);
     divided.weight = division.weight;

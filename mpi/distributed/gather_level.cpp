@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-/* mpi/distributed/gather_level.cpp: all of a level on one rank.
+/* mpi/distributed/gather_level.cpp: a level on one rank: all of it, or what fits.
  *
  * Ranks hold vertices in the order of their numbers, and hyperedges in the order in which they were
  * read or in that of their keys: put together by rank, the hypergraph is the same for any number of
@@ -7,6 +7,7 @@
  */
 #include "distributed/gather_level.h"
 
+#include "distributed/select_nets.h"
 #include "search/search.h"
 
 constexpr int64_t MOST_COUNT = 2147482624;
@@ -48,26 +49,39 @@ struct Whole {
     std::vector<int> start; // a partition; empty: none
 };
 
-static Whole gather_whole(Ranks *ranks, const Level *level, const Division *division)
+/* The selected hyperedges: pins by global numbers, sizes, weights. */
+static void gather_nets(Ranks *ranks, const Level *level, const std::vector<int> &nets,
+                        Whole *whole)
+{
+    std::vector<int> pins, sizes;
+    std::vector<int64_t> weights;
+    for (const int net : nets) {
+        const size_t e = static_cast<size_t>(net);
+        for (int i = level->netptr[e]; i < level->netptr[e + 1]; i++)
+            pins.push_back(static_cast<int>(
+                level->ghost[static_cast<size_t>(level->netind[static_cast<size_t>(i)])]));
+        sizes.push_back(level->netptr[e + 1] - level->netptr[e]);
+        weights.push_back(level->netweight[e]);
+    }
+    whole->eind = gather(ranks, std::move(pins));
+    whole->eptr = gather(ranks, std::move(sizes));
+    whole->eptr.insert(whole->eptr.begin(), 0);
+    for (size_t e = 1; e < whole->eptr.size(); e++) whole->eptr[e] += whole->eptr[e - 1];
+    whole->hewgts = gather(ranks, std::move(weights));
+    assert(whole->eptr.size() == whole->hewgts.size() + 1);
+    assert(whole->eptr.back() == static_cast<int>(whole->eind.size()));
+}
+
+static Whole gather_whole(Ranks *ranks, const Level *level, int64_t mostpins,
+                          const Division *division)
 {
     Whole whole;
-    std::vector<int> list(level->netind.size());
-    for (size_t i = 0; i < list.size(); i++)
-        list[i] = static_cast<int>(level->ghost[static_cast<size_t>(level->netind[i])]);
-    whole.eind = gather(ranks, std::move(list));
-    list.resize(level->netweight.size());
-    for (size_t e = 0; e < list.size(); e++) list[e] = level->netptr[e + 1] - level->netptr[e];
-    whole.eptr = gather(ranks, std::move(list));
-    whole.eptr.insert(whole.eptr.begin(), 0);
-    for (size_t e = 1; e < whole.eptr.size(); e++) whole.eptr[e] += whole.eptr[e - 1];
-    whole.hewgts = gather(ranks, level->netweight);
+    gather_nets(ranks, level, select_nets(ranks, level, mostpins), &whole);
     whole.vwgts = gather(ranks, level->weight);
     whole.fixed = gather(ranks, level->fixed);
     whole.start = gather(ranks, division->part);
-    assert(whole.eptr.size() == whole.hewgts.size() + 1);
-    assert(whole.eptr.back() == static_cast<int>(whole.eind.size()));
     assert(ranks->rank != 0 || whole.vwgts.size() == static_cast<size_t>(level->nvertices));
-    assert(ranks->rank != 0 || whole.eind.size() == static_cast<size_t>(level->npins));
+    assert(static_cast<int64_t>(whole.eind.size()) <= std::min(level->npins, mostpins));
     assert(whole.fixed.empty() || whole.fixed.size() == whole.vwgts.size());
     assert(whole.start.empty() || whole.start.size() == whole.vwgts.size());
     return whole;
@@ -116,16 +130,15 @@ static std::vector<int> scatter(Ranks *ranks, const Level *level, std::vector<in
 }
 
 void divide_gathered(Ranks *ranks, const Level *level, const Goal *goal, const Finishing *finishing,
-                     uint64_t draw, Division *division)
+                     int64_t mostpins, uint64_t draw, Division *division)
 {
-    if (std::max({level->nvertices, level->nnets, level->npins}) > MOST_COUNT)
-        give_up(ranks,
-                "what is left after clustering does not fit one rank: %lld vertices, %lld "
-                "pins",
-                static_cast<long long>(level->nvertices), static_cast<long long>(level->npins));
+    if (level->nvertices > MOST_COUNT)
+        give_up(ranks, "what is left after clustering does not fit one rank: %lld vertices",
+                static_cast<long long>(level->nvertices));
+    mostpins = std::min(mostpins, MOST_COUNT);
     std::vector<int> part;
     {
-        const Whole whole = gather_whole(ranks, level, division);
+        const Whole whole = gather_whole(ranks, level, mostpins, division);
         if (ranks->rank == 0) part = divide_whole(whole, goal, finishing, draw);
     }
     division->part = scatter(ranks, level, std::move(part));

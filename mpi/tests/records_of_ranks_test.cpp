@@ -6,6 +6,7 @@
 #include "distributed/cluster_rounds.h"
 #include "distributed/file_share.h"
 #include "distributed/select_moves.h"
+#include "distributed/select_nets.h"
 #include "distributed/tally.h"
 #include "leak_check.h"
 
@@ -229,6 +230,56 @@ TEST(SelectMoves, takes_what_a_plain_sort_takes)
         ASSERT_EQ(moves.size(), expected.size()) << "round " << round;
         for (size_t i = 0; i < moves.size(); i++) ASSERT_EQ(moves[i].vertex, expected[i].vertex);
     }
+}
+
+/* Hyperedges of random sizes and weights among 40 vertices. */
+static Level random_level(Ranks *ranks, std::mt19937 *chance)
+{
+    Level level = {};
+    LooseNets nets;
+    level.nvertices = 40;
+    level.weight.assign(40, 1);
+    for (int e = 0; e < 200; e++) {
+        const int64_t first = static_cast<int64_t>((*chance)() % 40), size = 2 + (*chance)() % 9;
+        for (int64_t i = 0; i < size; i++) nets.pins.push_back((first + 3 * i) % 40);
+        nets.ptr.push_back(static_cast<int64_t>(nets.pins.size()));
+        nets.weight.push_back(1 + static_cast<int64_t>((*chance)() % 100));
+    }
+    open_level(ranks, &level, &nets);
+    return level;
+}
+
+TEST(SelectNets, takes_the_heaviest_for_their_pins_that_fit)
+{
+    Ranks ranks = alone();
+    std::mt19937 chance(3);
+    for (int round = 0; round < 50; round++) {
+        const Level level = random_level(&ranks, &chance);
+        const int64_t most = static_cast<int64_t>(chance() % 1400);
+        std::vector<char> in(level.netweight.size(), 0);
+        int64_t pins = 0;
+        double least = 1e9, best = 0; // weight for each pin of those in, and out
+        for (const int e : select_nets(&ranks, &level, most)) in[static_cast<size_t>(e)] = 1;
+        for (size_t e = 0; e < in.size(); e++) {
+            const int size = level.netptr[e + 1] - level.netptr[e];
+            const double each = static_cast<double>(level.netweight[e]) / size;
+            pins += in[e] ? size : 0;
+            (in[e] ? least : best) = in[e] ? std::min(least, each) : std::max(best, each);
+        }
+        ASSERT_LE(pins, most);
+        if (pins == level.npins) continue;
+        ASSERT_GT(pins, most - 200) << "much room is left"; // identical ones stay together
+        ASSERT_GT(least * 2, best) << "lighter ones than those that are out"; // in half-octaves
+    }
+}
+
+TEST(SelectNets, takes_all_that_fit)
+{
+    Ranks ranks = alone();
+    const Level level = path_level(&ranks);
+    EXPECT_EQ(select_nets(&ranks, &level, 25).size(), 12u);
+    EXPECT_EQ(select_nets(&ranks, &level, 24).size(), 11u) << "without the large one";
+    EXPECT_EQ(select_nets(&ranks, &level, 1).size(), 0u);
 }
 
 int main(int argc, char **argv)
