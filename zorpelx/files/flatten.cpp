@@ -30,7 +30,7 @@ struct Instance {
     std::vector<int32_t> net;
 };
 
-/* The best name of a net so far: bit `bit` of wire `wire` of an instance. */
+/* The best name of a net so far: bit `bit` of wire `wire` of an instance, or its net `wire`. */
 struct NameChoice {
     int32_t instance, wire, bit;
 };
@@ -139,13 +139,22 @@ static void add_vertex_pin(Flattening *flat, int32_t net, unsigned char use)
         return;
     }
     push_charged(flat->budget, &flat->pins, net);
-    flat->use[at(net)] |= use;
+    if (use != USE_PLAIN) flat->use[at(net)] |= use;
 }
 
 static int64_t connections_end(const NetModule &module, size_t c)
 {
     return c + 1 < module.cells.size() ? module.cells[c + 1].connection
                                        : static_cast<int64_t>(module.connections.size());
+}
+
+/* Prefetches the nets of cells to come: they are scattered over the module. */
+static void prefetch_nets(const Instance &in, const NetModule &module, size_t bit)
+{
+    constexpr size_t AHEAD = 32, EACH = 4; // bits
+    if (bit + AHEAD + EACH > module.bits.size()) return;
+    for (size_t i = bit + AHEAD; i < bit + AHEAD + EACH; i++)
+        if (module.bits[i] != CONSTANT_BIT) __builtin_prefetch(&in.net[at(module.bits[i])]);
 }
 
 static void add_cell(Flattening *flat, size_t instance, size_t c)
@@ -159,6 +168,7 @@ static void add_cell(Flattening *flat, size_t instance, size_t c)
     else
         add_vertex(flat, cell.type, in.path + std::string(cell.name), origin);
     int64_t bit = cell.bit;
+    prefetch_nets(in, module, at(bit));
     for (int64_t i = cell.connection; i < connections_end(module, c); i++) {
         const NetConnection &connection = module.connections[at(i)];
         const unsigned char use = use_of(flat->uses, cell.type, connection.port);
@@ -288,11 +298,17 @@ static void add_ports(Flattening *flat, size_t top, int32_t kind)
     }
 }
 
-/* Hyperedges in the order in which vertices meet them; number[] of nets that none meets is -1. */
+/* Hyperedges in the order in which vertices meet them; number[] of nets that none meets is -1.
+ * Where no cell was opened the nets have these numbers already. */
 static std::vector<int32_t> number_nets(Flattening *flat)
 {
     charge(flat->budget, flat->joined.size() * sizeof(int32_t));
     std::vector<int32_t> number(flat->joined.size(), -1);
+    if (flat->instances.size() == 1) {
+        std::iota(number.begin(), number.end(), 0);
+        flat->graph.nnets = static_cast<int64_t>(number.size());
+        return number;
+    }
     int32_t count = 0;
     for (int32_t &net : flat->pins) {
         const int32_t root = root_of(flat, net);
@@ -314,16 +330,38 @@ static std::vector<unsigned char> uses_by_edge(const Flattening &flat,
     return use;
 }
 
+static const NetModule &module_of(const Flattening &flat, const NameChoice &choice)
+{
+    return flat.design.modules[flat.instances[at(choice.instance)].module];
+}
+
+/* Whether a program made the name. Of names without more to say of them those begin with a dollar.
+ */
+static bool is_hidden(const Flattening &flat, const NameChoice &choice)
+{
+    const NetModule &module = module_of(flat, choice);
+    if (module.netnames == nullptr) return module.wires[at(choice.wire)].hidden;
+    const std::string_view name = name_of(*module.netnames, choice.wire);
+    return !name.empty() && name[0] == '$';
+}
+
 /* Whether a name is better than the one that a net has: given by the designer rather than made by
  * a program, then further up, then earlier. */
 static bool is_better(const Flattening &flat, const NameChoice &had, const NameChoice &found)
 {
     if (had.instance < 0) return true;
-    const Instance &a = flat.instances[at(found.instance)], &b = flat.instances[at(had.instance)];
-    const bool hidden = flat.design.modules[a.module].wires[at(found.wire)].hidden;
-    const bool was_hidden = flat.design.modules[b.module].wires[at(had.wire)].hidden;
+    const bool hidden = is_hidden(flat, found), was_hidden = is_hidden(flat, had);
     if (hidden != was_hidden) return was_hidden;
-    return a.depth < b.depth;
+    return flat.instances[at(found.instance)].depth < flat.instances[at(had.instance)].depth;
+}
+
+/* What a net that joins vertices may be called. */
+static void offer_name(const Flattening &flat, const std::vector<int32_t> &number, int32_t net,
+                       const NameChoice &found, std::vector<NameChoice> *chosen)
+{
+    if (net < 0 || number[at(net)] < 0) return;
+    NameChoice *const had = &(*chosen)[at(number[at(net)])];
+    if (is_better(flat, *had, found)) *had = found;
 }
 
 static void choose_names_of(const Flattening &flat, size_t instance,
@@ -331,25 +369,28 @@ static void choose_names_of(const Flattening &flat, size_t instance,
 {
     const Instance &in = flat.instances[instance];
     const NetModule &module = flat.design.modules[in.module];
+    const int32_t number_of_instance = static_cast<int32_t>(instance);
     for (size_t w = 0; w < module.wires.size(); w++) {
         const NetBundle &wire = module.wires[w];
         for (int32_t b = 0; b < wire.width; b++) {
             const int32_t bit = module.bits[at(wire.bit + b)];
-            const int32_t net = bit < 0 ? NO_NET : in.net[at(bit)];
-            if (net < 0 || number[at(net)] < 0) continue;
-            NameChoice *const had = &(*chosen)[at(number[at(net)])];
-            const NameChoice found = {static_cast<int32_t>(instance), static_cast<int32_t>(w), b};
-            if (is_better(flat, *had, found)) *had = found;
+            offer_name(flat, number, bit < 0 ? NO_NET : in.net[at(bit)],
+                       {number_of_instance, static_cast<int32_t>(w), b}, chosen);
         }
     }
+    for (int32_t b = 0; module.netnames != nullptr && b < module.nbits; b++)
+        offer_name(flat, number, in.net[at(b)], {number_of_instance, b, 0}, chosen);
 }
 
 static std::string net_name(const Flattening &flat, const NameChoice &choice, int64_t e)
 {
     if (choice.instance < 0) return "$net" + std::to_string(e + 1);
-    const Instance &in = flat.instances[at(choice.instance)];
-    const NetBundle &wire = flat.design.modules[in.module].wires[at(choice.wire)];
-    std::string name = in.path + std::string(wire.name);
+    const NetModule &module = module_of(flat, choice);
+    const std::string &path = flat.instances[at(choice.instance)].path;
+    if (module.netnames != nullptr)
+        return path + std::string(name_of(*module.netnames, choice.wire));
+    const NetBundle &wire = module.wires[at(choice.wire)];
+    std::string name = path + std::string(wire.name);
     append_bit(&name, wire, choice.bit);
     return name;
 }
@@ -381,12 +422,21 @@ static void add_pins(Flattening *flat, Builder *builder)
     reserve_charged(flat->budget, pins, npins);
     start->assign(at(flat->graph.nnets) + 1, 0);
     pins->resize(npins);
-    for (const int32_t e : flat->pins) (*start)[at(e) + 1]++;
+    constexpr size_t AHEAD = 16;
+    for (size_t i = 0; i < npins; i++) {
+        if (i + AHEAD < npins) __builtin_prefetch(&(*start)[at(flat->pins[i + AHEAD]) + 1], 1);
+        (*start)[at(flat->pins[i]) + 1]++;
+    }
     for (size_t e = 1; e < start->size(); e++) (*start)[e] += (*start)[e - 1];
     for (size_t v = 0; v < nvertices; v++) {
         const size_t end = v + 1 < nvertices ? at(flat->first[v + 1]) : npins;
-        for (size_t i = at(flat->first[v]); i < end; i++)
+        for (size_t i = at(flat->first[v]); i < end; i++) {
+            if (i + 2 * AHEAD < npins) {
+                __builtin_prefetch(&(*start)[at(flat->pins[i + 2 * AHEAD])], 1);
+                __builtin_prefetch(&(*pins)[at((*start)[at(flat->pins[i + AHEAD])])], 1);
+            }
             (*pins)[at((*start)[at(flat->pins[i])]++)] = static_cast<int32_t>(v);
+        }
     }
     for (size_t e = start->size() - 1; e > 0; e--) (*start)[e] = (*start)[e - 1];
     start->front() = 0;
@@ -460,6 +510,8 @@ static void reserve_for_top(Flattening *flat, const NetModule &module)
     reserve_charged(flat->budget, &flat->graph.kind, ncells);
     reserve_charged(flat->budget, &flat->graph.vertexwgt, ncells);
     reserve_charged(flat->budget, &flat->first, ncells);
+    reserve_charged(flat->budget, &flat->pins, module.bits.size());
+    reserve_charged(flat->budget, &flat->joined, at(module.nbits));
     reserve_charged(flat->budget, &flat->graph.vertexnames.start, ncells + 1);
 }
 

@@ -45,7 +45,8 @@ struct NetCell {
 };
 
 /*   M1  connections of cell c are those before the first of cell c + 1, or before the end
- *   M2  an entry of bits is CONSTANT_BIT or below nbits */
+ *   M2  an entry of bits is CONSTANT_BIT or below nbits
+ *   M3  with netnames, net b is called by name b, and there are no wires */
 struct NetModule {
     std::string_view name;
     Place place;
@@ -53,6 +54,7 @@ struct NetModule {
     int32_t nbits;
     std::vector<int32_t> bits;
     std::vector<NetBundle> ports, wires;
+    const Names *netnames = nullptr;
     std::vector<NetCell> cells;
     std::vector<NetConnection> connections;
 };

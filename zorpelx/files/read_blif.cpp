@@ -23,11 +23,13 @@
 
 /* The model being read.
  *   same      union-find over its nets, for .conn
+ *   joined    whether there was any .conn
  *   constant  of each net */
 struct BlifModel {
     NetModule module;
     Interner nets;
     std::vector<int32_t> same;
+    bool joined;
     std::vector<bool> constant;
     int64_t nsubcircuits;
 };
@@ -38,6 +40,7 @@ struct BlifScan {
     BlifModel model;
     bool open;                    // within a model
     bool covers;                  // rows of a .names may follow
+    bool sampled;                 // what the text may become has been made room for
     std::deque<Names> netnames;   // of the models, for the views of the design
     std::deque<std::string> made; // names of cells that the text does not hold
     Findings *findings;
@@ -75,10 +78,9 @@ static void settle_nets(BlifModel *model)
 }
 
 /* Each net is a wire; those that Yosys or another program named begin with a dollar. */
-static void add_wires(BlifScan *scan)
+static void add_wires(BlifScan *scan, const Names &names)
 {
     NetModule *const module = &scan->model.module;
-    const Names &names = scan->netnames.emplace_back(take_names(&scan->model.nets, scan->budget));
     const size_t nnets = at(count_names(names));
     reserve_charged(scan->budget, &module->wires, nnets);
     reserve_charged(scan->budget, &module->bits, module->bits.size() + nnets);
@@ -92,10 +94,21 @@ static void add_wires(BlifScan *scan)
     }
 }
 
+/* Where each net has one name and keeps its number, no wires are needed to say so. */
+static void name_nets(BlifScan *scan)
+{
+    NetModule *const module = &scan->model.module;
+    const Names &names = scan->netnames.emplace_back(take_names(&scan->model.nets, scan->budget));
+    if (scan->model.joined || at(count_names(names)) > module->bits.size())
+        add_wires(scan, names);
+    else
+        module->netnames = &names;
+}
+
 static void close_model(BlifScan *scan)
 {
     if (!scan->open) return;
-    add_wires(scan);
+    name_nets(scan);
     settle_nets(&scan->model);
     settle_bits(&scan->model.module, scan->budget);
     scan->design.modules.push_back(std::move(scan->model.module));
@@ -226,6 +239,7 @@ static void take_conn(BlifScan *scan)
     if (words.size() != 3) blif_error(scan->lines, words[0].data(), ".conn joins two nets");
     const int32_t a = net_called(scan, words[1]), b = net_called(scan, words[2]);
     scan->model.same[at(same_net(&scan->model, b))] = same_net(&scan->model, a);
+    scan->model.joined = true;
 }
 
 static void name_cell(BlifScan *scan)
@@ -328,6 +342,34 @@ static void ask_for_names(const BlifScan &scan)
         if (word[0] != '.') prefetch_name(scan.model.nets, word.substr(word.find('=') + 1));
 }
 
+/* More room for a list, if the rest of the text goes on as its begin did. */
+template <class T> static void expect_more(std::vector<T> *list, double factor, Budget *budget)
+{
+    const size_t count = static_cast<size_t>(factor * static_cast<double>(list->size()));
+    reserve_charged(budget, list, count);
+}
+
+/* After a sample of the text: room for what the model seems to become. Lists that grow by doubling
+ * take twice the memory on the way, and the system's time to provide it. Where memory is short they
+ * do grow so. */
+static void expect_rest(BlifScan *scan)
+{
+    constexpr size_t SAMPLE = size_t{1} << 20;
+    const BlifLines &lines = scan->lines;
+    const size_t read = static_cast<size_t>(lines.next - lines.text.data());
+    if (scan->sampled || read < SAMPLE) return;
+    scan->sampled = true;
+    Budget *const budget = scan->budget;
+    constexpr size_t LARGEST = 8; // bytes of lists for each of the text, at most
+    if ((budget->most - budget->used) / LARGEST < lines.text.size()) return;
+    const double factor = 1.05 * static_cast<double>(lines.text.size()) / static_cast<double>(read);
+    NetModule *const module = &scan->model.module;
+    expect_more(&module->cells, factor, budget);
+    expect_more(&module->connections, factor, budget);
+    expect_more(&module->bits, factor, budget);
+    expect_more(&scan->model.same, factor, budget);
+}
+
 /* Where there is one model alone, its .end may be left out. */
 static void tell_missing_end(const BlifScan &scan, std::string_view bytes)
 {
@@ -343,10 +385,13 @@ Hypergraph read_blif(std::string_view bytes, const Reading &reading, Findings *f
                      Budget *budget)
 {
     BlifScan scan = {
-        blif_lines_over(bytes, budget), {}, {}, false, false, {}, {}, findings, budget};
+        blif_lines_over(bytes, budget), {}, {}, false, false, false, {}, {}, findings, budget};
     scan.design.outputs = "out:";
     while (take_words(&scan.lines)) {
-        if (is_first_ahead(scan.lines)) ask_for_names(scan);
+        if (is_first_ahead(scan.lines)) {
+            expect_rest(&scan);
+            ask_for_names(scan);
+        }
         take_statement(&scan);
     }
     tell_missing_end(scan, bytes);
