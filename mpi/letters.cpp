@@ -58,7 +58,7 @@ Bytes bytes_of(const Assignment &assignment)
     Bytes text;
     append(std::vector<uint64_t>{static_cast<uint64_t>(assignment.seed), assignment.digest}, &text);
     for (const std::vector<int> *numbers :
-         {&problem.eptr, &problem.eind, &problem.vwgts, &problem.hewgts, &problem.fixed,
+         {&problem.eptr, &problem.graph.pins, &problem.vwgts, &problem.hewgts, &problem.fixed,
           &problem.start, &problem.groups})
         append(*numbers, &text);
     append(problem.capacities, &text);
@@ -74,8 +74,9 @@ Assignment assignment_in(const Bytes &text)
     assert(head.size() == 2);
     assignment.seed = static_cast<int64_t>(head[0]);
     assignment.digest = head[1];
-    for (std::vector<int> *numbers : {&problem.eptr, &problem.eind, &problem.vwgts, &problem.hewgts,
-                                      &problem.fixed, &problem.start, &problem.groups})
+    for (std::vector<int> *numbers :
+         {&problem.eptr, &problem.graph.pins, &problem.vwgts, &problem.hewgts, &problem.fixed,
+          &problem.start, &problem.groups})
         *numbers = next_in<int>(text, &at);
     problem.capacities = next_in<double>(text, &at);
     assert(at == text.size() && problem.eptr.size() == problem.hewgts.size() + 1);
@@ -84,7 +85,6 @@ Assignment assignment_in(const Bytes &text)
     graph.nvertices = static_cast<int64_t>(problem.vwgts.size());
     graph.nnets = static_cast<int64_t>(problem.hewgts.size());
     graph.start.assign(problem.eptr.begin(), problem.eptr.end());
-    graph.pins.assign(problem.eind.begin(), problem.eind.end());
     graph.vertexwgt.assign(problem.vwgts.begin(), problem.vwgts.end());
     graph.netwgt.assign(problem.hewgts.begin(), problem.hewgts.end());
     return assignment;

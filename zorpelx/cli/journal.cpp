@@ -61,7 +61,7 @@ uint64_t digest_of(const Settings &settings, const Problem &problem)
     uint64_t digest = 0;
     mix_all(std::vector<char>(ZORPELX_CLI_VERSION, std::end(ZORPELX_CLI_VERSION)), &digest);
     mix_all(problem.eptr, &digest);
-    mix_all(problem.eind, &digest);
+    mix_all(problem.graph.pins, &digest);
     mix_all(problem.vwgts, &digest);
     mix_all(problem.hewgts, &digest);
     mix_all(problem.fixed, &digest);

@@ -135,7 +135,6 @@ static void narrow_arrays(Problem *problem)
 {
     const Hypergraph &graph = problem->graph;
     problem->eptr = narrowed(graph.start);
-    problem->eind.assign(graph.pins.begin(), graph.pins.end());
     problem->vwgts = narrowed(graph.vertexwgt);
     problem->hewgts = narrowed(graph.netwgt);
     problem->fixed = narrowed(problem->fix);
@@ -263,7 +262,7 @@ Status solve(const Settings &settings, const Problem &problem, bool shown, Solut
     const zorpelx_hypergraph hypergraph = {static_cast<int>(problem.graph.nvertices),
                                            static_cast<int>(problem.graph.nnets),
                                            problem.eptr.data(),
-                                           problem.eind.data(),
+                                           problem.graph.pins.data(),
                                            problem.vwgts.data(),
                                            problem.hewgts.data()};
     solution->part.assign(problem.vwgts.size(), 0);

@@ -13,13 +13,13 @@
 #include "options.h"
 #include "zorpelx.h"
 
-/* What is to be partitioned. The narrow arrays are those that the library takes; an empty one
- * stands for none. */
+/* What is to be partitioned. The narrow arrays are those that the library takes beside the graph's
+ * pins; an empty one stands for none. */
 struct Problem {
     std::chrono::steady_clock::time_point began; // of reading
     Hypergraph graph;
     std::vector<int64_t> fix; // the part of each vertex, or -1
-    std::vector<int> eptr, eind, vwgts, hewgts, fixed, start, groups;
+    std::vector<int> eptr, vwgts, hewgts, fixed, start, groups;
     std::vector<double> capacities;
 };
 
