@@ -226,6 +226,7 @@ static Json report_json(DistributedJob *job)
                        {"most", job->options.goal.most[0]},
                        {"excess", job->divided.excess},
                        {"levels", job->divided.levels},
+                       {"level_pins", job->divided.pins},
                        {"seconds", seconds},
                        {"ranks", ranks_json(job, counted, worked)}});
     return report;

@@ -8,15 +8,18 @@ usage: scale.py --rows FILE [--mpi ZORPELX_MPI --zorpelx ZORPELX --generate ZORP
 Runs that FILE (CSV) has are not made again; without --mpi none is made. Prints, in the form of
 docs/SCALE.md, what was measured and the model, fitted to the first three sizes:
 
-    levels     l0 + l1 ln(pins)                            the hypergraph itself is one
-    work       w0 + w1 pins / ranks + w2 pins^w3           processor seconds of the busiest rank
-    memory     m0 + m1 pins / ranks + m2 pins^m3           the most of one rank, bytes
-    exchanged  x levels pins^a (ranks - 1)^b, a at most 1  sent by all ranks, bytes, but for sums
-    sums       s levels log2(ranks)                        sent by one rank, bytes
-    messages   levels (g log2(ranks) + h (ranks - 1))      sent by one rank
+    levels     l0 + l1 ln(pins)                       the hypergraph itself is one
+    P          p0 + p1 pins^p2                        pins of all levels of the first cycle
+    work       w0 + w1 P / ranks + w2 pins^w3         processor seconds of the busiest rank
+    memory     m0 + m1 pins / ranks + m2 pins^m3      the most of one rank, bytes
+    exchanged  x P^a (ranks - 1)^b, a at most 1       sent by all ranks, bytes, but for sums
+    sums       s levels log2(ranks)                   sent by one rank, bytes
+    steps      t levels                               in which all ranks take part, if several
+    messages   steps (g log2(ranks) + h (ranks - 1))  sent by one rank
 
-where log2 is rounded up; the terms of w2 and m2 are for what
-rank 0 takes as a whole. Counts of bytes and messages repeat exactly. Work is the processor time
+where log2 is rounded up, and the terms of w2 and m2 are for what does not divide among the ranks.
+How many steps a level takes depends on how long refinement finds something: t is the mean, and the
+least and the most are printed beside it. Counts repeat exactly. Work is the processor time
 outside the operations of MPI: there a rank mostly waits for the others, which is told apart.
 """
 import argparse
@@ -32,9 +35,10 @@ LOOPBACK = ["--oversubscribe", "--bind-to", "none", "--mca", "pml", "ob1", "--mc
             "self,vader,tcp", "--mca", "btl_tcp_if_include", "lo", "--mca", "oob_tcp_if_include",
             "lo", "--mca", "mpi_yield_when_idle", "1"]
 COLUMNS = ["family", "k", "fits", "size", "ranks", "pins", "levels", "cut", "fast_cut", "work",
-           "waiting", "memory", "bytes", "sums", "sums_of_one", "messages", "steps"]
+           "waiting", "memory", "bytes", "sums", "sums_of_one", "messages", "steps", "level_pins"]
 FITTED = 3  # sizes; those above them check the model
-POWERS = (0.25, 0.5, 0.75, 1)  # that what does not divide may grow by
+POWERS = (0.25, 0.5, 0.75)  # that what does not divide may grow by: rank 0 takes what fits
+LEVEL_POWERS = [1 + i / 40 for i in range(21)]  # and pins of all levels
 BANDWIDTH, LATENCY = 1e9, 2e-6  # of the model's cluster: bytes a second of one rank, a message
 LIMIT = 600  # seconds of one run
 
@@ -81,7 +85,8 @@ def run(options, folder, size, ranks):
             "sums": sum(rank["bytes_of_sums"] for rank in each),
             "sums_of_one": max(rank["bytes_of_sums"] for rank in each),
             "messages": max(rank["messages_sent"] for rank in each),
-            "steps": max(rank["steps"] for rank in each)}
+            "steps": max(rank["steps"] for rank in each),
+            "level_pins": sum(found["level_pins"])}
 
 
 def number(text):
@@ -162,15 +167,29 @@ def least_squares(points, relative=True):
     return [found[used.index(i)] / scale[i] if i in used else 0.0 for i in range(len(scale))]
 
 
-def shares(pins, ranks, power):
-    return (1, pins / ranks, pins ** power)
+def fit_level_pins(rows):
+    """Two coefficients and a power: where each level has the same share of the one before, that is
+    1, and what the last levels lack is the same for all sizes."""
+    best = None
+    for power in LEVEL_POWERS:
+        points = [((1 / r["level_pins"], r["pins"] ** power / r["level_pins"]), 1) for r in rows]
+        found = least_squares(points, relative=False)
+        error = sum((sum(f * t for f, t in zip(found, terms)) - 1) ** 2 for terms, _ in points)
+        if best is None or error < best[0]:
+            best = (error, [*found, power])
+    return best[1]
 
 
-def fit_shared(rows, value):
+def shares(divided, pins, ranks, power):
+    return (1, divided / ranks, pins ** power)
+
+
+def fit_shared(rows, value, divided):
     """Three coefficients, and the power of pins that goes with them best."""
     best = None
     for power in POWERS:
-        points = [(shares(r["pins"], r["ranks"], power), max(r[value], 1e-3)) for r in rows]
+        points = [(shares(r[divided], r["pins"], r["ranks"], power), max(r[value], 1e-3))
+                  for r in rows]
         found = least_squares(points)
         error = sum((sum(f * t for f, t in zip(found, terms)) / y - 1) ** 2 for terms, y in points)
         if best is None or error < best[0]:
@@ -179,9 +198,9 @@ def fit_shared(rows, value):
 
 
 def fit_exchanged(rows):
-    """Logarithms are linear. Traffic of a level grows no faster than its pins."""
-    points = [((1, math.log(r["ranks"] - 1), math.log(r["pins"])),
-               math.log(max(r["bytes"] - r["sums"], 1) / r["levels"])) for r in rows]
+    """Logarithms are linear. Traffic grows no faster than the pins."""
+    points = [((1, math.log(r["ranks"] - 1), math.log(r["level_pins"])),
+               math.log(max(r["bytes"] - r["sums"], 1))) for r in rows]
     x, b, a = least_squares(points, relative=False)
     if a > 1:
         a = 1
@@ -193,37 +212,41 @@ def fit(rows):
     several = [row for row in rows if row["ranks"] > 1]
     return {"levels": least_squares([((1, math.log(r["pins"])), r["levels"]) for r in rows],
                                     relative=False),
-            "work": fit_shared(rows, "work"),
-            "memory": fit_shared(rows, "memory"),
+            "level_pins": fit_level_pins(rows),
+            "work": fit_shared(rows, "work", "level_pins"),
+            "memory": fit_shared(rows, "memory", "pins"),
             "exchanged": fit_exchanged(several),
             "sums": least_squares([((r["levels"] * log2(r["ranks"]),), r["sums_of_one"])
                                    for r in several]),
-            "messages": least_squares([((r["levels"] * log2(r["ranks"]),
-                                         r["levels"] * (r["ranks"] - 1)), r["messages"])
-                                       for r in several])}
+            "steps": sum(r["steps"] / r["levels"] for r in several) / len(several),
+            "messages": least_squares([((log2(r["ranks"]), r["ranks"] - 1),
+                                        r["messages"] / r["steps"]) for r in several])}
 
 
 def predicted(model, pins, ranks):
     """Of the busiest rank, but for exchanged, which is of all."""
     x, a, b = model["exchanged"]
     levels = max(model["levels"][0] + model["levels"][1] * math.log(pins), 1)
+    p = model["level_pins"]
+    level_pins = max(p[0] + p[1] * pins ** p[2], pins)
+    a_step = model["messages"][0] * log2(ranks) + model["messages"][1] * (ranks - 1)
 
-    def shared(found):
-        return sum(f * t for f, t in zip(found, shares(pins, ranks, found[3])))
+    def shared(found, divided):
+        return sum(f * t for f, t in zip(found, shares(divided, pins, ranks, found[3])))
 
     return {"levels": levels,
-            "work": shared(model["work"]),
-            "memory": shared(model["memory"]),
-            "exchanged": x * levels * pins ** a * (ranks - 1) ** b if ranks > 1 else 0,
+            "work": shared(model["work"], level_pins),
+            "memory": shared(model["memory"], pins),
+            "exchanged": x * level_pins ** a * (ranks - 1) ** b if ranks > 1 else 0,
             "sums": model["sums"][0] * levels * log2(ranks),
-            "messages": levels * (model["messages"][0] * log2(ranks) +
-                                  model["messages"][1] * (ranks - 1))}
+            "a_step": a_step,
+            "messages": a_step * model["steps"] * levels}
 
 
 def print_rows(rows, model, fitted):
     """Each figure with the model's behind it."""
-    print("| pins | ranks | levels | cut | `fast` | work, s | MiB | bytes a pin | messages a level | "
-          "a step |\n|" + " ---: |" * 10)
+    print("| pins | ranks | levels | cut | `fast` | work, s | MiB | bytes a pin | steps a level | "
+          "messages a step |\n|" + " ---: |" * 10)
     for row in sorted(rows, key=lambda r: (r["size"], r["ranks"])):
         guess = predicted(model, row["pins"], row["ranks"])
         sent = guess["exchanged"] + row["ranks"] * guess["sums"]
@@ -233,20 +256,23 @@ def print_rows(rows, model, fitted):
               f"{against} | {row['work']:.1f} ({guess['work']:.1f}) | "
               f"{row['memory'] / 2**20:.0f} ({guess['memory'] / 2**20:.0f}) | "
               f"{row['bytes'] / row['pins']:.0f} ({sent / row['pins']:.0f}) | "
-              f"{row['messages'] / row['levels']:.0f} "
-              f"({guess['messages'] / guess['levels']:.0f}) | "
-              f"{row['messages'] / row['steps']:.1f} |")
+              f"{row['steps'] / row['levels']:.0f} | "
+              f"{row['messages'] / row['steps']:.1f} ({guess['a_step']:.1f}) |")
 
 
-def print_model(model):
+def print_model(model, rows):
     levels, work, memory, x = model["levels"], model["work"], model["memory"], model["exchanged"]
+    pins, messages = model["level_pins"], model["messages"]
+    steps = [row["steps"] / row["levels"] for row in rows if row["ranks"] > 1]
     print(f"""
     levels     {levels[0]:.2f} + {levels[1]:.2f} ln(pins)
-    work       {work[0]:.2f} s + {1e6 * work[1]:.2f} us pins / ranks + {1e6 * work[2]:.3g} us pins^{work[3]}
+    P          {pins[0]:.0f} + {pins[1]:.2f} pins^{pins[2]:.3f}
+    work       {work[0]:.2f} s + {1e6 * work[1]:.2f} us P / ranks + {1e6 * work[2]:.3g} us pins^{work[3]}
     memory     {memory[0] / 2**20:.0f} MiB + {memory[1]:.0f} bytes pins / ranks + {memory[2]:.3g} bytes pins^{memory[3]}
-    exchanged  {x[0]:.3g} bytes levels pins^{x[1]:.2f} (ranks - 1)^{x[2]:.2f}
+    exchanged  {x[0]:.3g} bytes P^{x[1]:.2f} (ranks - 1)^{x[2]:.2f}
     sums       {model['sums'][0] / 1000:.0f} kB levels log2(ranks)
-    messages   levels ({model['messages'][0]:.0f} log2(ranks) + {model['messages'][1]:.0f} (ranks - 1))
+    steps      {model['steps']:.0f} levels ({min(steps):.0f} to {max(steps):.0f} in all that was measured)
+    messages   steps ({messages[0]:.2f} log2(ranks) + {messages[1]:.2f} (ranks - 1))
 """)
     print("| pins | ranks | work, s | exchange, s | memory, GiB | sent, GB | messages |\n|"
           + " ---: |" * 7)
@@ -284,7 +310,7 @@ def main():
         raise SystemExit("scale.py: a model needs three sizes, by 2 ranks and 4")
     model = fit(fitted)
     print_rows(rows, model, fitted)
-    print_model(model)
+    print_model(model, rows)
 
 
 if __name__ == "__main__":

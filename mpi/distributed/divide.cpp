@@ -170,6 +170,8 @@ Divided divide(Ranks *ranks, Level *level, const DivideOptions *options, std::ve
             divide_gathered(ranks, levels.back().get(), &options->goal, &options->finishing,
                             mostpins, static_cast<uint64_t>(cycle), &division);
         divided.levels = std::max(divided.levels, static_cast<int>(levels.size()));
+        for (size_t i = 0; cycle == 0 && i < levels.size(); i++)
+            divided.pins.push_back(levels[i]->npins);
         refine_levels(ranks, options, cycle, &levels, &division, &divided);
         if (divided.levels == 1) break; // there are no clusters to keep to the parts
     }

@@ -17,6 +17,7 @@ struct DivideOptions {
 /* What came out, the same on all ranks. */
 struct Divided {
     int levels;
+    std::vector<int64_t> pins; // of each level of the first cycle, the finest first
     int64_t value, excess;
     std::vector<int64_t> weight; // [nparts]
 };

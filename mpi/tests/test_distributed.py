@@ -83,6 +83,8 @@ class Distributed(unittest.TestCase):
             self.assertEqual((answer["cut"], answer["km1"]), (cut, km1))
             self.assertEqual(answer["part_weights"], [parts.count(p) for p in range(4)])
             self.assertGreater(answer["levels"], 1)
+            self.assertEqual(answer["level_pins"][0], sum(map(len, hyperedges)))
+            self.assertEqual(answer["level_pins"], sorted(answer["level_pins"], reverse=True))
             done = mpirun(2, ["verify", self.file, self.path("part"), "--distributed", "--format",
                               "json", "--expect", str(cut), "-k", "4"])
             self.assertEqual(done.returncode, 0, done.stderr)

@@ -16,17 +16,19 @@ SCRIPT = Path(SOURCE) / "scripts" / "scale.py"
 
 def row(size, ranks):
     """What a run would have measured if the model were exact."""
-    levels, steps = math.log(size) - 8, 1000
+    levels = math.log(size) - 8
+    steps, level_pins = 1000 * levels, 1.5 * size ** 1.1 - 20000
     log2 = math.ceil(math.log2(ranks))
     sums = 5000 * levels * log2
     return {"family": "made", "k": 8, "fits": 20000, "size": size, "ranks": ranks, "pins": size,
             "levels": levels, "cut": 110, "fast_cut": 100, "waiting": 0, "steps": steps,
-            "work": 0.5 + 3e-6 * size / ranks + 2e-4 * size ** 0.5,
+            "level_pins": level_pins,
+            "work": 0.5 + 3e-6 * level_pins / ranks + 2e-4 * size ** 0.5,
             "memory": 2 ** 24 + 60 * size / ranks + 3000 * size ** 0.5,
-            "bytes": ranks * sums + (40 * levels * size ** 0.75 * (ranks - 1) ** 0.5
+            "bytes": ranks * sums + (40 * level_pins ** 0.75 * (ranks - 1) ** 0.5
                                      if ranks > 1 else 0),
             "sums": ranks * sums, "sums_of_one": sums,
-            "messages": levels * (700 * log2 + 300 * (ranks - 1))}
+            "messages": steps * (0.7 * log2 + 0.3 * (ranks - 1))}
 
 
 class ScaleModel(unittest.TestCase):
@@ -46,11 +48,13 @@ class ScaleModel(unittest.TestCase):
                                 for ranks in (1, 2, 4)])
         self.assertEqual(done.returncode, 0, done.stderr)
         for line in ("levels     -8.00 + 1.00 ln(pins)",
-                     "work       0.50 s + 3.00 us pins / ranks + 200 us pins^0.5",
+                     "P          -20000 + 1.50 pins^1.100",
+                     "work       0.50 s + 3.00 us P / ranks + 200 us pins^0.5",
                      "memory     16 MiB + 60 bytes pins / ranks + 3e+03 bytes pins^0.5",
-                     "exchanged  40 bytes levels pins^0.75 (ranks - 1)^0.50",
+                     "exchanged  40 bytes P^0.75 (ranks - 1)^0.50",
                      "sums       5 kB levels log2(ranks)",
-                     "messages   levels (700 log2(ranks) + 300 (ranks - 1))"):
+                     "steps      1000 levels (1000 to 1000 in all that was measured)",
+                     "messages   steps (0.70 log2(ranks) + 0.30 (ranks - 1))"):
             self.assertIn(line, done.stdout)
         checked = [line for line in done.stdout.splitlines() if line.startswith("| 3,000,000 * ")]
         self.assertEqual(len(checked), 3)
