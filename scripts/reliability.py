@@ -130,6 +130,15 @@ ROWS = [
         "build/release/search/tests/zorpel-search-torture 500 100000",
         r"(\d+) searches, (\d+) by threads, (\d+) cut off, (\d+) starved: all as promised",
         "{0} searches, {1} also by threads, {2} cut off, {3} starved: all as promised", "a minute"),
+    Row("searches-check", "the same under address and undefined-behaviour sanitizers",
+        "build/sanitized/search/tests/zorpel-search-torture 100000 2000000",
+        r"(\d+) searches, \d+ by threads, \d+ cut off, \d+ starved: all as promised",
+        "{0} searches, a quarter of them each by threads, cut off and starved: all as promised",
+        "2 hours", rounds=True),
+    Row("searches-races", "the same under the thread sanitizer",
+        "build/tsan/search/tests/zorpel-search-torture 1000 3000000",
+        r"(\d+) searches, (\d+) by threads", "{0} searches, {1} of them by threads, 0 races",
+        "10 minutes"),
     Row("optima", "hypergraphs of 4 to 12 vertices in 2 to 4 parts, 0 to 20 percent, all objectives:"
         " optima found by `best`", "build/release/search/tests/zorpel-search-optima 500",
         r"best (\d+) of (\d+)", "{0} of {1}", "a minute"),
@@ -161,7 +170,7 @@ def output_of(row):
 
 
 def figures(row, output):
-    if row.rounds and "SUMMARY: " in output:
+    if row.rounds and ("SUMMARY: " in output or "FAILED" in output):
         sys.exit(f"{row.name} has a finding")
     found = re.search(row.figure, output, re.S)
     if row.rounds and found is not None:
