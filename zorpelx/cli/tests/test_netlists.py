@@ -117,6 +117,29 @@ class Netlists(Case):
 
     # ---- Yosys JSON
 
+    def test_bits_have_the_numbers_of_their_declaration(self):
+        """wire [5:2] down and wire [2:5] up: the first of its bits is number 2 of the one, 5 of the
+        other."""
+        ports = {
+            "down": {"direction": "input", "bits": [2, 3, 4, 5], "offset": 2},
+            "up": {"direction": "output", "bits": [6, 7, 8, 9], "offset": 2, "upto": 1},
+            "one": {"direction": "input", "bits": [10], "offset": 7},
+        }
+        cells = {
+            f"c{bit}": {"type": "$_BUF_", "connections": {"A": [bit], "Y": [bit + 4]}}
+            for bit in (2, 3, 4, 5)
+        }
+        cells["last"] = {"type": "$_NOT_", "connections": {"A": [10]}}
+        module = {"ports": ports, "cells": cells, "netnames": {}}
+        self.file("bits.json", json.dumps({"creator": "test", "modules": {"m": module}}))
+        joined = {}
+        for nodes in self.edges_of(self.hif("bits.json")).values():
+            port = next(node for node in nodes if node[0] in "duo")
+            joined[port] = next(node for node in nodes if node != port)
+        expected = {f"down[{i + 2}]": f"c{i + 2}" for i in range(4)}
+        expected.update({f"up[{5 - i}]": f"c{i + 2}" for i in range(4)})
+        self.assertEqual(joined, {**expected, "one[7]": "last"})
+
     def test_a_flat_netlist_is_read_as_python_reads_it(self):
         self.synthesised("flatten", "opt_clean", "write_json flat.json")
         ours = self.edges_of(self.hif("flat.json"))
@@ -345,10 +368,10 @@ class Netlists(Case):
 
     def test_bookshelf_parts_are_written(self):
         self.bookshelf()
-        self.file("p", "1\n0\n0\n1\n")
+        self.file("p", "1\n0\n1\n1\n")
         self.run_ok("annotate", "a.aux", "p", "-o", "a.parts", "-q")
         rows = [line.split() for line in self.text("a.parts").splitlines() if line[0] != "#"]
-        self.assertEqual(rows, [["a", "1"], ["b", "0"], ["c", "0"], ["pad", "1"]])
+        self.assertEqual(rows, [["a", "1"], ["b", "0"], ["c", "1"], ["pad", "1"]])
 
     # ---- Verilog
 

@@ -412,6 +412,15 @@ class Outputs(Counted):
             for bar, value in zip(bars, values):
                 self.assertAlmostEqual(bar / max(bars), value / max(values), delta=0.01)
 
+    def test_points_have_the_colours_of_their_parts(self):
+        answer, _ = self.report("--pictures", "p")
+        points = re.findall(
+            r'<circle class="p(\d)"[^>]*><title>[^<]*, part (\d+)</title>',
+            self.text("p/hypergraph.svg"),
+        )
+        sizes = [part["vertices"] for part in answer["parts"]]
+        self.assertEqual([points.count((str(p), str(p))) for p in range(len(sizes))], sizes)
+
     def test_squares_of_the_matrix_are_those_of_the_pairs(self):
         answer, _ = self.report("--pictures", "p")
         weight = {tuple(pair["parts"]): pair["weight"] for pair in answer["pairs"]}
@@ -455,6 +464,14 @@ class Outputs(Counted):
         self.assertEqual(answer["history"], run["history"])
         page = Page(self.text("r.html"))
         self.assertIn("search", page.ids)
+        picture = re.search(r'<path class="trend open"[^>]* d="([^"]*)".*?</svg>', self.text("r.html"), re.S)
+        dots = re.findall(r'cx="([0-9.]+)" cy="([0-9.]+)"[^>]*><title>([^<]*)</title>', picture[0])
+        told = [f"{s['objective']:,} after {s['seconds']:.2f} s by {s['step']}" for s in run["history"]]
+        self.assertEqual([title for _, _, title in dots], told)
+        corners = re.findall(r"[ML]([0-9.]+) ([0-9.]+)", picture[1])
+        self.assertLessEqual({(x, y) for x, y, _ in dots}, set(corners))
+        heights = [float(y) for _, y, _ in dots]
+        self.assertEqual(heights, sorted(set(heights)))  # downwards, as the objective falls
         total = sum(self.own)
         most = math.floor(-(-total // 5) * 1.03 + 1e-9)
         self.assertEqual({part["most"] for part in answer["parts"]}, {most})
@@ -541,6 +558,10 @@ class Outputs(Counted):
         self.assertTrue(drawn["clusters"])
         self.assertLessEqual(drawn["points"], 1200)
         self.assertGreater(drawn["points"], 300)
+        paths = re.findall(r'<path class="q(\d) open"[^>]* d="([^"]*)"', self.text("b.html"))
+        self.assertEqual(sum(path.count("M") for _, path in paths), drawn["points"])
+        points = [sum(path.count("M") for q, path in paths if q == str(p)) for p in range(8)]
+        self.assertGreater(min(points), 10)
         self.assertLess((self.folder / "b.html").stat().st_size, 3_000_000)
 
     def test_the_examples(self):

@@ -4,6 +4,7 @@
 import csv
 import io
 import itertools
+import json
 import random
 import re
 import subprocess
@@ -309,6 +310,16 @@ class Tables(Case):
         self.run_ok("annotate", "n.csv", "n.part.2", "-o", "p.csv")
         self.run_ok("compare", "n.csv", "n.part.2", "p.csv", "-k", 2)
         self.run_ok("report", "n.csv", "n.part.2", "p.csv", "-k", 2, "-o", "r.html")
+
+    def test_a_name_of_several_vertices_is_told(self):
+        cells = {name: {"type": "x", "connections": {"A": [2]}} for name in ("y", "z")}
+        module = {"ports": {"z": {"direction": "input", "bits": [2]}}, "cells": cells, "netnames": {}}
+        self.file("m.json", json.dumps({"creator": "test", "modules": {"m": module}}))
+        self.file("p.csv", "vertex,part\ny,0\nz,1\nz,0\n")  # as annotate orders them
+        words = ("verify", "m.json", "p.csv", "-k", 2, "--format", "json")
+        self.assertEqual(self.json_of(*words)["cut"], 1)
+        self.file("p.csv", "vertex,part\nz,1\ny,0\nz,0\n")
+        self.fails(3, "p.csv:2:1: several vertices are called 'z'", "verify", "m.json", "p.csv", "-k", 2)
 
     def test_wrong_rows_are_named_with_their_line(self):
         good = 'a,0\n"b,""c",0\nd,1\n'

@@ -67,6 +67,23 @@ class ListTest(unittest.TestCase):
 
 @unittest.skipIf(numpy is None, "numpy is not installed")
 class NumpyTest(unittest.TestCase):
+    def test_dense_matrices_are_no_lists_of_hyperedges(self):
+        matrix = numpy.array([[1, 1, 0], [0, 1, 1]])
+        for wrong in (matrix.astype(float), matrix > 0, numpy.asmatrix(matrix)):
+            with self.assertRaisesRegex(zorpel.InputError, "scipy.sparse.csr_matrix"):
+                zorpel.as_hypergraph(wrong)
+        with self.assertRaisesRegex(zorpel.InputError, "3 dimensions is no hypergraph"):
+            zorpel.as_hypergraph(numpy.zeros((2, 2, 2), int))
+        neighbours = numpy.array([[0, 1], [1, 2]])  # vertices of each hyperedge
+        self.assertEqual(list(zorpel.as_hypergraph(neighbours)), [[0, 1], [1, 2]])
+
+    def test_masked_entries_are_refused(self):
+        weights = numpy.ma.array([1, 2, 3], mask=[0, 1, 0])
+        with self.assertRaisesRegex(zorpel.InputError, "vertex_weights has masked entries"):
+            zorpel.partition([[0, 1], [1, 2]], 2, vertex_weights=weights)
+        whole = numpy.ma.array([1, 2, 3], mask=[0, 0, 0])
+        self.assertEqual(len(zorpel.partition([[0, 1], [1, 2]], 2, vertex_weights=whole).part), 3)
+
     def test_flat_arrays_of_any_integer_type_are_taken(self):
         expected = zorpel.partition((EPTR, EIND), 2).part
         for kind in (numpy.int32, numpy.int64, numpy.uint8, numpy.intc):

@@ -10,10 +10,11 @@ import re
 import signal
 import threading
 from array import array
-from typing import Any, Callable, Dict, Iterable, List, Optional, Sequence, Tuple, Union
+from typing import Any, Callable, Dict, Iterable, List, Mapping, Optional, Sequence, Tuple, Union
 
 from . import _library as lib
 from . import options as opt
+from ._patterns import by_name
 from .errors import Error, FileError, InputError, OutOfMemoryError, error_for
 from .hypergraph import (
     Hypergraph,
@@ -144,21 +145,23 @@ def _read_parts(parts: Any) -> Any:
     return read_partition(parts)
 
 
-def _per_vertex(values: Any, name: str, nvtxs: int) -> Optional[array[int]]:
-    """A number for each vertex, from a list, a partition or a file."""
+def _per_vertex(values: Any, name: str, graph: Hypergraph) -> Optional[array[int]]:
+    """A number for each vertex, from a list, a partition, a file, or by patterns of names."""
     if values is None:
         return None
+    if isinstance(values, Mapping):
+        return by_name(values, name, graph)
     if isinstance(values, Partition):
         values = values.part
     ints = to_ints(_read_parts(values), name)
-    if len(ints) != nvtxs:
-        raise InputError(f"{name} has {len(ints)} entries instead of {nvtxs}.")
+    if len(ints) != graph.nvtxs:
+        raise InputError(f"{name} has {len(ints)} entries instead of {graph.nvtxs}.")
     return ints
 
 
-def _groups(together: Any, nvtxs: int) -> Optional[array[int]]:
+def _groups(together: Any, graph: Hypergraph) -> Optional[array[int]]:
     """Any numbers from 0 as numbers below nvtxs: the first vertex of each group."""
-    numbers = _per_vertex(together, "together", nvtxs)
+    numbers = _per_vertex(together, "together", graph)
     if numbers is None:
         return None
     first: Dict[int, int] = {}
@@ -222,7 +225,7 @@ def partition(
     objective: Union[str, int] = "cut",
     start: Union[Parts, None] = None,
     keep_in_place: Optional[int] = None,
-    together: Union[Iterable[int], Path, None] = None,
+    together: Union[Iterable[int], Mapping[Any, int], Path, None] = None,
     time: Optional[float] = None,
     share: bool = False,
     preset: str = "default",
@@ -233,7 +236,7 @@ def partition(
     vcycle: Union[str, int, None] = None,
     reconst: Union[bool, str, None] = None,
     polish: Union[bool, str, None] = None,
-    fix: Union[Iterable[int], Path, None] = None,
+    fix: Union[Iterable[int], Mapping[Any, int], Path, None] = None,
     seed: Optional[int] = 1,
     starts: Optional[int] = None,
     jobs: int = 0,
@@ -257,8 +260,9 @@ def partition(
 
     hypergraph, nvtxs, vertex_weights, hyperedge_weights: see as_hypergraph().
     objective: what is made least: cut, km1 or soed; the result's cut, connectivity or soed.
-    fix: the part of each vertex that is pre-assigned, -1 for a free one; or the path of such a file.
-        None: what the hypergraph fixes by itself.
+    fix: the part of each vertex that is pre-assigned, -1 for a free one; or the path of such a file;
+        or a dict of parts by patterns of names, {"u_core/*": 2}, or by numbers of vertices. None:
+        what the hypergraph fixes by itself.
     seed: of the first start, at least 1, the others count on; None or -1 draws one by chance.
     starts, jobs: independent starts, and how many at once; 0 jobs: one for each processor.
     threads: of each start; 0: all processors divided by the jobs. They change nothing but the time.
@@ -276,7 +280,7 @@ def partition(
     start: a partition to improve, of any origin, within the bounds or not; or its path.
     keep_in_place: price of moving a unit of weight out of its part in start.
     together: a number for each vertex: those of equal numbers from 0 stay in one part, -1 leaves
-        one free; or the path of such a file.
+        one free; or the path of such a file, or a dict as for fix.
     time: seconds to search for, the best found by then being the result; None or 0: as much is done
         as the preset says, the same on every machine.
     share: the starts are one search, which combines the best of them all.
@@ -331,11 +335,11 @@ def partition(
     _check_nparts(numbers["nparts"], graph.nvtxs)
     for name, value in numbers.items():
         setattr(options, opt.NUMBERS[name].field, value)
-    fixed = _per_vertex(given["fix"], "fix", graph.nvtxs)
+    fixed = _per_vertex(given["fix"], "fix", graph)
     if fixed is None and graph.fixed is not None:
         fixed = graph.fixed
-    given_start = _per_vertex(start, "start", graph.nvtxs)
-    groups = _groups(graph.groups if together is None else together, graph.nvtxs)
+    given_start = _per_vertex(start, "start", graph)
+    groups = _groups(graph.groups if together is None else together, graph)
     options.fixed, options.start = pointer(fixed), pointer(given_start)
     options.groups = pointer(groups)
     options.capacities = _capacities(capacities, numbers["nparts"])

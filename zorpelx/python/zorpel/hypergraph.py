@@ -41,6 +41,8 @@ def _too_large(name: str, place: int, value: int) -> InputError:
 
 
 def _ints_of_array(values: Any, name: str) -> array[int]:
+    if getattr(values, "mask", False) is not False and values.mask.any():
+        raise InputError(f"{name} has masked entries.")
     if values.ndim != 1:
         raise InputError(f"{name} has {values.ndim} dimensions instead of 1.")
     if values.dtype.kind not in "iub":
@@ -311,6 +313,19 @@ def from_graph(graph: Any) -> Hypergraph:
     return Hypergraph(len(nodes), eptr, eind, own, to_ints(heavy, "weight"), called, names)
 
 
+def _check_dense(array_of_rows: Any) -> None:
+    """Rows of whole numbers may be lists of vertices; a matrix of anything else is taken for none."""
+    if array_of_rows.ndim < 2 or array_of_rows.dtype.kind == "O":
+        return
+    if array_of_rows.ndim > 2:
+        raise InputError(f"An array of {array_of_rows.ndim} dimensions is no hypergraph.")
+    if array_of_rows.dtype.kind not in "iu" or hasattr(array_of_rows, "A1"):
+        raise InputError(
+            f"A dense matrix of {array_of_rows.dtype} is no list of hyperedges; "
+            "scipy.sparse.csr_matrix(matrix) makes each row a hyperedge of its entries that are not 0."
+        )
+
+
 def as_hypergraph(
     source: HypergraphLike,
     nvtxs: Optional[int] = None,
@@ -357,6 +372,8 @@ def as_hypergraph(
             raise InputError(f"A tuple of {len(source)} is no hypergraph; (eptr, eind) would be.")
         eptr, eind, columns = source[0], source[1], None
     else:
+        if _is_array(source):
+            _check_dense(source)
         eptr, eind = _lists(cast("Iterable[Iterable[int]]", source))
         columns = None
     eptr, eind = to_ints(eptr, "eptr"), to_ints(eind, "eind")
