@@ -464,18 +464,27 @@ class Outputs(Counted):
         self.assertEqual(answer["history"], run["history"])
         page = Page(self.text("r.html"))
         self.assertIn("search", page.ids)
-        picture = re.search(r'<path class="trend open"[^>]* d="([^"]*)".*?</svg>', self.text("r.html"), re.S)
-        dots = re.findall(r'cx="([0-9.]+)" cy="([0-9.]+)"[^>]*><title>([^<]*)</title>', picture[0])
-        told = [f"{s['objective']:,} after {s['seconds']:.2f} s by {s['step']}" for s in run["history"]]
-        self.assertEqual([title for _, _, title in dots], told)
-        corners = re.findall(r"[ML]([0-9.]+) ([0-9.]+)", picture[1])
-        self.assertLessEqual({(x, y) for x, y, _ in dots}, set(corners))
-        heights = [float(y) for _, y, _ in dots]
-        self.assertEqual(heights, sorted(set(heights)))  # downwards, as the objective falls
         total = sum(self.own)
         most = math.floor(-(-total // 5) * 1.03 + 1e-9)
         self.assertEqual({part["most"] for part in answer["parts"]}, {most})
         self.assertIn("every part is within its bounds", self.text("r.html"))
+
+    def test_the_picture_of_a_history_passes_through_its_steps(self):
+        steps = ((0.25, 120, "member"), (1.5, 90, "member"), (4.75, 60, "combination"))
+        history = [dict(zip(("seconds", "objective", "step"), step)) for step in steps]
+        self.file("run.json", json.dumps({"history": history}))
+        self.run_ok("report", "g.hgr", "a.part.5", "--history", "run.json", "-o", "r.html")
+        path = r'<path class="trend open"[^>]* d="([^"]*)".*?</svg>'
+        picture = re.search(path, self.text("r.html"), re.S)
+        dots = re.findall(r'cx="([0-9.]+)" cy="([0-9.]+)"[^>]*><title>([^<]*)</title>', picture[0])
+        told = [f"{objective} after {seconds:.2f} s by {step}" for seconds, objective, step in steps]
+        self.assertEqual([title for _, _, title in dots], told)
+        corners = re.findall(r"[ML]([0-9.]+) ([0-9.]+)", picture[1])
+        self.assertLessEqual({(x, y) for x, y, _ in dots}, set(corners))
+        (x0, y0), (x1, y1), (x2, y2) = ((float(x), float(y)) for x, y, _ in dots)
+        self.assertAlmostEqual((x2 - x1) / (x1 - x0), 3.25 / 1.25, delta=0.01)
+        self.assertAlmostEqual((y2 - y1) / (y1 - y0), 1, delta=0.01)
+        self.assertGreater(y1, y0)  # downwards, as the objective falls
 
     def test_a_history_that_is_none(self):
         for text, sentence in (
