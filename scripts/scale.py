@@ -9,7 +9,7 @@ Runs that FILE (CSV) has are not made again; without --mpi none is made. Prints,
 docs/SCALE.md, what was measured and the model, fitted to the first three sizes:
 
     levels     l0 + l1 ln(pins)                       the hypergraph itself is one
-    P          p0 + p1 pins^p2                        pins of all levels of the first cycle
+    P          p0 + p1 pins^p2, at most levels pins   pins of all levels of the first cycle
     work       w0 + w1 P / ranks + w2 pins^w3         processor seconds of the busiest rank
     memory     m0 + m1 pins / ranks + m2 pins^m3      the most of one rank, bytes
     exchanged  x P^a (ranks - 1)^b, a at most 1       sent by all ranks, bytes, but for sums
@@ -228,7 +228,7 @@ def predicted(model, pins, ranks):
     x, a, b = model["exchanged"]
     levels = max(model["levels"][0] + model["levels"][1] * math.log(pins), 1)
     p = model["level_pins"]
-    level_pins = max(p[0] + p[1] * pins ** p[2], pins)
+    level_pins = min(max(p[0] + p[1] * pins ** p[2], pins), levels * pins)
     a_step = model["messages"][0] * log2(ranks) + model["messages"][1] * (ranks - 1)
 
     def shared(found, divided):
@@ -266,7 +266,7 @@ def print_model(model, rows):
     steps = [row["steps"] / row["levels"] for row in rows if row["ranks"] > 1]
     print(f"""
     levels     {levels[0]:.2f} + {levels[1]:.2f} ln(pins)
-    P          {pins[0]:.0f} + {pins[1]:.2f} pins^{pins[2]:.3f}
+    P          {pins[0]:.0f} + {pins[1]:.2f} pins^{pins[2]:.3f}, at most levels pins
     work       {work[0]:.2f} s + {1e6 * work[1]:.2f} us P / ranks + {1e6 * work[2]:.3g} us pins^{work[3]}
     memory     {memory[0] / 2**20:.0f} MiB + {memory[1]:.0f} bytes pins / ranks + {memory[2]:.3g} bytes pins^{memory[3]}
     exchanged  {x[0]:.3g} bytes P^{x[1]:.2f} (ranks - 1)^{x[2]:.2f}

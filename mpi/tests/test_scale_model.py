@@ -16,7 +16,7 @@ SCRIPT = Path(SOURCE) / "scripts" / "scale.py"
 
 def row(size, ranks):
     """What a run would have measured if the model were exact."""
-    levels = math.log(size) - 8
+    levels = math.log(size) - 5
     steps, level_pins = 1000 * levels, 1.5 * size ** 1.1 - 20000
     log2 = math.ceil(math.log2(ranks))
     sums = 5000 * levels * log2
@@ -47,7 +47,7 @@ class ScaleModel(unittest.TestCase):
         done = self.run_script([row(size, ranks) for size in (10**5, 3 * 10**5, 10**6, 3 * 10**6)
                                 for ranks in (1, 2, 4)])
         self.assertEqual(done.returncode, 0, done.stderr)
-        for line in ("levels     -8.00 + 1.00 ln(pins)",
+        for line in ("levels     -5.00 + 1.00 ln(pins)",
                      "P          -20000 + 1.50 pins^1.100",
                      "work       0.50 s + 3.00 us P / ranks + 200 us pins^0.5",
                      "memory     16 MiB + 60 bytes pins / ranks + 3e+03 bytes pins^0.5",
