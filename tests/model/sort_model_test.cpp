@@ -171,6 +171,18 @@ TEST(SortModel, lopsided_partitions_agree_with_the_twin_whether_keys_repeat_or_n
     }
 }
 
+TEST(SortModel, lopsided_partitions_agree_with_the_twin_if_only_the_smallest_key_repeats)
+{
+    const int n = 60000;
+    const std::vector<int> keys = lopsided_order(n);
+    for (const int again : {1, 23, 24, 1000, 1024, n / 2, n - 1}) {
+        Pairs pairs;
+        for (const int key : keys)
+            pairs.push_back({key == again ? 0 : key, static_cast<int>(pairs.size())});
+        EXPECT_FALSE(differs({"ikeysort__", ikeysort__, twin_increasing}, pairs)) << again;
+    }
+}
+
 TEST(SortModel, integers_come_out_sorted)
 {
     for (unsigned seed = 1; seed <= 300; seed++) {
