@@ -95,6 +95,16 @@ ZORPELX_API int zorpelx_read_partition(const char *name, int nvtxs,
                                        const zorpelx_read_options *options, zorpelx_file **file,
                                        char *message);
 
+/* The partition of a hypergraph: a partition file, or a table of names and parts as zorpelx
+ * annotate writes it, with the header "vertex,part" or the same with a tab, its rows in any order.
+ *   nvtxs  vertices
+ *   names  what they are called, name i being names[start[i]] to names[start[i + 1] - 1], as
+ *          zorpelx_file_names() returns it; NULL, and start too: by their numbers from 1 */
+ZORPELX_API int zorpelx_read_named_partition(const char *name, int nvtxs, const char *names,
+                                             const int64_t *start,
+                                             const zorpelx_read_options *options,
+                                             zorpelx_file **file, char *message);
+
 /* A fix file: the part of each pre-assigned vertex, -1 for a free one.
  *   nvtxs   vertices
  *   nparts  parts; 0 if they are not known */

@@ -176,6 +176,59 @@ TEST(files, numbers_are_read_and_written)
     unlink(name.c_str());
 }
 
+/* What a table of names and parts says of vertices called a, "b,c" and d: the parts, or what is
+ * wrong without the name of the file. */
+std::string named_parts(const std::string &text)
+{
+    const std::string name = store(text);
+    zorpelx_file *file = nullptr;
+    char message[ZORPELX_MESSAGE_SIZE];
+    const int64_t start[] = {0, 1, 4, 5};
+    const int status =
+        zorpelx_read_named_partition(name.c_str(), 3, "ab,cd", start, nullptr, &file, message);
+    unlink(name.c_str());
+    if (status != ZORPELX_OK) return std::string(message).substr(name.size());
+    size_t count = 0;
+    const int *const numbers = zorpelx_file_numbers(file, &count);
+    std::string parts;
+    for (size_t i = 0; i < count; i++) parts += std::to_string(numbers[i]) + " ";
+    zorpelx_file_free(file);
+    return parts;
+}
+
+TEST(files, partitions_are_read_by_names)
+{
+    EXPECT_EQ(named_parts("0\n2\n1\n"), "0 2 1 ");
+    EXPECT_EQ(named_parts("vertex,part\na,0\n\"b,c\",2\nd,1\n"), "0 2 1 ");
+    EXPECT_EQ(named_parts("\xef\xbb\xbfvertex\tpart\r\nd\t1\r\n\r\nb,c\t2\r\na\t0"), "0 2 1 ");
+    EXPECT_EQ(named_parts("vertex,part\na,0\nd,1\n"), ": vertex 'b,c' has no row");
+    EXPECT_EQ(named_parts("vertex,part\na,0\nx,1\n"), ":3:1: no vertex is called 'x'");
+    EXPECT_EQ(named_parts("vertex,part\na,0\na,1\n"), ":3:1: vertex 'a' has a part already");
+    EXPECT_EQ(named_parts("vertex,part\na,-1\n"), ":2:3: '-1' is not a part number");
+    EXPECT_EQ(named_parts("vertex,part\na,0,1\n"), ":2:5: a row of more than a name and a part");
+    EXPECT_EQ(named_parts("vertex,part\na\n"), ":2:1: a row without a part");
+    EXPECT_EQ(named_parts("vertex,part\n\"a,0\n"), ":2:1: a quoted field has no closing quote");
+    EXPECT_EQ(named_parts("vertex,part\n\"a\"b,0\n"), ":2:4: 'b,0' behind a closing quote");
+}
+
+TEST(files, names_of_vertices_are_checked_before_they_are_used)
+{
+    const std::string name = store("vertex,part\n2,1\n1,0\n");
+    zorpelx_file *file = nullptr;
+    const int64_t falling[] = {0, 2, 1};
+    const auto read = [&](int nvtxs, const char *names, const int64_t *start) {
+        zorpelx_file_free(file);
+        return zorpelx_read_named_partition(name.c_str(), nvtxs, names, start, nullptr, &file,
+                                            nullptr);
+    };
+    EXPECT_EQ(read(2, nullptr, nullptr), ZORPELX_OK);
+    EXPECT_EQ(read(-1, nullptr, nullptr), ZORPELX_BAD_OPTION);
+    EXPECT_EQ(read(2, "ab", nullptr), ZORPELX_BAD_OPTION);
+    EXPECT_EQ(read(2, "ab", falling), ZORPELX_BAD_OPTION);
+    EXPECT_EQ(file, nullptr);
+    unlink(name.c_str());
+}
+
 TEST(files, caps_and_the_cancel_flag_hold_on_a_pipe)
 {
     const std::string name = testing::TempDir() + "zorpelx_pipe_" + std::to_string(getpid());

@@ -192,7 +192,7 @@ std::vector<int64_t> read_partition(const Settings &settings, const Hypergraph &
     std::vector<int64_t> part = or_fail([&] {
         const Bytes bytes = read_bytes(settings.partition, &budget);
         const std::string_view text = view_of(bytes);
-        if (has_parts_by_name(text)) return scan_parts_by_name(text, graph, &budget);
+        if (has_parts_by_name(text)) return scan_parts_by_name(text, labels_of(graph), &budget);
         return scan_partition(text, graph.nvertices, &budget, &unended);
     });
     if (unended && !settings.quiet)

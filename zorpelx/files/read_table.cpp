@@ -1,34 +1,19 @@
 // SPDX-License-Identifier: MIT
-/* zorpelx/files/read_table.cpp: the reader of tables of memberships.
- *
- * Fields are looked at where they stand; only a quoted field that holds a quote is copied.
- */
+/* zorpelx/files/read_table.cpp: the reader of tables of memberships. */
 #include "read_table.h"
 
 #include <algorithm>
 #include <cctype>
 #include <cstring>
-#include <deque>
 
 #include "fileerror.h"
 #include "known.h"
 #include "members.h"
-#include "walk.h"
-
-constexpr size_t MOST_COLUMNS = 256; // looked at
-
-struct TableField {
-    std::string_view text;
-    Place place;
-    bool quoted;
-};
+#include "table_rows.h"
 
 struct TableScan {
-    Walk walk;
-    char separator;
-    std::vector<TableField> row;
-    std::deque<std::string> copies; // [column] of fields that hold quotes
-    std::vector<Role> roles;        // [column]
+    TableRows rows;
+    std::vector<Role> roles; // [column]
     Members members;
 };
 
@@ -82,96 +67,6 @@ static char find_separator(std::string_view bytes)
     return best;
 }
 
-/* Moves over one character and keeps count of lines. */
-static void step(Walk *walk)
-{
-    const bool newline = *walk->at++ == '\n';
-    if (!newline) return;
-    walk->line++;
-    walk->begin = walk->at;
-}
-
-/* The field behind an opening quote. */
-static std::string_view take_quoted(TableScan *scan, Place place, std::string *copy)
-{
-    Walk *const walk = &scan->walk;
-    const char *begin = ++walk->at;
-    copy->clear();
-    for (; walk->at < walk->end; step(walk)) {
-        if (*walk->at != '"') continue;
-        const std::string_view piece(begin, static_cast<size_t>(walk->at - begin));
-        walk->at++;
-        if (walk->at == walk->end || *walk->at != '"') {
-            if (copy->empty()) return piece;
-            return *copy += piece;
-        }
-        *copy += piece;
-        begin = walk->at; // the second quote of two is kept
-    }
-    bad_input(*scan->members.builder.budget, place, "a quoted field has no closing quote");
-}
-
-static bool is_field_blank(char c)
-{
-    return c == ' ' || c == '\r' || c == '\t';
-}
-
-static void skip_field_blanks(TableScan *scan)
-{
-    Walk *const walk = &scan->walk;
-    while (walk->at < walk->end && *walk->at != scan->separator && is_field_blank(*walk->at))
-        walk->at++;
-}
-
-/* The field up to the next separator or newline, without blanks at its end. */
-static std::string_view take_plain(TableScan *scan)
-{
-    Walk *const walk = &scan->walk;
-    const char *const begin = walk->at;
-    const char separator = scan->separator;
-    while (walk->at < walk->end && *walk->at != separator && *walk->at != '\n') walk->at++;
-    const char *end = walk->at;
-    while (end > begin && is_field_blank(end[-1])) end--;
-    return {begin, static_cast<size_t>(end - begin)};
-}
-
-/* One field, with its separator if there is one; false at the last of the row. */
-static bool take_field(TableScan *scan)
-{
-    Walk *const walk = &scan->walk;
-    skip_field_blanks(scan);
-    TableField field = {{}, place_of(*walk), walk->at < walk->end && *walk->at == '"'};
-    const size_t column = scan->row.size();
-    if (column >= scan->copies.size()) scan->copies.resize(column + 1);
-    if (field.quoted) {
-        field.text = take_quoted(scan, field.place, &scan->copies[column]);
-        skip_field_blanks(scan);
-    } else {
-        field.text = take_plain(scan);
-    }
-    if (column < MOST_COLUMNS) scan->row.push_back(field);
-    if (line_ended(*walk)) return false;
-    if (*walk->at != scan->separator)
-        bad_input(*scan->members.builder.budget, place_of(*walk), "%s behind a closing quote",
-                  shown_here(*walk).c_str());
-    walk->at++;
-    return true;
-}
-
-/* The next row that is not blank; false at the end of the text. */
-static bool take_row(TableScan *scan)
-{
-    Walk *const walk = &scan->walk;
-    skip_space(walk);
-    if (text_ended(*walk)) return false;
-    if (scan->separator == '\t') // blanks at the begin of a row may be separators
-        while (walk->at > walk->begin && is_walk_blank(walk->at[-1])) walk->at--;
-    scan->row.clear();
-    while (take_field(scan)) continue;
-    next_line(&scan->walk);
-    return true;
-}
-
 static bool is_number(std::string_view text)
 {
     return !text.empty() && text.find_first_not_of("0123456789.+-eE") == std::string_view::npos;
@@ -185,8 +80,8 @@ static bool is_absent(const TableField &field)
 /* Whether the row is of a hyperedge and a vertex and no more, and its texts are the file's. */
 static bool is_plain_row(const TableScan &scan)
 {
-    if (scan.row.size() != 2 || scan.roles.size() < 2) return false;
-    for (const TableField &field : scan.row)
+    if (scan.rows.row.size() != 2 || scan.roles.size() < 2) return false;
+    for (const TableField &field : scan.rows.row)
         if (field.quoted || field.text.empty()) return false;
     return scan.roles[0] + scan.roles[1] == ROLE_NET + ROLE_VERTEX;
 }
@@ -195,17 +90,18 @@ static void add_row(TableScan *scan)
 {
     if (is_plain_row(*scan)) {
         const size_t net = scan->roles[0] == ROLE_NET ? 0 : 1;
-        return add_later(&scan->members, scan->row[net].text, scan->row[1 - net].text);
+        return add_later(&scan->members, scan->rows.row[net].text, scan->rows.row[1 - net].text);
     }
     MemberEntry member;
-    if (scan->row.size() < 2)
-        bad_input(*scan->members.builder.budget, scan->row[0].place,
+    if (scan->rows.row.size() < 2)
+        bad_input(*scan->members.builder.budget, scan->rows.row[0].place,
                   "the row has one field; fields are separated by %s",
-                  scan->separator == '\t' ? "a tab" : shown_text({&scan->separator, 1}).c_str());
-    const size_t ncolumns = std::min(scan->row.size(), scan->roles.size());
+                  scan->rows.separator == '\t' ? "a tab"
+                                               : shown_text({&scan->rows.separator, 1}).c_str());
+    const size_t ncolumns = std::min(scan->rows.row.size(), scan->roles.size());
     for (size_t i = 0; i < ncolumns; i++)
-        if (!is_absent(scan->row[i]))
-            member.words[scan->roles[i]] = {scan->row[i].text, scan->row[i].place};
+        if (!is_absent(scan->rows.row[i]))
+            member.words[scan->roles[i]] = {scan->rows.row[i].text, scan->rows.row[i].place};
     add_member(&scan->members, member);
 }
 
@@ -239,8 +135,8 @@ static bool names_columns(const std::vector<TableField> &row)
 static bool stands_above_numbers(const std::vector<bool> &numbers, const TableScan &scan)
 {
     bool above = false;
-    for (size_t i = 0; i < 2 && i < numbers.size() && i < scan.row.size(); i++)
-        above = above || (!numbers[i] && is_number(scan.row[i].text));
+    for (size_t i = 0; i < 2 && i < numbers.size() && i < scan.rows.row.size(); i++)
+        above = above || (!numbers[i] && is_number(scan.rows.row[i].text));
     return above;
 }
 
@@ -261,35 +157,35 @@ static void tell_header(const TableScan &scan, const std::vector<std::string> &n
 static std::vector<std::string> shown_row(const TableScan &scan)
 {
     std::vector<std::string> names;
-    for (const TableField &field : scan.row) names.push_back(shown_text(field.text));
+    for (const TableField &field : scan.rows.row) names.push_back(shown_text(field.text));
     return names;
 }
 
 /* Settles what the columns are; afterwards the row at hand is the first of the data, if any. */
 static bool begin_table(TableScan *scan)
 {
-    const Walk begin = scan->walk;
-    if (!take_row(scan)) return false;
+    const Walk begin = scan->rows.walk;
+    if (!take_row(&scan->rows)) return false;
     const std::vector<std::string> names = shown_row(*scan);
-    const bool named = names_columns(scan->row);
-    scan->roles = roles_by_name(scan->row);
+    const bool named = names_columns(scan->rows.row);
+    scan->roles = roles_by_name(scan->rows.row);
     std::vector<bool> numbers;
-    for (const TableField &field : scan->row) numbers.push_back(is_number(field.text));
-    const bool more = take_row(scan);
+    for (const TableField &field : scan->rows.row) numbers.push_back(is_number(field.text));
+    const bool more = take_row(&scan->rows);
     if (named || (more && stands_above_numbers(numbers, *scan))) {
         tell_header(*scan, names);
         return more;
     }
     scan->roles = {ROLE_NET, ROLE_VERTEX, ROLE_NET_WEIGHT};
-    scan->walk = begin; // the first row is of the data
-    return take_row(scan);
+    scan->rows.walk = begin; // the first row is of the data
+    return take_row(&scan->rows);
 }
 
 static Hypergraph read_table(std::string_view bytes, char separator, Findings *findings,
                              Budget *budget)
 {
-    TableScan scan = {walk_over(bytes), separator, {}, {}, {}, open_members(findings, budget)};
-    for (bool more = begin_table(&scan); more; more = take_row(&scan)) add_row(&scan);
+    TableScan scan = {open_rows(bytes, separator, budget), {}, open_members(findings, budget)};
+    for (bool more = begin_table(&scan); more; more = take_row(&scan.rows)) add_row(&scan);
     return finish_members(&scan.members);
 }
 

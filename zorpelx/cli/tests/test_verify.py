@@ -327,12 +327,12 @@ class Tables(Case):
             (good, "p.csv: vertex 'e' has no row"),
             (good + "q,1\n", "p.csv:5:1: no vertex is called 'q'"),
             (good + "d,1\n", "p.csv:5:1: vertex 'd' has a part already"),
-            (good + "e,x\n", "p.csv:5:1: 'x' is not a part number"),
-            (good + "e,-1\n", "p.csv:5:1: '-1' is not a part number"),
+            (good + "e,x\n", "p.csv:5:3: 'x' is not a part number"),
+            (good + "e,-1\n", "p.csv:5:3: '-1' is not a part number"),
             (good + "e\n", "p.csv:5:1: a row without a part"),
-            (good + "e,1,1\n", "p.csv:5:1: a row of more than a name and a part"),
-            (good + 'e,"1"2\n', "p.csv:5:1: a row of more than a name and a part"),
-            (good + '"e,1\n', "p.csv:5:1: a quote that begins here does not end"),
+            (good + "e,1,1\n", "p.csv:5:5: a row of more than a name and a part"),
+            (good + 'e,"1"2\n', "p.csv:5:6: '2' behind a closing quote"),
+            (good + '"e,1\n', "p.csv:5:1: a quoted field has no closing quote"),
         ):
             self.file("p.csv", "vertex,part\n" + rows)
             self.fails(3, sentence, "verify", "n.csv", "p.csv", "-k", 2)

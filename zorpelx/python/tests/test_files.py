@@ -166,6 +166,23 @@ class FileTest(unittest.TestCase):
             zorpel.write_partition(self.folder / name, partition)
             self.assertEqual(zorpel.read_partition(self.folder / name), partition.part)
 
+    def test_partitions_are_tables_of_names_too(self):
+        graph = zorpel.as_hypergraph({"clk": ["u1", "u,2"], "d": ["u,2", "u3"]})
+        path = self.store('vertex,part\nu3,1\n"u,2",0\nu1,0\n', "named.csv")
+        self.assertEqual(zorpel.read_partition(path, graph), [0, 0, 1])
+        for same in (graph, {"clk": ["u1", "u,2"], "d": ["u,2", "u3"]}):
+            self.assertEqual(zorpel.evaluate(same, path).cut, 1)
+        self.assertEqual(zorpel.partition(graph, 2, start=path, starts=1).cut, 1)
+        with self.assertRaisesRegex(zorpel.InputError, ":1:1: 'vertex,part' is not a whole number"):
+            zorpel.read_partition(path)
+        with self.assertRaisesRegex(zorpel.InputError, ":2:1: no vertex is called 'u3'"):
+            zorpel.read_partition(path, zorpel.read(self.store("1 3\n1 2 3\n", "b.hgr")))
+        numbers = self.store("vertex\tpart\n3\t0\n1\t1\n2\t0\n", "numbers.tsv")
+        plain = zorpel.read(self.folder / "b.hgr")
+        self.assertEqual(zorpel.read_partition(numbers, plain), [1, 0, 0])
+        with self.assertRaisesRegex(zorpel.InputError, "2 part numbers for 3 vertices"):
+            zorpel.read_partition(self.store("0\n1\n", "short.part"), plain)
+
     def test_faults_name_the_place(self):
         for text, sentence in [
             ("", ": error H01"),

@@ -9,7 +9,8 @@ import os
 import threading
 from array import array
 from ctypes import POINTER, c_char_p, c_double, c_int, c_int64, c_size_t, c_void_p
-from typing import Any, Callable, List, Optional, Union
+from itertools import accumulate
+from typing import Any, Callable, List, Optional, Tuple, Union
 
 from . import _library as lib
 from .errors import Error, FileError, InputError, LibraryError, error_for
@@ -51,11 +52,16 @@ class CFinding(ctypes.Structure):
 
 _options_p, _file_p = POINTER(CReadOptions), POINTER(c_void_p)
 _text_p = POINTER(c_void_p)
+_starts_p = POINTER(c_int64)
 _ROUTINES = {
     "zorpelx_read_options_init": (c_int, [_options_p, c_size_t]),
     "zorpelx_read_hypergraph": (c_int, [c_char_p, _options_p, _file_p, c_char_p]),
     "zorpelx_lint_hypergraph": (c_int, [c_char_p, _options_p, _file_p, c_char_p]),
     "zorpelx_read_partition": (c_int, [c_char_p, c_int, _options_p, _file_p, c_char_p]),
+    "zorpelx_read_named_partition": (
+        c_int,
+        [c_char_p, c_int, c_char_p, _starts_p, _options_p, _file_p, c_char_p],
+    ),
     "zorpelx_read_numbers": (c_int, [c_char_p, _options_p, _file_p, c_char_p]),
     "zorpelx_file_hypergraph": (POINTER(lib.CHypergraph), [c_void_p]),
     "zorpelx_file_format": (c_char_p, [c_void_p]),
@@ -197,8 +203,17 @@ def set_format(options: CReadOptions, **words: Optional[str]) -> None:
         setattr(options, name, os.fsencode(value))
 
 
+def packed_names(names: Optional[List[str]]) -> Tuple[Optional[bytes], Any]:
+    """Names one behind another, and where each begins; for the library."""
+    if names is None:
+        return None, None
+    whole = [name.encode() for name in names]
+    starts = accumulate(map(len, whole), initial=0)
+    return b"".join(whole), (c_int64 * (len(whole) + 1))(*starts)
+
+
 def read_by(
-    routine: str, path: Union[str, "os.PathLike[str]"], options: CReadOptions, *more: int
+    routine: str, path: Union[str, "os.PathLike[str]"], options: CReadOptions, *more: Any
 ) -> OpenFile:
     """Reads a file in a thread of its own, so that Ctrl-C ends it, on a pipe too."""
     cancel = c_int(0)

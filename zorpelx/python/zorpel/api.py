@@ -136,13 +136,14 @@ def _as_numpy(values: array[int]) -> Any:
     return numpy.array(values, dtype=numpy.intc)
 
 
-def _read_parts(parts: Any) -> Any:
-    """The numbers of a file of them, if this is the path of one."""
+def _read_parts(parts: Any, graph: Optional[Hypergraph] = None) -> Any:
+    """The numbers of a file of them, if this is the path of one; with a hypergraph, the file is a
+    partition of it."""
     if not is_path(parts):
         return parts
     from .files import read_partition  # pylint: disable=import-outside-toplevel,cyclic-import
 
-    return read_partition(parts)
+    return read_partition(parts, graph)
 
 
 def _per_vertex(values: Any, name: str, graph: Hypergraph) -> Optional[array[int]]:
@@ -153,7 +154,7 @@ def _per_vertex(values: Any, name: str, graph: Hypergraph) -> Optional[array[int
         return by_name(values, name, graph)
     if isinstance(values, Partition):
         values = values.part
-    ints = to_ints(_read_parts(values), name)
+    ints = to_ints(_read_parts(values, graph if name == "start" else None), name)
     if len(ints) != graph.nvtxs:
         raise InputError(f"{name} has {len(ints)} entries instead of {graph.nvtxs}.")
     return ints
@@ -409,9 +410,10 @@ class _Evaluation:
         if isinstance(part, Partition):
             nparts = part.nparts if nparts is None else nparts
             part = part.part
-        self.part = to_ints(_read_parts(part), "part")
-        if is_path(hypergraph):
+        if is_path(hypergraph) or isinstance(hypergraph, Mapping):
             hypergraph = as_hypergraph(hypergraph)
+        known = hypergraph if isinstance(hypergraph, Hypergraph) else None
+        self.part = to_ints(_read_parts(part, known), "part")
         counted = isinstance(hypergraph, Hypergraph) or hasattr(hypergraph, "tocsr")
         nvtxs = None if counted else len(self.part)
         self.graph = as_hypergraph(hypergraph, nvtxs, vertex_weights, hyperedge_weights)

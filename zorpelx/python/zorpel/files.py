@@ -167,11 +167,24 @@ def lint(
 
 
 def read_partition(
-    path: Path, *, timeout: Optional[float] = None, memory: Optional[int] = None
+    path: Path,
+    hypergraph: Optional[HypergraphLike] = None,
+    *,
+    timeout: Optional[float] = None,
+    memory: Optional[int] = None,
 ) -> List[int]:
-    """Reads a partition or a file of pre-assignments: a number for each vertex."""
+    """Reads a partition or a file of pre-assignments: a number for each vertex.
+
+    hypergraph: what is partitioned. The file is then a partition of it, and may be a table of names
+    and parts as zorpelx annotate writes it; vertices without names are called 1, 2, ... there.
+    """
     options = filelib.read_options(1, "whole", False, False, timeout, memory)
-    with filelib.read_by("zorpelx_read_numbers", path, options) as file:
+    routine, more = "zorpelx_read_numbers", []
+    if hypergraph is not None:
+        graph = as_hypergraph(hypergraph)
+        names = filelib.packed_names(graph.vertex_names)
+        routine, more = "zorpelx_read_named_partition", [graph.nvtxs, *names]
+    with filelib.read_by(routine, path, options, *more) as file:
         _warn(path, file, "the last line has no newline: it may have been cut off")
         return file.numbers().tolist()
 
