@@ -5,7 +5,7 @@
  */
 #include "table_rows.h"
 
-#include "fileerror.h"
+#include "builder.h"
 
 constexpr size_t MOST_COLUMNS = 256; // looked at
 
