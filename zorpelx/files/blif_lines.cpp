@@ -2,6 +2,7 @@
 /* zorpelx/files/blif_lines.cpp: the lines of a BLIF file. */
 #include "blif_lines.h"
 
+#include <climits>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
@@ -26,9 +27,30 @@ void blif_error(const BlifLines &lines, const char *at, const char *format, ...)
     bad_input(*lines.budget, place_of(lines.text, at), "%s", text);
 }
 
-static bool is_blank_in_blif(char c)
+static constexpr bool is_blank_in_blif(char c)
 {
     return c == ' ' || c == '\t' || c == '\r' || c == '\v' || c == '\f';
+}
+
+/* [character] whether a word may end there; a backslash says so only at the end of its line. */
+struct WordEnds {
+    bool may[UCHAR_MAX + 1];
+};
+
+static constexpr WordEnds word_ends()
+{
+    WordEnds ends = {};
+    for (int c = 0; c <= UCHAR_MAX; c++) {
+        const char letter = static_cast<char>(c);
+        ends.may[c] = is_blank_in_blif(letter) || letter == '\n' || letter == '#' || letter == '\\';
+    }
+    return ends;
+}
+
+static bool may_end_word(char c)
+{
+    static constexpr WordEnds ENDS = word_ends();
+    return ENDS.may[static_cast<unsigned char>(c)];
 }
 
 /* Where the next line begins if s is at a backslash that ends its line; otherwise s. */
@@ -51,9 +73,7 @@ static void look_at_clock(BlifLines *lines, const char *s)
 static const char *take_word(BlifLines *lines, const char *s)
 {
     const char *const begin = s, *const end = lines->end;
-    while (s < end && !is_blank_in_blif(*s) && *s != '\n' && *s != '#' &&
-           (*s != '\\' || joined_line(s, end) == s))
-        s++;
+    while (s < end && (!may_end_word(*s) || (*s == '\\' && joined_line(s, end) == s))) s++;
     push_charged(lines->budget, &lines->ahead,
                  std::string_view(begin, static_cast<size_t>(s - begin)));
     return s;

@@ -39,18 +39,23 @@ void check_time(const Budget &budget);
 /* Seconds until the deadline, at most `most`. */
 double time_left(const Budget &budget, double most);
 
-/* Appends to a vector that is charged with its capacity. While it grows, the old array and the new
- * one are both held. */
-template <class T> void push_charged(Budget *budget, std::vector<T> *list, const T &value)
+/* Twice the room for a vector that is charged with its capacity. Meanwhile the old array and the
+ * new one are both held. */
+template <class T> __attribute__((noinline)) void grow_charged(Budget *budget, std::vector<T> *list)
 {
     constexpr size_t FIRST_CAPACITY = 64;
-    const size_t old = list->capacity();
-    if (list->size() == old) {
-        const size_t larger = old < FIRST_CAPACITY ? FIRST_CAPACITY : 2 * old;
-        charge(budget, larger * sizeof(T));
-        list->reserve(larger);
-        give_back(budget, old * sizeof(T));
-    }
+    const size_t old = list->capacity(), larger = old < FIRST_CAPACITY ? FIRST_CAPACITY : 2 * old;
+    charge(budget, larger * sizeof(T));
+    list->reserve(larger);
+    give_back(budget, old * sizeof(T));
+}
+
+/* Appends to such a vector. */
+template <class T>
+__attribute__((always_inline)) inline void push_charged(Budget *budget, std::vector<T> *list,
+                                                        const T &value)
+{
+    if (list->size() == list->capacity()) grow_charged(budget, list);
     list->push_back(value);
 }
 

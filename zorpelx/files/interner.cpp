@@ -42,32 +42,17 @@ static void grow_slots(Interner *interner, Budget *budget)
     give_back(budget, old * sizeof(Interner::Slot));
 }
 
-/* The slot of a name, or the free one where it belongs. There is a free one. */
-static size_t slot_of(const Interner &interner, std::string_view name, const NameKey &key)
-{
-    const Interner::Slot *const slots = interner.slots.data();
-    const size_t mask = interner.slots.size() - 1;
-    for (size_t at = hash_of_key(key) & mask;; at = (at + 1) & mask) {
-        const Interner::Slot &slot = slots[at];
-        if (slot.index < 0) return at;
-        if (!same_key({slot.head, slot.tail}, key)) continue;
-        if (!is_long_key(key) || name_of(interner.names, slot.index) == name) return at;
-    }
-}
-
-int32_t intern(Interner *interner, std::string_view name, Budget *budget)
+int32_t intern_new(Interner *interner, std::string_view name, const NameKey &key, Budget *budget)
 {
     const size_t count = static_cast<size_t>(count_names(interner->names));
     if (4 * count >= 3 * interner->slots.size()) grow_slots(interner, budget);
-    const NameKey key = key_of_name(name);
-    Interner::Slot *const slot = &interner->slots[slot_of(*interner, name, key)];
-    if (slot->index >= 0) return slot->index;
     if (count >= INT_MAX - 1)
         file_error(ZORPELX_BAD_INPUT, "%s: more than %d names, which 32 bits do not count",
                    budget->name.c_str(), INT_MAX - 1);
     add_name(&interner->names, name, budget);
-    *slot = {key.head, key.tail, static_cast<int32_t>(count)};
-    return slot->index;
+    const int32_t index = static_cast<int32_t>(count);
+    interner->slots[slot_of(*interner, name, key)] = {key.head, key.tail, index};
+    return index;
 }
 
 int32_t find_name(const Interner &interner, std::string_view name)

@@ -27,10 +27,35 @@ struct Interner {
     std::vector<Slot> slots = {};
 };
 
+/* The slot of a name, or the free one where it belongs. There is a free one. */
+inline size_t slot_of(const Interner &interner, std::string_view name, const NameKey &key)
+{
+    const Interner::Slot *const slots = interner.slots.data();
+    const size_t mask = interner.slots.size() - 1;
+    for (size_t at = hash_of_key(key) & mask;; at = (at + 1) & mask) {
+        const Interner::Slot &slot = slots[at];
+        if (slot.index < 0) return at;
+        if (!same_key({slot.head, slot.tail}, key)) continue;
+        if (!is_long_key(key) || name_of(interner.names, slot.index) == name) return at;
+    }
+}
+
+/* Adds a name that is not there. */
+int32_t intern_new(Interner *interner, std::string_view name, const NameKey &key, Budget *budget);
+
 /* The number of a name, which is added if it is new. Numbers begin at 0 and have no gaps.
  * Cost    O(length)
  * Errors  FileError: more than 2^31 - 2 names; past the budget */
-int32_t intern(Interner *interner, std::string_view name, Budget *budget);
+__attribute__((always_inline)) inline int32_t intern(Interner *interner, std::string_view name,
+                                                     Budget *budget)
+{
+    const NameKey key = key_of_name(name);
+    if (!interner->slots.empty()) {
+        const int32_t index = interner->slots[slot_of(*interner, name, key)].index;
+        if (index >= 0) return index;
+    }
+    return intern_new(interner, name, key, budget);
+}
 
 /* The number of a name; -1 if it is not there. */
 int32_t find_name(const Interner &interner, std::string_view name);

@@ -68,6 +68,8 @@ static int32_t same_net(BlifModel *model, int32_t net)
 /* A .conn makes two nets one; nets of constants become CONSTANT_BIT. */
 static void settle_nets(BlifModel *model)
 {
+    const auto constant = std::find(model->constant.begin(), model->constant.end(), true);
+    if (!model->joined && constant == model->constant.end()) return;
     for (size_t net = 0; net < model->same.size(); net++)
         if (model->constant[net])
             model->constant[at(same_net(model, static_cast<int32_t>(net)))] = true;
@@ -335,11 +337,16 @@ static void take_statement(BlifScan *scan)
     take_other(scan);
 }
 
-/* Nets of the lines ahead. */
+/* Nets of the lines ahead; those of gates stand behind the ports that they are joined to. */
 static void ask_for_names(const BlifScan &scan)
 {
-    for (const std::string_view word : scan.lines.ahead)
-        if (word[0] != '.') prefetch_name(scan.model.nets, word.substr(word.find('=') + 1));
+    bool formal = false;
+    for (const std::string_view word : scan.lines.ahead) {
+        if (word[0] == '.')
+            formal = word == ".gate" || word == ".subckt";
+        else
+            prefetch_name(scan.model.nets, formal ? word.substr(word.find('=') + 1) : word);
+    }
 }
 
 /* More room for a list, if the rest of the text goes on as its begin did. */
