@@ -35,14 +35,15 @@ std::string_view view_of(const Bytes &bytes)
     return {bytes.data.get(), bytes.size};
 }
 
+/* What the block holds, then the rest of the file, which needs no block on its way. */
 static void copy_plain(RawFile *file, Bytes *bytes)
 {
-    while (refill(file)) {
-        const size_t size = file->end - file->begin;
-        memcpy(room_for(bytes, size), file->block.data() + file->begin, size);
-        take_in(bytes, size, file->budget);
-        file->begin = file->end;
-    }
+    const size_t begun = file->end - file->begin;
+    memcpy(room_for(bytes, begun), file->block.data() + file->begin, begun);
+    take_in(bytes, begun, file->budget);
+    file->begin = file->end;
+    while (!file->finished)
+        take_in(bytes, read_into(file, room_for(bytes, RAW_BLOCK), RAW_BLOCK), file->budget);
 }
 
 Bytes read_bytes(const std::string &name, Budget *budget)

@@ -54,19 +54,23 @@ static void wait_for_bytes(const RawFile &file)
     }
 }
 
-/* Reads into the block from `at` on. */
-static void read_more(RawFile *file, size_t at)
+size_t read_into(RawFile *file, char *room, size_t size)
 {
     for (;;) {
         wait_for_bytes(*file);
-        const ssize_t got =
-            read(file->descriptor, file->block.data() + at, file->block.size() - at);
+        const ssize_t got = read(file->descriptor, room, size);
         if (got < 0 && (errno == EINTR || errno == EAGAIN)) continue;
         if (got < 0) unreadable(*file);
-        file->end = at + static_cast<size_t>(got);
         file->finished = got == 0;
-        return;
+        return static_cast<size_t>(got);
     }
+}
+
+/* Reads into the block from `at` on. */
+static void read_more(RawFile *file, size_t at)
+{
+    char *const room = reinterpret_cast<char *>(file->block.data());
+    file->end = at + read_into(file, room + at, file->block.size() - at);
 }
 
 bool refill(RawFile *file)

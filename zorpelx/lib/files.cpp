@@ -294,7 +294,7 @@ int zorpelx_read_named_partition(const char *name, int nvtxs, const char *names,
         if (!has_parts_by_name(bytes)) return keep_partition(call, bytes, nvtxs);
         const VertexLabels vertices = {
             nvtxs, [=](int64_t v) {
-                return names == nullptr ? std::to_string(v + 1)
+                return names == nullptr ? text_of("%lld", static_cast<long long>(v + 1))
                                         : std::string(names + start[v], names + start[v + 1]);
             }};
         const std::vector<int64_t> part = scan_parts_by_name(bytes, vertices, &call->budget);
