@@ -108,6 +108,6 @@ std::vector<int64_t> vertex_groups(const Settings &settings, const Hypergraph &g
         return numbers_by_name(settings.together, "--together", graph, first_vertex(settings), -1,
                                INT_MAX, -1);
     if (!settings.together.empty())
-        return read_vertex_numbers(settings, settings.together, graph.nvertices, -1, INT_MAX);
+        return read_vertex_numbers(settings, settings.together, graph, -1, INT_MAX);
     return own_entries(graph.group);
 }

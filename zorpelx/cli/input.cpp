@@ -129,13 +129,16 @@ std::vector<int64_t> read_fix(const Settings &settings, int64_t nvertices, int64
 }
 
 std::vector<int64_t> read_vertex_numbers(const Settings &settings, const std::string &name,
-                                         int64_t nvertices, int64_t least, int64_t most)
+                                         const Hypergraph &graph, int64_t least, int64_t most)
 {
     Budget budget = budget_for(settings, name);
+    const int64_t nvertices = graph.nvertices;
     bool unended = false;
     std::vector<int64_t> numbers = or_fail([&] {
         const Bytes bytes = read_bytes(name, &budget);
-        return scan_numbers(view_of(bytes), &budget, &unended);
+        const std::string_view text = view_of(bytes);
+        if (has_parts_by_name(text)) return scan_parts_by_name(text, labels_of(graph), &budget);
+        return scan_numbers(text, &budget, &unended);
     });
     if (numbers.size() != static_cast<size_t>(nvertices))
         fail(

@@ -57,10 +57,11 @@ void tell_warnings(const std::string &name, const Findings &findings);
 /* A fix file that is going to be used: one entry from -1 to nparts - 1 per vertex. */
 std::vector<int64_t> read_fix(const Settings &settings, int64_t nvertices, int64_t nparts);
 
-/* A file with a number from least to most - 1 for each vertex, whatever they mean.
+/* A file with a number from least to most - 1 for each vertex, whatever they mean; or a table of
+ * names and parts, as annotate writes it.
  * Errors  STATUS_BAD_INPUT with the place */
 std::vector<int64_t> read_vertex_numbers(const Settings &settings, const std::string &name,
-                                         int64_t nvertices, int64_t least, int64_t most);
+                                         const Hypergraph &graph, int64_t least, int64_t most);
 
 /* K of a name that ends with ".part.K", compressed or not; 0 if there is none. */
 int64_t parts_in_name(const std::string &file);

@@ -147,15 +147,14 @@ Problem read_problem(const Settings &settings)
     Findings findings;
     problem.graph = read_hypergraph(settings, reading_of(settings), &findings);
     if (!settings.quiet) tell_warnings(settings.hypergraph, findings);
-    const int64_t nvertices = problem.graph.nvertices;
     if (problem.graph.pins.size() > INT_MAX)
         fail(STATUS_BAD_INPUT, "%s: more than %d vertex entries",
              shown_name(settings.hypergraph).c_str(), INT_MAX);
     problem.fix = fixed_vertices(settings, problem.graph, settings.nparts);
     problem.capacities = read_capacities(settings);
     if (!settings.start.empty())
-        problem.start =
-            narrowed(read_vertex_numbers(settings, settings.start, nvertices, 0, settings.nparts));
+        problem.start = narrowed(
+            read_vertex_numbers(settings, settings.start, problem.graph, 0, settings.nparts));
     problem.groups = dense_groups(vertex_groups(settings, problem.graph));
     narrow_arrays(&problem);
     return problem;

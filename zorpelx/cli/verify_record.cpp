@@ -151,8 +151,7 @@ static Inputs read_inputs(const Settings &settings, const Record &record, const 
     Inputs inputs;
     inputs.fix = fixed_vertices(files, graph, nparts);
     if (!files.start.empty())
-        inputs.start =
-            narrowed(read_vertex_numbers(files, files.start, graph.nvertices, 0, nparts));
+        inputs.start = narrowed(read_vertex_numbers(files, files.start, graph, 0, nparts));
     inputs.groups = dense_groups(vertex_groups(files, graph));
     return inputs;
 }

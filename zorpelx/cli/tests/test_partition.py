@@ -142,6 +142,20 @@ class Options(Case):
         words = ("partition", "mult16.hgr", "-k", 4, "--start", "wrong")
         self.fails(3, "vertex 1315 has 4; it should be between 0 and 3", *words)
 
+    def test_a_start_and_groups_are_tables_of_names_too(self):
+        self.file("n.csv", "net,vertex\nx,a\nx,b\ny,b\ny,c\nz,c\nz,d\nx,d\n")
+        self.file("old.csv", "vertex,part\nd,1\nb,0\na,0\nc,1\n")
+        words = ("partition", "n.csv", "-k", 2, "--epsilon", 100, "-o", "out", "--quiet")
+        self.run_ok(*words, "--start", "old.csv", "--keep-in-place", 1000)
+        self.assertEqual(self.text("out"), "0\n0\n1\n1\n")
+        self.run_ok(*words, "--together", "old.csv")
+        parts = self.text("out").split()
+        self.assertEqual((parts[0], parts[2]), (parts[1], parts[3]))
+        self.file("old.csv", "vertex,part\nd,2\nb,0\na,0\nc,1\n")
+        self.fails(3, "vertex 4 has 2; it should be between 0 and 1", *words, "--start", "old.csv")
+        self.file("old.csv", "vertex,part\nd,1\nb,0\na,0\n")
+        self.fails(3, "old.csv: vertex 'c' has no row", *words, "--start", "old.csv")
+
     def test_groups_stay_together(self):
         self.file("groups", "".join(f"{v % 40 if v % 3 == 0 else -1}\n" for v in range(1315)))
         self.cut_of("-k", 4, "--together", "groups")
