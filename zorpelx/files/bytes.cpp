@@ -39,6 +39,7 @@ std::string_view view_of(const Bytes &bytes)
 static void copy_plain(RawFile *file, Bytes *bytes)
 {
     const size_t begun = file->end - file->begin;
+    if (begun == 0) return; // an empty file
     memcpy(room_for(bytes, begun), file->block.data() + file->begin, begun);
     take_in(bytes, begun, file->budget);
     file->begin = file->end;
