@@ -81,7 +81,7 @@ static std::string time_left(const zorpelx_progress &progress, double timeout)
     return left < 0 ? "" : duration(left) + " left";
 }
 
-std::string progress_text(const zorpelx_progress &progress, double timeout, int width)
+std::string progress_text(const zorpelx_progress &progress, bool search, double timeout, int width)
 {
     std::vector<std::string> pieces = {text_of("%.0f %%", std::floor(100 * share_done(progress))),
                                        time_left(progress, timeout)};
@@ -94,7 +94,7 @@ std::string progress_text(const zorpelx_progress &progress, double timeout, int 
         pieces.push_back(text_of("cut %lld", static_cast<long long>(progress.cut)));
     else if (progress.run_cut >= 0)
         pieces.push_back(text_of("bisection %d", progress.run_cut));
-    if (progress.jobs > 0 || progress.runs == 0)
+    if (search)
         pieces.push_back(text_of("%d jobs", progress.jobs));
     else
         pieces.push_back(text_of("%lld of %lld runs", static_cast<long long>(progress.runs),
@@ -143,8 +143,8 @@ int show_progress(void *user, const zorpelx_progress *progress)
 {
     const Settings *const settings = static_cast<const Settings *>(user);
     const bool terminal = on_terminal();
-    const std::string line =
-        progress_text(*progress, settings->timeout, terminal ? terminal_width() : USUAL_WIDTH);
+    const std::string line = progress_text(*progress, !wants_engine(*settings), settings->timeout,
+                                           terminal ? terminal_width() : USUAL_WIDTH);
     if (terminal)
         rewrite(line);
     else

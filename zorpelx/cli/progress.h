@@ -10,9 +10,10 @@
 
 /* What a line says, the most important first: how much is done and how long the rest may take,
  * starts, the best cut, runs, the time so far; only what fits into the width.
+ *   search   whether its jobs are counted, not runs of the engine
  *   width    columns of the terminal, of which the last stays free
  *   timeout  seconds; 0: no deadline */
-std::string progress_text(const zorpelx_progress &progress, double timeout, int width);
+std::string progress_text(const zorpelx_progress &progress, bool search, double timeout, int width);
 
 /* Whether progress is shown: auto does on a terminal that can rewrite a line. */
 bool wants_progress(const Settings &settings);

@@ -434,7 +434,10 @@ class Progress(Case):
             r"(\d+) %(?:, [\dhdays :]+ left)?, (\d) of 3 starts(?:, (cut|bisection) (\d+))?, "
             r"(\d+) of 90 runs, (\d+\.\d) s"
         )
-        shown = [re.fullmatch(figures, line).groups() for line in self.lines(seen)]
+        shown = []
+        for line in self.lines(seen):
+            self.assertRegex(line, f"^{figures}$")
+            shown.append(re.fullmatch(figures, line).groups())
         for place, kind in ((0, int), (1, int), (4, int), (5, float)):  # none goes backwards
             numbers = [kind(line[place]) for line in shown]
             self.assertEqual(numbers, sorted(numbers))
