@@ -73,6 +73,46 @@ bool take_words(BookshelfFile *file)
     return !file->words.empty();
 }
 
+static std::string_view first_word(std::string_view line)
+{
+    size_t begin = 0;
+    while (begin < line.size() && separates_words(line[begin])) begin++;
+    size_t end = begin;
+    while (end < line.size() && !separates_words(line[end])) end++;
+    return line.substr(begin, end - begin);
+}
+
+static std::string_view last_word(std::string_view line)
+{
+    size_t end = line.size();
+    while (end > 0 && separates_words(line[end - 1])) end--;
+    size_t begin = end;
+    while (begin > 0 && !separates_words(line[begin - 1])) begin--;
+    return line.substr(begin, end - begin);
+}
+
+bool look_ahead(const BookshelfFile &file, std::string_view counted, BookshelfAhead *ahead)
+{
+    constexpr size_t BLOCK = 64; // lines
+    const char *at = file.words[0].data();
+    if (ahead->end != nullptr && at < ahead->end) return false;
+    ahead->first.clear();
+    ahead->last.clear();
+    for (size_t i = 0; i < BLOCK && at < file.end; i++) {
+        const void *const newline = memchr(at, '\n', static_cast<size_t>(file.end - at));
+        const char *const end = newline != nullptr ? static_cast<const char *>(newline) : file.end;
+        const std::string_view line(at, static_cast<size_t>(end - at));
+        ahead->first.push_back(first_word(line));
+        if (ahead->first.back() == counted) {
+            ahead->first.pop_back();
+            ahead->last.push_back(last_word(line));
+        }
+        at = end < file.end ? end + 1 : end;
+    }
+    ahead->end = at;
+    return true;
+}
+
 Place place_in(const BookshelfFile &file, std::string_view word)
 {
     return place_of(file.text, word.data());

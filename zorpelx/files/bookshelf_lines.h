@@ -30,6 +30,16 @@ void open_text(std::string_view text, const Budget &budget, BookshelfFile *file)
 /* Takes the words of the next line that has any; false at the end. */
 bool take_words(BookshelfFile *file);
 
+/* First words of a block of lines ahead, and the last ones of those that begin with `counted`, so
+ * that the places of names can be prefetched together: one by one they would be waited for. */
+struct BookshelfAhead {
+    const char *end = nullptr; // of the block
+    std::vector<std::string_view> first = {}, last = {};
+};
+
+/* Looks at a block more, if the line last taken is the first behind the one before. */
+bool look_ahead(const BookshelfFile &file, std::string_view counted, BookshelfAhead *ahead);
+
 /* The real number that a word is.
  * Errors  FileError with its place */
 double real_of(const BookshelfFile &file, std::string_view word);

@@ -111,14 +111,25 @@ static void take_node(Bookshelf *shelf, const BookshelfFile &file)
     push_charged(shelf->budget, &shelf->kind, kind);
 }
 
+/* Prefetches the places of nodes and nets that the next lines name. */
+static void ask_for_names(const Bookshelf &shelf, const BookshelfFile &file, BookshelfAhead *ahead)
+{
+    if (!look_ahead(file, "NetDegree", ahead)) return;
+    for (const std::string_view name : ahead->first) prefetch_name(shelf.builder.vertices, name);
+    for (const std::string_view name : ahead->last) prefetch_name(shelf.builder.nets, name);
+}
+
 static void take_nodes(Bookshelf *shelf, const std::string &path)
 {
     BookshelfFile file;
     open_bookshelf(path, *shelf->budget, &file);
     int64_t nodes = -1, terminals = -1;
-    while (take_words(&file))
+    BookshelfAhead ahead;
+    while (take_words(&file)) {
+        ask_for_names(*shelf, file, &ahead);
         if (!is_count(file, "NumNodes", &nodes) && !is_count(file, "NumTerminals", &terminals))
             take_node(shelf, file);
+    }
     const auto is_terminal = [](int32_t kind) { return kind != NODE_CELL; };
     tell_count(shelf, file, nodes, static_cast<int64_t>(shelf->kind.size()), "node", "nodes");
     tell_count(shelf, file, terminals,
@@ -178,7 +189,9 @@ static void take_nets(Bookshelf *shelf, const std::string &path)
     int64_t nets = -1, pins = -1, said = 0, found = 0, count = 0, line = 0;
     const char *counted_to = file.text.data();
     OpenNet open;
+    BookshelfAhead ahead;
     while (take_words(&file)) {
+        ask_for_names(*shelf, file, &ahead);
         if (is_count(file, "NumNets", &nets) || is_count(file, "NumPins", &pins)) continue;
         if (!is_count(file, "NetDegree", &said)) {
             take_pin(shelf, file, &open);
