@@ -99,7 +99,7 @@ ZORPELX_API int zorpelx_read_partition(const char *name, int nvtxs,
  * annotate writes it, with the header "vertex,part" or the same with a tab, its rows in any order.
  *   nvtxs  vertices
  *   names  what they are called, name i being names[start[i]] to names[start[i + 1] - 1], as
- *          zorpelx_file_names() returns it; NULL, and start too: by their numbers from 1 */
+ *          zorpelx_file_names() returns it; if names and start are NULL: 1, 2, 3, ... */
 ZORPELX_API int zorpelx_read_named_partition(const char *name, int nvtxs, const char *names,
                                              const int64_t *start,
                                              const zorpelx_read_options *options,

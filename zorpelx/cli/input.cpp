@@ -194,9 +194,7 @@ std::vector<int64_t> read_partition(const Settings &settings, const Hypergraph &
     bool unended = false;
     std::vector<int64_t> part = or_fail([&] {
         const Bytes bytes = read_bytes(settings.partition, &budget);
-        const std::string_view text = view_of(bytes);
-        if (has_parts_by_name(text)) return scan_parts_by_name(text, labels_of(graph), &budget);
-        return scan_partition(text, graph.nvertices, &budget, &unended);
+        return scan_partition_or_table(view_of(bytes), labels_of(graph), &budget, &unended);
     });
     if (unended && !settings.quiet)
         fprintf(stderr, "zorpelx: %s: the last line has no newline: it may have been cut off\n",

@@ -2,6 +2,7 @@
 /* zorpelx/files/bookshelf_lines.cpp: one file of a Bookshelf benchmark, line by line. */
 #include "bookshelf_lines.h"
 
+#include <cassert>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -94,6 +95,7 @@ static std::string_view last_word(std::string_view line)
 bool look_ahead(const BookshelfFile &file, std::string_view counted, BookshelfAhead *ahead)
 {
     constexpr size_t BLOCK = 64; // lines
+    assert(!file.words.empty());
     const char *at = file.words[0].data();
     if (ahead->end != nullptr && at < ahead->end) return false;
     ahead->first.clear();
@@ -109,6 +111,7 @@ bool look_ahead(const BookshelfFile &file, std::string_view counted, BookshelfAh
         }
         at = end < file.end ? end + 1 : end;
     }
+    assert(at > file.words[0].data() && at <= file.end);
     ahead->end = at;
     return true;
 }

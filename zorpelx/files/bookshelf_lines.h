@@ -37,7 +37,8 @@ struct BookshelfAhead {
     std::vector<std::string_view> first = {}, last = {};
 };
 
-/* Looks at a block more, if the line last taken is the first behind the one before. */
+/* Looks at a block from the line last taken on, unless the block before reaches beyond it; then
+ * false. */
 bool look_ahead(const BookshelfFile &file, std::string_view counted, BookshelfAhead *ahead);
 
 /* The real number that a word is.

@@ -39,7 +39,7 @@ void check_time(const Budget &budget);
 /* Seconds until the deadline, at most `most`. */
 double time_left(const Budget &budget, double most);
 
-/* Twice the room for a vector that is charged with its capacity. Meanwhile the old array and the
+/* Doubles the room of a vector that is charged with its capacity. Meanwhile the old array and the
  * new one are both held. */
 template <class T> __attribute__((noinline)) void grow_charged(Budget *budget, std::vector<T> *list)
 {

@@ -10,6 +10,8 @@
 #ifndef ZORPELX_FILES_INTERNER_H
 #define ZORPELX_FILES_INTERNER_H
 
+#include <cassert>
+
 #include "name_key.h"
 #include "names.h"
 
@@ -30,6 +32,7 @@ struct Interner {
 /* The slot of a name, or the free one where it belongs. There is a free one. */
 inline size_t slot_of(const Interner &interner, std::string_view name, const NameKey &key)
 {
+    assert(!interner.slots.empty());
     const Interner::Slot *const slots = interner.slots.data();
     const size_t mask = interner.slots.size() - 1;
     for (size_t at = hash_of_key(key) & mask;; at = (at + 1) & mask) {

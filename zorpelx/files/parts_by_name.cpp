@@ -7,12 +7,14 @@
 #include "parts_by_name.h"
 
 #include <algorithm>
+#include <cassert>
 #include <charconv>
 #include <climits>
 #include <unordered_map>
 
 #include "bytes.h"
 #include "casts.h"
+#include "partfiles.h"
 #include "table_rows.h"
 #include "told.h"
 
@@ -104,6 +106,7 @@ static void place_row(PartTable *table, std::vector<int64_t> *parts, int64_t nex
 std::vector<int64_t> scan_parts_by_name(std::string_view bytes, const VertexLabels &vertices,
                                         Budget *budget)
 {
+    assert(has_parts_by_name(bytes) && vertices.count >= 0);
     const char separator = without_mark(bytes)[sizeof("vertex") - 1];
     PartTable table = {open_rows(bytes, separator, budget), &vertices, {}};
     charge(budget, at(vertices.count) * sizeof(int64_t));
@@ -118,4 +121,11 @@ std::vector<int64_t> scan_parts_by_name(std::string_view bytes, const VertexLabe
         bad_input(*budget, {0, 0}, "vertex %s has no row",
                   shown_text(vertices.label(without - parts.begin())).c_str());
     return parts;
+}
+
+std::vector<int64_t> scan_partition_or_table(std::string_view bytes, const VertexLabels &vertices,
+                                             Budget *budget, bool *unended)
+{
+    if (has_parts_by_name(bytes)) return scan_parts_by_name(bytes, vertices, budget);
+    return scan_partition(bytes, vertices.count, budget, unended);
 }

@@ -26,4 +26,9 @@ bool has_parts_by_name(std::string_view bytes);
 std::vector<int64_t> scan_parts_by_name(std::string_view bytes, const VertexLabels &vertices,
                                         Budget *budget);
 
+/* A partition in either form: such a table, or a number for each vertex as scan_partition() reads
+ * them. */
+std::vector<int64_t> scan_partition_or_table(std::string_view bytes, const VertexLabels &vertices,
+                                             Budget *budget, bool *unended);
+
 #endif

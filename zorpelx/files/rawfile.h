@@ -30,8 +30,7 @@ void close_raw(RawFile *file);
  * Errors  ZORPELX_SYSTEM, _TIMEOUT, _CANCELLED */
 bool refill(RawFile *file);
 
-/* Reads at most so many bytes, past the block, once there are any. The number that were read: 0 at
- * the end of the file, which is then finished. */
+/* Waits for bytes and reads up to `size` of them into `room`, not by way of the block. Returns how many; 0 at the end of the file, which is then finished. */
 size_t read_into(RawFile *file, char *room, size_t size);
 
 /* Reads on until `wanted` bytes are there or the file ends; for the first bytes of a file. */

@@ -343,7 +343,7 @@ static void ask_for_names(const BlifScan &scan)
     bool formal = false;
     for (const std::string_view word : scan.lines.ahead) {
         if (word[0] == '.')
-            formal = word == ".gate" || word == ".subckt";
+            formal = word == ".gate" || word == ".subckt" || word == ".mlatch";
         else
             prefetch_name(scan.model.nets, formal ? word.substr(word.find('=') + 1) : word);
     }

@@ -5,6 +5,8 @@
  */
 #include "table_rows.h"
 
+#include <cassert>
+
 #include "builder.h"
 
 constexpr size_t MOST_COLUMNS = 256; // looked at
@@ -99,6 +101,7 @@ bool take_row(TableRows *rows)
         while (walk->at > walk->begin && is_walk_blank(walk->at[-1])) walk->at--;
     rows->row.clear();
     while (take_field(rows)) continue;
-    next_line(&rows->walk);
+    assert(!rows->row.empty() && line_ended(*walk));
+    next_line(walk);
     return true;
 }

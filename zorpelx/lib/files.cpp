@@ -254,10 +254,8 @@ static void note_unended(FileCall *call, bool unended)
         add_finding(&call->file->findings, RULE_FIX_UNENDED, {0, 0}, "the file ends within a line");
 }
 
-static Fault keep_partition(FileCall *call, std::string_view bytes, int64_t nvtxs)
+static Fault keep_partition(FileCall *call, const std::vector<int64_t> &part, bool unended)
 {
-    bool unended = false;
-    const std::vector<int64_t> part = scan_partition(bytes, nvtxs, &call->budget, &unended);
     note_unended(call, unended);
     if (Fault found = refused(*call)) return found;
     call->file->numbers = narrowed(part, &call->budget);
@@ -268,7 +266,9 @@ int zorpelx_read_partition(const char *name, int nvtxs, const zorpelx_read_optio
                            zorpelx_file **file, char *message)
 {
     return read_by(name, options, file, message, [nvtxs](FileCall *call, std::string_view bytes) {
-        return keep_partition(call, bytes, nvtxs);
+        bool unended = false;
+        const std::vector<int64_t> part = scan_partition(bytes, nvtxs, &call->budget, &unended);
+        return keep_partition(call, part, unended);
     });
 }
 
@@ -276,11 +276,13 @@ static Fault check_labels(int nvtxs, const char *names, const int64_t *start)
 {
     if (nvtxs < 0) return fault(ZORPELX_BAD_OPTION, "nvtxs is %d; it is never negative.", nvtxs);
     if ((names == nullptr) != (start == nullptr))
-        return fault(ZORPELX_BAD_OPTION, "names and start are both NULL, or neither.");
+        return fault(ZORPELX_BAD_OPTION, "names and start belong together: one of them is NULL.");
     for (int v = 0; start != nullptr && v < nvtxs; v++)
         if (start[v] < 0 || start[v] > start[v + 1])
-            return fault(ZORPELX_BAD_OPTION, "start[%d] is %lld and start[%d] %lld.", v,
-                         static_cast<long long>(start[v]), v + 1,
+            return fault(ZORPELX_BAD_OPTION,
+                         "start[%d] is %lld and start[%d] is %lld; offsets are not negative and "
+                         "never fall.",
+                         v, static_cast<long long>(start[v]), v + 1,
                          static_cast<long long>(start[v + 1]));
     return {};
 }
@@ -291,15 +293,15 @@ int zorpelx_read_named_partition(const char *name, int nvtxs, const char *names,
 {
     return read_by(name, options, file, message, [=](FileCall *call, std::string_view bytes) {
         if (Fault found = check_labels(nvtxs, names, start)) return found;
-        if (!has_parts_by_name(bytes)) return keep_partition(call, bytes, nvtxs);
         const VertexLabels vertices = {
             nvtxs, [=](int64_t v) {
                 return names == nullptr ? text_of("%lld", static_cast<long long>(v + 1))
                                         : std::string(names + start[v], names + start[v + 1]);
             }};
-        const std::vector<int64_t> part = scan_parts_by_name(bytes, vertices, &call->budget);
-        call->file->numbers = narrowed(part, &call->budget);
-        return Fault();
+        bool unended = false;
+        const std::vector<int64_t> part =
+            scan_partition_or_table(bytes, vertices, &call->budget, &unended);
+        return keep_partition(call, part, unended);
     });
 }
 

@@ -148,9 +148,10 @@ class Options(Case):
         words = ("partition", "n.csv", "-k", 2, "--epsilon", 100, "-o", "out", "--quiet")
         self.run_ok(*words, "--start", "old.csv", "--keep-in-place", 1000)
         self.assertEqual(self.text("out"), "0\n0\n1\n1\n")
-        self.run_ok(*words, "--together", "old.csv")
+        self.file("across.csv", "vertex,part\nd,1\nb,1\na,0\nc,0\n")  # as no search would do it
+        self.run_ok(*words, "--together", "across.csv")
         parts = self.text("out").split()
-        self.assertEqual((parts[0], parts[2]), (parts[1], parts[3]))
+        self.assertEqual((parts[0], parts[1]), (parts[2], parts[3]))
         self.file("old.csv", "vertex,part\nd,2\nb,0\na,0\nc,1\n")
         self.fails(3, "vertex 4 has 2; it should be between 0 and 1", *words, "--start", "old.csv")
         self.file("old.csv", "vertex,part\nd,1\nb,0\na,0\n")

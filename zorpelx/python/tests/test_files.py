@@ -15,6 +15,7 @@ import threading
 import time
 import unittest
 import zipfile
+from dataclasses import replace
 from pathlib import Path
 
 import zorpel
@@ -172,6 +173,9 @@ class FileTest(unittest.TestCase):
         self.assertEqual(zorpel.read_partition(path, graph), [0, 0, 1])
         for same in (graph, {"clk": ["u1", "u,2"], "d": ["u,2", "u3"]}):
             self.assertEqual(zorpel.evaluate(same, path).cut, 1)
+        odd = replace(graph, vertex_names=["u1", "\ud800", "u3"])
+        with self.assertRaisesRegex(zorpel.InputError, "no vertex is called 'u,2'"):
+            zorpel.read_partition(path, odd)
         self.assertEqual(zorpel.partition(graph, 2, start=path, starts=1).cut, 1)
         with self.assertRaisesRegex(zorpel.InputError, ":1:1: 'vertex,part' is not a whole number"):
             zorpel.read_partition(path)

@@ -142,6 +142,9 @@ class PandasTest(TablesTest):
         plain = zorpel.as_hypergraph(frame.set_axis(["a", "b", "c"], axis=1)[["a", "b"]])
         self.assertEqual(plain.vertex_names, graph.vertex_names)
         made = self.partition.vertices().frame()
+        made.iloc[::-1].to_csv(self.folder / "parts.csv", index=False)
+        cut = zorpel.evaluate(graph, self.partition).cut
+        self.assertEqual(zorpel.evaluate(frame, self.folder / "parts.csv").cut, cut)
         self.assertEqual(made.columns.tolist(), ["vertex", "part"])
         self.assertEqual(made["part"].tolist(), self.partition.part)
         for wrong in (frame[["vertex", "weight"]], frame[["vertex"]]):

@@ -207,7 +207,7 @@ def packed_names(names: Optional[List[str]]) -> Tuple[Optional[bytes], Any]:
     """Names one behind another, and where each begins; for the library."""
     if names is None:
         return None, None
-    whole = [name.encode() for name in names]
+    whole = [str(name).encode(errors="surrogatepass") for name in names]
     starts = accumulate(map(len, whole), initial=0)
     return b"".join(whole), (c_int64 * (len(whole) + 1))(*starts)
 

@@ -25,6 +25,7 @@ from .hypergraph import (
     pointer,
     to_ints,
     wants_numpy,
+    with_names,
 )
 from .results import Bin, Partition, Progress, Quality, Spread, Stats, Step
 
@@ -410,8 +411,7 @@ class _Evaluation:
         if isinstance(part, Partition):
             nparts = part.nparts if nparts is None else nparts
             part = part.part
-        if is_path(hypergraph) or isinstance(hypergraph, Mapping):
-            hypergraph = as_hypergraph(hypergraph)
+        hypergraph = with_names(hypergraph)
         known = hypergraph if isinstance(hypergraph, Hypergraph) else None
         self.part = to_ints(_read_parts(part, known), "part")
         counted = isinstance(hypergraph, Hypergraph) or hasattr(hypergraph, "tocsr")

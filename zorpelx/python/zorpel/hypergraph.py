@@ -326,6 +326,21 @@ def _check_dense(array_of_rows: Any) -> None:
         )
 
 
+def with_names(source: Any) -> Any:
+    """What has names, or is the path of a file, as a hypergraph; anything else as it is."""
+    if is_path(source):
+        from .files import read  # pylint: disable=import-outside-toplevel,cyclic-import
+
+        return read(cast("Union[str, os.PathLike[str]]", source))
+    if hasattr(source, "itertuples") and hasattr(source, "columns"):
+        return from_frame(source)
+    if isinstance(source, Mapping) and not hasattr(source, "tocsr"):  # a DOK matrix is a dict
+        return from_mapping(source)
+    if hasattr(source, "nodes") and hasattr(source, "is_directed"):
+        return from_graph(source)
+    return source
+
+
 def as_hypergraph(
     source: HypergraphLike,
     nvtxs: Optional[int] = None,
@@ -348,16 +363,7 @@ def as_hypergraph(
 
     Without nvtxs there are as many vertices as the largest number (or the matrix) needs.
     """
-    if is_path(source):
-        from .files import read  # pylint: disable=import-outside-toplevel,cyclic-import
-
-        source = read(cast("Union[str, os.PathLike[str]]", source))
-    if hasattr(source, "itertuples") and hasattr(source, "columns"):
-        source = from_frame(source)
-    elif isinstance(source, Mapping) and not hasattr(source, "tocsr"):  # a DOK matrix is a dict
-        source = from_mapping(source)
-    elif hasattr(source, "nodes") and hasattr(source, "is_directed"):
-        source = from_graph(source)
+    source = with_names(source)
     if isinstance(source, Hypergraph):
         if nvtxs is None and vertex_weights is None and hyperedge_weights is None:
             return source
