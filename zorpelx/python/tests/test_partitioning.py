@@ -35,6 +35,7 @@ def local_hyperedges(nvtxs, nhedges, seed):
 
 
 SMALL = local_hyperedges(200, 300, 1)
+SANITIZED = "ZORPEL_SANITIZED" in os.environ
 
 
 class PartitionTest(unittest.TestCase):
@@ -100,6 +101,8 @@ class PartitionTest(unittest.TestCase):
         for text in traces:
             self.assertIn("Bisecting a hgraph of size [vertices=200, hedges=300", text)
 
+    # The child would wait for a lock that another thread held when it was forked.
+    @unittest.skipIf(SANITIZED, "the sanitizer's heap does not survive a fork beside other threads")
     def test_parallel_calls_equal_sequential_ones(self):
         def call(seed):
             return zorpel.partition(SMALL, 3, runs=1, seed=seed).part
@@ -184,7 +187,7 @@ class FaultTest(unittest.TestCase):
         self.assertEqual(caught.exception.status, 3)
 
     def test_a_memory_cap_is_a_memory_error(self):
-        if os.environ.get("ZORPEL_SANITIZED"):
+        if SANITIZED:
             self.skipTest("the sanitizer's allocator ends the process by itself")
         size = 1000000
         large = (array("i", range(0, 2 * size + 1, 2)), array("i", range(2 * size)))
