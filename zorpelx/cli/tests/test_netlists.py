@@ -311,6 +311,26 @@ class Netlists(Case):
         self.assertNotIn("one", edges)
         self.assertNotIn("unconn", edges)
 
+    def test_blif_comments_and_continuations_end_a_word(self):
+        self.file(
+            "tight.blif",
+            ".model top\n.inputs a\\\n b#two of them\n.outputs z#one\n"
+            ".names a b\\\nz# both\n11 1\n.end#of it\n",
+        )
+        edges = self.edges_of(self.hif("tight.blif"))
+        self.assertEqual(edges, {"a": {"a", "z"}, "b": {"b", "z"}, "z": {"z", "out:z"}})
+
+    def test_blif_constants_of_a_flat_model_are_no_hyperedges(self):
+        self.file(
+            "flat.blif",
+            ".model top\n.inputs a\n.outputs y z\n.names one\n1\n"
+            ".names a one y\n11 1\n.names one a z\n1- 1\n.end\n",
+        )
+        edges = self.edges_of(self.hif("flat.blif"))
+        self.assertEqual(
+            edges, {"a": {"a", "y", "z"}, "y": {"y", "out:y"}, "z": {"z", "out:z"}}
+        )
+
     def test_blif_that_was_cut_off_is_told(self):
         text = ".model m\n.inputs a b\n.outputs z\n.names a b z\n11 1\n"
         told = self.run_ok("stats", self.file("cut.blif", text)).stderr
