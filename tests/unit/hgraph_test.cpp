@@ -335,6 +335,22 @@ TEST(HGraph, the_checker_sees_stale_refinement_figures)
         EXPECT_EQ(sees(HG_GAINS, [v](HGraph *g) { g->gain[v]--; }), "H6") << "vertex " << v;
 }
 
+/* Moves past such a hyperedge leave it out or in, so that nothing is known of this gain. */
+TEST(HGraph, a_hyperedge_of_one_pin_leaves_the_gain_of_its_vertex_open)
+{
+    const HGraphPtr graph = make_incident(2, {{0, 1}, {1}}, {3, 5}, {10, 20});
+    graph->where = new_array({0, 1});
+    graph->ndeg[0] = new_array({1, 0});
+    graph->ndeg[1] = new_array({1, 1});
+    graph->gain = new_array({3, 77});
+    graph->mincut = 3;
+    graph->pwgts[0] = 10;
+    graph->pwgts[1] = 20;
+    EXPECT_EQ(broken_rule([&] { return hgraph_ok(graph.get(), EVERY_STAGE); }), "");
+    graph->gain[0] = 4;
+    EXPECT_EQ(broken_rule([&] { return hgraph_ok(graph.get(), EVERY_STAGE); }), "H6");
+}
+
 TEST(HGraph, the_checker_looks_only_at_the_stages_it_is_asked_for)
 {
     EXPECT_EQ(sees(HG_LISTS, [](HGraph *g) { g->adjwgt[0]++; }), "");

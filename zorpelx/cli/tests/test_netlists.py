@@ -315,7 +315,7 @@ class Netlists(Case):
         self.file(
             "tight.blif",
             ".model top\n.inputs a\\\n b#two of them\n.outputs z#one\n"
-            ".names a b\\\nz# both\n11 1\n.end#of it\n",
+            ".names a b\\\n z# both\n11 1\n.end#of it\n",
         )
         edges = self.edges_of(self.hif("tight.blif"))
         self.assertEqual(edges, {"a": {"a", "z"}, "b": {"b", "z"}, "z": {"z", "out:z"}})
