@@ -6,7 +6,8 @@
  * when something first meets it in a module; ports of an opened module carry the numbers down.
  * Where a module joins two of its ports, their nets become one (union-find). Last, the nets that
  * join vertices are numbered in the order in which vertices meet them, and the best name of each is
- * looked for among the wires of all opened modules.
+ * looked for among the wires of all opened modules. Where a flat module has its nets in this order
+ * already, numbers and names stay as they are.
  */
 #include <algorithm>
 #include <cassert>
@@ -44,6 +45,7 @@ struct Flattening {
     NetUses uses = {};
     std::vector<int32_t> opened = {}; // by type: the module to open, -1 for none
     std::vector<bool> open = {};      // modules on the path
+    bool numbered = false;            // nets keep the numbers that the top module gives them
     std::vector<Instance> instances = {};
     std::vector<int32_t> joined = {};    // union-find over nets
     std::vector<unsigned char> use = {}; // by net
@@ -110,7 +112,7 @@ static int32_t new_net(Flattening *flat)
 /* The net of a bit of an instance; CONSTANT_BIT if it is a constant. */
 static int32_t net_of(Flattening *flat, size_t instance, int32_t bit)
 {
-    if (bit == CONSTANT_BIT) return CONSTANT_BIT;
+    if (bit == CONSTANT_BIT || flat->numbered) return bit;
     int32_t *const net = &flat->instances[instance].net[at(bit)];
     if (*net == NO_NET) *net = new_net(flat);
     return *net;
@@ -168,7 +170,7 @@ static void add_cell(Flattening *flat, size_t instance, size_t c)
     else
         add_vertex(flat, cell.type, in.path + std::string(cell.name), origin);
     int64_t bit = cell.bit;
-    prefetch_nets(in, module, at(bit));
+    if (!flat->numbered) prefetch_nets(in, module, at(bit));
     for (int64_t i = cell.connection; i < connections_end(module, c); i++) {
         const NetConnection &connection = module.connections[at(i)];
         const unsigned char use = use_of(flat->uses, cell.type, connection.port);
@@ -179,7 +181,7 @@ static void add_cell(Flattening *flat, size_t instance, size_t c)
 
 static size_t new_instance(Flattening *flat, size_t module, int32_t depth, std::string path)
 {
-    const size_t nbits = at(flat->design.modules[module].nbits);
+    const size_t nbits = flat->numbered ? 0 : at(flat->design.modules[module].nbits);
     charge(flat->budget, sizeof(Instance) + path.size() + nbits * sizeof(int32_t));
     flat->instances.push_back({module, depth, std::move(path), {}});
     flat->instances.back().net.assign(nbits, NO_NET);
@@ -480,10 +482,29 @@ static void weigh_ports(Hypergraph *graph)
     if (!cells) std::fill(graph->vertexwgt.begin(), graph->vertexwgt.end(), int64_t{1});
 }
 
+/* Numbers the nets that vertices meet and names them; returns the uses of each. */
+static std::vector<unsigned char> number_and_name(Flattening *flat, Names *names)
+{
+    const std::vector<int32_t> number = number_nets(flat);
+    *names = net_names(*flat, number, flat->graph.nnets);
+    give_back(flat->budget, number.size() * sizeof number[0]);
+    return uses_by_edge(*flat, number, flat->graph.nnets);
+}
+
+/* The same where the top module numbers its nets so. */
+static std::vector<unsigned char> keep_numbers(Flattening *flat, Names *names)
+{
+    std::swap(*names, *module_of(*flat, {0, 0, 0}).netnames);
+    flat->graph.nnets = count_names(*names);
+    return std::move(flat->use);
+}
+
 /* The record of what was met. */
 static Hypergraph finish(Flattening *flat, Findings *findings)
 {
-    const std::vector<int32_t> number = number_nets(flat);
+    Names netnames;
+    const std::vector<unsigned char> use =
+        flat->numbered ? keep_numbers(flat, &netnames) : number_and_name(flat, &netnames);
     Builder builder = open_builder(findings, flat->budget);
     need_vertices(&builder, flat->graph.nvertices);
     need_nets(&builder, flat->graph.nnets);
@@ -494,13 +515,33 @@ static Hypergraph finish(Flattening *flat, Findings *findings)
     builder.graph.vertexnames = std::move(flat->graph.vertexnames);
     builder.graph.kind = std::move(flat->graph.kind);
     builder.graph.kindnames = std::move(flat->graph.kindnames);
-    builder.graph.netnames = net_names(*flat, number, flat->graph.nnets);
-    const std::vector<unsigned char> use = uses_by_edge(*flat, number, flat->graph.nnets);
+    builder.graph.netnames = std::move(netnames);
     Hypergraph graph = finish_hypergraph(&builder);
     tell_left_out(*flat, findings);
     tell_clock_nets(graph, use, findings);
-    give_back(flat->budget, number.size() * sizeof number[0]);
     return graph;
+}
+
+/* M4 */
+[[maybe_unused]] static bool order_ok(const NetModule &module)
+{
+    int32_t largest = -1;
+    for (const int32_t bit : module.bits) {
+        if (bit < 0 || bit > largest + 1) return false;
+        largest = std::max(largest, bit);
+    }
+    return module.netnames != nullptr && count_names(*module.netnames) == largest + 1;
+}
+
+/* Nets keep their numbers where no cell is opened and the top module has them in order (M4). */
+static void keep_net_numbers(Flattening *flat, const NetModule &module)
+{
+    flat->numbered = module.ordered && std::all_of(flat->opened.begin(), flat->opened.end(),
+                                                   [](int32_t below) { return below < 0; });
+    if (!flat->numbered) return;
+    assert(order_ok(module));
+    charge(flat->budget, at(module.nbits));
+    flat->use.assign(at(module.nbits), USE_PLAIN);
 }
 
 /* Room for what the top module has by itself. */
@@ -511,7 +552,7 @@ static void reserve_for_top(Flattening *flat, const NetModule &module)
     reserve_charged(flat->budget, &flat->graph.vertexwgt, ncells);
     reserve_charged(flat->budget, &flat->first, ncells);
     reserve_charged(flat->budget, &flat->pins, module.bits.size());
-    reserve_charged(flat->budget, &flat->joined, at(module.nbits));
+    if (!flat->numbered) reserve_charged(flat->budget, &flat->joined, at(module.nbits));
     reserve_charged(flat->budget, &flat->graph.vertexnames.start, ncells + 1);
 }
 
@@ -522,6 +563,7 @@ Hypergraph flatten_design(const NetDesign &design, size_t top, Findings *finding
     flat.uses = uses_of(design);
     flat.opened = modules_to_open(design);
     flat.open.assign(design.modules.size(), false);
+    keep_net_numbers(&flat, design.modules[top]);
     reserve_for_top(&flat, design.modules[top]);
     const int32_t kind = port_kind(design, &flat.graph.kindnames, budget);
     open_module(&flat, new_instance(&flat, top, 0, ""));

@@ -46,15 +46,18 @@ struct NetCell {
 
 /*   M1  connections of cell c are those before the first of cell c + 1, or before the end
  *   M2  an entry of bits is CONSTANT_BIT or below nbits
- *   M3  with netnames, net b is called by name b, and there are no wires */
+ *   M3  with netnames, net b is called by name b, and there are no wires
+ *   M4  ordered: there are netnames, no constants, and nets are numbered in the order in which the
+ *       bits of cells, then those of ports, come to them */
 struct NetModule {
     std::string_view name;
     Place place;
     bool top, blackbox; // as the file says
+    bool ordered = false;
     int32_t nbits;
     std::vector<int32_t> bits;
     std::vector<NetBundle> ports, wires;
-    const Names *netnames = nullptr;
+    Names *netnames = nullptr;
     std::vector<NetCell> cells;
     std::vector<NetConnection> connections;
 };
@@ -87,7 +90,7 @@ void settle_bits(NetModule *module, Budget *budget);
 size_t top_module(const NetDesign &design, const std::string &name, const Budget &budget);
 
 /* The hypergraph. Cells weigh 1, ports 0. What was left out, and which nets look like clocks and
- * resets, is told.
+ * resets, is told. It may take the netnames away.
  *   origins  out: of each vertex; or null
  * Errors  FileError: a module that holds itself; past the budget */
 Hypergraph flatten_design(const NetDesign &design, size_t top, Findings *findings, Budget *budget,

@@ -65,11 +65,22 @@ static int32_t same_net(BlifModel *model, int32_t net)
     return net;
 }
 
+/* Ports come behind the cells here too, whose nets are numbered before theirs. */
+static void connect_ports(BlifScan *scan)
+{
+    NetModule *const module = &scan->model.module;
+    for (NetBundle &port : module->ports) {
+        port.bit = static_cast<int64_t>(module->bits.size());
+        push_charged(scan->budget, &module->bits, net_called(scan, port.name));
+    }
+}
+
 /* A .conn makes two nets one; nets of constants become CONSTANT_BIT. */
 static void settle_nets(BlifModel *model)
 {
     const auto constant = std::find(model->constant.begin(), model->constant.end(), true);
-    if (!model->joined && constant == model->constant.end()) return;
+    model->module.ordered = !model->joined && constant == model->constant.end();
+    if (model->module.ordered) return;
     for (size_t net = 0; net < model->same.size(); net++)
         if (model->constant[net])
             model->constant[at(same_net(model, static_cast<int32_t>(net)))] = true;
@@ -100,7 +111,7 @@ static void add_wires(BlifScan *scan, const Names &names)
 static void name_nets(BlifScan *scan)
 {
     NetModule *const module = &scan->model.module;
-    const Names &names = scan->netnames.emplace_back(take_names(&scan->model.nets, scan->budget));
+    Names &names = scan->netnames.emplace_back(take_names(&scan->model.nets, scan->budget));
     if (scan->model.joined || at(count_names(names)) > module->bits.size())
         add_wires(scan, names);
     else
@@ -110,6 +121,7 @@ static void name_nets(BlifScan *scan)
 static void close_model(BlifScan *scan)
 {
     if (!scan->open) return;
+    connect_ports(scan);
     name_nets(scan);
     settle_nets(&scan->model);
     settle_bits(&scan->model.module, scan->budget);
@@ -136,10 +148,7 @@ static void add_ports(BlifScan *scan, bool output)
         const std::string_view name = scan->lines.words[i];
         const auto is_it = [name](const NetBundle &port) { return port.name == name; };
         if (clock && std::any_of(module->ports.begin(), module->ports.end(), is_it)) continue;
-        push_charged(
-            scan->budget, &module->ports,
-            NetBundle{name, static_cast<int64_t>(module->bits.size()), 1, 0, false, false, output});
-        push_charged(scan->budget, &module->bits, net_called(scan, name));
+        push_charged(scan->budget, &module->ports, NetBundle{name, 0, 1, 0, false, false, output});
     }
 }
 

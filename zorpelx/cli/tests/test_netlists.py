@@ -331,6 +331,18 @@ class Netlists(Case):
             edges, {"a": {"a", "y", "z"}, "y": {"y", "out:y"}, "z": {"z", "out:z"}}
         )
 
+    def test_blif_hyperedges_come_in_the_order_of_cells_then_ports(self):
+        flat = ".model top\n.inputs q b a\n.outputs z\n.names a b z\n11 1\n"
+        deep = ".subckt sub i=z\n.end\n.model sub\n.inputs i\n.names i o\n1 1\n"
+        for more in ("", ".names one\n1\n", deep):
+            self.file("flat.blif", flat + more + ".end\n")
+            edges = [edge["edge"] for edge in self.hif("flat.blif")["edges"]]
+            self.assertEqual([name for name in edges if "." not in name], ["a", "b", "z", "q"])
+        self.file("flat.blif", flat + ".conn z w\n.names w t\n1 1\n.end\n")
+        edges = self.edges_of(self.hif("flat.blif"))
+        self.assertEqual(list(edges), ["a", "b", "z", "t", "q"])
+        self.assertEqual(edges["z"], {"z", "t", "out:z"})
+
     def test_blif_that_was_cut_off_is_told(self):
         text = ".model m\n.inputs a b\n.outputs z\n.names a b z\n11 1\n"
         told = self.run_ok("stats", self.file("cut.blif", text)).stderr
