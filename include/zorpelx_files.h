@@ -116,6 +116,14 @@ ZORPELX_API int zorpelx_read_fixed(const char *name, int nvtxs, int nparts,
 ZORPELX_API int zorpelx_read_numbers(const char *name, const zorpelx_read_options *options,
                                      zorpelx_file **file, char *message);
 
+/* What is said of each vertex of a hypergraph, such as its group or the part that it is fixed to:
+ * numbers as zorpelx_read_numbers() reads them, which need not be nvtxs many, or a table as
+ * zorpelx_read_named_partition() reads it, in which vertices without a row, or with -1, have -1. */
+ZORPELX_API int zorpelx_read_named_numbers(const char *name, int nvtxs, const char *names,
+                                           const int64_t *start,
+                                           const zorpelx_read_options *options,
+                                           zorpelx_file **file, char *message);
+
 /* The hypergraph of a file; NULL if the file holds none, or none that fits 32 bits. It belongs to
  * the file. Absent weights are NULL. */
 ZORPELX_API const zorpelx_hypergraph *zorpelx_file_hypergraph(const zorpelx_file *file);

@@ -178,14 +178,14 @@ TEST(files, numbers_are_read_and_written)
 
 /* What a table of names and parts says of vertices called a, "b,c" and d: the parts, or what is
  * wrong without the name of the file. */
-std::string named_parts(const std::string &text)
+std::string named_parts(const std::string &text,
+                        decltype(&zorpelx_read_named_partition) read = zorpelx_read_named_partition)
 {
     const std::string name = store(text);
     zorpelx_file *file = nullptr;
     char message[ZORPELX_MESSAGE_SIZE];
     const int64_t start[] = {0, 1, 4, 5};
-    const int status =
-        zorpelx_read_named_partition(name.c_str(), 3, "ab,cd", start, nullptr, &file, message);
+    const int status = read(name.c_str(), 3, "ab,cd", start, nullptr, &file, message);
     unlink(name.c_str());
     if (status != ZORPELX_OK) return std::string(message).substr(name.size());
     size_t count = 0;
@@ -204,11 +204,25 @@ TEST(files, partitions_are_read_by_names)
     EXPECT_EQ(named_parts("vertex,part\na,0\nd,1\n"), ": vertex 'b,c' has no row");
     EXPECT_EQ(named_parts("vertex,part\na,0\nx,1\n"), ":3:1: no vertex is called 'x'");
     EXPECT_EQ(named_parts("vertex,part\na,0\na,1\n"), ":3:1: vertex 'a' has a part already");
-    EXPECT_EQ(named_parts("vertex,part\na,-1\n"), ":2:3: '-1' is not a part number");
+    EXPECT_EQ(named_parts("vertex,part\na,-1\n"), ":2:3: part -1 is not between 0 and 2147483646");
+    EXPECT_EQ(named_parts("vertex,part\na,1.5\n"), ":2:3: '1.5' is not a part number");
     EXPECT_EQ(named_parts("vertex,part\na,0,1\n"), ":2:5: a row of more than a name and a part");
     EXPECT_EQ(named_parts("vertex,part\na\n"), ":2:1: a row without a part");
     EXPECT_EQ(named_parts("vertex,part\n\"a,0\n"), ":2:1: a quoted field has no closing quote");
     EXPECT_EQ(named_parts("vertex,part\n\"a\"b,0\n"), ":2:4: 'b,0' behind a closing quote");
+}
+
+TEST(files, vertices_without_a_row_are_free_where_that_is_allowed)
+{
+    const auto numbers = [](const std::string &text) {
+        return named_parts(text, zorpelx_read_named_numbers);
+    };
+    EXPECT_EQ(numbers("vertex,part\nd,1\n"), "-1 -1 1 ");
+    EXPECT_EQ(numbers("vertex,part\n"), "-1 -1 -1 ");
+    EXPECT_EQ(numbers("vertex\tpart\nb,c\t-1\na\t2\n"), "2 -1 -1 ");
+    EXPECT_EQ(numbers("7\n-5\n"), "7 -5 ");
+    EXPECT_EQ(numbers("vertex,part\na,-1\na,0\n"), ":3:1: vertex 'a' has a part already");
+    EXPECT_EQ(numbers("vertex,part\na,-2\n"), ":2:3: part -2 is not between -1 and 2147483646");
 }
 
 TEST(files, names_of_vertices_are_checked_before_they_are_used)

@@ -90,7 +90,7 @@ std::vector<int64_t> fixed_vertices(const Settings &settings, const Hypergraph &
     if (is_pattern_list(settings.fix))
         return numbers_by_name(settings.fix, "--fix", graph, first_vertex(settings), -1, nparts,
                                -1);
-    if (!settings.fix.empty()) return read_fix(settings, graph.nvertices, nparts);
+    if (!settings.fix.empty()) return read_fix(settings, graph, nparts);
     const std::vector<int64_t> fixed = own_entries(graph.fixed);
     const auto above =
         std::find_if(fixed.begin(), fixed.end(), [=](int64_t part) { return part >= nparts; });

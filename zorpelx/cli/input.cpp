@@ -115,13 +115,16 @@ void tell_warnings(const std::string &name, const Findings &findings)
     tell_count(name, findings.severities[WARNING] - findings.count[RULE_CONTRADICTS], "warning");
 }
 
-std::vector<int64_t> read_fix(const Settings &settings, int64_t nvertices, int64_t nparts)
+std::vector<int64_t> read_fix(const Settings &settings, const Hypergraph &graph, int64_t nparts)
 {
     Findings findings;
     Budget budget = budget_for(settings, settings.fix);
     std::vector<int64_t> fix = or_fail([&] {
         const Bytes bytes = read_bytes(settings.fix, &budget);
-        return scan_fix(view_of(bytes), nvertices, nparts, &findings, &budget);
+        const std::string_view text = view_of(bytes);
+        if (has_parts_by_name(text))
+            return scan_parts_by_name(text, labels_of(graph), {nparts, true}, &budget);
+        return scan_fix(text, graph.nvertices, nparts, &findings, &budget);
     });
     check_findings(settings, settings.fix, findings);
     if (!settings.quiet) tell_warnings(settings.fix, findings);
@@ -137,7 +140,8 @@ std::vector<int64_t> read_vertex_numbers(const Settings &settings, const std::st
     std::vector<int64_t> numbers = or_fail([&] {
         const Bytes bytes = read_bytes(name, &budget);
         const std::string_view text = view_of(bytes);
-        if (has_parts_by_name(text)) return scan_parts_by_name(text, labels_of(graph), &budget);
+        if (has_parts_by_name(text))
+            return scan_parts_by_name(text, labels_of(graph), {most, least < 0}, &budget);
         return scan_numbers(text, &budget, &unended);
     });
     if (numbers.size() != static_cast<size_t>(nvertices))

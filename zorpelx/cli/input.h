@@ -54,11 +54,12 @@ std::string format_names(bool (*holds)(const FormatRow &row));
 /* Says on standard error that there were errors, overcome by force, or warnings. */
 void tell_warnings(const std::string &name, const Findings &findings);
 
-/* A fix file that is going to be used: one entry from -1 to nparts - 1 per vertex. */
-std::vector<int64_t> read_fix(const Settings &settings, int64_t nvertices, int64_t nparts);
+/* A fix file that is going to be used: one entry from -1 to nparts - 1 per vertex, or a table of
+ * names and parts, in which vertices without a row are free. */
+std::vector<int64_t> read_fix(const Settings &settings, const Hypergraph &graph, int64_t nparts);
 
 /* A file with a number from least to most - 1 for each vertex, whatever they mean; or a table of
- * names and parts, as annotate writes it.
+ * names and parts, as annotate writes it, in which vertices without a row have -1 if that is allowed.
  * Errors  STATUS_BAD_INPUT with the place */
 std::vector<int64_t> read_vertex_numbers(const Settings &settings, const std::string &name,
                                          const Hypergraph &graph, int64_t least, int64_t most);

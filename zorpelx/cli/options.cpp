@@ -35,6 +35,10 @@ static const NamedValue SHELLS[] = {{"bash", SHELL_BASH}, {"zsh", SHELL_ZSH}, {n
 static const NamedValue TEXT_OR_JSON[] = {
     {"text", FORMAT_TEXT}, {"json", FORMAT_JSON}, {nullptr, 0}};
 
+static constexpr char FIX_FILE[] =
+    "fix file: the part of each vertex, or -1 for a free one; or a table of names and parts, in "
+    "which vertices without a row are free; or patterns of names, such as 'u_core/*=2,io?=0'";
+
 /* The formats that are read, by their rows; then the older spelling of --first. */
 static std::vector<NamedValue> reading_choices()
 {
@@ -196,8 +200,7 @@ const std::vector<OptionRow> OPTIONS = {
      "no part should weigh more than so much above the average, rounded up"},
     {COMPARE | EXPLAIN, "--top", "N", &Settings::top, "5", 0, INT_MAX, nullptr,
      "list so many hyperedges of a kind"},
-    {EXPLAIN, "-f,--fix", "FILE", &Settings::fix, "", 0, 0, nullptr,
-     "fix file: the part of each vertex, or -1"},
+    {EXPLAIN, "-f,--fix", "FILE", &Settings::fix, "", 0, 0, nullptr, FIX_FILE},
     {SWEEP, "-o,--output", "FOLDER", &Settings::output, "", 0, 0, nullptr,
      "folder of the results; otherwise HYPERGRAPH.sweep"},
     {PARTITION, "-k,--nparts", "K", &Settings::nparts, nullptr, 2, 1000000, nullptr,
@@ -231,7 +234,8 @@ const std::vector<OptionRow> OPTIONS = {
      "with --start: price of each unit of weight that moves to another part"},
     {PARTITION, "--together", "FILE", &Settings::together, "", 0, 0, nullptr,
      "file with a number for each vertex: vertices of equal numbers from 0 stay in one part, -1 "
-     "leaves one free; or patterns of names, such as 'u_core/*=0,u_io/*=1'"},
+     "leaves one free; or a table of names and numbers, in which vertices without a row are free; "
+     "or patterns of names, such as 'u_core/*=0,u_io/*=1'"},
     {PARTITION, "--time", "SECONDS", &Settings::time, "0", 0, 1000000000, nullptr,
      "search for so long, reading included, and deliver the best; otherwise as much is done as the "
      "preset says, the same on every machine"},
@@ -255,8 +259,7 @@ const std::vector<OptionRow> OPTIONS = {
      "keep the pieces of cut hyperedges for the bisections to come"},
     {PARTITION, "--polish", "YESNO", &Settings::polish, "yes", 0, BY_NUMBER, NO_YES,
      "refine 3 to 64 parts together at the end"},
-    {PARTITION, "-f,--fix", "FILE", &Settings::fix, "", 0, 0, nullptr,
-     "fix file: the part of each vertex, or -1"},
+    {PARTITION, "-f,--fix", "FILE", &Settings::fix, "", 0, 0, nullptr, FIX_FILE},
     {REPLAY, "-f,--fix", "FILE", &Settings::fix, "", 0, 0, nullptr,
      "fix file of the run, if it is not beside the record"},
     {REPLAY | VERIFY, "--start", "FILE", &Settings::start, "", 0, 0, nullptr,

@@ -254,11 +254,11 @@ static void note_unended(FileCall *call, bool unended)
         add_finding(&call->file->findings, RULE_FIX_UNENDED, {0, 0}, "the file ends within a line");
 }
 
-static Fault keep_partition(FileCall *call, const std::vector<int64_t> &part, bool unended)
+static Fault keep_numbers(FileCall *call, const std::vector<int64_t> &numbers, bool unended)
 {
     note_unended(call, unended);
     if (Fault found = refused(*call)) return found;
-    call->file->numbers = narrowed(part, &call->budget);
+    call->file->numbers = narrowed(numbers, &call->budget);
     return {};
 }
 
@@ -268,7 +268,7 @@ int zorpelx_read_partition(const char *name, int nvtxs, const zorpelx_read_optio
     return read_by(name, options, file, message, [nvtxs](FileCall *call, std::string_view bytes) {
         bool unended = false;
         const std::vector<int64_t> part = scan_partition(bytes, nvtxs, &call->budget, &unended);
-        return keep_partition(call, part, unended);
+        return keep_numbers(call, part, unended);
     });
 }
 
@@ -287,21 +287,41 @@ static Fault check_labels(int nvtxs, const char *names, const int64_t *start)
     return {};
 }
 
+/* The arrays outlive the labels. */
+static VertexLabels labels_in(int nvtxs, const char *names, const int64_t *start)
+{
+    return {nvtxs, [=](int64_t v) {
+                return names == nullptr ? text_of("%lld", static_cast<long long>(v + 1))
+                                        : std::string(names + start[v], names + start[v + 1]);
+            }};
+}
+
 int zorpelx_read_named_partition(const char *name, int nvtxs, const char *names,
                                  const int64_t *start, const zorpelx_read_options *options,
                                  zorpelx_file **file, char *message)
 {
     return read_by(name, options, file, message, [=](FileCall *call, std::string_view bytes) {
         if (Fault found = check_labels(nvtxs, names, start)) return found;
-        const VertexLabels vertices = {
-            nvtxs, [=](int64_t v) {
-                return names == nullptr ? text_of("%lld", static_cast<long long>(v + 1))
-                                        : std::string(names + start[v], names + start[v + 1]);
-            }};
         bool unended = false;
         const std::vector<int64_t> part =
-            scan_partition_or_table(bytes, vertices, &call->budget, &unended);
-        return keep_partition(call, part, unended);
+            scan_partition_or_table(bytes, labels_in(nvtxs, names, start), &call->budget, &unended);
+        return keep_numbers(call, part, unended);
+    });
+}
+
+int zorpelx_read_named_numbers(const char *name, int nvtxs, const char *names, const int64_t *start,
+                               const zorpelx_read_options *options, zorpelx_file **file,
+                               char *message)
+{
+    return read_by(name, options, file, message, [=](FileCall *call, std::string_view bytes) {
+        if (Fault found = check_labels(nvtxs, names, start)) return found;
+        bool unended = false;
+        const PartTableRule partial = {INT_MAX, true};
+        const std::vector<int64_t> numbers =
+            has_parts_by_name(bytes)
+                ? scan_parts_by_name(bytes, labels_in(nvtxs, names, start), partial, &call->budget)
+                : scan_numbers(bytes, &call->budget, &unended);
+        return keep_numbers(call, numbers, unended);
     });
 }
 
@@ -326,10 +346,7 @@ int zorpelx_read_numbers(const char *name, const zorpelx_read_options *options, 
     return read_by(name, options, file, message, [](FileCall *call, std::string_view bytes) {
         bool unended = false;
         const std::vector<int64_t> numbers = scan_numbers(bytes, &call->budget, &unended);
-        note_unended(call, unended);
-        if (Fault found = refused(*call)) return found;
-        call->file->numbers = narrowed(numbers, &call->budget);
-        return Fault();
+        return keep_numbers(call, numbers, unended);
     });
 }
 

@@ -153,9 +153,33 @@ class Options(Case):
         parts = self.text("out").split()
         self.assertEqual((parts[0], parts[1]), (parts[2], parts[3]))
         self.file("old.csv", "vertex,part\nd,2\nb,0\na,0\nc,1\n")
-        self.fails(3, "vertex 4 has 2; it should be between 0 and 1", *words, "--start", "old.csv")
+        self.fails(3, "old.csv:2:3: part 2 is not between 0 and 1", *words, "--start", "old.csv")
         self.file("old.csv", "vertex,part\nd,1\nb,0\na,0\n")
         self.fails(3, "old.csv: vertex 'c' has no row", *words, "--start", "old.csv")
+
+    def test_tables_fix_and_group_the_vertices_that_they_list(self):
+        self.file("n.csv", "net,vertex\nx,a\nx,b\ny,b\ny,c\nz,c\nz,d\nx,d\n")
+        words = ("partition", "n.csv", "-k", 2, "--epsilon", 100, "-o", "out", "--quiet")
+        self.file("pads.csv", "vertex,part\nd,1\na,0\n")  # all in one part would cut nothing
+        self.run_ok(*words, "--fix", "pads.csv", "--record", "out.record")
+        parts = self.text("out").split()
+        self.assertEqual((parts[0], parts[3]), ("0", "1"))
+        check = ("verify", "n.csv", "out", "--record", "out.record")
+        self.run_ok(*check)
+        self.file("pads.csv", "vertex\tpart\na\t1\nd\t0\nb\t-1\n")
+        self.fails(1, "FALSE: fix: sha256", *check)
+        self.run_ok(*words, "--fix", "pads.csv")
+        parts = self.text("out").split()
+        self.assertEqual((parts[0], parts[3]), ("1", "0"))
+        self.file("groups.csv", "vertex,part\nc,3\na,3\n")
+        self.run_ok(*words, "--together", "groups.csv", "--fix", "a=0,b=1")
+        parts = self.text("out").split()
+        self.assertEqual(parts[:3], ["0", "1", "0"])
+        for row, told in [("a,2", ":2:3: part 2 is not between -1 and 1"),
+                          ("e,0", ":2:1: no vertex is called 'e'"),
+                          ("a,-1\na,0", ":3:1: vertex 'a' has a part already")]:
+            self.file("pads.csv", "vertex,part\n" + row + "\n")
+            self.fails(3, "pads.csv" + told, *words, "--fix", "pads.csv")
 
     def test_groups_stay_together(self):
         self.file("groups", "".join(f"{v % 40 if v % 3 == 0 else -1}\n" for v in range(1315)))

@@ -328,7 +328,7 @@ class Tables(Case):
             (good + "q,1\n", "p.csv:5:1: no vertex is called 'q'"),
             (good + "d,1\n", "p.csv:5:1: vertex 'd' has a part already"),
             (good + "e,x\n", "p.csv:5:3: 'x' is not a part number"),
-            (good + "e,-1\n", "p.csv:5:3: '-1' is not a part number"),
+            (good + "e,-1\n", "p.csv:5:3: part -1 is not between 0 and 2147483646"),
             (good + "e\n", "p.csv:5:1: a row without a part"),
             (good + "e,1,1\n", "p.csv:5:5: a row of more than a name and a part"),
             (good + 'e,"1"2\n', "p.csv:5:6: '2' behind a closing quote"),

@@ -99,6 +99,14 @@ class ConstraintsTest(unittest.TestCase):
         fixed = [0] + [-1] * 9 + [1] + [-1] * 189
         with self.assertRaisesRegex(zorpel.InputError, "Vertices 0 and 10 are in one group"):
             zorpel.partition(SMALL, 2, together=together, fix=fixed)
+        named = zorpel.as_hypergraph({"x": [*"ab"], "y": [*"bc"], "z": [*"cd"], "w": [*"da"]})
+        for rows, wanted in [("a,7\nc,7\n", [0, 2]), ("b,0\nd,0\na,-1\n", [1, 3])]:
+            path = self.store("vertex,part\n" + rows)
+            part = zorpel.partition(named, 2, epsilon=0, together=path).part
+            self.assertEqual(len({part[v] for v in wanted}), 1)
+        path = self.store("vertex,part\nd,0\na,1\n")
+        part = zorpel.partition(named, 2, epsilon=0, fix=path, together={"b": 0, "d": 0}).part
+        self.assertEqual(part, [1, 0, 1, 0])
         with self.assertRaisesRegex(zorpel.InputError, r"together\[3\] is -2; it should be -1"):
             zorpel.partition(SMALL, 2, together=[-1, 0, 0, -2] + [-1] * 196)
 

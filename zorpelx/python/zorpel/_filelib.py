@@ -62,6 +62,10 @@ _ROUTINES = {
         c_int,
         [c_char_p, c_int, c_char_p, _starts_p, _options_p, _file_p, c_char_p],
     ),
+    "zorpelx_read_named_numbers": (
+        c_int,
+        [c_char_p, c_int, c_char_p, _starts_p, _options_p, _file_p, c_char_p],
+    ),
     "zorpelx_read_numbers": (c_int, [c_char_p, _options_p, _file_p, c_char_p]),
     "zorpelx_file_hypergraph": (POINTER(lib.CHypergraph), [c_void_p]),
     "zorpelx_file_format": (c_char_p, [c_void_p]),

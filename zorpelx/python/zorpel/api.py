@@ -155,7 +155,11 @@ def _per_vertex(values: Any, name: str, graph: Hypergraph) -> Optional[array[int
         return by_name(values, name, graph)
     if isinstance(values, Partition):
         values = values.part
-    ints = to_ints(_read_parts(values, graph if name == "start" else None), name)
+    if is_path(values) and name != "start":
+        from .files import read_choice  # pylint: disable=import-outside-toplevel,cyclic-import
+
+        values = read_choice(values, graph)
+    ints = to_ints(_read_parts(values, graph), name)
     if len(ints) != graph.nvtxs:
         raise InputError(f"{name} has {len(ints)} entries instead of {graph.nvtxs}.")
     return ints
@@ -262,9 +266,10 @@ def partition(
 
     hypergraph, nvtxs, vertex_weights, hyperedge_weights: see as_hypergraph().
     objective: what is made least: cut, km1 or soed; the result's cut, connectivity or soed.
-    fix: the part of each vertex that is pre-assigned, -1 for a free one; or the path of such a file;
-        or a dict of parts by patterns of names, {"u_core/*": 2}, or by numbers of vertices. None:
-        what the hypergraph fixes by itself.
+    fix: the part of each vertex that is pre-assigned, -1 for a free one; or the path of such a file,
+        or of a table of names and parts, in which vertices without a row are free; or a dict of
+        parts by patterns of names, {"u_core/*": 2}, or by numbers of vertices. None: what the
+        hypergraph fixes by itself.
     seed: of the first start, at least 1, the others count on; None or -1 draws one by chance.
     starts, jobs: independent starts, and how many at once; 0 jobs: one for each processor.
     threads: of each start; 0: all processors divided by the jobs. They change nothing but the time.
@@ -282,7 +287,7 @@ def partition(
     start: a partition to improve, of any origin, within the bounds or not; or its path.
     keep_in_place: price of moving a unit of weight out of its part in start.
     together: a number for each vertex: those of equal numbers from 0 stay in one part, -1 leaves
-        one free; or the path of such a file, or a dict as for fix.
+        one free; or the path of such a file, or of a table as for fix, or a dict as for fix.
     time: seconds to search for, the best found by then being the result; None or 0: as much is done
         as the preset says, the same on every machine.
     share: the starts are one search, which combines the best of them all.

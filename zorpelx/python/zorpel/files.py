@@ -179,14 +179,25 @@ def read_partition(
     and parts as zorpelx annotate writes it; vertices without names are called 1, 2, ... there.
     """
     options = filelib.read_options(1, "whole", False, False, timeout, memory)
-    routine, more = "zorpelx_read_numbers", []
-    if hypergraph is not None:
-        graph = as_hypergraph(hypergraph)
-        names = filelib.packed_names(graph.vertex_names)
-        routine, more = "zorpelx_read_named_partition", [graph.nvtxs, *names]
+    if hypergraph is None:
+        return _read_numbers("zorpelx_read_numbers", path, options)
+    return _read_numbers("zorpelx_read_named_partition", path, options, as_hypergraph(hypergraph))
+
+
+def _read_numbers(
+    routine: str, path: Path, options: filelib.CReadOptions, graph: Optional[Hypergraph] = None
+) -> List[int]:
+    more = [] if graph is None else [graph.nvtxs, *filelib.packed_names(graph.vertex_names)]
     with filelib.read_by(routine, path, options, *more) as file:
         _warn(path, file, "the last line has no newline: it may have been cut off")
         return file.numbers().tolist()
+
+
+def read_choice(path: Path, graph: Hypergraph) -> List[int]:
+    """Reads what is said of each vertex: numbers, or a table of names and parts in which vertices
+    without a row have -1."""
+    options = filelib.read_options(1, "whole", False, False, None, None)
+    return _read_numbers("zorpelx_read_named_numbers", path, options, graph)
 
 
 def _packed(name: str, text: bytes) -> bytes:
