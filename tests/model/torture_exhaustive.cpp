@@ -92,10 +92,14 @@ int main(int argc, char **argv)
 {
     if (argc != 3) return 2;
     const int most = atoi(argv[1]), whole = atoi(argv[2]);
+    long hypergraphs = 0, cases = 0;
     for (int n = 1; n <= most; n++) {
         Walk walk = {n, n <= whole, {}, {}, 0, 0, 0};
         choose_sets(&walk, 0, MOST_HEDGES);
         printf("%d vertices: %ld hypergraphs, %ld cases\n", n, walk.hypergraphs, walk.cases);
+        hypergraphs += walk.hypergraphs;
+        cases += walk.cases;
     }
+    printf("in all: %ld hypergraphs, %ld cases\n", hypergraphs, cases);
     return 0;
 }
