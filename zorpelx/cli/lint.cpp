@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 /* zorpelx/cli/lint.cpp: the lint command: findings, the clean file, and advice on balance. */
 #include <algorithm>
+#include <climits>
 #include <cstdio>
 
 #include "advice.h"
@@ -12,6 +13,7 @@
 #include "json.h"
 #include "output.h"
 #include "partfiles.h"
+#include "parts_by_name.h"
 #include "suggest.h"
 #include "told.h"
 #include "write_hgr.h"
@@ -344,8 +346,15 @@ static void scan_fix_file(const Settings &settings, Lint *lint)
 {
     Budget budget = budget_for(settings, settings.fix);
     const Bytes bytes = read_bytes(settings.fix, &budget);
-    lint->fix = scan_fix(view_of(bytes), lint->graph.nvertices, settings.nparts, &lint->fixfindings,
-                         &budget);
+    const std::string_view text = view_of(bytes);
+    if (!has_parts_by_name(text)) {
+        lint->fix = scan_fix(text, lint->graph.nvertices, settings.nparts, &lint->fixfindings,
+                             &budget);
+        return;
+    }
+    const int64_t nparts = settings.nparts > 0 ? settings.nparts : INT_MAX;
+    lint->fix = scan_parts_by_name(text, labels_of(lint->graph), {nparts, true}, &budget);
+    tell_note(&lint->fixfindings, {1, 1}, "a table of names, which zorpelx reads and zorpel does not");
 }
 
 static Lint scan_files(const Settings &settings)

@@ -128,6 +128,16 @@ class Corpus(Case):
             )
             self.check(answer, rule, line, column, severity)
 
+    def test_tables_that_fix_vertices_are_read_too(self):
+        self.file("g.hgr", "1 3\n1 2 3\n")
+        self.file("pads.csv", "vertex,part\n3,1\n")
+        answer = self.json_of("lint", "g.hgr", "pads.csv", "-k", 2, "-b", 30, "--format", "json")
+        (finding,) = [one for one in answer["findings"] if one["file"] == "pads.csv"]
+        self.assertIn("zorpelx reads and zorpel does not", finding["text"])
+        self.assertEqual((finding["severity"], finding["line"]), ("note", 1))
+        self.file("pads.csv", "vertex,part\n3,2\n")
+        self.fails(3, "pads.csv:2:3: part 2 is not between -1 and 1", "lint", "g.hgr", "pads.csv", "-k", 2)
+
     def test_partition_refuses_what_lint_calls_an_error(self):
         for rule, (content, _, _, severity) in CORPUS.items():
             self.file("g.hgr", content)
