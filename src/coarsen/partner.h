@@ -151,7 +151,8 @@ template <PartnerRules R, bool Light> inline void list_candidates(PartnerSearch 
 template <PartnerRules R> inline void list_partners(PartnerSearch *search, int u)
 {
     assert(0 <= u && u < search->graph->ncells && search->table[u] == UNSEEN);
-    assert(!R.restricted || (search->where != nullptr && search->cutnets != nullptr));
+    assert(!R.restricted ||
+           (search->where != nullptr && (search->cutnets != nullptr || search->graph->nnets == 0)));
     assert(!R.star || (search->cellmap != nullptr && search->wgts[-1] == 0));
     search->table[u] = BARRED;
     if (search->heaviest <= search->maxcellwgt - search->graph->cellwgt[u])

@@ -7,6 +7,7 @@
 #include <cmath>
 
 #include "broken.h"
+#include "spare/hooks.h"
 #include "support.h"
 
 static std::vector<int> hyperedges_of(const HGraph *graph, int v)
@@ -333,6 +334,18 @@ TEST(HGraph, the_checker_sees_stale_refinement_figures)
     EXPECT_EQ(sees(HG_GAINS, [](HGraph *g) { g->pwgts[1]--; }), "H6");
     for (int v = 0; v < 5; v++)
         EXPECT_EQ(sees(HG_GAINS, [v](HGraph *g) { g->gain[v]--; }), "H6") << "vertex " << v;
+}
+
+TEST(HGraph, hooks_leave_the_record_as_it_is)
+{
+    const HGraphPtr graph = bisected();
+    EXPECT_EQ(CheckDegrees(graph.get()), 1);
+    EXPECT_EQ(CheckHGraph(graph.get()), 1);
+    EXPECT_EQ(CheckHeap(nullptr), 1);
+    EXPECT_EQ(ComputeCut__(graph.get()), graph->mincut);
+    EXPECT_EQ(broken_rule([&] { return hgraph_ok(graph.get(), EVERY_STAGE); }), "");
+    graph->netind[1] = 0; // a breakpoint in the hook would show it
+    EXPECT_EQ(CheckHGraph(graph.get()), 1);
 }
 
 /* Moves past such a hyperedge leave it out or in, so that nothing is known of this gain. */

@@ -22,6 +22,17 @@ TEST(MatchEdges, vertex_beyond_the_limit_stays_alone)
     EXPECT_EQ(match("Edges", level.get(), 8), (Nets{{0}, {2}, {1}}));
 }
 
+TEST(MatchEdges, without_hyperedges_nobody_is_merged)
+{
+    for (const Matching &row : all_matchings()) {
+        const Level level = make_level(3, {});
+        level->where = new_array({0, 1, 0});
+        Nets groups = match(row.name, level.get());
+        std::sort(groups.begin(), groups.end());
+        EXPECT_EQ(groups, (Nets{{0}, {1}, {2}})) << row.name;
+    }
+}
+
 TEST(MatchEdges, pair_at_the_limit_is_made_and_above_it_is_not)
 {
     const Level fits = make_level(2, {{0, 1}}, {}, {3, 5}),
