@@ -106,9 +106,12 @@ template <class Write> static Outcome write_beyond_limit(Write write)
 {
     return run_in_child([&] {
         signal(SIGXFSZ, SIG_IGN);
-        const rlimit limit = {100, 100};
+        rlimit before;
+        getrlimit(RLIMIT_FSIZE, &before);
+        const rlimit limit = {100, before.rlim_max};
         setrlimit(RLIMIT_FSIZE, &limit);
         write();
+        setrlimit(RLIMIT_FSIZE, &before); // what the process writes at its end is not cut off
     });
 }
 
