@@ -14,15 +14,16 @@
 #include "distributed/refine_ranks.h"
 #include "distributed/senders.h"
 
-constexpr int ITERATIONS = 40, PATIENCE = 8; // of one boldness, and without a gain worth it
+constexpr int ITERATIONS = 30, PATIENCE = 6; // of one boldness, and without a gain worth it
 
 /* How a pass goes about it. */
 struct Boldness {
     int64_t share; // a vertex may lose one in so many of its hyperedges' weight
     int turns;     // one in so many vertices, by lot, plans in each iteration
 };
-/* First far, then with fewer neighbours that move at once. */
-constexpr Boldness PASSES[] = {{16, 1}, {64, 2}};
+/* First far, which a mesh needs, then nearer, and last with fewer neighbours that move at once, which
+ * a netlist needs. */
+constexpr Boldness PASSES[] = {{2, 1}, {8, 1}, {64, 2}};
 constexpr int64_t WORTH_IT = 1000; // of the objective, that a gain is
 
 struct Plan {
